@@ -1,0 +1,16 @@
+# What every target of this project is compiled with. Consumers inherit none of it.
+add_library(kescorexml_compile_options INTERFACE)
+target_compile_options(kescorexml_compile_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast
+  -Wcast-qual -Wconversion -Wsign-conversion -Wimplicit-fallthrough -Werror)
+
+if(KESCOREXML_SANITIZE)
+  target_compile_options(kescorexml_compile_options INTERFACE
+    -fsanitize=${KESCOREXML_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kescorexml_compile_options INTERFACE -fsanitize=${KESCOREXML_SANITIZE})
+endif()
+
+if(KESCOREXML_COVERAGE)
+  target_compile_options(kescorexml_compile_options INTERFACE --coverage -O0 -fprofile-update=atomic)
+  target_link_options(kescorexml_compile_options INTERFACE --coverage)
+endif()

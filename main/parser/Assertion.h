@@ -1,0 +1,8 @@
+#pragma once
+
+#include <kesplatform/TError.h>
+
+/// Throws the LogicException of a broken contract that was noticed in the source file
+/// `source` (its name without extension) of this module.
+[[noreturn]] void ThrowAssertion(const char16_t* source, int line, const TString& text,
+                                 const CorvinaError& error);

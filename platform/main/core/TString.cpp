@@ -1,0 +1,401 @@
+#include <kesplatform/TString.h>
+
+#include <kesplatform/TCType.h>
+
+#include <QHashSeed>
+#include <QStringConverter>
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <ostream>
+#include <stdexcept>
+
+namespace {
+
+constexpr std::size_t c_unitSize = sizeof(char16_t);
+
+QStringView ToView(std::u16string_view text)
+{
+    return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+std::u16string_view ToView(QStringView text)
+{
+    return {text.utf16(), static_cast<std::size_t>(text.size())};
+}
+
+} // namespace
+
+// Storage
+
+TString::Rep* TString::Allocate(size_type length, bool growable)
+{
+    if (length > maxLength)
+        throw std::length_error("TString: the text is too long");
+    std::size_t bytes = sizeof(Rep) + (static_cast<std::size_t>(length) + 1) * c_unitSize;
+    if (growable)
+        bytes = std::bit_ceil(bytes);
+    void* memory = std::malloc(bytes);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    auto* rep = new (memory) Rep{1, static_cast<std::uint32_t>(length)};
+    if (growable)
+        rep->lengthAndFlag |= growableFlag;
+    rep->Units()[length] = u'\0';
+    return rep;
+}
+
+void TString::ReleaseNonNull(Rep* rep) noexcept
+{
+    const std::uint32_t control = rep->control.load(std::memory_order_acquire);
+    if ((control & embeddedFlag) != 0) {
+        auto* base = reinterpret_cast<std::byte*>(rep) - (control & ~embeddedFlag);
+        reinterpret_cast<TStringBlock*>(base)->Release();
+        return;
+    }
+    // A sole owner needs no atomic subtraction: nobody else is left who could share the text.
+    if (control == 1 || (control < immortalCount &&
+                         rep->control.fetch_sub(1, std::memory_order_acq_rel) == 1))
+        std::free(rep);
+}
+
+bool TString::IsExclusive() const noexcept
+{
+    return m_rep != nullptr && m_rep->control.load(std::memory_order_acquire) == 1;
+}
+
+TString::size_type TString::Capacity() const noexcept
+{
+    const auto length = static_cast<std::size_t>(m_rep->Length());
+    if ((m_rep->lengthAndFlag & growableFlag) == 0)
+        return static_cast<size_type>(length);
+    const std::size_t bytes = std::bit_ceil(sizeof(Rep) + (length + 1) * c_unitSize);
+    return static_cast<size_type>((bytes - sizeof(Rep)) / c_unitSize - 1);
+}
+
+char16_t* TString::GrowBy(size_type count)
+{
+    const size_type oldLength = length();
+    if (count > maxLength - oldLength)
+        throw std::length_error("TString: the text is too long");
+    const size_type newLength = oldLength + count;
+    if (IsExclusive() && newLength > Capacity()) {
+        const std::size_t bytes =
+            std::bit_ceil(sizeof(Rep) + (static_cast<std::size_t>(newLength) + 1) * c_unitSize);
+        void* memory = std::realloc(static_cast<void*>(m_rep), bytes);
+        if (memory == nullptr)
+            throw std::bad_alloc();
+        m_rep = static_cast<Rep*>(memory);
+    } else if (!IsExclusive()) {
+        TString grown(Allocate(newLength, true));
+        std::memcpy(grown.m_rep->Units(), utf16(), static_cast<std::size_t>(oldLength) * c_unitSize);
+        std::swap(m_rep, grown.m_rep);
+        return m_rep->Units() + oldLength;
+    } else if ((m_rep->lengthAndFlag & growableFlag) == 0) {
+        return m_rep->Units() + oldLength;
+    }
+    m_rep->lengthAndFlag = static_cast<std::uint32_t>(newLength) | growableFlag;
+    m_rep->Units()[newLength] = u'\0';
+    return m_rep->Units() + oldLength;
+}
+
+char16_t* TString::resizeForOverwrite(size_type length)
+{
+    *this = length == 0 ? TString() : TString(Allocate(length, false));
+    return m_rep == nullptr ? nullptr : m_rep->Units();
+}
+
+// Construction
+
+TString::TString(std::u16string_view text)
+{
+    if (text.empty())
+        return;
+    m_rep = Allocate(static_cast<size_type>(text.size()), false);
+    std::memcpy(m_rep->Units(), text.data(), text.size() * c_unitSize);
+}
+
+TString::TString(const char16_t* text)
+    : TString(text == nullptr ? std::u16string_view() : std::u16string_view(text))
+{
+}
+
+TString::TString(const char16_t* text, size_type length)
+    : TString(std::u16string_view(text, static_cast<std::size_t>(length)))
+{
+}
+
+TString::TString(const char* utf8)
+    : TString(utf8 == nullptr ? TString() : fromUtf8(std::string_view(utf8)))
+{
+}
+
+TString::TString(const QString& text) : TString(ToView(QStringView(text))) {}
+
+TString::TString(size_type length, char16_t unit)
+{
+    if (length <= 0)
+        return;
+    m_rep = Allocate(length, false);
+    std::fill_n(m_rep->Units(), length, unit);
+}
+
+TString::operator QString() const
+{
+    return ToView(view()).toString();
+}
+
+// Growing
+
+TString& TString::append(std::u16string_view text)
+{
+    if (text.empty())
+        return *this;
+    const char16_t* first = utf16();
+    const bool isOwnText = text.data() >= first && text.data() <= first + length();
+    const std::ptrdiff_t offset = isOwnText ? text.data() - first : 0;
+    char16_t* to = GrowBy(static_cast<size_type>(text.size()));
+    const char16_t* from = isOwnText ? utf16() + offset : text.data();
+    std::memmove(to, from, text.size() * c_unitSize);
+    return *this;
+}
+
+TString& TString::append(const TString& text)
+{
+    if (m_rep == nullptr)
+        return *this = text;
+    return append(text.view());
+}
+
+TString& TString::append(char16_t unit)
+{
+    *GrowBy(1) = unit;
+    return *this;
+}
+
+TString TString::Concatenate(std::u16string_view a, std::u16string_view b)
+{
+    if (a.size() + b.size() == 0)
+        return {};
+    if (b.size() > static_cast<std::size_t>(maxLength) - std::min<std::size_t>(a.size(), maxLength))
+        throw std::length_error("TString: the text is too long");
+    TString result(Allocate(static_cast<size_type>(a.size() + b.size()), false));
+    std::memcpy(result.m_rep->Units(), a.data(), a.size() * c_unitSize);
+    std::memcpy(result.m_rep->Units() + a.size(), b.data(), b.size() * c_unitSize);
+    return result;
+}
+
+// Parts
+
+TString TString::left(size_type count) const
+{
+    if (count < 0 || count >= length())
+        return *this;
+    return TString(view().substr(0, static_cast<std::size_t>(count)));
+}
+
+TString TString::right(size_type count) const
+{
+    if (count < 0 || count >= length())
+        return *this;
+    return TString(view().substr(static_cast<std::size_t>(length() - count)));
+}
+
+TString TString::mid(size_type position, size_type count) const
+{
+    if (position < 0) {
+        if (count >= 0)
+            count = std::max<size_type>(0, count + position);
+        position = 0;
+    }
+    if (position >= length())
+        return {};
+    if (position == 0 && (count < 0 || count >= length()))
+        return *this;
+    return TString(view().substr(static_cast<std::size_t>(position),
+                                 count < 0 ? std::u16string_view::npos
+                                           : static_cast<std::size_t>(count)));
+}
+
+std::vector<TString> TString::split(char16_t separator) const
+{
+    std::vector<TString> parts;
+    const std::u16string_view text = view();
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t end = text.find(separator, start);
+        if (end == std::u16string_view::npos)
+            break;
+        parts.emplace_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    parts.emplace_back(text.substr(start));
+    return parts;
+}
+
+TString TString::trimmed() const
+{
+    TString result = trimLeft();
+    size_type end = result.length();
+    while (end > 0 && TCType::isSpace(result[end - 1]))
+        --end;
+    return result.left(end);
+}
+
+TString TString::trimLeft() const
+{
+    size_type start = 0;
+    while (start < length() && TCType::isSpace((*this)[start]))
+        ++start;
+    return mid(start);
+}
+
+// Searching
+
+bool TString::startsWith(const TString& text, int caseSensitivity) const
+{
+    if (caseSensitivity != CaseInsensitive)
+        return view().starts_with(text.view());
+    return ToView(view()).startsWith(ToView(text.view()), Qt::CaseInsensitive);
+}
+
+bool TString::endsWith(const TString& text, int caseSensitivity) const
+{
+    if (caseSensitivity != CaseInsensitive)
+        return view().ends_with(text.view());
+    return ToView(view()).endsWith(ToView(text.view()), Qt::CaseInsensitive);
+}
+
+TString::size_type TString::indexOf(const TString& text, size_type from) const noexcept
+{
+    const size_type start = std::max<size_type>(0, from);
+    if (text.IsEmpty())
+        return start <= length() ? start : -1;
+    return ToView(view()).indexOf(ToView(text.view()), start);
+}
+
+TString::size_type TString::indexOf(char16_t unit, size_type from) const noexcept
+{
+    const std::size_t found = view().find(unit, static_cast<std::size_t>(std::max<size_type>(0, from)));
+    return found == std::u16string_view::npos ? -1 : static_cast<size_type>(found);
+}
+
+TString& TString::replace(const TString& before, const TString& after)
+{
+    if (before.IsEmpty())
+        return *this;
+    size_type found = indexOf(before);
+    if (found < 0)
+        return *this;
+    TString result;
+    size_type copied = 0;
+    for (; found >= 0; found = indexOf(before, copied)) {
+        result.append(view().substr(static_cast<std::size_t>(copied),
+                                    static_cast<std::size_t>(found - copied)));
+        result.append(after.view());
+        copied = found + before.length();
+    }
+    result.append(view().substr(static_cast<std::size_t>(copied)));
+    return *this = std::move(result);
+}
+
+// Numbers
+
+int TString::toInt(bool* ok, int base) const
+{
+    return ToView(trimmed().view()).toInt(ok, base);
+}
+
+unsigned long long TString::toULongLong(bool* ok, int base) const
+{
+    return ToView(trimmed().view()).toULongLong(ok, base);
+}
+
+double TString::toDouble(bool* ok) const
+{
+    bool converted = false;
+    const double value = ToView(trimmed().view()).toDouble(&converted);
+    if (ok != nullptr)
+        *ok = converted;
+    return converted ? value : 0.0;
+}
+
+TString TString::number(int value)
+{
+    return number(static_cast<long long>(value));
+}
+
+TString TString::number(unsigned int value)
+{
+    return number(static_cast<unsigned long long>(value));
+}
+
+TString TString::number(long value)
+{
+    return number(static_cast<long long>(value));
+}
+
+TString TString::number(unsigned long value)
+{
+    return number(static_cast<unsigned long long>(value));
+}
+
+TString TString::number(long long value)
+{
+    return {QString::number(value)};
+}
+
+TString TString::number(unsigned long long value)
+{
+    return {QString::number(value)};
+}
+
+TString TString::number(double value, char format, int precision)
+{
+    return {QString::number(value, format, precision)};
+}
+
+// UTF-8
+
+std::string TString::toStdString() const
+{
+    QStringEncoder encode(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
+    std::string utf8;
+    // Three bytes a unit is the most that UTF-8 needs: a pair of units gives four.
+    utf8.resize(static_cast<std::size_t>(length()) * 3);
+    const char* end = encode.appendToBuffer(utf8.data(), ToView(view()));
+    utf8.resize(static_cast<std::size_t>(end - utf8.data()));
+    return utf8;
+}
+
+TString TString::fromUtf8(std::string_view utf8)
+{
+    return {QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()))};
+}
+
+std::ostream& operator<<(std::ostream& out, const TString& text)
+{
+    return out << text.toStdString();
+}
+
+// TStringBlock
+
+void TStringBlock::WriteSlot(std::byte* slot, std::u16string_view text) noexcept
+{
+    const auto offset = static_cast<std::uint32_t>(slot - reinterpret_cast<std::byte*>(this));
+    auto* rep = new (slot) TString::Rep{TString::embeddedFlag | offset,
+                                        static_cast<std::uint32_t>(text.size())};
+    std::memcpy(rep->Units(), text.data(), text.size() * c_unitSize);
+    rep->Units()[text.size()] = u'\0';
+}
+
+TString TStringBlock::ShareSlot(const std::byte* slot) noexcept
+{
+    auto* rep = reinterpret_cast<TString::Rep*>(const_cast<std::byte*>(slot));
+    TString::Retain(rep);
+    return TString(rep);
+}

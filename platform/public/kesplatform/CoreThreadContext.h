@@ -1,0 +1,22 @@
+#pragma once
+
+#include <kesplatform/Export.h>
+#include <kesplatform/TString.h>
+
+#include <boost/any.hpp>
+
+/// What the calling thread knows of the session that it works for. Each thread has its own.
+namespace CoreThreadContext {
+
+/// Whether a session id is set; without one the thread works for nobody in particular.
+KESPLATFORM_EXPORT bool HasSessionId() noexcept;
+KESPLATFORM_EXPORT TString GetSessionId();
+KESPLATFORM_EXPORT void SetSessionId(const TString& id);
+/// Forgets the session id and every object.
+KESPLATFORM_EXPORT void Clear() noexcept;
+
+/// The object stored under a name, empty when there is none.
+KESPLATFORM_EXPORT boost::any GetObject(const TString& name);
+KESPLATFORM_EXPORT void SetObject(const TString& name, boost::any object);
+
+} // namespace CoreThreadContext

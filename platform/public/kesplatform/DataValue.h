@@ -1,0 +1,70 @@
+#pragma once
+
+#include <kesplatform/Export.h>
+#include <kesplatform/TString.h>
+
+#include <cstdint>
+#include <variant>
+
+/// A calendar date (proleptic Gregorian), month and day from 1.
+struct DataDate
+{
+    int year = 1970;
+    int month = 1;
+    int day = 1;
+    friend bool operator==(const DataDate&, const DataDate&) noexcept = default;
+};
+
+/// A date and a time of day without time zone.
+struct DataDateTime
+{
+    DataDate date;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    int millisecond = 0;
+    friend bool operator==(const DataDateTime&, const DataDateTime&) noexcept = default;
+};
+
+/// One typed value of a data row. A plain value; null by default.
+class KESPLATFORM_EXPORT DataValue
+{
+public:
+    using Variant =
+        std::variant<std::monostate, bool, std::int64_t, double, TString, DataDate, DataDateTime>;
+
+    DataValue() noexcept = default;
+    explicit DataValue(bool value) noexcept : m_value(value) {}
+    explicit DataValue(int value) noexcept : m_value(std::int64_t{value}) {}
+    explicit DataValue(std::int64_t value) noexcept : m_value(value) {}
+    explicit DataValue(double value) noexcept : m_value(value) {}
+    explicit DataValue(TString value) noexcept : m_value(std::move(value)) {}
+    explicit DataValue(const char16_t* value) : m_value(TString(value)) {}
+    explicit DataValue(DataDate value) noexcept : m_value(value) {}
+    explicit DataValue(DataDateTime value) noexcept : m_value(value) {}
+
+    bool IsNull() const noexcept { return m_value.index() == 0; }
+    const Variant& Get() const noexcept { return m_value; }
+
+    friend bool operator==(const DataValue&, const DataValue&) noexcept = default;
+
+private:
+    Variant m_value;
+};
+
+namespace DataValueFormatter {
+
+struct FormatOptions
+{
+    /// Texts for machines: no locale, and each reads back as the same value. Without it the texts
+    /// are for people, with group separators and six significant digits in the C locale.
+    bool canonical = false;
+};
+
+/// The text of a value: empty for null, "true" or "false", decimal integers, the shortest text
+/// that reads back equal for doubles, ISO 8601 for dates ("2024-02-29") and date-times
+/// ("2024-02-29T13:05:00", with ".123" only when there are milliseconds).
+/// Safe to use from several threads.
+KESPLATFORM_EXPORT TString Format(const DataValue& value, const FormatOptions& options);
+
+} // namespace DataValueFormatter

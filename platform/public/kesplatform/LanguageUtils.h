@@ -1,0 +1,18 @@
+#pragma once
+
+#include <kesplatform/Export.h>
+#include <kesplatform/TLocale.h>
+
+/// Which languages the suite speaks. Safe to use from several threads.
+namespace LanguageUtils {
+
+/// "en".
+KESPLATFORM_EXPORT TString GetDefaultLanguage();
+/// "en_US".
+KESPLATFORM_EXPORT TString GetDefaultISOString();
+/// The supported locale that is closest to `language`: itself, else one of the same language
+/// (zh_HK gives zh_TW, pt_PT gives pt_BR, en_AU gives en_GB, de_AT gives de_DE), else the default.
+KESPLATFORM_EXPORT LanguageCode GetClosestSupportedLanguageCode(const TString& language);
+KESPLATFORM_EXPORT TString GetISOString(const LanguageCode& language);
+
+} // namespace LanguageUtils

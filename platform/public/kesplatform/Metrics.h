@@ -1,0 +1,50 @@
+#pragma once
+
+#include <kesplatform/Export.h>
+#include <kesplatform/TString.h>
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+namespace Metrics {
+
+/// Receives what scopes report, on the threads of the scopes, possibly on several at once.
+class KESPLATFORM_EXPORT Sink
+{
+public:
+    virtual ~Sink();
+    virtual void ScopeOpened(std::string_view name, std::uint64_t flags) = 0;
+    virtual void ValueEmitted(std::string_view scope, std::string_view key,
+                              std::int64_t value) = 0;
+    virtual void BytesEmitted(std::string_view scope, std::string_view key,
+                              std::string_view bytes) = 0;
+    virtual void ScopeClosed(std::string_view name, std::int64_t nanoseconds) = 0;
+};
+
+/// Installs a sink for the whole process; null switches metrics off. Scopes keep the sink that
+/// they opened with. Safe to use from several threads.
+KESPLATFORM_EXPORT void SetSink(std::shared_ptr<Sink> sink);
+
+/// Measures one piece of work. Open, and more than one atomic load, only while a sink is
+/// installed. What a sink throws is dropped.
+class KESPLATFORM_EXPORT Scope
+{
+public:
+    /// `name` must outlive the scope. `flags` are handed to the sink.
+    explicit Scope(std::string_view name, std::uint64_t flags = 0) noexcept;
+    ~Scope();
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+
+    bool IsOpen() const noexcept { return m_sink != nullptr; }
+    void Emit(std::string_view key, std::int64_t value) const noexcept;
+    void Emit(std::string_view key, std::string_view bytes) const noexcept;
+
+private:
+    std::shared_ptr<Sink> m_sink;
+    std::string_view m_name;
+    std::int64_t m_start = 0;
+};
+
+} // namespace Metrics

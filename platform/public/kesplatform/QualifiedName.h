@@ -1,0 +1,67 @@
+#pragma once
+
+#include <kesplatform/Export.h>
+#include <kesplatform/TString.h>
+
+#include <compare>
+#include <unordered_map>
+
+/// A name in two parts, root and field, written root.field. A part that holds a dot or a quote
+/// stands in double quotes, quotes inside doubled: "a.b".c. A local name has no root.
+/// A plain value, ordered by root and then by field.
+class KESPLATFORM_EXPORT QualifiedName
+{
+public:
+    QualifiedName() noexcept = default;
+    QualifiedName(TString root, TString field) noexcept
+        : m_root(std::move(root)), m_field(std::move(field))
+    {
+    }
+
+    /// Both parts are empty.
+    bool IsEmpty() const noexcept { return m_root.IsEmpty() && m_field.IsEmpty(); }
+    const TString& GetRootValue() const noexcept { return m_root; }
+    void SetRootValue(const TString& root) noexcept { m_root = root; }
+    const TString& GetFieldValue() const noexcept { return m_field; }
+    /// The written form; that of a name without root is the field alone.
+    TString GetFullValue() const;
+
+    friend bool operator==(const QualifiedName&, const QualifiedName&) noexcept = default;
+    friend std::strong_ordering operator<=>(const QualifiedName&,
+                                            const QualifiedName&) noexcept = default;
+
+private:
+    TString m_root;
+    TString m_field;
+};
+
+/// The qualified name of a field; the root is its data source.
+class KESPLATFORM_EXPORT FieldName : public QualifiedName
+{
+public:
+    using Cache = std::unordered_map<TString, QualifiedName>;
+
+    FieldName() noexcept = default;
+    FieldName(TString dataSource, TString field) noexcept
+        : QualifiedName(std::move(dataSource), std::move(field))
+    {
+    }
+    explicit FieldName(QualifiedName name) noexcept : QualifiedName(std::move(name)) {}
+
+    /// Reads root.field; a text without an unquoted dot is a field without root. Text that is not
+    /// well quoted is taken as it stands.
+    static FieldName ParseGlobal(const TString& text);
+    /// Looks `text` up in `cache` first and adds it there.
+    static FieldName ParseGlobal(const TString& text, Cache& cache);
+    /// Reads a field alone; unquoted dots belong to it.
+    static FieldName ParseLocal(const TString& text);
+    static FieldName ParseLocal(const TString& text, Cache& cache);
+
+    friend bool operator==(const FieldName&, const FieldName&) noexcept = default;
+    friend std::strong_ordering operator<=>(const FieldName&, const FieldName&) noexcept = default;
+};
+
+/// `name` under the data source `root`.
+KESPLATFORM_EXPORT FieldName MakeGlobalName(const TString& root, FieldName&& name);
+/// `name` without its data source.
+KESPLATFORM_EXPORT FieldName MakeLocalName(FieldName&& name);

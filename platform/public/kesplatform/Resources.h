@@ -1,0 +1,57 @@
+#pragma once
+
+#include <kesplatform/Export.h>
+#include <kesplatform/TString.h>
+
+#include <map>
+#include <mutex>
+#include <string>
+
+/// A compiled-in resource, found by the name that an alias resolves to.
+/// Different objects may be used from different threads.
+class KESPLATFORM_EXPORT TResource
+{
+public:
+    explicit TResource(const TString& name);
+
+    const TString& GetName() const noexcept { return m_name; }
+    bool isValid() const;
+    /// The bytes. A missing resource is a CorvinaException that names it.
+    std::string GetBytes() const;
+
+private:
+    TString m_name;
+};
+
+/// A compiled-in resource read as UTF-8 text.
+class KESPLATFORM_EXPORT UTF8StringTResource
+{
+public:
+    /// Reads the resource whole. A missing resource is a CorvinaException that names it.
+    explicit UTF8StringTResource(const TString& name);
+
+    const TString& GetString() const noexcept { return m_text; }
+
+private:
+    TString m_text;
+};
+
+/// Maps an alias, with an optional variant (a language, a resolution), to a resource name.
+/// Safe to use from several threads.
+class KESPLATFORM_EXPORT ResourceRegistrationCache
+{
+public:
+    static ResourceRegistrationCache& GetInstance();
+
+    /// The registered name, else that of the alias without variant, else the alias itself.
+    TString GetResourcePath(const TString& alias, const TString& variant) const;
+    /// Registers or replaces a name.
+    void Register(const TString& alias, const TString& variant, const TString& name);
+    void Unregister(const TString& alias, const TString& variant);
+
+private:
+    ResourceRegistrationCache() = default;
+
+    mutable std::mutex m_mutex;
+    std::map<std::pair<TString, TString>, TString> m_names;
+};

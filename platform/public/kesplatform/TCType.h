@@ -1,0 +1,12 @@
+#pragma once
+
+/// Character classes of the platform. All functions are safe to use from several threads.
+namespace TCType {
+
+/// U+0009 to U+000D and U+0020, nothing else: a no-break space is text.
+constexpr bool isSpace(char16_t unit) noexcept
+{
+    return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
+}
+
+} // namespace TCType

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <kesplatform/CorvinaException.h>
+#include <kesplatform/Export.h>
+#include <kesplatform/TPath.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace TIO {
+
+/// A file that cannot be opened, read or decoded. The message names the file and the reason.
+class KESPLATFORM_EXPORT Exception : public CorvinaException
+{
+public:
+    Exception(const TPath& path, const TString& reason);
+    Exception(const Exception&) = default;
+    ~Exception() override;
+
+    Exception* Clone() const override;
+    [[noreturn]] void Throw() const override;
+
+    const TPath& GetPath() const noexcept { return m_path; }
+
+private:
+    TPath m_path;
+};
+
+} // namespace TIO
+
+/// A file open for reading. Closed at the end of the object's life.
+/// Different objects may be used from different threads.
+class KESPLATFORM_EXPORT TFile
+{
+public:
+    explicit TFile(const TPath& path);
+    ~TFile();
+    TFile(const TFile&) = delete;
+    TFile& operator=(const TFile&) = delete;
+
+    const TPath& GetPath() const noexcept { return m_path; }
+
+    /// Opens for reading. A directory, or anything that cannot be opened, is a TIO::Exception.
+    void Open();
+    /// Reads up to `count` bytes and returns how many came; 0 at the end. TIO::Exception.
+    std::size_t Read(void* bytes, std::size_t count);
+    /// Moves to a byte offset from the start. TIO::Exception.
+    void Seek(std::int64_t offset);
+    /// The size on disk in bytes. TIO::Exception when the file cannot be examined.
+    std::int64_t Size() const;
+
+    /// The whole file as text. Flag 1, the only one, decodes by byte-order mark, else by the
+    /// encoding that an XML declaration names, else as UTF-8. The mark is not part of the text.
+    /// Bytes that do not decode are a TIO::Exception with the byte offset of the first of them.
+    static TString LoadTextFile(const TPath& path, int flag);
+    /// The same text as UTF-8: what LoadTextFile(path, flag).toStdString() gives, without the
+    /// detour through UTF-16 when the file is UTF-8 already.
+    static std::string LoadTextFileAsUtf8(const TPath& path, int flag);
+
+private:
+    class Impl;
+
+    TPath m_path;
+    std::unique_ptr<Impl> m_impl;
+};
+
+/// The size of a file in bytes; TIO::Exception when there is no such file or it is a directory.
+/// What has no size, a pipe or a device, counts as 0.
+KESPLATFORM_EXPORT std::int64_t GetFileSize(const TPath& path);

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <kesplatform/Export.h>
+#include <kesplatform/TString.h>
+
+#include <compare>
+
+/// A file path: a plain value, compared and ordered by its text. Nothing here touches a disk.
+class KESPLATFORM_EXPORT TPath
+{
+public:
+    TPath() noexcept = default;
+    TPath(TString path) noexcept : m_path(std::move(path)) {}
+    TPath(const char16_t* path) : m_path(path) {}
+
+    bool IsEmpty() const noexcept { return m_path.IsEmpty(); }
+    const TString& GetString() const noexcept { return m_path; }
+    /// The path without its last part: "a" of "a/x", empty of "x". The root stays: "/" of "/x".
+    TPath RemoveFilename() const;
+    /// The text with forward slashes.
+    TString GenericString() const;
+
+    /// One slash between the two; the other side when one is empty; `b` when it is absolute.
+    friend KESPLATFORM_EXPORT TPath operator/(const TPath& a, const TPath& b);
+
+    friend bool operator==(const TPath&, const TPath&) noexcept = default;
+    friend std::strong_ordering operator<=>(const TPath&, const TPath&) noexcept = default;
+
+private:
+    TString m_path;
+};

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <kesplatform/Export.h>
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <shared_mutex>
+#include <thread>
+
+/// A lock held by one writer or by any number of readers, re-entrant for the thread that holds it:
+/// write in write, read in write and read in read. A reader cannot become a writer (deadlock).
+/// Every lock call needs its unlock call of the same kind on the same thread.
+class KESPLATFORM_EXPORT TReadWriteLock
+{
+public:
+    TReadWriteLock() = default;
+    TReadWriteLock(const TReadWriteLock&) = delete;
+    TReadWriteLock& operator=(const TReadWriteLock&) = delete;
+
+    void LockExclusive();
+    void UnlockExclusive() noexcept;
+    void LockShared();
+    void UnlockShared() noexcept;
+
+private:
+    bool IsHeldByThisThread() const noexcept;
+
+    std::shared_mutex m_mutex;
+    /// The writer, or no thread.
+    std::atomic<std::thread::id> m_writer;
+    /// How often the writer holds the lock, in either way; touched by the writer only.
+    std::uint32_t m_depth = 0;
+};
+
+/// Holds a lock exclusively from construction to destruction.
+class ScopedLock
+{
+public:
+    explicit ScopedLock(TReadWriteLock& lock) : m_lock(lock) { m_lock.LockExclusive(); }
+    ~ScopedLock() { m_lock.UnlockExclusive(); }
+    ScopedLock(const ScopedLock&) = delete;
+    ScopedLock& operator=(const ScopedLock&) = delete;
+
+private:
+    TReadWriteLock& m_lock;
+};
+
+/// Holds a lock shared from construction to destruction.
+class ScopedReadLock
+{
+public:
+    explicit ScopedReadLock(TReadWriteLock& lock) : m_lock(lock) { m_lock.LockShared(); }
+    ~ScopedReadLock() { m_lock.UnlockShared(); }
+    ScopedReadLock(const ScopedReadLock&) = delete;
+    ScopedReadLock& operator=(const ScopedReadLock&) = delete;
+
+private:
+    TReadWriteLock& m_lock;
+};
+
+using TRecursiveMutex = std::recursive_mutex;

@@ -1,0 +1,297 @@
+#pragma once
+
+#include <kesplatform/Export.h>
+
+#include <QHashFunctions>
+#include <QString>
+
+#include <atomic>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// An immutable-by-sharing UTF-16 string. Lengths and positions are UTF-16 code units; -1 means
+/// "not found". A TString is one pointer; the empty string is the null pointer and owns nothing.
+///
+/// Copies share their text and cost one atomic increment; the first change of a shared text makes
+/// a private copy of it. Equality and order are by code unit. The text may hold U+0000 and halves
+/// of surrogate pairs; it is always followed by a terminating U+0000 that is not part of it.
+///
+/// Different objects may be used from different threads, even when they share a text.
+/// Memory exhaustion is std::bad_alloc, a text of more than maxLength units std::length_error.
+class KESPLATFORM_EXPORT TString
+{
+public:
+    using size_type = std::ptrdiff_t;
+    using value_type = char16_t;
+    using const_iterator = const char16_t*;
+
+    enum CaseSensitivity { CaseInsensitive = 0, CaseSensitive = 1 };
+
+    static constexpr size_type maxLength = 0x7FFFFFF0;
+
+    constexpr TString() noexcept = default;
+    /// Copies a zero-terminated UTF-16 text; null gives the empty string.
+    TString(const char16_t* text);
+    TString(const char16_t* text, size_type length);
+    explicit TString(std::u16string_view text);
+    /// Decodes a zero-terminated UTF-8 text; see fromUtf8.
+    TString(const char* utf8);
+    TString(const QString& text);
+    /// A text of `length` units, all of them `unit`.
+    TString(size_type length, char16_t unit);
+    TString(const TString& other) noexcept : m_rep(other.m_rep) { Retain(m_rep); }
+    TString(TString&& other) noexcept : m_rep(other.m_rep) { other.m_rep = nullptr; }
+    ~TString() { Release(m_rep); }
+
+    TString& operator=(const TString& other) noexcept
+    {
+        Retain(other.m_rep);
+        Release(m_rep);
+        m_rep = other.m_rep;
+        return *this;
+    }
+    TString& operator=(TString&& other) noexcept
+    {
+        std::swap(m_rep, other.m_rep);
+        return *this;
+    }
+
+    operator QString() const;
+    operator std::u16string_view() const noexcept { return view(); }
+
+    bool IsEmpty() const noexcept { return m_rep == nullptr || m_rep->Length() == 0; }
+    bool isEmpty() const noexcept { return IsEmpty(); }
+    size_type length() const noexcept { return m_rep == nullptr ? 0 : m_rep->Length(); }
+    size_type size() const noexcept { return length(); }
+    /// The zero-terminated units; valid until this object changes or ends.
+    const char16_t* utf16() const noexcept { return m_rep == nullptr ? u"" : m_rep->Units(); }
+    std::u16string_view view() const noexcept
+    {
+        return {utf16(), static_cast<std::size_t>(length())};
+    }
+    const_iterator begin() const noexcept { return utf16(); }
+    const_iterator end() const noexcept { return utf16() + length(); }
+    /// Requires 0 <= index < length().
+    char16_t operator[](size_type index) const noexcept { return utf16()[index]; }
+
+    /// Amortised constant time a unit; any argument may be a part of this very text.
+    TString& append(const TString& text);
+    TString& append(std::u16string_view text);
+    TString& append(char16_t unit);
+    TString& operator+=(const TString& text) { return append(text); }
+    TString& operator+=(std::u16string_view text) { return append(text); }
+    TString& operator+=(const char16_t* text) { return append(std::u16string_view(text)); }
+    TString& operator+=(char16_t unit) { return append(unit); }
+    /// Empties the string and gives its memory back.
+    void clear() noexcept { *this = TString(); }
+
+    /// Makes a private text of exactly `length` units for the caller to fill, and returns its
+    /// first unit. What was there before is gone. The pointer is valid until the next call.
+    char16_t* resizeForOverwrite(size_type length);
+
+    /// The first or last `count` units; a count that is negative or too large gives the whole text.
+    TString left(size_type count) const;
+    TString right(size_type count) const;
+    /// At most `count` units (a negative count: all) from `position` on; empty past the end.
+    TString mid(size_type position, size_type count = -1) const;
+
+    bool startsWith(const TString& text, int caseSensitivity = CaseSensitive) const;
+    bool endsWith(const TString& text, int caseSensitivity = CaseSensitive) const;
+    bool contains(const TString& text) const noexcept { return indexOf(text) >= 0; }
+    bool contains(char16_t unit) const noexcept { return indexOf(unit) >= 0; }
+    /// First position not before `from`; an empty text is found at any `from` up to the length.
+    /// A negative `from` counts as 0.
+    size_type indexOf(const TString& text, size_type from = 0) const noexcept;
+    size_type indexOf(char16_t unit, size_type from = 0) const noexcept;
+
+    /// Replaces every occurrence of `before`, left to right and without overlap. An empty
+    /// `before` changes nothing. Linear in the length of text and result.
+    TString& replace(const TString& before, const TString& after);
+    /// The parts between the separators, empty ones kept; the empty string gives one empty part.
+    std::vector<TString> split(char16_t separator) const;
+
+    /// White space is what TCType::isSpace says.
+    TString trimmed() const;
+    TString trimLeft() const;
+
+    /// Numbers in the C locale, blanks around them ignored. Bad text and overflow give 0 and false.
+    /// Base 2 to 36, or 0 for the prefixes of C.
+    int toInt(bool* ok = nullptr, int base = 10) const;
+    unsigned long long toULongLong(bool* ok = nullptr, int base = 10) const;
+    double toDouble(bool* ok = nullptr) const;
+
+    static TString number(int value);
+    static TString number(unsigned int value);
+    static TString number(long value);
+    static TString number(unsigned long value);
+    static TString number(long long value);
+    static TString number(unsigned long long value);
+    /// `format` is one of e, E, f, g, G with the meaning of printf.
+    static TString number(double value, char format = 'g', int precision = 6);
+
+    /// UTF-8. A unit that is half of no pair becomes U+FFFD.
+    std::string toStdString() const;
+    static TString fromStdString(const std::string& utf8) { return fromUtf8(utf8); }
+    /// Decodes UTF-8; each maximal part that is not well formed becomes one U+FFFD.
+    static TString fromUtf8(std::string_view utf8);
+
+    friend bool operator==(const TString& a, const TString& b) noexcept
+    {
+        return a.m_rep == b.m_rep || a.view() == b.view();
+    }
+    friend bool operator==(const TString& a, const char16_t* b) noexcept { return a.view() == b; }
+    friend std::strong_ordering operator<=>(const TString& a, const TString& b) noexcept
+    {
+        return a.m_rep == b.m_rep ? std::strong_ordering::equal : a.view() <=> b.view();
+    }
+
+    friend TString operator+(const TString& a, const TString& b) { return Concatenate(a, b); }
+    friend TString operator+(TString&& a, const TString& b)
+    {
+        a.append(b);
+        return std::move(a);
+    }
+
+private:
+    friend class TStringBlock;
+
+    /// Header of a text, followed by its units and a terminating zero.
+    struct Rep
+    {
+        /// A count of owners; or, with `embeddedFlag`, the distance in bytes back to the
+        /// TStringBlock that the text is part of and that counts the owners.
+        std::atomic<std::uint32_t> control;
+        /// The length; `growableFlag` says that the allocation's size is a power of two.
+        std::uint32_t lengthAndFlag;
+
+        size_type Length() const noexcept { return lengthAndFlag & ~growableFlag; }
+        const char16_t* Units() const noexcept
+        {
+            return reinterpret_cast<const char16_t*>(this + 1);
+        }
+        char16_t* Units() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
+    };
+
+    static constexpr std::uint32_t growableFlag = 0x80000000U;
+    static constexpr std::uint32_t embeddedFlag = 0x80000000U;
+    /// From here on a count is no longer kept and the text lives until the process ends.
+    static constexpr std::uint32_t immortalCount = 0x40000000U;
+
+    explicit TString(Rep* rep) noexcept : m_rep(rep) {}
+
+    static void Retain(Rep* rep) noexcept;
+    static void Release(Rep* rep) noexcept
+    {
+        if (rep != nullptr)
+            ReleaseNonNull(rep);
+    }
+    static void ReleaseNonNull(Rep* rep) noexcept;
+    static Rep* Allocate(size_type length, bool growable);
+    static TString Concatenate(std::u16string_view a, std::u16string_view b);
+    bool IsExclusive() const noexcept;
+    size_type Capacity() const noexcept;
+    char16_t* GrowBy(size_type count);
+
+    Rep* m_rep = nullptr;
+};
+
+/// One allocation in which several texts live together; the TStrings made from them keep the whole
+/// of it alive. Whoever makes a block lays it out: it begins with a TStringBlock, and each text
+/// stands in a slot of SlotSize(length) bytes at an offset that is a multiple of slotAlignment and
+/// below 2 GiB.
+///
+/// Different blocks may be used from different threads; a block's texts are written before any
+/// TString is made from them and never change afterwards.
+class KESPLATFORM_EXPORT TStringBlock
+{
+public:
+    /// Destroys and frees blocks that nobody refers to any more.
+    class Owner
+    {
+    public:
+        virtual void Destroy(TStringBlock* block) noexcept = 0;
+
+    protected:
+        ~Owner() = default;
+    };
+
+    static constexpr std::size_t slotAlignment = 4;
+    static constexpr std::size_t SlotSize(std::size_t length) noexcept
+    {
+        const std::size_t bytes = sizeof(TString::Rep) + (length + 1) * sizeof(char16_t);
+        return (bytes + slotAlignment - 1) / slotAlignment * slotAlignment;
+    }
+
+    /// Starts with one reference, that of the maker.
+    explicit TStringBlock(Owner& owner) noexcept : m_owner(&owner) {}
+    TStringBlock(const TStringBlock&) = delete;
+    TStringBlock& operator=(const TStringBlock&) = delete;
+
+    void Retain() noexcept;
+    void Release() noexcept;
+    bool IsExclusive() const noexcept
+    {
+        return m_references.load(std::memory_order_acquire) == 1;
+    }
+    Owner& GetOwner() const noexcept { return *m_owner; }
+
+    /// Puts a text into the slot at `slot`, which lies inside the allocation of this block.
+    void WriteSlot(std::byte* slot, std::u16string_view text) noexcept;
+    /// The text of a slot, valid as long as the block.
+    static std::u16string_view ViewSlot(const std::byte* slot) noexcept
+    {
+        const auto* rep = reinterpret_cast<const TString::Rep*>(slot);
+        return {rep->Units(), static_cast<std::size_t>(rep->Length())};
+    }
+    /// A TString that shares the text of a slot and keeps the block alive.
+    static TString ShareSlot(const std::byte* slot) noexcept;
+
+private:
+    std::atomic<std::uint32_t> m_references{1};
+    Owner* m_owner;
+};
+
+inline void TStringBlock::Retain() noexcept
+{
+    m_references.fetch_add(1, std::memory_order_relaxed);
+}
+
+inline void TStringBlock::Release() noexcept
+{
+    if (m_references.load(std::memory_order_acquire) == 1 ||
+        m_references.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        m_owner->Destroy(this);
+}
+
+inline void TString::Retain(Rep* rep) noexcept
+{
+    if (rep == nullptr)
+        return;
+    const std::uint32_t control = rep->control.load(std::memory_order_relaxed);
+    if ((control & embeddedFlag) != 0) {
+        auto* base = reinterpret_cast<std::byte*>(rep) - (control & ~embeddedFlag);
+        reinterpret_cast<TStringBlock*>(base)->Retain();
+    } else if (control < immortalCount) {
+        rep->control.fetch_add(1, std::memory_order_relaxed);
+    }
+}
+
+template <>
+struct std::hash<TString>
+{
+    /// Seeded anew in each process, so that a document cannot be built to collide.
+    std::size_t operator()(const TString& text) const noexcept
+    {
+        return qHashBits(text.utf16(), static_cast<std::size_t>(text.length()) * sizeof(char16_t),
+                         QHashSeed::globalSeed());
+    }
+};
+
+/// For test output: the text as UTF-8.
+KESPLATFORM_EXPORT std::ostream& operator<<(std::ostream& out, const TString& text);
