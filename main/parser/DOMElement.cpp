@@ -1,0 +1,239 @@
+#include <kescorexml/DOMElement.h>
+
+#include "Assertion.h"
+#include "DOMElementAccess.h"
+#include "KesErrors.h"
+
+#include <kescorexml/DOM.h>
+#include <kescorexml/DOMException.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace {
+
+[[noreturn]] void ThrowMissing(const TString& what, std::uint32_t code, const char16_t* identifier)
+{
+    throw DOMException(what, TError::ErrorInfo(CorvinaError(code, identifier), 1, 2));
+}
+
+} // namespace
+
+DOMElement::DOMElement(const TString& name) : m_name(name) {}
+
+DOMElement::DOMElement(TString&& name) : m_name(std::move(name)) {}
+
+DOMElement::~DOMElement()
+{
+    if (m_dom != nullptr) {
+        if (m_parent == nullptr)
+            m_dom->ClearAllErrorsAndWarnings();
+        else if (m_identity.load(std::memory_order_acquire) != nullptr)
+            m_dom->EraseErrorsAndWarningsForNode(*this);
+    }
+    DestroyChildren();
+    DOMElementAccess::ForgetElement(*this);
+}
+
+void DOMElement::DestroyChildren() noexcept
+{
+    // Always down to the last leaf, so that what is destroyed has no children of its own.
+    DOMElement* element = this;
+    for (;;) {
+        while (!element->m_children.empty()) {
+            DOMElement* last = element->m_children.back().get();
+            if (last != nullptr && last->HasChildren())
+                element = last;
+            else
+                element->m_children.PopBack();
+        }
+        if (element == this)
+            return;
+        element = element->m_parent;
+    }
+}
+
+// Navigation
+
+const DOMElement* DOMElement::GetParent() const noexcept
+{
+    return DOMElementAccess::Parent(*this);
+}
+
+DOMElement* DOMElement::GetParent() noexcept
+{
+    return const_cast<DOMElement*>(std::as_const(*this).GetParent());
+}
+
+bool DOMElement::IsChildOf(const DOMElement& other) const noexcept
+{
+    const DOMElement* ancestor = DOMElementAccess::Parent(*this);
+    while (ancestor != nullptr && ancestor != &other)
+        ancestor = DOMElementAccess::Parent(*ancestor);
+    return ancestor != nullptr;
+}
+
+const DOMElement* DOMElement::GetChild(const TString& name) const noexcept
+{
+    for (const auto& child : m_children) {
+        if (child->m_name == name)
+            return child.get();
+    }
+    return nullptr;
+}
+
+DOMElement* DOMElement::GetChild(const TString& name) noexcept
+{
+    return const_cast<DOMElement*>(std::as_const(*this).GetChild(name));
+}
+
+TString DOMElement::GetChildText(const TString& name) const noexcept
+{
+    const DOMElement* child = GetChild(name);
+    return child == nullptr ? TString() : child->m_text;
+}
+
+const DOMElement& DOMElement::GetRequiredChild(const TString& name) const
+{
+    if (const DOMElement* child = GetChild(name))
+        return *child;
+    ThrowMissing(name, 0x26487BC2, u"DOMException_RequiredChildMissing_0x26487BC2");
+}
+
+DOMElement& DOMElement::GetRequiredChild(const TString& name)
+{
+    return const_cast<DOMElement&>(std::as_const(*this).GetRequiredChild(name));
+}
+
+const DOMElement& DOMElement::GetRequiredChildByAttr(const TString& attrName,
+                                                     const TString& attrValue) const
+{
+    for (const auto& child : m_children) {
+        std::u16string_view value;
+        if (child->m_attributes.View(attrName, value) && value == attrValue.view())
+            return *child;
+    }
+    ThrowMissing(attrName, 0x21039DFE, u"DOMException_RequiredChildByAttribute_0x21039DFE");
+}
+
+DOMElement& DOMElement::GetRequiredChildByAttr(const TString& attrName, const TString& attrValue)
+{
+    return const_cast<DOMElement&>(
+        std::as_const(*this).GetRequiredChildByAttr(attrName, attrValue));
+}
+
+DOMElement::ChildIterator DOMElement::FindChild(const DOMElement& child) noexcept
+{
+    return m_children.begin() + IndexOf(child);
+}
+
+DOMElement::ConstChildIterator DOMElement::FindChild(const DOMElement& child) const noexcept
+{
+    return m_children.begin() + IndexOf(child);
+}
+
+std::size_t DOMElement::IndexOf(const DOMElement& child) const noexcept
+{
+    // From both ends at once: children at either end are found, and so removed, without a look at
+    // all the others.
+    const std::size_t count = m_children.size();
+    for (std::size_t i = 0; i < (count + 1) / 2; ++i) {
+        if (m_children[i].get() == &child)
+            return i;
+        if (m_children[count - 1 - i].get() == &child)
+            return count - 1 - i;
+    }
+    return count;
+}
+
+// Attributes
+
+void DOMElement::SetAttributes(const AttributeMap& attributes)
+{
+    m_attributes.Replace(AttributeMap(attributes));
+}
+
+void DOMElement::SetAttributes(AttributeMap&& attributes)
+{
+    m_attributes.Replace(std::move(attributes));
+}
+
+bool DOMElement::HasAttribute(const TString& name) const noexcept
+{
+    std::u16string_view value;
+    return m_attributes.View(name, value);
+}
+
+DOMElement::AttributeMap::const_iterator DOMElement::RequireAttribute(const TString& name) const
+{
+    const AttributeMap& attributes = GetAttributes();
+    const auto found = attributes.find(name);
+    if (found == attributes.end())
+        ThrowMissing(name, 0x3473F8A4, u"DOMException_RequiredDOMAttribute_0x3473F8A4");
+    return found;
+}
+
+void DOMElement::SetAttribute(const TString& name, const TString& value)
+{
+    m_attributes.Map().insert_or_assign(name, value);
+}
+
+void DOMElement::RemoveAttribute(const TString& name)
+{
+    if (HasAttribute(name))
+        m_attributes.Map().erase(name);
+}
+
+TString DOMElement::GetParentAttr(const TString& name) const
+{
+    const DOMElement* element = this;
+    while (element != nullptr && !element->HasAttribute(name))
+        element = DOMElementAccess::Parent(*element);
+    return element == nullptr ? TString() : element->GetAttribute(name);
+}
+
+TString GetParentAttrIteratively(DOMElement* start, const TString& name)
+{
+    return start == nullptr ? TString() : start->GetParentAttr(name);
+}
+
+bool DOMElement::StringToBool(const TString& text, bool& out) noexcept
+{
+    const auto isOneOf = [&text](const std::array<std::u16string_view, 3>& texts) {
+        return std::find(texts.begin(), texts.end(), text.view()) != texts.end();
+    };
+    const bool isTrue = isOneOf({u"true", u"yes", u"1"});
+    if (!isTrue && !isOneOf({u"false", u"no", u"0"}))
+        return false;
+    out = isTrue;
+    return true;
+}
+
+void DOMElement::AdoptAttribute(DOMElement& from, const TString& name)
+{
+    if (!from.HasAttribute(name) || this == &from) {
+        // Moved onto itself, an attribute is set and then erased.
+        if (this == &from)
+            RemoveAttribute(name);
+        return;
+    }
+    // Both maps are there before either changes, so that nothing is lost when memory runs out.
+    AttributeMap& source = from.m_attributes.Map();
+    m_attributes.Map().insert_or_assign(name, source.at(name));
+    source.erase(name);
+}
+
+void DOMElement::AdoptAttributes(DOMElement& from, bool overwrite)
+{
+    AttributeMap merged = GetAttributes();
+    AttributeMap& source = from.m_attributes.Map();
+    for (const auto& [name, value] : source) {
+        if (overwrite)
+            merged.insert_or_assign(name, value);
+        else
+            merged.emplace(name, value);
+    }
+    m_attributes.Replace(std::move(merged));
+    source.clear();
+}

@@ -1,0 +1,147 @@
+#include "DOMElementAccess.h"
+
+#include <algorithm>
+#include <utility>
+
+ElementIdentity& DOMElementAccess::MakeIdentity(const DOMElement& element)
+{
+    if (ElementIdentity* known = Identity(element))
+        return *known;
+    auto made = std::make_unique<ElementIdentity>(const_cast<DOMElement*>(&element));
+    ElementIdentity* expected = nullptr;
+    if (!element.m_identity.compare_exchange_strong(expected, made.get(),
+                                                    std::memory_order_acq_rel))
+        return *expected;
+    return *made.release();
+}
+
+const DOMElement* DOMElementAccess::Parent(const DOMElement& element) noexcept
+{
+    if (const ElementIdentity* identity = Identity(element);
+        identity != nullptr && identity->formerParent != nullptr)
+        return identity->formerParent->element.load(std::memory_order_acquire);
+    return element.m_parent;
+}
+
+void DOMElementAccess::SetDocument(DOMElement& element, DOM* dom) noexcept
+{
+    // On the way through the subtree, the document pointer of each element that is still being
+    // visited serves as the index of its next child; so the walk needs no memory of its own.
+    const auto setIndex = [](DOMElement& e, std::uintptr_t index) {
+        e.m_dom = reinterpret_cast<DOM*>(index);
+    };
+    DOMElement* current = &element;
+    setIndex(element, 0);
+    for (;;) {
+        const auto index = reinterpret_cast<std::uintptr_t>(current->m_dom);
+        if (index < current->m_children.size()) {
+            setIndex(*current, index + 1);
+            current = current->m_children[index].get();
+            setIndex(*current, 0);
+            continue;
+        }
+        current->m_dom = dom;
+        if (current == &element)
+            return;
+        current = current->m_parent;
+    }
+}
+
+void DOMElementAccess::LinkLoose(const DOMElement& element) noexcept
+{
+    ElementIdentity& identity = *Identity(element);
+    DOM& dom = *element.m_dom;
+    const ScopedLock lock(dom.m_lock);
+    identity.looseIn = &dom;
+    identity.previousLoose = nullptr;
+    identity.nextLoose = dom.m_firstLoose;
+    if (dom.m_firstLoose != nullptr)
+        dom.m_firstLoose->previousLoose = &identity;
+    dom.m_firstLoose = &identity;
+}
+
+namespace {
+
+void Unlink(ElementIdentity& identity, ElementIdentity*& first) noexcept
+{
+    if (identity.previousLoose != nullptr)
+        identity.previousLoose->nextLoose = identity.nextLoose;
+    else
+        first = identity.nextLoose;
+    if (identity.nextLoose != nullptr)
+        identity.nextLoose->previousLoose = identity.previousLoose;
+    identity.looseIn = nullptr;
+}
+
+void ForgetFormerParent(ElementIdentity& identity) noexcept
+{
+    if (ElementIdentity* former = std::exchange(identity.formerParent, nullptr))
+        former->Release();
+}
+
+} // namespace
+
+void DOMElementAccess::Unloosen(DOMElement& element) noexcept
+{
+    ElementIdentity* identity = Identity(element);
+    if (identity == nullptr)
+        return;
+    if (DOM* dom = identity->looseIn) {
+        const ScopedLock lock(dom->m_lock);
+        Unlink(*identity, dom->m_firstLoose);
+    }
+    ForgetFormerParent(*identity);
+}
+
+void DOMElementAccess::MarkRemoved(DOMElement& child, DOMElement& parent) noexcept
+{
+    ElementIdentity& former = *Identity(parent);
+    former.Retain();
+    Identity(child)->formerParent = &former;
+    if (child.m_dom != nullptr)
+        LinkLoose(child);
+}
+
+void DOMElementAccess::DetachAllLoose(DOM& dom) noexcept
+{
+    while (ElementIdentity* identity = dom.m_firstLoose) {
+        Unlink(*identity, dom.m_firstLoose);
+        SetDocument(*identity->element.load(std::memory_order_acquire), nullptr);
+    }
+}
+
+void DOMElementAccess::ForgetElement(DOMElement& element) noexcept
+{
+    ElementIdentity* identity = Identity(element);
+    if (identity == nullptr)
+        return;
+    Unloosen(element);
+    identity->element.store(nullptr, std::memory_order_release);
+    identity->Release();
+}
+
+void DOMElementAccess::AttachChildren(DOMElement& parent,
+                                      std::span<std::unique_ptr<DOMElement>> children)
+{
+    parent.m_children.ReserveExactly(children.size());
+    for (const auto& child : children)
+        child->m_parent = &parent;
+    parent.m_children.Insert(parent.m_children.size(), children.data(), children.size());
+}
+
+std::unique_ptr<DOMElement> DOMElementAccess::NewParsedElement(TString&& name,
+                                                               AttributeBlock* attributes,
+                                                               DOM* dom, DOMElement& parent)
+{
+    auto element = std::make_unique<DOMElement>(std::move(name));
+    element->m_attributes.Adopt(attributes);
+    element->m_dom = dom;
+    element->m_parent = &parent;
+    return element;
+}
+
+void DOMElementAccess::AppendText(DOMElement& element, std::u16string_view text)
+{
+    element.m_text.append(text);
+    element.m_encoded = false;
+}

@@ -1,0 +1,196 @@
+#pragma once
+
+#include <kescorexml/Export.h>
+#include <kescorexml/PathRenames.h>
+#include <kescorexml/detail/Diagnostics.h>
+#include <kesplatform/QualifiedName.h>
+#include <kesplatform/TError.h>
+#include <kesplatform/TReadWriteLock.h>
+#include <kesplatform/TString.h>
+
+#include <list>
+#include <map>
+#include <memory>
+#include <utility>
+#include <vector>
+
+class DOMElement;
+
+/// A document: owns the root of one element tree and keeps, beside it, what is said about the
+/// tree's elements: errors and warnings by element, and rename maps.
+///
+/// The root is a synthetic element named "Document"; the XML document element is its first child.
+/// Every listing of diagnostics comes in the order of DOMElementTraversal: an element's own
+/// messages in their order, then those of its children's subtrees from the last child to the first.
+///
+/// One re-entrant read-write lock guards all state but the tree itself: diagnostics and renames may
+/// be written and read from several threads as long as nobody changes the tree. Operations on two
+/// documents lock the one at the higher address first.
+class KESCOREXML_EXPORT DOM
+{
+public:
+    struct DOMErrorMessage
+    {
+        TString m_message;
+        TError::ErrorInfo m_info;
+        /// The user has been told already.
+        bool m_reported;
+        /// The user cancelled; not a real fault.
+        bool m_cancel;
+    };
+
+    struct DOMWarningMessage
+    {
+        TString m_message;
+        TError::ErrorInfo m_info;
+    };
+
+    /// The flag is kept for the document's users.
+    explicit DOM(bool restrictExternalPaths = false);
+    DOM(const DOM&) = delete;
+    DOM& operator=(const DOM&) = delete;
+    /// Elements that were removed from the tree and still live become detached.
+    virtual ~DOM();
+
+    bool GetRestrictExternalPaths() const;
+
+    /// Makes this document a copy of `other`: tree, diagnostics, renames and settings. From itself
+    /// it keeps the tree and clears the diagnostics.
+    void DeepCopy(const DOM& other);
+
+    /// Compares the trees and nothing else.
+    bool operator==(const DOM& other) const;
+    bool operator!=(const DOM& other) const { return !(*this == other); }
+
+    DOMElement* GetRoot() noexcept { return m_root.get(); }
+    const DOMElement* GetRoot() const noexcept { return m_root.get(); }
+    /// The root's first child, or null.
+    DOMElement* GetDocumentRoot() noexcept;
+    const DOMElement* GetDocumentRoot() const noexcept;
+    /// The first element with that name in document order, at most 1000 levels below the root.
+    DOMElement* GetElement(const TString& name);
+    const DOMElement* GetElement(const TString& name) const;
+
+    void SetDSValidationCancelType(int type);
+    int GetDSValidationCancelType() const;
+    void SetProtectedDataSourceName(const TString& name);
+    /// The reference is read without the lock; do not race it with the setter.
+    const TString& GetProtectedDataSourceName() const;
+    void SetPathRenames(const PathRenames& renames);
+    /// The reference is read without the lock; do not race it with the setter.
+    const PathRenames& GetPathRenames() const;
+
+    void PushError(const DOMElement& element, const TString& message,
+                   const TError::ErrorInfo& info, bool reported, bool cancel);
+    /// Puts the message first; it is no cancellation.
+    void InsertError(const DOMElement& element, const TString& message,
+                     const TError::ErrorInfo& info, bool reported);
+    void PushWarning(const DOMElement& element, const TString& message,
+                     const TError::ErrorInfo& info);
+    void InsertWarning(const DOMElement& element, const TString& message,
+                       const TError::ErrorInfo& info);
+
+    // Each of these asks about an element and its descendants; about the whole registry when the
+    // element has no parent, and without element.
+
+    bool HasErrors(const DOMElement& element) const;
+    bool HasErrors() const;
+    bool HasUnreportedErrors(const DOMElement& element) const;
+    bool HasUnreportedErrors() const;
+    bool HasCancelErrors(const DOMElement& element) const;
+    bool HasCancelErrors() const;
+    /// No error that is not a cancellation: true without any error, too.
+    bool HasOnlyCancelErrors(const DOMElement& element) const;
+    bool HasOnlyCancelErrors() const;
+    /// Unlike HasErrors this asks for entries: an element whose messages were adopted away has
+    /// none, and a parentless element has warnings as soon as any entry exists.
+    bool HasWarnings(const DOMElement& element) const;
+    bool HasWarnings() const;
+
+    /// Appends to `out`.
+    void GetErrors(const DOMElement& element, std::list<TString>& out) const;
+    std::list<TString> GetErrors() const;
+    std::list<TError::ErrorInfo> GetMetadataForErrors() const;
+    /// All messages joined with line feeds.
+    TString GetConcatenatedErrors() const;
+    void GetWarnings(const DOMElement& element, std::list<TString>& out) const;
+    std::list<TString> GetWarnings() const;
+    std::list<TError::ErrorInfo> GetMetadataForWarnings() const;
+    TString GetConcatenatedWarnings() const;
+
+    /// Appends to a list of TString, a list of TError::ErrorInfo or a vector of TString. Does not
+    /// take the lock.
+    template <typename Container>
+    void GetErrors(const DOMElement& element, Container& out) const;
+    template <typename Container>
+    void GetWarnings(const DOMElement& element, Container& out) const;
+
+    /// Of the element and its descendants; everything when the element has no parent.
+    void ClearErrors(const DOMElement& element);
+    void ClearErrors();
+    void ClearWarnings(const DOMElement& element);
+    void ClearWarnings();
+    /// Of this one element.
+    void EraseErrorsAndWarningsForNode(const DOMElement& element);
+    void ClearAllErrorsAndWarnings();
+    /// Moves the element's own messages from the document that it is attached to into this one,
+    /// to `target` or, when that is null, to the element. What the receiver has already wins, and
+    /// the moved messages are dropped. Nothing happens for a detached element.
+    void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
+    /// The same, but the element keeps its messages.
+    void CopyErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
+    /// Hands all messages to `other`, whose own are dropped. They still are those of this
+    /// document's elements and vanish with them.
+    void MoveErrorsAndWarningsTo(DOM& other);
+
+    void AddFieldRename(const FieldName& from, const FieldName& to);
+    /// A caption is renamed only once; a second time is a logic assertion.
+    void AddCaptionRename(const TString& oldCaption, const TString& newCaption);
+    void AddDataSourceRename(const TString& from, const TString& to);
+    void AddDataConnectionRename(const TString& from, const TString& to);
+    void AddMapSourceRename(const TString& from, const TString& to);
+    /// The data source first, then the field under its new data source. Names of the protected
+    /// data source stay as they are.
+    FieldName RenameField(FieldName name) const;
+    TString RenameDataSource(const TString& name) const;
+    TString RenameDataConnection(const TString& name) const;
+    TString RenameMapSource(const TString& name) const;
+    TString GetCaptionRenameIfItExists(const TString& caption) const;
+    /// The first old name, in ascending order, that was renamed to `newName`, or `newName`.
+    /// Linear in the number of renames.
+    TString UnRenameDataSource(const TString& newName) const;
+
+private:
+    friend class DOMElement;
+    friend class DOMElementAccess;
+
+    enum SubtreeScope { TopAndDescendants, DescendantsOnly };
+
+    using NameMap = std::map<TString, TString>;
+
+    static TString Lookup(const NameMap& names, const TString& name);
+    /// Moves the diagnostics of a subtree from its document, if it has one, into this one, and
+    /// those of that document's root when the topmost elements that move are its children. Happens
+    /// whole or not at all.
+    void AdoptSubtree(const DOMElement& top, SubtreeScope scope);
+    /// Copies the diagnostics of each first element to the second one, which is attached here and
+    /// keeps what it has. Happens whole or not at all.
+    void CopyForClones(const DOM& from,
+                       const std::vector<std::pair<const DOMElement*, const DOMElement*>>& pairs);
+
+    std::unique_ptr<DOMElement> m_root;
+    std::map<FieldName, FieldName> m_fieldRenames;
+    NameMap m_captionRenames;
+    NameMap m_dataSourceRenames;
+    NameMap m_dataConnectionRenames;
+    NameMap m_mapSourceRenames;
+    DiagnosticsRegistry<DOMErrorMessage> m_errors;
+    DiagnosticsRegistry<DOMWarningMessage> m_warnings;
+    PathRenames m_pathRenames;
+    TString m_protectedDataSourceName;
+    int m_dsValidationCancelType = 0;
+    bool m_restrictExternalPaths;
+    mutable TReadWriteLock m_lock;
+    /// First of the attached elements that are in no tree.
+    ElementIdentity* m_firstLoose = nullptr;
+};

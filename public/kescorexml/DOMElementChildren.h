@@ -1,0 +1,57 @@
+#pragma once
+
+#include <kescorexml/Export.h>
+#include <kescorexml/detail/ElementList.h>
+
+#include <cstddef>
+#include <iterator>
+
+class DOMElement;
+
+/// Shows the children of an element in document order. Owns nothing, costs one pointer, follows
+/// later changes of the list, and is valid as long as the element lives. Iterators yield the
+/// owning pointers and are invalid once the list changes.
+///
+/// Const operations may run side by side.
+class KESCOREXML_EXPORT DOMElementChildren
+{
+public:
+    using value_type = ElementList::Owner;
+    using iterator = ElementList::iterator;
+    using const_iterator = ElementList::const_iterator;
+    using reverse_iterator = std::reverse_iterator<iterator>;
+    using const_reverse_iterator = std::reverse_iterator<const_iterator>;
+
+    explicit DOMElementChildren(DOMElement& element) noexcept : m_element(&element) {}
+
+    std::size_t size() const noexcept;
+    bool empty() const noexcept { return size() == 0; }
+
+    /// std::out_of_range when `index` is not below size().
+    DOMElement& at(std::size_t index);
+    const DOMElement& at(std::size_t index) const;
+    /// REQUIRES: an index below size().
+    DOMElement& operator[](std::size_t index) noexcept;
+    const DOMElement& operator[](std::size_t index) const noexcept;
+    /// REQUIRES: at least one child.
+    DOMElement& front() noexcept { return (*this)[0]; }
+    const DOMElement& front() const noexcept { return (*this)[0]; }
+    DOMElement& back() noexcept { return (*this)[size() - 1]; }
+    const DOMElement& back() const noexcept { return (*this)[size() - 1]; }
+
+    iterator begin() noexcept;
+    iterator end() noexcept;
+    const_iterator begin() const noexcept;
+    const_iterator end() const noexcept;
+    const_iterator cbegin() const noexcept { return begin(); }
+    const_iterator cend() const noexcept { return end(); }
+    reverse_iterator rbegin() noexcept { return reverse_iterator(end()); }
+    reverse_iterator rend() noexcept { return reverse_iterator(begin()); }
+    const_reverse_iterator rbegin() const noexcept { return const_reverse_iterator(end()); }
+    const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
+    const_reverse_iterator crbegin() const noexcept { return rbegin(); }
+    const_reverse_iterator crend() const noexcept { return rend(); }
+
+private:
+    DOMElement* m_element;
+};

@@ -1,0 +1,112 @@
+#pragma once
+
+#include <kescorexml/DOMElement.h>
+#include <kescorexml/Export.h>
+
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+/// A walk over a subtree in which every element comes before its descendants and the children of
+/// each element are taken from the last to the first: for R with children A (with A1) and B (with
+/// B1), that is R, B, B1, A, A1. No recursion. The tree must not change during a walk.
+///
+/// T is DOMElement or const DOMElement. Different objects may be used from different threads.
+namespace DOMElementTraversal {
+
+/// Yields the elements one by one.
+template <typename T>
+class PreorderGeneratorTemplate
+{
+public:
+    explicit PreorderGeneratorTemplate(T& start)
+    {
+        m_stack.reserve(128);
+        m_stack.push_back(&start);
+    }
+
+    /// The next element, or null when the walk is over.
+    T* Next()
+    {
+        if (m_stack.empty())
+            return nullptr;
+        T* element = m_stack.back();
+        m_stack.pop_back();
+        for (const auto& child : element->GetChildren())
+            m_stack.push_back(child.get());
+        return element;
+    }
+
+private:
+    std::vector<T*> m_stack;
+};
+
+/// Stands at one element of a walk. Copies continue independently from the same point.
+template <typename T>
+class PreorderIteratorTemplate
+{
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = T;
+    using difference_type = std::ptrdiff_t;
+    using pointer = T*;
+    using reference = T&;
+
+    /// The end.
+    PreorderIteratorTemplate() noexcept = default;
+    explicit PreorderIteratorTemplate(T& start);
+    PreorderIteratorTemplate(const PreorderIteratorTemplate& other);
+    PreorderIteratorTemplate(PreorderIteratorTemplate&& other) noexcept = default;
+    PreorderIteratorTemplate& operator=(const PreorderIteratorTemplate& other);
+    PreorderIteratorTemplate& operator=(PreorderIteratorTemplate&& other) noexcept = default;
+    ~PreorderIteratorTemplate() = default;
+
+    /// At the end this does nothing.
+    PreorderIteratorTemplate& operator++();
+    PreorderIteratorTemplate operator++(int);
+    T& operator*() const noexcept { return *m_current; }
+    T* operator->() const noexcept { return m_current; }
+
+    /// Compares the elements stood at and nothing else.
+    friend bool operator==(const PreorderIteratorTemplate& a,
+                           const PreorderIteratorTemplate& b) noexcept
+    {
+        return a.m_current == b.m_current;
+    }
+
+private:
+    std::unique_ptr<PreorderGeneratorTemplate<T>> m_generator;
+    T* m_current = nullptr;
+};
+
+/// The walk as a range, which may be walked more than once.
+template <typename T>
+class PreorderTraversalTemplate
+{
+public:
+    explicit PreorderTraversalTemplate(T& start) : m_begin(start) {}
+
+    PreorderIteratorTemplate<T> begin() const { return m_begin; }
+    PreorderIteratorTemplate<T> end() const { return m_end; }
+
+private:
+    PreorderIteratorTemplate<T> m_begin;
+    PreorderIteratorTemplate<T> m_end;
+};
+
+using PreorderGenerator = PreorderGeneratorTemplate<DOMElement>;
+using ConstPreorderGenerator = PreorderGeneratorTemplate<const DOMElement>;
+using PreorderIterator = PreorderIteratorTemplate<DOMElement>;
+using ConstPreorderIterator = PreorderIteratorTemplate<const DOMElement>;
+using PreorderTraversal = PreorderTraversalTemplate<DOMElement>;
+using ConstPreorderTraversal = PreorderTraversalTemplate<const DOMElement>;
+
+extern template class KESCOREXML_EXPORT PreorderGeneratorTemplate<DOMElement>;
+extern template class KESCOREXML_EXPORT PreorderGeneratorTemplate<const DOMElement>;
+extern template class KESCOREXML_EXPORT PreorderIteratorTemplate<DOMElement>;
+extern template class KESCOREXML_EXPORT PreorderIteratorTemplate<const DOMElement>;
+extern template class KESCOREXML_EXPORT PreorderTraversalTemplate<DOMElement>;
+extern template class KESCOREXML_EXPORT PreorderTraversalTemplate<const DOMElement>;
+
+} // namespace DOMElementTraversal

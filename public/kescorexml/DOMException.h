@@ -1,0 +1,16 @@
+#pragma once
+
+#include <kescorexml/Export.h>
+#include <kesplatform/CorvinaException.h>
+
+/// Data that a document must have is missing. The message names it; the record says which kind.
+class KESCOREXML_EXPORT DOMException : public CorvinaException
+{
+public:
+    DOMException(const TString& message, const TError::ErrorInfo& info);
+    DOMException(const DOMException&) = default;
+    ~DOMException() override;
+
+    DOMException* Clone() const override;
+    [[noreturn]] void Throw() const override;
+};

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <kescorexml/detail/ElementIdentity.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+/// Messages in order, growing at both ends in amortised constant time.
+template <typename Message>
+class MessageSequence
+{
+public:
+    bool IsEmpty() const noexcept { return m_prefixed.empty() && m_pushed.empty(); }
+    void PushBack(Message&& message) { m_pushed.push_back(std::move(message)); }
+    void PushFront(Message&& message) { m_prefixed.push_back(std::move(message)); }
+
+    template <typename Visit>
+    void ForEach(Visit&& visit) const
+    {
+        for (auto i = m_prefixed.rbegin(); i != m_prefixed.rend(); ++i)
+            visit(*i);
+        for (const Message& message : m_pushed)
+            visit(message);
+    }
+
+    template <typename Predicate>
+    bool AnyOf(Predicate&& predicate) const
+    {
+        return std::any_of(m_prefixed.begin(), m_prefixed.end(), predicate) ||
+               std::any_of(m_pushed.begin(), m_pushed.end(), predicate);
+    }
+
+private:
+    /// The last one comes first.
+    std::vector<Message> m_prefixed;
+    std::vector<Message> m_pushed;
+};
+
+/// The messages of one element, which may be gone by now.
+template <typename Message>
+struct DiagnosticsEntry
+{
+    ElementIdentityRef identity;
+    MessageSequence<Message> messages;
+};
+
+/// Messages by element. An entry whose element is gone is as good as none, even when another
+/// element has come to live at its address.
+template <typename Message>
+using DiagnosticsRegistry = std::unordered_map<const DOMElement*, DiagnosticsEntry<Message>>;
