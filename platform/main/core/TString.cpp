@@ -58,8 +58,8 @@ void TString::ReleaseNonNull(Rep* rep) noexcept
         return;
     }
     // A sole owner needs no atomic subtraction: nobody else is left who could share the text.
-    if (control == 1 || (control < immortalCount &&
-                         rep->control.fetch_sub(1, std::memory_order_acq_rel) == 1))
+    if (control == 1 ||
+        (control < immortalCount && rep->control.fetch_sub(1, std::memory_order_acq_rel) == 1))
         std::free(rep);
 }
 
@@ -92,7 +92,8 @@ char16_t* TString::GrowBy(size_type count)
         m_rep = static_cast<Rep*>(memory);
     } else if (!IsExclusive()) {
         TString grown(Allocate(newLength, true));
-        std::memcpy(grown.m_rep->Units(), utf16(), static_cast<std::size_t>(oldLength) * c_unitSize);
+        std::memcpy(grown.m_rep->Units(), utf16(),
+                    static_cast<std::size_t>(oldLength) * c_unitSize);
         std::swap(m_rep, grown.m_rep);
         return m_rep->Units() + oldLength;
     } else if ((m_rep->lengthAndFlag & growableFlag) == 0) {
@@ -216,9 +217,9 @@ TString TString::mid(size_type position, size_type count) const
         return {};
     if (position == 0 && (count < 0 || count >= length()))
         return *this;
-    return TString(view().substr(static_cast<std::size_t>(position),
-                                 count < 0 ? std::u16string_view::npos
-                                           : static_cast<std::size_t>(count)));
+    return TString(
+        view().substr(static_cast<std::size_t>(position),
+                      count < 0 ? std::u16string_view::npos : static_cast<std::size_t>(count)));
 }
 
 std::vector<TString> TString::split(char16_t separator) const
@@ -280,7 +281,8 @@ TString::size_type TString::indexOf(const TString& text, size_type from) const n
 
 TString::size_type TString::indexOf(char16_t unit, size_type from) const noexcept
 {
-    const std::size_t found = view().find(unit, static_cast<std::size_t>(std::max<size_type>(0, from)));
+    const std::size_t found =
+        view().find(unit, static_cast<std::size_t>(std::max<size_type>(0, from)));
     return found == std::u16string_view::npos ? -1 : static_cast<size_type>(found);
 }
 
@@ -387,8 +389,8 @@ std::ostream& operator<<(std::ostream& out, const TString& text)
 void TStringBlock::WriteSlot(std::byte* slot, std::u16string_view text) noexcept
 {
     const auto offset = static_cast<std::uint32_t>(slot - reinterpret_cast<std::byte*>(this));
-    auto* rep = new (slot) TString::Rep{TString::embeddedFlag | offset,
-                                        static_cast<std::uint32_t>(text.size())};
+    auto* rep = new (slot)
+        TString::Rep{TString::embeddedFlag | offset, static_cast<std::uint32_t>(text.size())};
     std::memcpy(rep->Units(), text.data(), text.size() * c_unitSize);
     rep->Units()[text.size()] = u'\0';
 }

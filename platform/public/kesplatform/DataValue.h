@@ -63,7 +63,9 @@ struct FormatOptions
 
 /// The text of a value: empty for null, "true" or "false", decimal integers, the shortest text
 /// that reads back equal for doubles, ISO 8601 for dates ("2024-02-29") and date-times
-/// ("2024-02-29T13:05:00", with ".123" only when there are milliseconds).
+/// ("2024-02-29T13:05:00", with ".123" only when there are milliseconds). Years have at least four
+/// digits; those beyond 9999 a sign "+", those before year 0 a "-". Doubles that are not finite
+/// are "nan", "inf" and "-inf". Fields of dates are written as they are, sensible or not.
 /// Safe to use from several threads.
 KESPLATFORM_EXPORT TString Format(const DataValue& value, const FormatOptions& options);
 

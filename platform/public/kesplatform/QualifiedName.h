@@ -48,10 +48,12 @@ public:
     }
     explicit FieldName(QualifiedName name) noexcept : QualifiedName(std::move(name)) {}
 
-    /// Reads root.field; a text without an unquoted dot is a field without root. Text that is not
-    /// well quoted is taken as it stands.
+    /// Reads root.field; a text without an unquoted dot is a field without root. The first unquoted
+    /// dot ends the root, further ones belong to the field. Text that is not well quoted is taken
+    /// as it stands, as a field without root.
     static FieldName ParseGlobal(const TString& text);
-    /// Looks `text` up in `cache` first and adds it there.
+    /// Looks `text` up in `cache` first and adds it there. A cache serves either global or local
+    /// names: what it holds is returned whoever put it there.
     static FieldName ParseGlobal(const TString& text, Cache& cache);
     /// Reads a field alone; unquoted dots belong to it.
     static FieldName ParseLocal(const TString& text);

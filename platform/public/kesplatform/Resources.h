@@ -7,7 +7,8 @@
 #include <mutex>
 #include <string>
 
-/// A compiled-in resource, found by the name that an alias resolves to.
+/// A compiled-in resource, found by the name that an alias resolves to: a path of Qt's resource
+/// system, which begins with ":", or else the bare name of one of the platform's own resources.
 /// Different objects may be used from different threads.
 class KESPLATFORM_EXPORT TResource
 {
