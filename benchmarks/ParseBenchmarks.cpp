@@ -1,0 +1,172 @@
+#include "Documents.h"
+#include "Families.h"
+#include "Peers.h"
+#include "Ratios.h"
+
+#include <kescorexml/DOM.h>
+#include <kescorexml/DOMParser.h>
+
+#include <QDomDocument>
+#include <benchmark/benchmark.h>
+#include <libxml/parser.h>
+#include <pugixml.hpp>
+#include <tinyxml2.h>
+#include <xercesc/parsers/XercesDOMParser.hpp>
+
+#include <optional>
+
+namespace {
+
+using Function = void (*)(benchmark::State&, const Document&);
+
+void Scan(benchmark::State& state, const Document& document)
+{
+    BareReader reader;
+    for (auto _ : state)
+        reader.Parse(document.bytes);
+}
+
+/// Times making a tree or, with `Destroy`, ending it; the other half is not counted.
+template <bool Destroy, typename Make>
+void MakeAndEnd(benchmark::State& state, Make&& make)
+{
+    for (auto _ : state) {
+        if constexpr (Destroy)
+            state.PauseTiming();
+        auto tree = make();
+        if constexpr (Destroy)
+            state.ResumeTiming();
+        else
+            state.PauseTiming();
+        tree.reset();
+        if constexpr (!Destroy)
+            state.ResumeTiming();
+    }
+}
+
+template <bool Destroy>
+void OurDom(benchmark::State& state, const Document& document)
+{
+    const DOMParser parser;
+    MakeAndEnd<Destroy>(state, [&] { return parser.ParseXmlString(document.bytes, TString()); });
+}
+
+std::unique_ptr<pugi::xml_document> MakePugixml(const Document& document)
+{
+    auto tree = std::make_unique<pugi::xml_document>();
+    tree->load_buffer(document.bytes.data(), document.bytes.size());
+    return tree;
+}
+
+struct EndXmlDoc
+{
+    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+
+std::unique_ptr<xmlDoc, EndXmlDoc> MakeLibxml2(const Document& document)
+{
+    return std::unique_ptr<xmlDoc, EndXmlDoc>(
+        xmlReadMemory(document.bytes.data(), static_cast<int>(document.bytes.size()), "document",
+                      nullptr, XML_PARSE_NONET | XML_PARSE_HUGE));
+}
+
+std::unique_ptr<tinyxml2::XMLDocument> MakeTinyxml2(const Document& document)
+{
+    auto tree = std::make_unique<tinyxml2::XMLDocument>();
+    tree->Parse(document.bytes.data(), document.bytes.size());
+    return tree;
+}
+
+std::unique_ptr<QDomDocument> MakeQDom(const Document& document)
+{
+    auto tree = std::make_unique<QDomDocument>();
+    tree->setContent(QByteArray::fromRawData(document.bytes.data(),
+                                             static_cast<qsizetype>(document.bytes.size())));
+    return tree;
+}
+
+std::unique_ptr<xercesc::XercesDOMParser> MakeXercesDom(const Document& document)
+{
+    auto tree = std::make_unique<xercesc::XercesDOMParser>();
+    tree->setLoadExternalDTD(false);
+    const xercesc::MemBufInputSource source(
+        reinterpret_cast<const XMLByte*>(document.bytes.data()), document.bytes.size(),
+        "document");
+    tree->parse(source);
+    return tree;
+}
+
+void Register(const std::string& name, Function function, const Document& document)
+{
+    benchmark::RegisterBenchmark(name.c_str(), [function, &document](benchmark::State& state) {
+        function(state, document);
+    })->Unit(benchmark::kMillisecond);
+}
+
+template <typename Make>
+void MeasureHeap(const std::string& name, const Document& document, Make&& make)
+{
+    const std::size_t before = GetHeapInUse();
+    auto tree = make();
+    const std::size_t after = GetHeapInUse();
+    AddValue(name, static_cast<double>(after - before) /
+                       static_cast<double>(document.bytes.size()));
+}
+
+} // namespace
+
+void RegisterParseBenchmarks()
+{
+    for (const Document& document : GetDocuments()) {
+        const std::string suffix = "/" + document.name;
+        const std::string scan = "scan" + suffix;
+        Register(scan, Scan, document);
+        Register("parse" + suffix, OurDom<false>, document);
+        Register("destroy" + suffix, OurDom<true>, document);
+        AddRatio({"bytes to DOM", document.name, "parse" + suffix, scan, 1.35});
+        AddRatio({"destroying the DOM", document.name, "destroy" + suffix, scan, 0.15});
+
+        const auto peer = [&](const char* name, Function function) {
+            const std::string full = "parse:" + std::string(name) + suffix;
+            Register(full, function, document);
+            AddRatio({"bytes to a tree of " + std::string(name), document.name, full, scan, 0});
+        };
+        peer("pugixml", [](benchmark::State& state, const Document& d) {
+            MakeAndEnd<false>(state, [&] { return MakePugixml(d); });
+        });
+        peer("libxml2", [](benchmark::State& state, const Document& d) {
+            MakeAndEnd<false>(state, [&] { return MakeLibxml2(d); });
+        });
+        peer("tinyxml2", [](benchmark::State& state, const Document& d) {
+            MakeAndEnd<false>(state, [&] { return MakeTinyxml2(d); });
+        });
+        peer("QDomDocument", [](benchmark::State& state, const Document& d) {
+            MakeAndEnd<false>(state, [&] { return MakeQDom(d); });
+        });
+        peer("XercesDOMParser", [](benchmark::State& state, const Document& d) {
+            MakeAndEnd<false>(state, [&] { return MakeXercesDom(d); });
+        });
+    }
+}
+
+void MeasureHeaps()
+{
+    // Xerces and the library's own statics come into being before anything is counted.
+    const DOMParser parser;
+    parser.ParseXmlString("<warm/>", TString());
+    for (const Document& document : GetDocuments()) {
+        const std::string suffix = "/" + document.name;
+        const auto measure = [&](const char* name, double limit, auto&& make) {
+            const std::string full = "heap:" + std::string(name) + suffix;
+            MeasureHeap(full, document, make);
+            AddRatio({"heap, bytes a source byte", document.name, full, "1", limit});
+        };
+        measure("kescorexml", 6,
+                [&] { return parser.ParseXmlString(document.bytes, TString()); });
+        measure("pugixml", 0, [&] { return MakePugixml(document); });
+        measure("libxml2", 0, [&] { return MakeLibxml2(document); });
+        measure("tinyxml2", 0, [&] { return MakeTinyxml2(document); });
+        measure("QDomDocument", 0, [&] { return MakeQDom(document); });
+        measure("XercesDOMParser", 0, [&] { return MakeXercesDom(document); });
+    }
+}

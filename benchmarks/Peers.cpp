@@ -1,0 +1,53 @@
+#include "Peers.h"
+
+#include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include <malloc.h>
+
+using namespace xercesc;
+
+BareReader::BareReader()
+{
+    static const bool s_initialised = [] {
+        XMLPlatformUtils::Initialize();
+        return true;
+    }();
+    static_cast<void>(s_initialised);
+    m_reader.reset(XMLReaderFactory::createXMLReader());
+    m_securityManager.setEntityExpansionLimit(0);
+    m_reader->setProperty(XMLUni::fgXercesSecurityManager, &m_securityManager);
+    m_reader->setContentHandler(&m_handler);
+    m_reader->setErrorHandler(&m_handler);
+    m_reader->setDeclarationHandler(&m_handler);
+    m_reader->setExitOnFirstFatalError(true);
+    m_reader->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
+    m_reader->setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
+    m_reader->setFeature(XMLUni::fgXercesLoadSchema, false);
+    m_reader->setFeature(XMLUni::fgXercesDynamic, false);
+    m_reader->setFeature(XMLUni::fgSAX2CoreNameSpaces, false);
+    m_reader->setFeature(XMLUni::fgSAX2CoreValidation, false);
+    m_reader->setFeature(XMLUni::fgXercesSkipDTDValidation, true);
+    m_reader->setFeature(XMLUni::fgXercesSchemaFullChecking, false);
+    m_reader->setFeature(XMLUni::fgXercesHandleMultipleImports, false);
+}
+
+BareReader::~BareReader() = default;
+
+void BareReader::Parse(const std::string& bytes)
+{
+    const MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
+                                   "document");
+    XMLPScanToken token;
+    if (!m_reader->parseFirst(source, token))
+        return;
+    while (m_reader->parseNext(token)) {
+    }
+}
+
+std::size_t GetHeapInUse()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}

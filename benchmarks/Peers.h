@@ -1,0 +1,30 @@
+#pragma once
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/sax2/SAX2XMLReader.hpp>
+#include <xercesc/util/SecurityManager.hpp>
+
+#include <memory>
+#include <string>
+
+/// A Xerces reader with the features of a plain parse of this library and a handler that does
+/// nothing: what the scanner alone costs.
+class BareReader
+{
+public:
+    BareReader();
+    ~BareReader();
+    BareReader(const BareReader&) = delete;
+    BareReader& operator=(const BareReader&) = delete;
+
+    void Parse(const std::string& bytes);
+
+private:
+    xercesc::SecurityManager m_securityManager;
+    xercesc::DefaultHandler m_handler;
+    std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
+};
+
+/// The bytes that the process has allocated on the heap.
+std::size_t GetHeapInUse();
