@@ -1,0 +1,39 @@
+#include "Command.h"
+
+#include "Console.h"
+
+#include <array>
+#include <cstdlib>
+
+std::span<const Command> GetCommands()
+{
+    static constexpr std::array s_commands{
+        Command{"format", "Write a document formatted to standard output.", RunFormat},
+        Command{"check", "Report the errors and warnings of documents.", RunCheck},
+    };
+    return s_commands;
+}
+
+bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype least,
+                   qsizetype most)
+{
+    const QCommandLineOption help({"h", "help"}, "Show this help.");
+    parser.addOption(help);
+    const auto fail = [&](const QString& reason) {
+        PrintError(arguments.front() + ": " + reason);
+        PrintError("Try '" + arguments.front() + " --help'.");
+        return false;
+    };
+    if (!parser.parse(arguments))
+        return fail(parser.errorText());
+    if (parser.isSet(help)) {
+        Print(parser.helpText());
+        std::exit(FlushOutput() ? Fine : UsageOrUnreadable);
+    }
+    const qsizetype count = parser.positionalArguments().size();
+    if (count < least)
+        return fail("a file is missing.");
+    if (most > 0 && count > most)
+        return fail("'" + parser.positionalArguments().at(most) + "' is one argument too many.");
+    return true;
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QCommandLineParser>
+#include <QString>
+#include <QStringList>
+
+#include <span>
+
+/// What every subcommand ends with.
+enum ExitStatus { Fine = 0, DocumentHasErrors = 1, UsageOrUnreadable = 2 };
+
+/// A subcommand: its name, what it does in one line, and the function that does it, which gets its
+/// arguments with "kesxml NAME" in front.
+struct Command
+{
+    const char* name;
+    const char* summary;
+    int (*run)(const QStringList& arguments);
+};
+
+/// All subcommands, in the order in which help lists them.
+std::span<const Command> GetCommands();
+
+/// Reads the arguments of a subcommand. Prints help and ends the process when asked to. Returns
+/// false, after saying what is wrong, when an option is unknown or the number of positional
+/// arguments is not within the limits (`most` 0: no upper limit).
+bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype least,
+                   qsizetype most);
+
+int RunFormat(const QStringList& arguments);
+int RunCheck(const QStringList& arguments);

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <kesplatform/TString.h>
+
+#include <QString>
+
+/// Standard output and standard error, in UTF-8 whatever the locale.
+
+/// Writes text as it stands to standard output, buffered.
+void Print(const TString& text);
+/// Writes a line to standard error, after what was printed so far.
+void PrintError(const TString& line);
+/// Writes out what is buffered; false when standard output does not take it.
+bool FlushOutput();
+/// Whether standard error is a terminal that shows a line which is written over and over.
+bool HasProgressLine();
+/// Shows `line` in place of the one shown before; an empty one removes it.
+void ShowProgress(const TString& line);
