@@ -5,10 +5,11 @@
 #include <kesplatform/TFormatString.h>
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 
 namespace TIO {
 
@@ -33,21 +34,25 @@ void Exception::Throw() const
 
 namespace {
 
-// What a file of unknown size is read in; doubled as long as more comes.
-constexpr std::size_t c_firstPiece = 16 * 1024;
+// What a file of unknown size is given to begin with; doubled as long as more comes.
+constexpr std::int64_t c_firstRoom = 16 * 1024;
 
-/// The name for QFile, which takes names that begin with a colon for compiled-in resources.
+/// The name by which Qt and the system find the file. Qt takes names that begin with a colon for
+/// compiled-in resources, and the system would take a name to end at a zero character.
 QString DiskName(const TPath& path)
 {
     const TString& name = path.GetString();
+    if (name.contains(u'\0'))
+        throw TIO::Exception(path, u"a file name cannot hold a zero character");
     return name.startsWith(u":") ? TString(u"./") + name : name;
 }
 
 std::string ReadAll(TFile& file)
 {
     std::string bytes;
-    // One byte more than the file holds, so that its end shows in the first read.
-    bytes.resize(std::max(c_firstPiece, static_cast<std::size_t>(file.Size()) + 1));
+    // One byte more than the file holds, so that a file that has not changed needs no more room.
+    const std::int64_t size = file.Size();
+    bytes.resize(static_cast<std::size_t>(size > 0 ? size + 1 : c_firstRoom));
     std::size_t length = 0;
     for (;;) {
         const std::size_t count = file.Read(bytes.data() + length, bytes.size() - length);
@@ -73,11 +78,22 @@ std::string LoadBytes(const TPath& path)
 class TFile::Impl
 {
 public:
-    explicit Impl(const TPath& path) : m_path(path), m_file(DiskName(path)) {}
+    explicit Impl(const TPath& path) : m_path(path) {}
 
     QFile& File() { return m_file; }
 
-    [[noreturn]] void Fail() const { throw TIO::Exception(m_path, TString(m_file.errorString())); }
+    void RequireOpen() const
+    {
+        if (!m_file.isOpen())
+            throw TIO::Exception(m_path, u"the file is not open");
+    }
+
+    /// Reports what the system said, or `reason` when it said nothing.
+    [[noreturn]] void Fail(const char16_t* reason) const
+    {
+        const bool isExplained = m_file.error() != QFileDevice::NoError;
+        throw TIO::Exception(m_path, isExplained ? TString(m_file.errorString()) : TString(reason));
+    }
 
 private:
     const TPath& m_path;
@@ -90,30 +106,34 @@ TFile::~TFile() = default;
 
 void TFile::Open()
 {
+    m_impl->File().close();
+    m_impl->File().setFileName(DiskName(m_path));
     // Callers read in pieces of their own; a second buffer would only be a copy.
     if (!m_impl->File().open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        m_impl->Fail();
+        m_impl->Fail(u"the file cannot be opened");
 }
 
 std::size_t TFile::Read(void* bytes, std::size_t count)
 {
+    m_impl->RequireOpen();
     constexpr auto c_most = static_cast<std::size_t>(std::numeric_limits<qint64>::max());
     const qint64 read = m_impl->File().read(static_cast<char*>(bytes),
                                             static_cast<qint64>(std::min(count, c_most)));
     if (read < 0)
-        m_impl->Fail();
+        m_impl->Fail(u"the file cannot be read");
     return static_cast<std::size_t>(read);
 }
 
 void TFile::Seek(std::int64_t offset)
 {
-    if (!m_impl->File().seek(offset))
-        m_impl->Fail();
+    m_impl->RequireOpen();
+    if (offset < 0 || m_impl->File().isSequential() || !m_impl->File().seek(offset))
+        m_impl->Fail(u"there is no such position to move to");
 }
 
 std::int64_t TFile::Size() const
 {
-    return GetFileSize(m_path);
+    return m_impl->File().isOpen() ? m_impl->File().size() : GetFileSize(m_path);
 }
 
 TString TFile::LoadTextFile(const TPath& path, int flag)
@@ -141,10 +161,19 @@ std::string TFile::LoadTextFileAsUtf8(const TPath& path, int flag)
 
 std::int64_t GetFileSize(const TPath& path)
 {
-    const QFileInfo info(DiskName(path));
-    if (!info.exists())
-        throw TIO::Exception(path, u"No such file or directory");
-    if (info.isDir())
-        throw TIO::Exception(path, u"Is a directory");
-    return info.size();
+    const std::filesystem::path file(QFile::encodeName(DiskName(path)).toStdString());
+
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(file, error);
+    // For a file that does not exist, some systems report no error.
+    if (!error && status.type() == std::filesystem::file_type::not_found)
+        error = std::make_error_code(std::errc::no_such_file_or_directory);
+    if (!error && std::filesystem::is_directory(status))
+        error = std::make_error_code(std::errc::is_a_directory);
+    if (!error && !std::filesystem::is_regular_file(status))
+        return 0;
+    const std::uintmax_t size = error ? 0 : std::filesystem::file_size(file, error);
+    if (error)
+        throw TIO::Exception(path, TString::fromStdString(error.message()));
+    return static_cast<std::int64_t>(size);
 }

@@ -1,15 +1,16 @@
 #include <kesplatform/TString.h>
 
+#include "FindText.h"
+
 #include <kesplatform/TCType.h>
 
-#include <QHashSeed>
-#include <QStringConverter>
+#include <QHashFunctions>
 
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
+#include <functional>
 #include <new>
 #include <ostream>
 #include <stdexcept>
@@ -23,9 +24,17 @@ QStringView ToView(std::u16string_view text)
     return {text.data(), static_cast<qsizetype>(text.size())};
 }
 
-std::u16string_view ToView(QStringView text)
+void CopyUnits(char16_t* to, std::u16string_view text) noexcept
 {
-    return {text.utf16(), static_cast<std::size_t>(text.size())};
+    // memcpy takes no null pointer, not even for nothing.
+    if (!text.empty())
+        std::memcpy(to, text.data(), text.size() * c_unitSize);
+}
+
+std::size_t SpaceAtStart(std::u16string_view text) noexcept
+{
+    const auto* end = std::find_if_not(text.begin(), text.end(), TCType::isSpace);
+    return static_cast<std::size_t>(end - text.begin());
 }
 
 } // namespace
@@ -106,7 +115,7 @@ char16_t* TString::GrowBy(size_type count)
 
 char16_t* TString::resizeForOverwrite(size_type length)
 {
-    *this = length == 0 ? TString() : TString(Allocate(length, false));
+    *this = length <= 0 ? TString() : TString(Allocate(length, false));
     return m_rep == nullptr ? nullptr : m_rep->Units();
 }
 
@@ -117,7 +126,7 @@ TString::TString(std::u16string_view text)
     if (text.empty())
         return;
     m_rep = Allocate(static_cast<size_type>(text.size()), false);
-    std::memcpy(m_rep->Units(), text.data(), text.size() * c_unitSize);
+    CopyUnits(m_rep->Units(), text);
 }
 
 TString::TString(const char16_t* text)
@@ -126,7 +135,8 @@ TString::TString(const char16_t* text)
 }
 
 TString::TString(const char16_t* text, size_type length)
-    : TString(std::u16string_view(text, static_cast<std::size_t>(length)))
+    : TString(length <= 0 ? std::u16string_view()
+                          : std::u16string_view(text, static_cast<std::size_t>(length)))
 {
 }
 
@@ -135,7 +145,11 @@ TString::TString(const char* utf8)
 {
 }
 
-TString::TString(const QString& text) : TString(ToView(QStringView(text))) {}
+TString::TString(const QString& text)
+    : TString(std::u16string_view(reinterpret_cast<const char16_t*>(text.utf16()),
+                                  static_cast<std::size_t>(text.size())))
+{
+}
 
 TString::TString(size_type length, char16_t unit)
 {
@@ -157,11 +171,12 @@ TString& TString::append(std::u16string_view text)
     if (text.empty())
         return *this;
     const char16_t* first = utf16();
-    const bool isOwnText = text.data() >= first && text.data() <= first + length();
+    // Growing moves this text, and with it what is part of it.
+    const bool isOwnText =
+        std::less_equal<>()(first, text.data()) && std::less<>()(text.data(), first + length());
     const std::ptrdiff_t offset = isOwnText ? text.data() - first : 0;
     char16_t* to = GrowBy(static_cast<size_type>(text.size()));
-    const char16_t* from = isOwnText ? utf16() + offset : text.data();
-    std::memmove(to, from, text.size() * c_unitSize);
+    CopyUnits(to, isOwnText ? std::u16string_view(utf16() + offset, text.size()) : text);
     return *this;
 }
 
@@ -180,14 +195,46 @@ TString& TString::append(char16_t unit)
 
 TString TString::Concatenate(std::u16string_view a, std::u16string_view b)
 {
-    if (a.size() + b.size() == 0)
-        return {};
-    if (b.size() > static_cast<std::size_t>(maxLength) - std::min<std::size_t>(a.size(), maxLength))
+    if (a.size() + b.size() > static_cast<std::size_t>(maxLength))
         throw std::length_error("TString: the text is too long");
     TString result(Allocate(static_cast<size_type>(a.size() + b.size()), false));
-    std::memcpy(result.m_rep->Units(), a.data(), a.size() * c_unitSize);
-    std::memcpy(result.m_rep->Units() + a.size(), b.data(), b.size() * c_unitSize);
+    CopyUnits(result.m_rep->Units(), a);
+    CopyUnits(result.m_rep->Units() + a.size(), b);
     return result;
+}
+
+void TString::ShrinkTo(size_type length) noexcept
+{
+    const std::size_t bytes = sizeof(Rep) + (static_cast<std::size_t>(length) + 1) * c_unitSize;
+    // Where memory cannot be given back, the text stays in the larger room.
+    if (void* memory = std::realloc(static_cast<void*>(m_rep), bytes))
+        m_rep = static_cast<Rep*>(memory);
+    m_rep->lengthAndFlag = static_cast<std::uint32_t>(length);
+    m_rep->Units()[length] = u'\0';
+}
+
+// Comparing
+
+std::strong_ordering TString::Compare(std::u16string_view a, std::u16string_view b) noexcept
+{
+    const std::size_t common = std::min(a.size(), b.size());
+    constexpr std::size_t c_step = sizeof(std::uint64_t) / c_unitSize;
+    std::size_t i = 0;
+    while (i + c_step <= common &&
+           std::memcmp(a.data() + i, b.data() + i, sizeof(std::uint64_t)) == 0)
+        i += c_step;
+    for (; i < common; ++i) {
+        if (a[i] != b[i])
+            return a[i] <=> b[i];
+    }
+    return a.size() <=> b.size();
+}
+
+std::size_t TString::Hash() const noexcept
+{
+    // Fixed at the first use: a seed that changed later would unhinge the tables made before.
+    static const std::size_t s_seed = QHashSeed::globalSeed();
+    return qHashBits(utf16(), static_cast<std::size_t>(length()) * c_unitSize, s_seed);
 }
 
 // Parts
@@ -225,34 +272,27 @@ TString TString::mid(size_type position, size_type count) const
 std::vector<TString> TString::split(char16_t separator) const
 {
     std::vector<TString> parts;
-    const std::u16string_view text = view();
-    std::size_t start = 0;
-    for (;;) {
-        const std::size_t end = text.find(separator, start);
-        if (end == std::u16string_view::npos)
-            break;
-        parts.emplace_back(text.substr(start, end - start));
+    size_type start = 0;
+    for (size_type end = indexOf(separator); end >= 0; end = indexOf(separator, start)) {
+        parts.push_back(mid(start, end - start));
         start = end + 1;
     }
-    parts.emplace_back(text.substr(start));
+    parts.push_back(mid(start));
     return parts;
 }
 
 TString TString::trimmed() const
 {
-    TString result = trimLeft();
-    size_type end = result.length();
-    while (end > 0 && TCType::isSpace(result[end - 1]))
+    const std::size_t start = SpaceAtStart(view());
+    std::size_t end = static_cast<std::size_t>(length());
+    while (end > start && TCType::isSpace(view()[end - 1]))
         --end;
-    return result.left(end);
+    return mid(static_cast<size_type>(start), static_cast<size_type>(end - start));
 }
 
 TString TString::trimLeft() const
 {
-    size_type start = 0;
-    while (start < length() && TCType::isSpace((*this)[start]))
-        ++start;
-    return mid(start);
+    return mid(static_cast<size_type>(SpaceAtStart(view())));
 }
 
 // Searching
@@ -274,16 +314,15 @@ bool TString::endsWith(const TString& text, int caseSensitivity) const
 TString::size_type TString::indexOf(const TString& text, size_type from) const noexcept
 {
     const size_type start = std::max<size_type>(0, from);
-    if (text.IsEmpty())
-        return start <= length() ? start : -1;
-    return ToView(view()).indexOf(ToView(text.view()), start);
+    if (start > length())
+        return -1;
+    const std::size_t found = FindText(view().substr(static_cast<std::size_t>(start)), text.view());
+    return found == std::u16string_view::npos ? -1 : start + static_cast<size_type>(found);
 }
 
 TString::size_type TString::indexOf(char16_t unit, size_type from) const noexcept
 {
-    const std::size_t found =
-        view().find(unit, static_cast<std::size_t>(std::max<size_type>(0, from)));
-    return found == std::u16string_view::npos ? -1 : static_cast<size_type>(found);
+    return ToView(view()).indexOf(QChar(unit), std::max<size_type>(0, from));
 }
 
 TString& TString::replace(const TString& before, const TString& after)
@@ -305,85 +344,6 @@ TString& TString::replace(const TString& before, const TString& after)
     return *this = std::move(result);
 }
 
-// Numbers
-
-int TString::toInt(bool* ok, int base) const
-{
-    return ToView(trimmed().view()).toInt(ok, base);
-}
-
-unsigned long long TString::toULongLong(bool* ok, int base) const
-{
-    return ToView(trimmed().view()).toULongLong(ok, base);
-}
-
-double TString::toDouble(bool* ok) const
-{
-    bool converted = false;
-    const double value = ToView(trimmed().view()).toDouble(&converted);
-    if (ok != nullptr)
-        *ok = converted;
-    return converted ? value : 0.0;
-}
-
-TString TString::number(int value)
-{
-    return number(static_cast<long long>(value));
-}
-
-TString TString::number(unsigned int value)
-{
-    return number(static_cast<unsigned long long>(value));
-}
-
-TString TString::number(long value)
-{
-    return number(static_cast<long long>(value));
-}
-
-TString TString::number(unsigned long value)
-{
-    return number(static_cast<unsigned long long>(value));
-}
-
-TString TString::number(long long value)
-{
-    return {QString::number(value)};
-}
-
-TString TString::number(unsigned long long value)
-{
-    return {QString::number(value)};
-}
-
-TString TString::number(double value, char format, int precision)
-{
-    return {QString::number(value, format, precision)};
-}
-
-// UTF-8
-
-std::string TString::toStdString() const
-{
-    QStringEncoder encode(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
-    std::string utf8;
-    // Three bytes a unit is the most that UTF-8 needs: a pair of units gives four.
-    utf8.resize(static_cast<std::size_t>(length()) * 3);
-    const char* end = encode.appendToBuffer(utf8.data(), ToView(view()));
-    utf8.resize(static_cast<std::size_t>(end - utf8.data()));
-    return utf8;
-}
-
-TString TString::fromUtf8(std::string_view utf8)
-{
-    return {QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()))};
-}
-
-std::ostream& operator<<(std::ostream& out, const TString& text)
-{
-    return out << text.toStdString();
-}
-
 // TStringBlock
 
 void TStringBlock::WriteSlot(std::byte* slot, std::u16string_view text) noexcept
@@ -391,7 +351,7 @@ void TStringBlock::WriteSlot(std::byte* slot, std::u16string_view text) noexcept
     const auto offset = static_cast<std::uint32_t>(slot - reinterpret_cast<std::byte*>(this));
     auto* rep = new (slot)
         TString::Rep{TString::embeddedFlag | offset, static_cast<std::uint32_t>(text.size())};
-    std::memcpy(rep->Units(), text.data(), text.size() * c_unitSize);
+    CopyUnits(rep->Units(), text);
     rep->Units()[text.size()] = u'\0';
 }
 

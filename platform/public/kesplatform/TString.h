@@ -2,13 +2,13 @@
 
 #include <kesplatform/Export.h>
 
-#include <QHashFunctions>
 #include <QString>
 
 #include <atomic>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <iosfwd>
 #include <string>
@@ -31,19 +31,24 @@ public:
     using value_type = char16_t;
     using const_iterator = const char16_t*;
 
-    enum CaseSensitivity { CaseInsensitive = 0, CaseSensitive = 1 };
+    enum CaseSensitivity
+    {
+        CaseInsensitive = 0,
+        CaseSensitive = 1
+    };
 
     static constexpr size_type maxLength = 0x7FFFFFF0;
 
     constexpr TString() noexcept = default;
     /// Copies a zero-terminated UTF-16 text; null gives the empty string.
     TString(const char16_t* text);
+    /// Copies `length` units; none when it is not positive.
     TString(const char16_t* text, size_type length);
     explicit TString(std::u16string_view text);
     /// Decodes a zero-terminated UTF-8 text; see fromUtf8.
     TString(const char* utf8);
     TString(const QString& text);
-    /// A text of `length` units, all of them `unit`.
+    /// A text of `length` units, all of them `unit`; empty when `length` is not positive.
     TString(size_type length, char16_t unit);
     TString(const TString& other) noexcept : m_rep(other.m_rep) { Retain(m_rep); }
     TString(TString&& other) noexcept : m_rep(other.m_rep) { other.m_rep = nullptr; }
@@ -92,7 +97,8 @@ public:
     void clear() noexcept { *this = TString(); }
 
     /// Makes a private text of exactly `length` units for the caller to fill, and returns its
-    /// first unit. What was there before is gone. The pointer is valid until the next call.
+    /// first unit; null for no units. What was there before is gone. The pointer is valid until
+    /// the next call.
     char16_t* resizeForOverwrite(size_type length);
 
     /// The first or last `count` units; a count that is negative or too large gives the whole text.
@@ -132,26 +138,40 @@ public:
     static TString number(unsigned long value);
     static TString number(long long value);
     static TString number(unsigned long long value);
-    /// `format` is one of e, E, f, g, G with the meaning of printf.
+    /// `format` is one of e, E, f, g, G with the meaning of printf in the C locale; a negative
+    /// precision counts as 6. What is no number is "nan" without a sign.
     static TString number(double value, char format = 'g', int precision = 6);
 
     /// UTF-8. A unit that is half of no pair becomes U+FFFD.
     std::string toStdString() const;
     static TString fromStdString(const std::string& utf8) { return fromUtf8(utf8); }
-    /// Decodes UTF-8; each maximal part that is not well formed becomes one U+FFFD.
+    /// Decodes UTF-8. Each byte that is part of no well-formed sequence becomes one U+FFFD. A
+    /// leading byte-order mark is a character like any other and stays as U+FEFF.
     static TString fromUtf8(std::string_view utf8);
+
+    /// Seeded anew in each process, so that a document cannot be built to collide.
+    std::size_t Hash() const noexcept;
 
     friend bool operator==(const TString& a, const TString& b) noexcept
     {
-        return a.m_rep == b.m_rep || a.view() == b.view();
+        const size_type length = a.length();
+        return a.m_rep == b.m_rep ||
+               (length == b.length() &&
+                std::memcmp(a.utf16(), b.utf16(),
+                            static_cast<std::size_t>(length) * sizeof(char16_t)) == 0);
     }
     friend bool operator==(const TString& a, const char16_t* b) noexcept { return a.view() == b; }
     friend std::strong_ordering operator<=>(const TString& a, const TString& b) noexcept
     {
-        return a.m_rep == b.m_rep ? std::strong_ordering::equal : a.view() <=> b.view();
+        return a.m_rep == b.m_rep ? std::strong_ordering::equal : Compare(a.view(), b.view());
     }
 
-    friend TString operator+(const TString& a, const TString& b) { return Concatenate(a, b); }
+    friend TString operator+(const TString& a, const TString& b)
+    {
+        if (b.IsEmpty())
+            return a;
+        return a.IsEmpty() ? b : Concatenate(a.view(), b.view());
+    }
     friend TString operator+(TString&& a, const TString& b)
     {
         a.append(b);
@@ -182,6 +202,8 @@ private:
     static constexpr std::uint32_t embeddedFlag = 0x80000000U;
     /// From here on a count is no longer kept and the text lives until the process ends.
     static constexpr std::uint32_t immortalCount = 0x40000000U;
+    /// What such a count is set to: threads that were just counting down stay above the limit.
+    static constexpr std::uint32_t saturatedCount = 0x60000000U;
 
     explicit TString(Rep* rep) noexcept : m_rep(rep) {}
 
@@ -194,6 +216,8 @@ private:
     static void ReleaseNonNull(Rep* rep) noexcept;
     static Rep* Allocate(size_type length, bool growable);
     static TString Concatenate(std::u16string_view a, std::u16string_view b);
+    static std::strong_ordering Compare(std::u16string_view a, std::u16string_view b) noexcept;
+    void ShrinkTo(size_type length) noexcept;
     bool IsExclusive() const noexcept;
     size_type Capacity() const noexcept;
     char16_t* GrowBy(size_type count);
@@ -235,10 +259,7 @@ public:
 
     void Retain() noexcept;
     void Release() noexcept;
-    bool IsExclusive() const noexcept
-    {
-        return m_references.load(std::memory_order_acquire) == 1;
-    }
+    bool IsExclusive() const noexcept { return m_references.load(std::memory_order_acquire) == 1; }
     Owner& GetOwner() const noexcept { return *m_owner; }
 
     /// Puts a text into the slot at `slot`, which lies inside the allocation of this block.
@@ -253,7 +274,7 @@ public:
     static TString ShareSlot(const std::byte* slot) noexcept;
 
 private:
-    std::atomic<std::uint32_t> m_references{1};
+    std::atomic<std::size_t> m_references{1};
     Owner* m_owner;
 };
 
@@ -279,18 +300,15 @@ inline void TString::Retain(Rep* rep) noexcept
         reinterpret_cast<TStringBlock*>(base)->Retain();
     } else if (control < immortalCount) {
         rep->control.fetch_add(1, std::memory_order_relaxed);
+    } else {
+        rep->control.store(saturatedCount, std::memory_order_relaxed);
     }
 }
 
 template <>
 struct std::hash<TString>
 {
-    /// Seeded anew in each process, so that a document cannot be built to collide.
-    std::size_t operator()(const TString& text) const noexcept
-    {
-        return qHashBits(text.utf16(), static_cast<std::size_t>(text.length()) * sizeof(char16_t),
-                         QHashSeed::globalSeed());
-    }
+    std::size_t operator()(const TString& text) const noexcept { return text.Hash(); }
 };
 
 /// For test output: the text as UTF-8.

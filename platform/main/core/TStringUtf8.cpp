@@ -1,0 +1,209 @@
+#include <kesplatform/TString.h>
+
+#include "Utf8Bytes.h"
+
+#include <cstdint>
+#include <cstring>
+#include <ostream>
+
+namespace {
+
+using Utf8Bytes::c_step;
+
+constexpr char16_t c_replacement = u'\uFFFD';
+
+bool IsHigh(char16_t unit) noexcept
+{
+    return (unit & 0xFC00) == 0xD800;
+}
+
+bool IsLow(char16_t unit) noexcept
+{
+    return (unit & 0xFC00) == 0xDC00;
+}
+
+bool IsSurrogate(char16_t unit) noexcept
+{
+    return (unit & 0xF800) == 0xD800;
+}
+
+bool IsAsciiStep(const char16_t* units) noexcept
+{
+    std::uint64_t words[c_step * sizeof(char16_t) / sizeof(std::uint64_t)];
+    std::memcpy(words, units, sizeof(words));
+    std::uint64_t all = 0;
+    for (const std::uint64_t word : words)
+        all |= word;
+    return (all & 0xFF80FF80FF80FF80U) == 0;
+}
+
+/// Copies a step's worth of characters that are known to be ASCII. The fixed count lets the
+/// compiler turn the loop into a few vector instructions.
+template <typename From, typename To>
+void CopyStep(const From* from, To* to) noexcept
+{
+    for (std::size_t i = 0; i < c_step; ++i)
+        to[i] = static_cast<To>(from[i]);
+}
+
+/// The UTF-16 units of a well-formed sequence of 2 to 4 bytes; returns where the next ones go.
+char16_t* DecodeSequence(std::string_view sequence, char16_t* to) noexcept
+{
+    const auto bits = [sequence](std::size_t i) { return sequence[i] & 0x3F; };
+    const auto lead = static_cast<unsigned char>(sequence[0]);
+    switch (sequence.size()) {
+    case 2:
+        *to++ = static_cast<char16_t>((lead & 0x1F) << 6 | bits(1));
+        break;
+    case 3:
+        *to++ = static_cast<char16_t>((lead & 0x0F) << 12 | bits(1) << 6 | bits(2));
+        break;
+    default: {
+        const int character = (lead & 0x07) << 18 | bits(1) << 12 | bits(2) << 6 | bits(3);
+        *to++ = static_cast<char16_t>(0xD7C0 + (character >> 10));
+        *to++ = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
+    }
+    }
+    return to;
+}
+
+/// Decodes the whole text into room for as many units as it has bytes, and returns the end.
+char16_t* Decode(std::string_view utf8, char16_t* to) noexcept
+{
+    std::size_t at = 0;
+    while (at < utf8.size()) {
+        while (at + c_step <= utf8.size() && Utf8Bytes::IsAsciiStep(utf8.data() + at)) {
+            CopyStep(reinterpret_cast<const unsigned char*>(utf8.data()) + at, to);
+            at += c_step;
+            to += c_step;
+        }
+        while (at < utf8.size() && static_cast<unsigned char>(utf8[at]) < 0x80)
+            *to++ = static_cast<unsigned char>(utf8[at++]);
+        // Characters beyond ASCII come in runs.
+        while (at < utf8.size() && static_cast<unsigned char>(utf8[at]) >= 0x80) {
+            const std::size_t length = Utf8Bytes::SequenceLength(utf8.substr(at));
+            if (length == 0)
+                *to++ = c_replacement;
+            else
+                to = DecodeSequence(utf8.substr(at, length), to);
+            at += length == 0 ? 1 : length;
+        }
+    }
+    return to;
+}
+
+/// How many units Decode makes of a text.
+std::size_t CountUnits(std::string_view utf8) noexcept
+{
+    std::size_t units = 0;
+    for (std::size_t at = 0; at < utf8.size();) {
+        const std::size_t length = Utf8Bytes::SequenceLength(utf8.substr(at));
+        units += length == 4 ? 2 : 1;
+        at += length == 0 ? 1 : length;
+    }
+    return units;
+}
+
+/// The number of units at the start that are ASCII, to the last whole step; all when all are.
+std::size_t CountAscii(std::u16string_view units) noexcept
+{
+    std::size_t count = 0;
+    while (count + c_step <= units.size() && IsAsciiStep(units.data() + count))
+        count += c_step;
+    for (std::size_t i = count; i < units.size(); ++i) {
+        if (units[i] >= 0x80)
+            return count;
+    }
+    return units.size();
+}
+
+/// How many bytes Encode makes of a text.
+std::size_t CountBytes(std::u16string_view units) noexcept
+{
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const char16_t unit = units[i];
+        bytes += 1U + (unit >= 0x80 ? 1U : 0U) + (unit >= 0x800 ? 1U : 0U);
+        // The halves of a pair count three each, but make four together.
+        if (IsLow(unit) && i > 0 && IsHigh(units[i - 1]))
+            bytes -= 2;
+    }
+    return bytes;
+}
+
+char* EncodeUnit(char32_t character, char* to) noexcept
+{
+    const auto tail = [character](unsigned shift) {
+        return static_cast<char>(0x80 | (character >> shift & 0x3F));
+    };
+    if (character < 0x80) {
+        *to++ = static_cast<char>(character);
+    } else if (character < 0x800) {
+        *to++ = static_cast<char>(0xC0 | character >> 6);
+        *to++ = tail(0);
+    } else if (character < 0x10000) {
+        *to++ = static_cast<char>(0xE0 | character >> 12);
+        *to++ = tail(6);
+        *to++ = tail(0);
+    } else {
+        *to++ = static_cast<char>(0xF0 | character >> 18);
+        *to++ = tail(12);
+        *to++ = tail(6);
+        *to++ = tail(0);
+    }
+    return to;
+}
+
+void Encode(std::u16string_view units, char* to) noexcept
+{
+    std::size_t at = 0;
+    while (at < units.size()) {
+        if (units[at] < 0x80) {
+            while (at + c_step <= units.size() && IsAsciiStep(units.data() + at)) {
+                CopyStep(units.data() + at, to);
+                at += c_step;
+                to += c_step;
+            }
+            while (at < units.size() && units[at] < 0x80)
+                *to++ = static_cast<char>(units[at++]);
+            continue;
+        }
+        char32_t character = units[at++];
+        if (IsHigh(units[at - 1]) && at < units.size() && IsLow(units[at])) {
+            character = 0x10000 + ((character & 0x3FF) << 10) + (units[at] & 0x3FFU);
+            ++at;
+        } else if (IsSurrogate(units[at - 1])) {
+            character = c_replacement;
+        }
+        to = EncodeUnit(character, to);
+    }
+}
+
+} // namespace
+
+std::string TString::toStdString() const
+{
+    const std::u16string_view units = view();
+    const std::size_t ascii = CountAscii(units);
+    std::string utf8(ascii + CountBytes(units.substr(ascii)), '\0');
+    Encode(units, utf8.data());
+    return utf8;
+}
+
+TString TString::fromUtf8(std::string_view utf8)
+{
+    // No text has more units than bytes; only one near the limit is counted to be sure.
+    const bool isLong = utf8.size() > static_cast<std::size_t>(maxLength);
+    const auto room = static_cast<size_type>(isLong ? CountUnits(utf8) : utf8.size());
+    TString text;
+    char16_t* first = text.resizeForOverwrite(room);
+    const size_type length = Decode(utf8, first) - first;
+    if (length != room)
+        text.ShrinkTo(length);
+    return text;
+}
+
+std::ostream& operator<<(std::ostream& out, const TString& text)
+{
+    return out << text.toStdString();
+}
