@@ -27,7 +27,7 @@ TString ForPeople(const DataValue& value)
 TString::size_type ShortestPrintedLength(double value)
 {
     int shortest = 64;
-    for (int digits = 0; digits <= 17; ++digits) {
+    for (int digits = 0; digits <= 24; ++digits) {
         for (const bool plain : {false, true}) {
             char text[512];
             const int length = plain ? std::snprintf(text, sizeof text, "%.*f", digits, value)
