@@ -106,8 +106,9 @@ TEST(LookupResource, KnowsNoAliasForAnyOtherId)
         others.insert(row.id ^ 0x80000000U);
     }
     for (const std::uint32_t id : others) {
-        if (!known.contains(id))
+        if (!known.contains(id)) {
             EXPECT_TRUE(LookupResourceAlias(Id(id)).IsEmpty()) << std::hex << id;
+        }
     }
 }
 
