@@ -1,0 +1,20 @@
+#pragma once
+
+#include <kescorexml/Export.h>
+#include <kescorexml/InputSource.h>
+
+#include <kesplatform/TString.h>
+#include <kesplatform/VersionNumber.h>
+
+#include <optional>
+
+/// The version of a document, taken from the attribute `attributeName` ("version" when empty) of
+/// its root start tag, without a parse. Nothing when the document has no complete root start tag or
+/// that tag no such attribute; a value that is no version counts as the platform reads it.
+///
+/// Reads 512 bytes at a time from where `document` stands, which is its start unless the caller
+/// moved it, and no further than the root start tag; whatever happens, `document` is back at its
+/// start afterwards. Costs time and memory linear in the bytes read. What the source throws, this
+/// throws. Different sources may be sniffed from different threads.
+KESCOREXML_EXPORT std::optional<VersionNumber> VersionSniffer(InputSource& document,
+                                                              const TString& attributeName);

@@ -1,0 +1,287 @@
+#include <kescorexml/XSDResources.h>
+
+#include "support/ScriptedInputSource.h"
+
+#include <kescorexml/DOMException.h>
+#include <kescorexml/LookupResource.h>
+
+#include <kesplatform/LogicException.h>
+#include <kesplatform/Resources.h>
+#include <kesplatform/TLog.h>
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// While set, this thread finds no resource: a build from which the schemas were left out.
+thread_local bool t_hideResources = false;
+
+} // namespace
+
+/// Stands before the platform's own in the order of symbol look-up.
+bool TResource::isValid() const
+{
+    using Function = bool (*)(const TResource*);
+    static const auto original =
+        reinterpret_cast<Function>(dlsym(RTLD_NEXT, "_ZNK9TResource7isValidEv"));
+    return !t_hideResources && original(this);
+}
+
+namespace {
+
+using namespace XSDResources;
+
+struct Schema
+{
+    XmlFileType type;
+    const char* baseName;
+    bool hasVersions;
+};
+
+constexpr Schema c_schemas[] = {
+    {XmlFileType::Zap, "KQRC_FILEFORMAT_ZAP_XSD", true},
+    {XmlFileType::Zeb, "KQRC_FILEFORMAT_ZEB_XSD", true},
+    {XmlFileType::Zil, "KQRC_FILEFORMAT_ZIL_XSD", true},
+    {XmlFileType::Zok, "KQRC_FILEFORMAT_ZOK_XSD", true},
+    {XmlFileType::Zun, "KQRC_FILEFORMAT_ZUN_XSD", false},
+    {XmlFileType::Zyq, "KQRC_FILEFORMAT_ZYQ_XSD", false},
+};
+
+constexpr int c_typesWithoutSchema[] = {0, 6, 7, 9, -1, 100, 0x7fffffff, -0x7fffffff - 1};
+
+VersionNumber Version(const char* text)
+{
+    return {TString(text), u'.', u'-', 0};
+}
+
+std::string Name(XmlFileType type, const char* version)
+{
+    return GetVersionedXsdResourceName(type, Version(version)).toStdString();
+}
+
+std::string ReadAll(InputSource& source)
+{
+    std::string all;
+    for (std::string chunk; source.GetBytes(chunk, 4096);)
+        all += chunk;
+    return all;
+}
+
+/// Collects what is logged while it lives.
+class Log
+{
+public:
+    Log()
+        : m_previous(TLog::SetSink([this](const TLog::Record& record) {
+              m_severities.push_back(record.severity);
+              m_messages.push_back(record.message.toStdString());
+          }))
+    {
+    }
+    ~Log() { TLog::SetSink(m_previous); }
+    Log(const Log&) = delete;
+    Log& operator=(const Log&) = delete;
+
+    const std::vector<int>& Severities() const { return m_severities; }
+    const std::vector<std::string>& Messages() const { return m_messages; }
+
+private:
+    std::vector<int> m_severities;
+    std::vector<std::string> m_messages;
+    TLog::Sink m_previous;
+};
+
+TEST(XSDResources, NumbersTheFileTypes)
+{
+    EXPECT_EQ(static_cast<int>(XmlFileType::Zap), 1);
+    EXPECT_EQ(static_cast<int>(XmlFileType::Zeb), 2);
+    EXPECT_EQ(static_cast<int>(XmlFileType::Zil), 3);
+    EXPECT_EQ(static_cast<int>(XmlFileType::Zok), 4);
+    EXPECT_EQ(static_cast<int>(XmlFileType::Zun), 5);
+    EXPECT_EQ(static_cast<int>(XmlFileType::Zor), 6);
+    EXPECT_EQ(static_cast<int>(XmlFileType::Zum), 7);
+    EXPECT_EQ(static_cast<int>(XmlFileType::Zyq), 8);
+}
+
+TEST(XSDResources, ExistForTheKnownVersionsOfVersionedTypes)
+{
+    for (const Schema& schema : c_schemas) {
+        for (const char* version : {"18.1", "10.5", "10.4", "10.3", "10.2", "10.2.7", "10.3-beta"})
+            EXPECT_TRUE(IsThereAnXSDResource(schema.type, Version(version))) << version;
+        for (const char* version : {"10.1", "10.6", "18.0", "18.2", "19.0", "10", "", "1.10"})
+            EXPECT_EQ(IsThereAnXSDResource(schema.type, Version(version)), !schema.hasVersions)
+                << schema.baseName << ' ' << version;
+    }
+}
+
+TEST(XSDResources, DoNotExistForOtherTypes)
+{
+    for (const int type : c_typesWithoutSchema) {
+        for (const char* version : {"18.1", "10.2", "19.0"}) {
+            const auto fileType = static_cast<XmlFileType>(type);
+            EXPECT_FALSE(IsThereAnXSDResource(fileType, Version(version))) << type;
+            EXPECT_EQ(Name(fileType, version), "") << type;
+            EXPECT_EQ(GetVersionedXsdInputSource(fileType, Version(version)), nullptr) << type;
+        }
+    }
+}
+
+TEST(XSDResources, HaveTheirBaseNameInTheCurrentVersion)
+{
+    const Log log;
+    for (const Schema& schema : c_schemas) {
+        EXPECT_EQ(Name(schema.type, "18.1"), schema.baseName);
+        EXPECT_EQ(Name(schema.type, "18.1.0"), schema.baseName);
+    }
+    EXPECT_TRUE(log.Messages().empty());
+}
+
+TEST(XSDResources, HaveTheVersionInTheirNameInOtherVersions)
+{
+    for (const Schema& schema : c_schemas) {
+        for (const char* version : {"10_2", "10_3", "10_4", "10_5"}) {
+            std::string dotted = version;
+            dotted[2] = '.';
+            EXPECT_EQ(Name(schema.type, dotted.c_str()),
+                      schema.hasVersions ? std::string(schema.baseName) + '_' + version : "");
+        }
+    }
+}
+
+TEST(XSDResources, DoNotFallBackToAnotherVersion)
+{
+    for (const char* version : {"10.1", "10.6", "18.0", "18.2", "19.0", "18.1-beta", "18.1.1"}) {
+        for (const Schema& schema : c_schemas) {
+            EXPECT_EQ(Name(schema.type, version), "") << version;
+            EXPECT_EQ(GetVersionedXsdInputSource(schema.type, Version(version)), nullptr);
+        }
+    }
+}
+
+TEST(XSDResources, LogEveryVersionThatIsNotTheCurrentOne)
+{
+    const Log log;
+    Name(XmlFileType::Zap, "10.3");
+    Name(XmlFileType::Zun, "10.3.1-rc");
+    EXPECT_EQ(log.Messages(), (std::vector<std::string>{
+                                  "XSD Resource version '10.3' != Current version '18.1'",
+                                  "XSD Resource version '10.3.1-rc' != Current version '18.1'"}));
+    EXPECT_EQ(log.Severities(), (std::vector<int>{1, 1}));
+}
+
+TEST(XSDResources, LogNothingForTypesWithoutSchema)
+{
+    const Log log;
+    Name(XmlFileType::Zor, "10.3");
+    Name(static_cast<XmlFileType>(9), "10.3");
+    EXPECT_TRUE(log.Messages().empty());
+}
+
+TEST(XSDResources, AreThoseThatTheAliasesName)
+{
+    EXPECT_EQ(Name(XmlFileType::Zok, "10.4"),
+              LookupResource(QtKesResourceId::FileformatZokXsd_10_4).toStdString());
+    EXPECT_EQ(Name(XmlFileType::Zyq, "18.1"),
+              LookupResource(QtKesResourceId::FileformatZyqXsd).toStdString());
+}
+
+TEST(XSDResources, OpenAsSourcesOfTheirTextNamedAfterTheResource)
+{
+    for (const Schema& schema : c_schemas) {
+        for (const char* version : {"18.1", "10.2", "10.3", "10.4", "10.5"}) {
+            const std::string name = Name(schema.type, version);
+            const auto source = GetVersionedXsdInputSource(schema.type, Version(version));
+            ASSERT_EQ(source == nullptr, name.empty()) << schema.baseName << ' ' << version;
+            if (source == nullptr)
+                continue;
+            EXPECT_EQ(source->Id().toStdString(), name);
+            const std::string text = ReadAll(*source);
+            EXPECT_EQ(text, TResource(TString(name.c_str())).GetBytes()) << name;
+            EXPECT_FALSE(text.empty()) << name;
+        }
+    }
+}
+
+TEST(XSDResources, AssertThatTheCurrentSchemaWasBuiltIn)
+{
+    t_hideResources = true;
+    try {
+        GetVersionedXsdResourceName(XmlFileType::Zil, Version("18.1"));
+        t_hideResources = false;
+        FAIL() << "nothing was thrown";
+    } catch (const LogicException& e) {
+        t_hideResources = false;
+        EXPECT_EQ(e.GetFile(), u"modules/platform/kescorexml/main/parser/XSDResourceResolver");
+        EXPECT_EQ(e.GetLine(), 69);
+        EXPECT_EQ(e.GetText(), u"Resource 'KQRC_FILEFORMAT_ZIL_XSD' did not resolve.");
+        EXPECT_EQ(e.GetErrorInfo().GetError().GetIdentifier(),
+                  u"LogicException_LogicAssert_0xABCA807E");
+    }
+}
+
+TEST(XSDResources, AreNotAssertedForOtherVersions)
+{
+    t_hideResources = true;
+    const std::string name = Name(XmlFileType::Zil, "10.2");
+    t_hideResources = false;
+    EXPECT_EQ(name, "");
+}
+
+TEST(XSDResources, FollowTheVersionOfADocument)
+{
+    const struct
+    {
+        const char* text;
+        const char* attribute;
+        const char* name;
+    } cases[] = {
+        {"<?xml version='1.0'?><zap version='10.4'/>", "", "KQRC_FILEFORMAT_ZAP_XSD_10_4"},
+        {"<zap format='10.2' version='10.4'/>", "format", "KQRC_FILEFORMAT_ZAP_XSD_10_2"},
+        {"<zap version='18.1'/>", "version", "KQRC_FILEFORMAT_ZAP_XSD"},
+    };
+    for (const auto& c : cases) {
+        ScriptedInputSource document(c.text);
+        const auto source =
+            GetVersionedXsdInputSourceForDocument(XmlFileType::Zap, document, c.attribute);
+        ASSERT_NE(source, nullptr) << c.text;
+        EXPECT_EQ(source->Id().toStdString(), c.name);
+        EXPECT_EQ(document.Position(), 0U);
+    }
+}
+
+TEST(XSDResources, AreMissingForADocumentOfAnotherVersion)
+{
+    ScriptedInputSource document("<zap version='19.0'/>");
+    EXPECT_EQ(GetVersionedXsdInputSourceForDocument(XmlFileType::Zap, document, TString()),
+              nullptr);
+    EXPECT_EQ(GetVersionedXsdInputSourceForDocument(XmlFileType::Zor, document, TString()),
+              nullptr);
+}
+
+TEST(XSDResources, NeedADocumentThatNamesItsVersion)
+{
+    for (const char* text : {"<zap format='10.4'/>", "<?xml version='1.0'?>", ""}) {
+        ScriptedInputSource document{std::string(text)};
+        try {
+            GetVersionedXsdInputSourceForDocument(XmlFileType::Zap, document, TString());
+            ADD_FAILURE() << "nothing was thrown for " << text;
+        } catch (const DOMException& e) {
+            EXPECT_EQ(e.GetMessagesFront(), u"Version attribute missing.");
+            const TError::ErrorInfo& info = e.GetErrorInfo();
+            EXPECT_EQ(info.GetError().GetCode(), 0xCA8DC404U);
+            EXPECT_EQ(info.GetError().GetIdentifier(),
+                      u"DOMException_MissingVersionAttribute_0xCA8DC404");
+            EXPECT_EQ(info.GetErrorSource(), 1);
+            EXPECT_EQ(info.GetStatusCode(), 2);
+        }
+        EXPECT_EQ(document.Position(), 0U);
+    }
+}
+
+} // namespace
