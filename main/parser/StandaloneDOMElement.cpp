@@ -1,0 +1,292 @@
+#include <kescorexml/StandaloneDOMElement.h>
+
+#include "Assertion.h"
+#include "KesErrors.h"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+namespace {
+
+constexpr const char16_t* c_source = u"StandaloneDOMElement";
+
+} // namespace
+
+StandaloneDOMElement::StandaloneDOMElement(const TString& name) : m_name(name) {}
+
+StandaloneDOMElement::StandaloneDOMElement(TString&& name) : m_name(std::move(name)) {}
+
+StandaloneDOMElement::~StandaloneDOMElement()
+{
+    EraseAllChildNodes();
+}
+
+void StandaloneDOMElement::EraseAllChildNodes() noexcept
+{
+    // The way back up is kept in the tree itself: on the way down into the last child of an
+    // element, the place of that child holds the element above instead. So the depth costs neither
+    // stack nor memory, and nothing can fail.
+    StandaloneDOMElement* above = nullptr;
+    StandaloneDOMElement* current = this;
+    for (;;) {
+        while (!current->m_children.empty()) {
+            std::unique_ptr<StandaloneDOMElement>& last = current->m_children.back().element;
+            if (last == nullptr || last->m_children.empty()) {
+                current->m_children.pop_back();
+                continue;
+            }
+            StandaloneDOMElement* child = last.release();
+            last.reset(above);
+            above = std::exchange(current, child);
+        }
+        if (above == nullptr)
+            return;
+        const std::unique_ptr<StandaloneDOMElement> emptied(std::exchange(current, above));
+        above = current->m_children.back().element.release();
+    }
+}
+
+void StandaloneDOMElement::CopyOwnPartsTo(StandaloneDOMElement& copy) const
+{
+    copy.m_attributes = m_attributes;
+    copy.m_encoded = m_encoded;
+    copy.m_children.reserve(m_children.size());
+}
+
+std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::Clone() const
+{
+    struct Pending
+    {
+        const StandaloneDOMElement* from;
+        StandaloneDOMElement* to;
+    };
+    auto result = std::make_unique<StandaloneDOMElement>(m_name);
+    std::vector<Pending> pending{{this, result.get()}};
+    while (!pending.empty()) {
+        const auto [from, to] = pending.back();
+        pending.pop_back();
+        from->CopyOwnPartsTo(*to);
+        for (const TextOrElement& node : from->m_children) {
+            std::unique_ptr<StandaloneDOMElement> child;
+            if (node.element != nullptr) {
+                child = std::make_unique<StandaloneDOMElement>(node.element->m_name);
+                pending.push_back({node.element.get(), child.get()});
+            }
+            to->m_children.push_back({node.text, node.isText, std::move(child)});
+        }
+    }
+    return result;
+}
+
+bool StandaloneDOMElement::HasSameNameAndAttributes(const StandaloneDOMElement& other) const
+{
+    if (m_name != other.m_name || m_attributes.size() != other.m_attributes.size())
+        return false;
+    return std::ranges::all_of(m_attributes, [&other](const auto& attribute) {
+        const auto it = other.m_attributes.find(attribute.first);
+        return it != other.m_attributes.end() && it->second == attribute.second;
+    });
+}
+
+bool StandaloneDOMElement::operator==(const StandaloneDOMElement& other) const
+{
+    std::vector<std::pair<const StandaloneDOMElement*, const StandaloneDOMElement*>> pending;
+    const StandaloneDOMElement* left = this;
+    const StandaloneDOMElement* right = &other;
+    for (;;) {
+        if (left != right) {
+            if (left->m_children.size() != right->m_children.size() ||
+                !left->HasSameNameAndAttributes(*right))
+                return false;
+            for (std::size_t i = 0; i < left->m_children.size(); ++i) {
+                const TextOrElement& a = left->m_children[i];
+                const TextOrElement& b = right->m_children[i];
+                if (a.isText != b.isText || a.text != b.text)
+                    return false;
+                if (!a.isText)
+                    pending.emplace_back(a.element.get(), b.element.get());
+            }
+        }
+        if (pending.empty())
+            return true;
+        std::tie(left, right) = pending.back();
+        pending.pop_back();
+    }
+}
+
+bool StandaloneDOMElement::HasText() const noexcept
+{
+    return std::ranges::any_of(m_children, [](const TextOrElement& node) { return node.isText; });
+}
+
+bool StandaloneDOMElement::HasChildren() const noexcept
+{
+    return std::ranges::any_of(m_children, [](const TextOrElement& node) { return !node.isText; });
+}
+
+TString StandaloneDOMElement::GetAllText() const
+{
+    TString result;
+    for (const TextOrElement& node : m_children)
+        result.append(node.text);
+    return result;
+}
+
+std::vector<std::reference_wrapper<const TString>> StandaloneDOMElement::GetTextNodes() const
+{
+    std::vector<std::reference_wrapper<const TString>> result;
+    for (const TextOrElement& node : m_children) {
+        if (node.isText)
+            result.emplace_back(node.text);
+    }
+    return result;
+}
+
+std::vector<std::reference_wrapper<const StandaloneDOMElement>>
+StandaloneDOMElement::GetChildren() const
+{
+    std::vector<std::reference_wrapper<const StandaloneDOMElement>> result;
+    for (const TextOrElement& node : m_children) {
+        if (!node.isText)
+            result.emplace_back(*node.element);
+    }
+    return result;
+}
+
+const StandaloneDOMElement* StandaloneDOMElement::GetChild(const TString& name) const noexcept
+{
+    for (const TextOrElement& node : m_children) {
+        if (!node.isText && node.element->m_name == name)
+            return node.element.get();
+    }
+    return nullptr;
+}
+
+StandaloneDOMElement* StandaloneDOMElement::GetChild(const TString& name) noexcept
+{
+    return const_cast<StandaloneDOMElement*>(std::as_const(*this).GetChild(name));
+}
+
+void StandaloneDOMElement::WalkNodes(const std::function<void(StandaloneDOMElement&)>& onElement,
+                                     const std::function<void(TString&)>& onText)
+{
+    for (TextOrElement& node : m_children) {
+        if (node.isText)
+            onText(node.text);
+        else
+            onElement(*node.element);
+    }
+}
+
+void StandaloneDOMElement::WalkNodes(
+    const std::function<void(const StandaloneDOMElement&)>& onElement,
+    const std::function<void(const TString&)>& onText) const
+{
+    for (const TextOrElement& node : m_children) {
+        if (node.isText)
+            onText(node.text);
+        else
+            onElement(*node.element);
+    }
+}
+
+void StandaloneDOMElement::AppendText(const TString& text, bool encoded)
+{
+    if (m_children.empty() || !m_children.back().isText)
+        m_children.push_back({text, true, nullptr});
+    else
+        m_children.back().text.append(text);
+    m_encoded = encoded;
+}
+
+void StandaloneDOMElement::SetAttributes(const AttributeMap& attributes)
+{
+    if (&attributes == &m_attributes)
+        return;
+    AttributeMap copy(attributes);
+    m_attributes = std::move(copy);
+}
+
+void StandaloneDOMElement::SetAttributes(AttributeMap&& attributes)
+{
+    if (&attributes != &m_attributes)
+        m_attributes = std::move(attributes);
+}
+
+const TString& StandaloneDOMElement::GetAttribute(const TString& name) const
+{
+    const auto it = m_attributes.find(name);
+    if (it == m_attributes.end())
+        ThrowAssertion(c_source, 226, u"it != m_attributes.end()",
+                       KesErrorsError::LogicAssert_0x16A1A876());
+    return it->second;
+}
+
+bool StandaloneDOMElement::TryGetAttribute(const TString& name, TString& value) const
+{
+    const auto it = m_attributes.find(name);
+    if (it == m_attributes.end())
+        return false;
+    value = it->second;
+    return true;
+}
+
+void StandaloneDOMElement::SetAttribute(const TString& name, const TString& value)
+{
+    m_attributes.insert_or_assign(name, value);
+}
+
+void StandaloneDOMElement::RemoveAttribute(const TString& name)
+{
+    m_attributes.erase(name);
+}
+
+void StandaloneDOMElement::AppendChild(std::unique_ptr<StandaloneDOMElement> element)
+{
+    if (element == nullptr)
+        ThrowAssertion(c_source, 295, u"element != nullptr",
+                       KesErrorsError::LogicAssert_0xE9519449());
+    m_children.push_back({TString(), false, std::move(element)});
+}
+
+void StandaloneDOMElement::InsertChildBefore(std::unique_ptr<StandaloneDOMElement> element,
+                                             const StandaloneDOMElement& before)
+{
+    if (element == nullptr)
+        ThrowAssertion(c_source, 302, u"element != nullptr",
+                       KesErrorsError::LogicAssert_0x41228A24());
+    const auto place = std::ranges::find_if(m_children, [&before](const TextOrElement& node) {
+        return !node.isText && *node.element == before;
+    });
+    if (place == m_children.end())
+        ThrowAssertion(c_source, 318, u"Can't insert child",
+                       KesErrorsError::LogicAssert_0xAD7AC3BE());
+    m_children.insert(place, {TString(), false, std::move(element)});
+}
+
+std::unique_ptr<StandaloneDOMElement>
+StandaloneDOMElement::RemoveChild(const StandaloneDOMElement& child)
+{
+    const auto place = std::ranges::find_if(
+        m_children, [&child](const TextOrElement& node) { return node.element.get() == &child; });
+    if (place == m_children.end())
+        ThrowAssertion(c_source, 344, u"Can't remove child",
+                       KesErrorsError::LogicAssert_0x108BF60C());
+    std::unique_ptr<StandaloneDOMElement> removed = std::move(place->element);
+    m_children.erase(place);
+    return removed;
+}
+
+std::vector<std::unique_ptr<StandaloneDOMElement>> StandaloneDOMElement::RemoveChildren()
+{
+    std::vector<std::unique_ptr<StandaloneDOMElement>> removed;
+    removed.reserve(static_cast<std::size_t>(std::ranges::count(
+        m_children, false, [](const TextOrElement& node) { return node.isText; })));
+    for (TextOrElement& node : m_children) {
+        if (!node.isText)
+            removed.push_back(std::move(node.element));
+    }
+    std::erase_if(m_children, [](const TextOrElement& node) { return !node.isText; });
+    return removed;
+}

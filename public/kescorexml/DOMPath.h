@@ -1,0 +1,207 @@
+#pragma once
+
+#include <kescorexml/DOMElement.h>
+#include <kescorexml/Export.h>
+#include <kesplatform/TString.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <utility>
+#include <vector>
+
+/// Path queries over a tree. A path is a list of steps separated by "/". A step is a name, "*" for
+/// any one element, or empty for any number of levels; steps match elements by exact name along a
+/// way down that begins with the starting element itself. So "a/b" gives, from an element named
+/// "a", its children named "b", and from any other element nothing.
+///
+/// A path that begins with one "/" starts at the document root of the starting element instead
+/// (nothing when it is detached or its document is empty); "//b" gives every element named "b" in
+/// the subtree of the starting element. A path that ends in "/", and the empty path, give nothing.
+/// Of three and more separators in a row each further one costs a visit: "a///b" passes over the
+/// first child of "a" and then sees its later children.
+///
+/// Elements come in document order, each at most once. A subtree in which the path cannot match is
+/// not entered. Nothing recurses, and no element visited costs an allocation of its own.
+///
+/// T is DOMElement or DOMElement const. Different objects may be used from different threads.
+namespace DOMPath {
+
+/// A level of a walk: the element visited there, its parent (null for the starting element), its
+/// position among the parent's children, and the path positions that are live at this level, which
+/// all children visited at it share.
+template <typename T>
+struct PathNode
+{
+    T* element;
+    T* parent;
+    std::int32_t childIndex;
+    /// One bit for each position, or, for paths too long for that, where in the walk's store the
+    /// positions begin.
+    std::uint64_t indices;
+};
+
+/// A walk that stands still between two matches.
+///
+/// A copy stands where the original does but does not know the path: its Next() is
+/// std::out_of_range unless the walk is over. The tree may change between two calls of Next() as
+/// long as the elements that the walk stands at (those above the next one to visit, and that one)
+/// stay.
+template <typename T>
+class KESCOREXML_EXPORT Generator
+{
+public:
+    Generator(T& start, const TString& path);
+    Generator(const Generator& other);
+    Generator& operator=(const Generator& other) = delete;
+    ~Generator();
+
+    /// The next match, or null when the walk is over.
+    T* Next();
+
+private:
+    /// What an element does to the live positions.
+    struct Outcome
+    {
+        bool isMatch;
+        bool hasCarried;
+        /// The positions that live on below the element, in the form of PathNode::indices.
+        std::uint64_t carried;
+    };
+
+    bool IsShort() const noexcept { return m_tokens.size() < 64; }
+    Outcome Visit(PathNode<T>& node);
+    Outcome VisitLong(const PathNode<T>& node);
+    void StepIntoCurrentNode(std::uint64_t carried);
+    void StepOverCurrentNode();
+    void PopNode();
+
+    std::vector<PathNode<T>> m_stack;
+    std::vector<TString> m_tokens;
+    /// For short paths: which tokens are empty, and which are "*".
+    std::uint64_t m_emptyTokens = 0;
+    std::uint64_t m_anyTokens = 0;
+    /// For long paths: the live positions of all levels, level by level, each in ascending order.
+    std::vector<std::int32_t> m_positions;
+    std::vector<std::int32_t> m_expanded;
+};
+
+extern template class KESCOREXML_EXPORT Generator<DOMElement>;
+extern template class KESCOREXML_EXPORT Generator<DOMElement const>;
+
+/// Stands at a match. A copy can be dereferenced and compared but not advanced (see Generator);
+/// an iterator at its end may be copied, and advancing it does nothing.
+template <typename T>
+class KESCOREXML_EXPORT IteratorTemplate
+{
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = T;
+    using difference_type = std::ptrdiff_t;
+    using pointer = T*;
+    using reference = T&;
+
+    /// The end.
+    IteratorTemplate() noexcept;
+    /// Finds the first match.
+    IteratorTemplate(T& start, const TString& path);
+    IteratorTemplate(const IteratorTemplate& other);
+    IteratorTemplate(IteratorTemplate&& other) noexcept;
+    IteratorTemplate& operator=(const IteratorTemplate& other);
+    IteratorTemplate& operator=(IteratorTemplate&& other) noexcept;
+    ~IteratorTemplate();
+
+    T& operator*() const noexcept { return *m_current; }
+    T* operator->() const noexcept { return m_current; }
+    IteratorTemplate& operator++();
+    /// Returns a copy, with the limits of one.
+    IteratorTemplate operator++(int);
+
+    /// Two iterators are equal only when both are at the end.
+    bool operator==(const IteratorTemplate& other) const noexcept
+    {
+        return m_generator == other.m_generator && m_current == other.m_current;
+    }
+    bool operator!=(const IteratorTemplate& other) const noexcept { return !(*this == other); }
+
+private:
+    void Advance();
+
+    std::unique_ptr<Generator<T>> m_generator;
+    T* m_current = nullptr;
+};
+
+extern template class KESCOREXML_EXPORT IteratorTemplate<DOMElement>;
+extern template class KESCOREXML_EXPORT IteratorTemplate<DOMElement const>;
+
+/// The matches as a range; each begin() starts a walk of its own. The element must outlive the
+/// range, and so must the path unless the range was made from a temporary.
+template <typename T>
+class KESCOREXML_EXPORT IterableTemplate
+{
+public:
+    IterableTemplate(T& start, const TString& path) noexcept : m_start(&start), m_path(&path) {}
+    IterableTemplate(T& start, TString&& path) noexcept
+        : m_start(&start), m_ownPath(std::move(path))
+    {
+    }
+
+    IteratorTemplate<T> begin() { return IteratorTemplate<T>(*m_start, Path()); }
+    IteratorTemplate<DOMElement const> begin() const { return cbegin(); }
+    IteratorTemplate<DOMElement const> cbegin() const
+    {
+        return IteratorTemplate<DOMElement const>(*m_start, Path());
+    }
+    IteratorTemplate<T> end() noexcept { return {}; }
+    IteratorTemplate<DOMElement const> end() const noexcept { return {}; }
+    IteratorTemplate<DOMElement const> cend() const noexcept { return {}; }
+
+private:
+    const TString& Path() const noexcept { return m_path == nullptr ? m_ownPath : *m_path; }
+
+    T* m_start;
+    /// Null when the path is the range's own.
+    const TString* m_path = nullptr;
+    TString m_ownPath;
+};
+
+extern template class KESCOREXML_EXPORT IterableTemplate<DOMElement>;
+extern template class KESCOREXML_EXPORT IterableTemplate<DOMElement const>;
+
+/// The first match, or null. What lies behind it in document order is not visited.
+template <typename T>
+KESCOREXML_EXPORT T* GetFirst(T& start, const TString& path);
+
+/// All matches.
+template <typename T>
+KESCOREXML_EXPORT std::vector<T*> GetAll(T& start, const TString& path);
+
+/// The matches one by one, for loops. See Generator for what may change meanwhile.
+template <typename T>
+IterableTemplate<T> Walk(T& start, const TString& path)
+{
+    return {start, path};
+}
+template <typename T>
+IterableTemplate<T> Walk(T& start, TString&& path)
+{
+    return {start, std::move(path)};
+}
+
+/// Collects all matches and then calls `fn` for each, so that `fn` may change the tree; it must not
+/// destroy a match that is still to come. An empty `fn` is std::bad_function_call if there is a
+/// match.
+KESCOREXML_EXPORT void Foreach(const DOMElement& start, TString path,
+                               const std::function<void(const DOMElement&)>& fn);
+KESCOREXML_EXPORT void Foreach(DOMElement& start, TString path,
+                               const std::function<void(DOMElement&)>& fn);
+
+extern template KESCOREXML_EXPORT DOMElement* GetFirst(DOMElement&, const TString&);
+extern template KESCOREXML_EXPORT DOMElement const* GetFirst(DOMElement const&, const TString&);
+extern template KESCOREXML_EXPORT std::vector<DOMElement*> GetAll(DOMElement&, const TString&);
+extern template KESCOREXML_EXPORT std::vector<DOMElement const*> GetAll(DOMElement const&,
+                                                                        const TString&);
+
+} // namespace DOMPath

@@ -1,0 +1,123 @@
+#pragma once
+
+#include <kescorexml/Export.h>
+#include <kesplatform/TString.h>
+
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+/// An element of the second, self-contained tree: a name, attributes in no order, and a list of
+/// content nodes, each a text or a child element, as they stood in the source. Two texts never
+/// stand side by side unless an element between them was removed.
+///
+/// An element owns its children and knows nothing of its parent; it must not be put below itself.
+/// References and pointers to a child are valid until that child is destroyed; references to a
+/// text until the content of its element changes. Nothing here recurses on the depth of the tree.
+///
+/// A broken contract is a LogicException and leaves the element unchanged, as does exhausted
+/// memory. Const operations may run side by side.
+class KESCOREXML_EXPORT StandaloneDOMElement
+{
+public:
+    using AttributeMap = std::unordered_map<TString, TString>;
+
+    explicit StandaloneDOMElement(const TString& name);
+    explicit StandaloneDOMElement(TString&& name);
+    /// Destroys the subtree in time linear in its size, children from the last to the first,
+    /// without allocating.
+    ~StandaloneDOMElement();
+    StandaloneDOMElement(const StandaloneDOMElement&) = delete;
+    StandaloneDOMElement& operator=(const StandaloneDOMElement&) = delete;
+
+    /// A deep copy, the encoded marks and the load factors of the attribute maps included.
+    std::unique_ptr<StandaloneDOMElement> Clone() const;
+
+    const TString& GetName() const noexcept { return m_name; }
+    void SetName(const TString& name) noexcept { m_name = name; }
+
+    /// Whether names, attributes in whatever order, and content in this order are the same all the
+    /// way down. The encoded marks do not matter.
+    bool operator==(const StandaloneDOMElement& other) const;
+    bool operator!=(const StandaloneDOMElement& other) const { return !(*this == other); }
+
+    /// No content and no attributes.
+    bool IsEmpty() const noexcept { return m_children.empty() && m_attributes.empty(); }
+    bool HasTextOrChildren() const noexcept { return !m_children.empty(); }
+    bool HasText() const noexcept;
+    bool HasChildren() const noexcept;
+
+    /// This element's own texts in order, joined; the texts of descendants are not in it.
+    TString GetAllText() const;
+    std::vector<std::reference_wrapper<const TString>> GetTextNodes() const;
+    std::vector<std::reference_wrapper<const StandaloneDOMElement>> GetChildren() const;
+    /// The first child element of that name, or null.
+    StandaloneDOMElement* GetChild(const TString& name) noexcept;
+    const StandaloneDOMElement* GetChild(const TString& name) const noexcept;
+
+    /// Hands this element's content nodes, one level, in order to the callback of their kind. An
+    /// empty callback is std::bad_function_call once a node of its kind is reached. The callbacks
+    /// may change the nodes that they are given but must not add or remove nodes of this element.
+    void WalkNodes(const std::function<void(StandaloneDOMElement&)>& onElement,
+                   const std::function<void(TString&)>& onText);
+    void WalkNodes(const std::function<void(const StandaloneDOMElement&)>& onElement,
+                   const std::function<void(const TString&)>& onText) const;
+
+    /// Appends to the text at the end of the content, or adds a text node when the content is
+    /// empty or ends in an element. The encoded mark of the element becomes `encoded`, whatever it
+    /// was before. Amortised constant time a UTF-16 unit.
+    void AppendText(const TString& text, bool encoded);
+    /// AppendText(text, false): clears the encoded mark.
+    void AppendText(const TString& text) { AppendText(text, false); }
+    /// Whether the texts of this element stand as they are to be written.
+    bool IsEncoded() const noexcept { return m_encoded; }
+    void SetEncoded(bool encoded) noexcept { m_encoded = encoded; }
+
+    AttributeMap& GetAttributes() noexcept { return m_attributes; }
+    const AttributeMap& GetAttributes() const noexcept { return m_attributes; }
+    /// Copies the map, its load factor included.
+    void SetAttributes(const AttributeMap& attributes);
+    void SetAttributes(AttributeMap&& attributes);
+    bool HasAttribute(const TString& name) const { return m_attributes.contains(name); }
+    /// The value of an attribute that must be there: its absence is a logic assertion.
+    const TString& GetAttribute(const TString& name) const;
+    /// False, and `value` left alone, when there is no such attribute.
+    bool TryGetAttribute(const TString& name, TString& value) const;
+    /// Inserts or overwrites.
+    void SetAttribute(const TString& name, const TString& value);
+    /// Does nothing when there is no such attribute.
+    void RemoveAttribute(const TString& name);
+
+    /// Adds a child at the end. Null is a logic assertion.
+    void AppendChild(std::unique_ptr<StandaloneDOMElement> element);
+    /// Inserts a child in front of the first child element that is equal to `before`, which need
+    /// not be a child itself. Null, and no such child, are logic assertions. Costs one comparison
+    /// of subtrees for each child in front of the place.
+    void InsertChildBefore(std::unique_ptr<StandaloneDOMElement> element,
+                           const StandaloneDOMElement& before);
+    /// Takes out this very child; an equal one will not do: that is a logic assertion. Texts on
+    /// both sides of it stay apart.
+    std::unique_ptr<StandaloneDOMElement> RemoveChild(const StandaloneDOMElement& child);
+    /// Takes out all child elements in order; the texts stay, unmerged.
+    std::vector<std::unique_ptr<StandaloneDOMElement>> RemoveChildren();
+    /// Destroys all content, texts and elements, from the last to the first.
+    void EraseAllChildNodes() noexcept;
+
+private:
+    /// A content node: a text, or an element and no text.
+    struct TextOrElement
+    {
+        TString text;
+        bool isText;
+        std::unique_ptr<StandaloneDOMElement> element;
+    };
+
+    bool HasSameNameAndAttributes(const StandaloneDOMElement& other) const;
+    void CopyOwnPartsTo(StandaloneDOMElement& copy) const;
+
+    TString m_name;
+    AttributeMap m_attributes;
+    std::vector<TextOrElement> m_children;
+    bool m_encoded = false;
+};

@@ -1,0 +1,517 @@
+#include <kescorexml/DOM.h>
+#include <kescorexml/DOMPath.h>
+
+#include "support/RandomTree.h"
+#include "support/SmallStack.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+#include <type_traits>
+#include <unordered_set>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int c_deepLevels = 1'000'000;
+
+/// The rules of the walk, written down as plainly as possible: a set of positions for each level,
+/// shared by all siblings, and recursion.
+class PathModel
+{
+public:
+    PathModel(const DOMElement& start, const TString& path) : m_tokens(path.split(u'/'))
+    {
+        if (m_tokens.back().IsEmpty())
+            return;
+        std::unordered_set<int> positions{0};
+        const DOMElement* first = &start;
+        if (path[0] == u'/') {
+            positions = {1};
+            if (path[1] != u'/')
+                first = start.GetDOMManager() ? start.GetDOMManager()->GetDocumentRoot() : nullptr;
+        }
+        if (first != nullptr)
+            Visit(*first, positions);
+    }
+
+    const std::vector<const DOMElement*>& Matches() const { return m_matches; }
+
+private:
+    void Visit(const DOMElement& element, std::unordered_set<int>& positions)
+    {
+        const std::unordered_set<int> before = positions;
+        for (const int i : before) {
+            if (Token(i).IsEmpty())
+                positions.insert(i + 1);
+        }
+        std::unordered_set<int> carried;
+        for (const int i : positions) {
+            if (Token(i).IsEmpty())
+                carried.insert(i);
+            else if (Token(i) == u"*" || Token(i) == element.GetName())
+                carried.insert(i + 1);
+        }
+        if (carried.erase(static_cast<int>(m_tokens.size())) > 0)
+            m_matches.push_back(&element);
+        if (carried.empty())
+            return;
+        for (const auto& child : element.GetChildren())
+            Visit(*child, carried);
+    }
+
+    const TString& Token(int i) const { return m_tokens.at(static_cast<std::size_t>(i)); }
+
+    std::vector<TString> m_tokens;
+    std::vector<const DOMElement*> m_matches;
+};
+
+/// <r> <a> <b/> <c> <b/> </c> </a> <b> <a/> </b> <a/> </r>, attached to a document.
+class DOMPathTest : public testing::Test
+{
+protected:
+    DOMPathTest()
+    {
+        r = dom.GetRoot()->AddNewChild(u"r");
+        a1 = r->AddNewChild(u"a");
+        b1 = a1->AddNewChild(u"b");
+        c = a1->AddNewChild(u"c");
+        b2 = c->AddNewChild(u"b");
+        b3 = r->AddNewChild(u"b");
+        a2 = b3->AddNewChild(u"a");
+        a3 = r->AddNewChild(u"a");
+    }
+
+    DOM dom;
+    DOMElement* r;
+    DOMElement* a1;
+    DOMElement* b1;
+    DOMElement* c;
+    DOMElement* b2;
+    DOMElement* b3;
+    DOMElement* a2;
+    DOMElement* a3;
+};
+
+std::unique_ptr<DOMElement> MakeChain(int levels, const TString& name)
+{
+    auto top = std::make_unique<DOMElement>(name);
+    DOMElement* deepest = top.get();
+    for (int level = 1; level < levels; ++level)
+        deepest = deepest->AddNewChild(name);
+    return top;
+}
+
+TString MakePath(RandomTree& random, int tokens)
+{
+    static const std::vector<TString> choices{u"", u"", u"*", u"a", u"b", u"a"};
+    TString path;
+    for (int i = 0; i < tokens; ++i) {
+        if (i > 0)
+            path += u"/";
+        path += random.Pick(choices);
+    }
+    return path;
+}
+
+/// All ways to ask give what the model gives.
+void ExpectAgreement(DOMElement& start, const TString& path)
+{
+    const std::vector<const DOMElement*> expected = PathModel(start, path).Matches();
+    const DOMElement& constant = start;
+    ASSERT_EQ(DOMPath::GetAll(constant, path), expected) << path;
+    const std::vector<DOMElement*> mutableMatches = DOMPath::GetAll(start, path);
+    ASSERT_TRUE(
+        std::equal(mutableMatches.begin(), mutableMatches.end(), expected.begin(), expected.end()))
+        << path;
+    const DOMElement* first = expected.empty() ? nullptr : expected.front();
+    ASSERT_EQ(DOMPath::GetFirst(start, path), first) << path;
+    ASSERT_EQ(DOMPath::GetFirst(constant, path), first) << path;
+    std::vector<const DOMElement*> walked;
+    for (DOMElement& match : DOMPath::Walk(start, path))
+        walked.push_back(&match);
+    ASSERT_EQ(walked, expected) << path;
+}
+
+} // namespace
+
+TEST(DOMPath, AgreesWithTheRulesOnRandomTreesAndPaths)
+{
+    RandomTree random(20240);
+    std::size_t matches = 0;
+    for (int round = 0; round < 6000; ++round) {
+        const auto tree = random.Make({u"a", u"b", u"*"}, 5, 4);
+        const TString path = MakePath(random, 1 + random.Below(7));
+        ASSERT_NO_FATAL_FAILURE(ExpectAgreement(*tree, path));
+        matches += DOMPath::GetAll(*tree, path).size();
+    }
+    EXPECT_GT(matches, 4000U) << "the paths match too little for this test to say much";
+}
+
+TEST(DOMPath, AgreesWithTheRulesFromElementsInsideADocument)
+{
+    RandomTree random(99);
+    std::size_t matches = 0;
+    for (int round = 0; round < 2000; ++round) {
+        DOM dom;
+        dom.GetRoot()->AppendChild(random.Make({u"a", u"b"}, 4, 3));
+        const auto all = DOMPath::GetAll(*dom.GetDocumentRoot(), u"//*");
+        DOMElement& start =
+            *all[static_cast<std::size_t>(random.Below(static_cast<int>(all.size())))];
+        const TString path = TString(u"/") + MakePath(random, 1 + random.Below(4));
+        ASSERT_NO_FATAL_FAILURE(ExpectAgreement(start, path));
+        matches += DOMPath::GetAll(start, path).size();
+    }
+    EXPECT_GT(matches, 1000U);
+}
+
+TEST(DOMPath, AgreesWithTheRulesOnPathsOfManySteps)
+{
+    RandomTree random(5);
+    std::size_t matches = 0;
+    for (int round = 0; round < 60; ++round) {
+        // Deep and narrow, so that more steps than fit into a word have something to match.
+        auto top = std::make_unique<DOMElement>(u"a");
+        DOMElement* deepest = top.get();
+        for (int level = 0; level < 150; ++level) {
+            for (int side = random.Below(2); side > 0; --side)
+                deepest->AppendChild(random.Make({u"a", u"b"}, 2, 2));
+            deepest = deepest->AddNewChild(random.Below(4) == 0 ? u"b" : u"a");
+        }
+        for (const int tokens : {62, 63, 64, 65, 100, 130}) {
+            TString path;
+            for (int i = 0; i < tokens; ++i) {
+                static const std::vector<TString> choices{u"*", u"*", u"*", u"*", u"", u"a"};
+                path += random.Pick(choices);
+                path += u"/";
+            }
+            path += u"a";
+            ASSERT_NO_FATAL_FAILURE(ExpectAgreement(*top, path));
+            matches += DOMPath::GetAll(*top, path).size();
+        }
+    }
+    EXPECT_GT(matches, 300U);
+}
+
+TEST(DOMPath, AgreesWithTheRulesOnLongRunsOfSeparators)
+{
+    RandomTree random(17);
+    for (int separators = 1; separators < 140; separators += 3) {
+        DOMElement start(u"a");
+        for (int i = 0; i < 150; ++i)
+            start.AppendChild(random.Make({u"a", u"b"}, 2, 2));
+        const TString path = TString(u"a") + TString(separators, u'/') + u"b";
+        ASSERT_NO_FATAL_FAILURE(ExpectAgreement(start, path));
+    }
+}
+
+TEST_F(DOMPathTest, EmptyPathsAndPathsThatEndInASeparatorYieldNothing)
+{
+    for (const char16_t* path : {u"", u"/", u"//", u"r/", u"/r/", u"r//", u"//a/", u"*/"}) {
+        EXPECT_THAT(DOMPath::GetAll(*r, path), IsEmpty()) << TString(path);
+        EXPECT_EQ(DOMPath::GetFirst(*r, path), nullptr);
+    }
+}
+
+TEST_F(DOMPathTest, TheFirstStepIsTheStartingElementItself)
+{
+    EXPECT_THAT(DOMPath::GetAll(*a1, u"a"), ElementsAre(a1));
+    EXPECT_THAT(DOMPath::GetAll(*b3, u"a"), IsEmpty());
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r/a"), ElementsAre(a1, a3));
+    EXPECT_THAT(DOMPath::GetAll(*r, u"a/b"), IsEmpty());
+}
+
+TEST_F(DOMPathTest, NamesAreComparedExactly)
+{
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r/A"), IsEmpty());
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r/a*"), IsEmpty());
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r/ a"), IsEmpty());
+    DOMElement* starred = r->AddNewChild(u"a*");
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r/a*"), ElementsAre(starred));
+}
+
+TEST_F(DOMPathTest, StarIsAnyOneElement)
+{
+    EXPECT_THAT(DOMPath::GetAll(*r, u"*"), ElementsAre(r));
+    EXPECT_THAT(DOMPath::GetAll(*r, u"*/*"), ElementsAre(a1, b3, a3));
+    EXPECT_THAT(DOMPath::GetAll(*r, u"//*"), ElementsAre(r, a1, b1, c, b2, b3, a2, a3));
+}
+
+TEST_F(DOMPathTest, ALeadingSeparatorStartsAtTheDocumentRoot)
+{
+    for (DOMElement* start : {r, b2, a3}) {
+        EXPECT_THAT(DOMPath::GetAll(*start, u"/r/a"), ElementsAre(a1, a3));
+        EXPECT_EQ(DOMPath::GetFirst(std::as_const(*start), u"/r/b/a"), a2);
+        EXPECT_THAT(DOMPath::GetAll(*start, u"/Document"), IsEmpty());
+    }
+}
+
+TEST_F(DOMPathTest, AnAbsolutePathYieldsNothingWithoutADocumentRoot)
+{
+    DOMElement detached(u"r");
+    detached.AddNewChild(u"a");
+    EXPECT_THAT(DOMPath::GetAll(detached, u"/r"), IsEmpty());
+    EXPECT_THAT(DOMPath::GetAll(detached, u"//a").size(), 1U);
+    DOM empty;
+    EXPECT_THAT(DOMPath::GetAll(*empty.GetRoot(), u"/Document"), IsEmpty());
+    EXPECT_THAT(DOMPath::GetAll(*empty.GetRoot(), u"//Document"), ElementsAre(empty.GetRoot()));
+}
+
+TEST_F(DOMPathTest, ADoubleSeparatorInFrontStaysInTheSubtreeItselfIncluded)
+{
+    EXPECT_THAT(DOMPath::GetAll(*c, u"//b"), ElementsAre(b2));
+    EXPECT_THAT(DOMPath::GetAll(*b3, u"//b"), ElementsAre(b3));
+    EXPECT_THAT(DOMPath::GetAll(*r, u"//b"), ElementsAre(b1, b2, b3));
+}
+
+TEST_F(DOMPathTest, ADoubleSeparatorInsideMeansAnyDepthBelow)
+{
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r//b"), ElementsAre(b1, b2, b3));
+    EXPECT_THAT(DOMPath::GetAll(*b3, u"b//b"), IsEmpty());
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r//c/b"), ElementsAre(b2));
+}
+
+TEST(DOMPath, EachFurtherSeparatorCostsOneSibling)
+{
+    DOMElement a(u"a");
+    DOMElement* first = a.AddNewChild(u"b");
+    DOMElement* second = a.AddNewChild(u"b");
+    DOMElement* third = a.AddNewChild(u"b");
+    EXPECT_THAT(DOMPath::GetAll(a, u"a//b"), ElementsAre(first, second, third));
+    EXPECT_THAT(DOMPath::GetAll(a, u"a///b"), ElementsAre(second, third));
+    EXPECT_THAT(DOMPath::GetAll(a, u"a////b"), ElementsAre(third));
+    EXPECT_THAT(DOMPath::GetAll(a, u"a/////b"), IsEmpty());
+}
+
+TEST_F(DOMPathTest, ConstAndNonConstElementsGiveConstAndNonConstMatches)
+{
+    using DOMPath::GetAll;
+    using DOMPath::GetFirst;
+    const DOMElement& constant = *r;
+    EXPECT_TRUE((std::is_same_v<decltype(GetFirst(*r, u"r")), DOMElement*>));
+    EXPECT_TRUE((std::is_same_v<decltype(GetFirst(constant, u"r")), DOMElement const*>));
+    EXPECT_TRUE((std::is_same_v<decltype(GetAll(*r, u"r")), std::vector<DOMElement*>>));
+    EXPECT_TRUE((std::is_same_v<decltype(GetAll(constant, u"r")), std::vector<DOMElement const*>>));
+    EXPECT_EQ(GetFirst<DOMElement const>(*r, u"r"), r);
+}
+
+TEST_F(DOMPathTest, AGeneratorYieldsTheMatchesAndThenNull)
+{
+    DOMPath::Generator<DOMElement> generator(*r, u"r/a");
+    EXPECT_EQ(generator.Next(), a1);
+    EXPECT_EQ(generator.Next(), a3);
+    EXPECT_EQ(generator.Next(), nullptr);
+    EXPECT_EQ(generator.Next(), nullptr);
+}
+
+TEST_F(DOMPathTest, TheWalkIsLazyAndSeesChangesAheadOfIt)
+{
+    const TString path(u"r//b");
+    DOMPath::IteratorTemplate<DOMElement> iterator(*r, path);
+    EXPECT_EQ(&*iterator, b1);
+    DOMElement* added = a3->AddNewChild(u"b");
+    std::vector<DOMElement*> rest;
+    for (++iterator; iterator != DOMPath::IteratorTemplate<DOMElement>(); ++iterator)
+        rest.push_back(&*iterator);
+    EXPECT_THAT(rest, ElementsAre(b2, b3, added));
+}
+
+TEST_F(DOMPathTest, AppendingSiblingsDuringTheWalkDoesNotDisturbIt)
+{
+    int visited = 0;
+    for (DOMElement& match : DOMPath::Walk(*r, u"r/*")) {
+        if (++visited < 100)
+            match.GetParent()->AddNewChild(u"more");
+    }
+    EXPECT_EQ(visited, 102);
+}
+
+TEST_F(DOMPathTest, AnIteratorWithoutMatchIsTheEndAtOnce)
+{
+    const TString path(u"none");
+    DOMPath::IterableTemplate<DOMElement> walk = DOMPath::Walk(*r, path);
+    EXPECT_TRUE(walk.begin() == walk.end());
+    EXPECT_FALSE(walk.begin() != walk.end());
+    DOMPath::IteratorTemplate<DOMElement> end;
+    ++end;
+    EXPECT_TRUE(end == walk.end());
+}
+
+TEST_F(DOMPathTest, LiveIteratorsAreNeverEqualAndExhaustedOnesAreTheEnd)
+{
+    const TString path(u"r");
+    DOMPath::IterableTemplate<DOMElement> walk = DOMPath::Walk(*r, path);
+    auto one = walk.begin();
+    const auto other = walk.begin();
+    EXPECT_EQ(&*one, &*other);
+    EXPECT_TRUE(one != other);
+    EXPECT_FALSE(one == other);
+    EXPECT_TRUE(one == one);
+    ++one;
+    EXPECT_TRUE(one == walk.end());
+}
+
+TEST_F(DOMPathTest, ACopiedIteratorShowsItsElementButCannotAdvance)
+{
+    const TString path(u"//b");
+    DOMPath::IteratorTemplate<DOMElement> original(*r, path);
+    DOMPath::IteratorTemplate<DOMElement> copy(original);
+    EXPECT_EQ(&*copy, b1);
+    EXPECT_TRUE(copy != original);
+    EXPECT_THROW(++copy, std::out_of_range);
+    EXPECT_THROW(copy++, std::out_of_range);
+    EXPECT_EQ(&*copy, b1);
+
+    DOMPath::IteratorTemplate<DOMElement> assigned;
+    assigned = original;
+    EXPECT_EQ(assigned->GetName(), u"b");
+    EXPECT_THROW(++assigned, std::out_of_range);
+
+    DOMPath::IteratorTemplate<DOMElement> previous = original++;
+    EXPECT_EQ(&*previous, b1);
+    EXPECT_THROW(++previous, std::out_of_range);
+    EXPECT_EQ(&*original, b2);
+    ++original;
+    EXPECT_EQ(&*original, b3);
+}
+
+TEST_F(DOMPathTest, ACopyOfALongWalkCannotAdvanceEither)
+{
+    const auto chain = MakeChain(100, u"e");
+    TString path(u"e");
+    for (int i = 0; i < 80; ++i)
+        path += u"/e";
+    path += u"//e";
+    DOMPath::IteratorTemplate<DOMElement> original(*chain, path);
+    DOMPath::IteratorTemplate<DOMElement> copy(original);
+    EXPECT_EQ(&*copy, &*original);
+    EXPECT_THROW(++copy, std::out_of_range);
+    int matches = 0;
+    for (; original != DOMPath::IteratorTemplate<DOMElement>(); ++original)
+        ++matches;
+    EXPECT_EQ(matches, 19);
+}
+
+TEST_F(DOMPathTest, ACopyTakenAfterTheWalkLeftTheLastElementEnds)
+{
+    // The starting element is left as soon as it is found, so nothing is left to look at.
+    const TString path(u"r");
+    DOMPath::IteratorTemplate<DOMElement> copy =
+        DOMPath::IteratorTemplate<DOMElement>(DOMPath::IteratorTemplate<DOMElement>(*r, path));
+    const DOMPath::IteratorTemplate<DOMElement>& original = copy;
+    DOMPath::IteratorTemplate<DOMElement> second(original);
+    ++second;
+    EXPECT_TRUE(second == DOMPath::IteratorTemplate<DOMElement>());
+}
+
+TEST_F(DOMPathTest, AMovedIteratorGoesOn)
+{
+    const TString path(u"//b");
+    DOMPath::IteratorTemplate<DOMElement> original(*r, path);
+    DOMPath::IteratorTemplate<DOMElement> moved(std::move(original));
+    EXPECT_EQ(&*moved, b1);
+    ++moved;
+    DOMPath::IteratorTemplate<DOMElement> assigned(*r, path);
+    assigned = std::move(moved);
+    EXPECT_EQ(&*assigned, b2);
+    ++assigned;
+    EXPECT_EQ(&*assigned, b3);
+    ++assigned;
+    EXPECT_TRUE(assigned == DOMPath::IteratorTemplate<DOMElement>());
+}
+
+TEST_F(DOMPathTest, AConstRangeHandsOutConstElements)
+{
+    const TString path(u"r/a");
+    DOMPath::IterableTemplate<DOMElement> walk = DOMPath::Walk(*r, path);
+    const DOMPath::IterableTemplate<DOMElement>& constant = walk;
+    EXPECT_TRUE((std::is_same_v<decltype(*walk.begin()), DOMElement&>));
+    EXPECT_TRUE((std::is_same_v<decltype(*constant.begin()), DOMElement const&>));
+    EXPECT_TRUE((std::is_same_v<decltype(*walk.cbegin()), DOMElement const&>));
+    std::vector<const DOMElement*> matches;
+    for (const DOMElement& match : constant)
+        matches.push_back(&match);
+    EXPECT_THAT(matches, ElementsAre(a1, a3));
+    EXPECT_TRUE(walk.cbegin() != walk.cend());
+}
+
+TEST_F(DOMPathTest, ARangeRefersToThePathOfItsCaller)
+{
+    TString path(u"r/a");
+    DOMPath::IterableTemplate<DOMElement> walk = DOMPath::Walk(*r, path);
+    path = u"r/b";
+    EXPECT_EQ(&*walk.begin(), b3);
+}
+
+TEST_F(DOMPathTest, ARangeKeepsATemporaryPath)
+{
+    std::vector<const DOMElement*> matches;
+    for (const DOMElement& match : DOMPath::Walk(*r, u"r/a/a name too long for anything inline"))
+        matches.push_back(&match);
+    EXPECT_THAT(matches, IsEmpty());
+    for (const DOMElement& match : DOMPath::Walk(*r, TString(u"r") + TString(u"/a")))
+        matches.push_back(&match);
+    EXPECT_THAT(matches, ElementsAre(a1, a3));
+    DOMPath::IterableTemplate<DOMElement> walk = DOMPath::Walk(*r, u"r/b");
+    DOMPath::IterableTemplate<DOMElement> copy(walk);
+    EXPECT_EQ(&*copy.begin(), b3);
+}
+
+TEST_F(DOMPathTest, ForeachVisitsAllMatchesInOrder)
+{
+    std::vector<const DOMElement*> visited;
+    DOMPath::Foreach(*r, u"//b", [&visited](DOMElement& match) {
+        match.SetText(u"seen");
+        visited.push_back(&match);
+    });
+    EXPECT_THAT(visited, ElementsAre(b1, b2, b3));
+    EXPECT_EQ(b2->GetText(), u"seen");
+    visited.clear();
+    DOMPath::Foreach(std::as_const(*r), u"r/a",
+                     [&visited](const DOMElement& match) { visited.push_back(&match); });
+    EXPECT_THAT(visited, ElementsAre(a1, a3));
+}
+
+TEST_F(DOMPathTest, ForeachMayChangeTheTree)
+{
+    int calls = 0;
+    DOMPath::Foreach(*r, u"//*", [&calls, this](DOMElement& match) {
+        ++calls;
+        match.AddNewChild(u"b");
+        if (&match != r)
+            match.Move(*r, nullptr);
+    });
+    EXPECT_EQ(calls, 8);
+    EXPECT_EQ(r->GetChildren().size(), 8U);
+}
+
+TEST_F(DOMPathTest, ForeachWithoutAFunctionFailsOnlyAtAMatch)
+{
+    const std::function<void(DOMElement&)> none;
+    const std::function<void(const DOMElement&)> constNone;
+    DOMPath::Foreach(*r, u"none", none);
+    DOMPath::Foreach(std::as_const(*r), u"none", constNone);
+    EXPECT_THROW(DOMPath::Foreach(*r, u"r", none), std::bad_function_call);
+    EXPECT_THROW(DOMPath::Foreach(std::as_const(*r), u"r", constNone), std::bad_function_call);
+}
+
+TEST(DOMPath, AMillionLevelsNeedNoStack)
+{
+    RunOnSmallStack([] {
+        auto chain = MakeChain(c_deepLevels, u"e");
+        EXPECT_EQ(DOMPath::GetAll(*chain, u"//e").size(), static_cast<std::size_t>(c_deepLevels));
+        EXPECT_EQ(DOMPath::GetAll(*chain, u"e//e/e//e").size(),
+                  static_cast<std::size_t>(c_deepLevels - 3));
+        EXPECT_EQ(DOMPath::GetFirst(*chain, u"//none"), nullptr);
+        TString path(u"e");
+        for (int i = 1; i < c_deepLevels; ++i)
+            path += u"/e";
+        const DOMElement* deepest = DOMPath::GetFirst(*chain, path);
+        ASSERT_NE(deepest, nullptr);
+        EXPECT_FALSE(deepest->HasChildren());
+    });
+}
