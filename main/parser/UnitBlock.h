@@ -53,7 +53,8 @@ inline UnitBlock UnitBlock::Load(const char16_t* units) noexcept
 inline UnitBlock UnitBlock::LoadEnds(const char16_t* units, std::size_t count) noexcept
 {
     const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(units));
-    const __m128i last = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(units + count - size / 2));
+    const __m128i last =
+        _mm_loadl_epi64(reinterpret_cast<const __m128i*>(units + count - size / 2));
     return UnitBlock(_mm_unpacklo_epi64(first, last));
 }
 
@@ -79,7 +80,8 @@ std::size_t UnitBlock::FindEscape() const noexcept
     const __m128i shifted = _mm_add_epi16(m_units, _mm_set1_epi16(2));
     __m128i found = equals(_mm_subs_epu16(shifted, _mm_set1_epi16(0x1F + 2)), 0);
     if constexpr (type == MappingTableType::LongContent)
-        found = _mm_andnot_si128(_mm_or_si128(equals(m_units, u'\t'), equals(m_units, u'\n')), found);
+        found =
+            _mm_andnot_si128(_mm_or_si128(equals(m_units, u'\t'), equals(m_units, u'\n')), found);
     found = _mm_or_si128(found, equals(m_units, u'"'));
     // '&' and the apostrophe differ in the lowest bit, '<' and '>' in the next one.
     found = _mm_or_si128(found, equals(_mm_or_si128(m_units, _mm_set1_epi16(1)), u'\''));

@@ -118,8 +118,7 @@ DOMElement* XMLDomFormatter::GetElement(const TString& name) const
 
 void XMLDomFormatter::OutputOpenTag(const TString& name, const AttributeMap& attributes)
 {
-    DOMElement& top =
-        RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xE04AB21E);
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xE04AB21E);
     std::unique_ptr<DOMElement> child = MakeElement(name, attributes);
     m_stack.push_back(child.get());
     try {

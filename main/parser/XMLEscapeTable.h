@@ -12,7 +12,11 @@
 
 /// Where the escaped text goes: both kinds escape markup, carriage return and all other control
 /// units; long content keeps its tabs and line feeds.
-enum class MappingTableType { Attribute = 0, LongContent = 1 };
+enum class MappingTableType
+{
+    Attribute = 0,
+    LongContent = 1
+};
 
 /// The text that replaces one unit; empty when the unit is written as it is. The room is eight
 /// units so that a writer may copy all of it at once.

@@ -95,8 +95,9 @@ namespace XMLEscaping {
 
 std::size_t FindEscape(std::u16string_view text, MappingTableType type) noexcept
 {
-    return type == MappingTableType::Attribute ? FindEscapeWith<MappingTableType::Attribute>(text)
-                                               : FindEscapeWith<MappingTableType::LongContent>(text);
+    return type == MappingTableType::Attribute
+               ? FindEscapeWith<MappingTableType::Attribute>(text)
+               : FindEscapeWith<MappingTableType::LongContent>(text);
 }
 
 TString EncodeStringWithTable(const TString& text, MappingTableType type)
@@ -112,8 +113,7 @@ TString EncodeStringWithTable(const TString& text, MappingTableType type)
     TString encoded;
     char16_t* units = encoded.resizeForOverwrite(static_cast<TString::size_type>(length));
     std::copy_n(text.utf16(), clean, units);
-    const std::size_t written =
-        clean + WriteEscaped(rest, table, units + clean, length - clean);
+    const std::size_t written = clean + WriteEscaped(rest, table, units + clean, length - clean);
     if (written != length)
         ThrowLengthMismatch(text, encoded, written);
     return encoded;
@@ -133,7 +133,8 @@ TString EncodeCData(std::u16string_view text)
     VisitCData(text, [&](std::u16string_view part) { length += part.size(); });
     TString encoded;
     char16_t* to = encoded.resizeForOverwrite(static_cast<TString::size_type>(length));
-    VisitCData(text, [&](std::u16string_view part) { to = std::copy(part.begin(), part.end(), to); });
+    VisitCData(text,
+               [&](std::u16string_view part) { to = std::copy(part.begin(), part.end(), to); });
     return encoded;
 }
 

@@ -25,7 +25,12 @@ std::size_t FindEscape(std::u16string_view text, MappingTableType type) noexcept
 TString EncodeStringWithTable(const TString& text, MappingTableType type);
 
 /// How content is written that is neither raw nor escaped like an attribute.
-enum class ContentForm { LikeAttribute, Long, CData };
+enum class ContentForm
+{
+    LikeAttribute,
+    Long,
+    CData
+};
 ContentForm ChooseContentForm(std::u16string_view text) noexcept;
 
 /// Hands the pieces of the CDATA form of a text to `append`, in order.

@@ -153,7 +153,10 @@ void XMLFormatter::OutputAttributes(const AttributeMap& attributes)
     std::sort(sorted.begin(), sorted.end());
     for (const auto& [name, value] : sorted) {
         TString piece(u" ");
-        piece.append(name.view()).append(u"='").append(EncodeAttributeString(value)).append(u'\'');
+        piece += name;
+        piece += u"='";
+        piece += EncodeAttributeString(value);
+        piece += u'\'';
         OutputString(piece);
     }
 }

@@ -14,7 +14,8 @@ class DataValue;
 class QualifiedName;
 
 /// How XMLFormatter::OutputContent escapes content that is not raw.
-enum class FormatMode : std::int32_t {
+enum class FormatMode : std::int32_t
+{
     /// Every content is escaped like an attribute value, line breaks and tabs included.
     EscapeAll = 0,
     /// Content is escaped by XMLFormatter::EncodeContentString.

@@ -16,7 +16,7 @@ KESCOREXML_EXPORT TString PackStringLookupTableIntoXML(
 
 /// Reads such a map back. Text that is not well formed, or whose document element is not "pack",
 /// gives the empty map. Safe to use from several threads.
-KESCOREXML_EXPORT std::unordered_map<TString, TString> UnpackStringLookupTableFromXML(
-    const TString& xml);
+KESCOREXML_EXPORT std::unordered_map<TString, TString>
+UnpackStringLookupTableFromXML(const TString& xml);
 
 } // namespace XmlUtils
