@@ -1,7 +1,7 @@
 #include <kescorexml/DOMPath.h>
 #include <kescorexml/DOMPathCanopy.h>
 
-#include "support/RandomTree.h"
+#include "support/RandomNameTree.h"
 #include "support/SmallStack.h"
 
 #include <gmock/gmock.h>
@@ -188,7 +188,7 @@ TEST_F(DOMPathCanopyTest, ConstElementsGiveConstMatches)
 
 TEST(DOMPathCanopy, AgreesWithTheRulesOnRandomTrees)
 {
-    RandomTree random(77);
+    RandomNameTree random(77);
     const std::vector<TString> paths{u"a", u"//a", u"a/*", u"//b", u"*", u"//*"};
     const std::vector<TString> names{u"a", u"b", u"*", u"none"};
     const std::vector<TString> queries{u"a",   u"b",  u"*",  u"b/a", u"*/a", u"b//a",

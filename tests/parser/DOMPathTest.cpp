@@ -1,7 +1,7 @@
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMPath.h>
 
-#include "support/RandomTree.h"
+#include "support/RandomNameTree.h"
 #include "support/SmallStack.h"
 
 #include <gmock/gmock.h>
@@ -106,7 +106,7 @@ std::unique_ptr<DOMElement> MakeChain(int levels, const TString& name)
     return top;
 }
 
-TString MakePath(RandomTree& random, int tokens)
+TString MakePath(RandomNameTree& random, int tokens)
 {
     static const std::vector<TString> choices{u"", u"", u"*", u"a", u"b", u"a"};
     TString path;
@@ -141,7 +141,7 @@ void ExpectAgreement(DOMElement& start, const TString& path)
 
 TEST(DOMPath, AgreesWithTheRulesOnRandomTreesAndPaths)
 {
-    RandomTree random(20240);
+    RandomNameTree random(20240);
     std::size_t matches = 0;
     for (int round = 0; round < 6000; ++round) {
         const auto tree = random.Make({u"a", u"b", u"*"}, 5, 4);
@@ -154,7 +154,7 @@ TEST(DOMPath, AgreesWithTheRulesOnRandomTreesAndPaths)
 
 TEST(DOMPath, AgreesWithTheRulesFromElementsInsideADocument)
 {
-    RandomTree random(99);
+    RandomNameTree random(99);
     std::size_t matches = 0;
     for (int round = 0; round < 2000; ++round) {
         DOM dom;
@@ -171,7 +171,7 @@ TEST(DOMPath, AgreesWithTheRulesFromElementsInsideADocument)
 
 TEST(DOMPath, AgreesWithTheRulesOnPathsOfManySteps)
 {
-    RandomTree random(5);
+    RandomNameTree random(5);
     std::size_t matches = 0;
     for (int round = 0; round < 60; ++round) {
         // Deep and narrow, so that more steps than fit into a word have something to match.
@@ -199,7 +199,7 @@ TEST(DOMPath, AgreesWithTheRulesOnPathsOfManySteps)
 
 TEST(DOMPath, AgreesWithTheRulesOnLongRunsOfSeparators)
 {
-    RandomTree random(17);
+    RandomNameTree random(17);
     for (int separators = 1; separators < 140; separators += 3) {
         DOMElement start(u"a");
         for (int i = 0; i < 150; ++i)

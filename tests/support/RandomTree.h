@@ -3,34 +3,71 @@
 #include <kescorexml/DOMElement.h>
 #include <kesplatform/TString.h>
 
-#include <initializer_list>
 #include <memory>
 #include <random>
+#include <string>
 #include <vector>
 
-/// Makes trees and choices that are the same in every run with the same seed.
+/// Texts and trees with everything in them that a writer has to mind.
 class RandomTree
 {
 public:
     explicit RandomTree(unsigned seed) : m_random(seed) {}
 
-    int Below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
-
-    const TString& Pick(const std::vector<TString>& choices)
+    std::size_t Below(std::size_t end)
     {
-        return choices[static_cast<std::size_t>(Below(static_cast<int>(choices.size())))];
+        return std::uniform_int_distribution<std::size_t>(0, end - 1)(m_random);
     }
 
-    /// A tree of elements with names out of `names`, at most `depth` levels below the top, with at
-    /// most `width` children each.
-    std::unique_ptr<DOMElement> Make(const std::vector<TString>& names, int depth, int width)
+    TString Text(std::size_t maxLength)
     {
-        auto element = std::make_unique<DOMElement>(Pick(names));
-        for (int count = depth == 0 ? 0 : Below(width + 1); count > 0; --count)
-            element->AppendChild(Make(names, depth - 1, width));
-        return element;
+        static constexpr std::u16string_view c_alphabet =
+            u"abcdefghijklmnopqrstuvwxyz0123456789 \t\n\r<>&'\"]-\u0001\u001F\u0080\u0081\u20AC"
+            u"\xD83D\xDE00\xFFFD\xFFFE\xFFFF";
+        // Mostly plain text, so that clean runs of every length come up.
+        const std::size_t spread = Below(4) == 0 ? c_alphabet.size() : 36;
+        std::u16string text(Below(maxLength + 1), u'\0');
+        for (char16_t& unit : text)
+            unit = c_alphabet[Below(8) == 0 ? Below(c_alphabet.size()) : Below(spread)];
+        if (Below(8) == 0)
+            text += u"]]>";
+        if (Below(8) == 0)
+            text = u"\"" + text + u"\"";
+        if (Below(16) == 0)
+            text += u'\n';
+        return TString(text);
+    }
+
+    TString Name()
+    {
+        static constexpr std::u16string_view c_letters = u"abcdefghij";
+        std::u16string name(1 + Below(20), u'\0');
+        for (char16_t& unit : name)
+            unit = c_letters[Below(c_letters.size())];
+        return TString(name);
+    }
+
+    std::unique_ptr<DOMElement> Tree(std::size_t elements)
+    {
+        auto root = std::make_unique<DOMElement>(Name());
+        std::vector<DOMElement*> all{root.get()};
+        Furnish(*root);
+        while (all.size() < elements) {
+            DOMElement* parent = all[Below(2) == 0 ? all.size() - 1 : Below(all.size())];
+            all.push_back(parent->AddNewChild(Name(), nullptr));
+            Furnish(*all.back());
+        }
+        return root;
     }
 
 private:
+    void Furnish(DOMElement& element)
+    {
+        for (std::size_t i = Below(3) == 0 ? Below(24) : Below(4); i > 0; --i)
+            element.SetAttribute(Name(), Text(Below(10) == 0 ? 3000 : 40));
+        if (Below(2) == 0)
+            element.SetText(Text(Below(10) == 0 ? 3000 : 60), Below(5) == 0);
+    }
+
     std::mt19937 m_random;
 };

@@ -119,6 +119,24 @@ char16_t* TString::resizeForOverwrite(size_type length)
     return m_rep == nullptr ? nullptr : m_rep->Units();
 }
 
+char16_t* TString::resize(size_type length)
+{
+    if (length > this->length()) {
+        GrowBy(length - this->length());
+    } else if (length < this->length()) {
+        if (IsExclusive()) {
+            m_rep->lengthAndFlag =
+                static_cast<std::uint32_t>(length) | (m_rep->lengthAndFlag & growableFlag);
+            m_rep->Units()[length] = u'\0';
+        } else {
+            *this = TString(view().substr(0, static_cast<std::size_t>(length)));
+        }
+    } else if (m_rep != nullptr && !IsExclusive()) {
+        *this = TString(view());
+    }
+    return m_rep == nullptr ? nullptr : m_rep->Units();
+}
+
 // Construction
 
 TString::TString(std::u16string_view text)

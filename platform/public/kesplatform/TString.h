@@ -100,6 +100,11 @@ public:
     /// first unit; null for no units. What was there before is gone. The pointer is valid until
     /// the next call.
     char16_t* resizeForOverwrite(size_type length);
+    /// Makes the text private and `length` units long and keeps what was there as far as it fits;
+    /// added units are for the caller to fill. Returns the first unit; the pointer is valid until
+    /// the next call. Growing is amortised constant time a unit, shortening a private text cannot
+    /// fail and keeps the memory.
+    char16_t* resize(size_type length);
 
     /// The first or last `count` units; a count that is negative or too large gives the whole text.
     TString left(size_type count) const;

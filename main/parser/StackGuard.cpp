@@ -1,0 +1,57 @@
+#include "StackGuard.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+
+#if defined(__linux__)
+#include <pthread.h>
+#endif
+
+namespace {
+
+/// The part of a thread's stack in which RequireRoom fails: addresses from `low` up to `end`.
+struct Reserve
+{
+    bool isKnown = false;
+    std::uintptr_t low = 0;
+    std::uintptr_t end = 0;
+};
+
+Reserve FindReserve() noexcept
+{
+    Reserve reserve;
+    reserve.isKnown = true;
+#if defined(__linux__)
+    pthread_attr_t attributes;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0)
+        return reserve;
+    void* low = nullptr;
+    std::size_t size = 0;
+    if (pthread_attr_getstack(&attributes, &low, &size) == 0) {
+        constexpr std::size_t most = std::size_t{128} * 1024;
+        reserve.low = reinterpret_cast<std::uintptr_t>(low);
+        reserve.end = reserve.low + std::min(size / 4, most);
+    }
+    pthread_attr_destroy(&attributes);
+#endif
+    return reserve;
+}
+
+thread_local Reserve t_reserve;
+
+} // namespace
+
+namespace StackGuard {
+
+void RequireRoom(const char* what)
+{
+    if (!t_reserve.isKnown)
+        t_reserve = FindReserve();
+    const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    if (here >= t_reserve.low && here < t_reserve.end)
+        throw std::length_error(what);
+}
+
+} // namespace StackGuard

@@ -1,0 +1,265 @@
+#include <kescorexml/XMLDomFormatter.h>
+
+#include "Assertion.h"
+#include "KesErrors.h"
+
+#include <kescorexml/Base64.h>
+#include <kescorexml/DOM.h>
+#include <kescorexml/DOMElement.h>
+#include <kescorexml/DOMElementChildren.h>
+#include <kescorexml/XMLStringFormatter.h>
+
+#include <cstddef>
+#include <utility>
+
+namespace {
+
+constexpr const char16_t* c_indentUnit = u"  ";
+
+/// Ends the call when there is no element to write to; each operation has an error of its own.
+DOMElement& RequireTop(DOMElement* top, int line, CorvinaError (*error)())
+{
+    if (top == nullptr)
+        ThrowAssertion(u"XMLDomFormatter", line, u"m_stack.top() != nullptr", error());
+    return *top;
+}
+
+std::unique_ptr<DOMElement> MakeElement(const TString& name,
+                                        const XMLFormatter::AttributeMap& attributes)
+{
+    auto element = std::make_unique<DOMElement>(name);
+    element->SetAttributes(attributes);
+    return element;
+}
+
+/// The elements that Format has opened on its target. Whatever happens, they are closed from the
+/// innermost to the outermost.
+class OpenElements
+{
+public:
+    struct Level
+    {
+        Level(XMLFormatter& target, const DOMElement& openElement)
+            : element(openElement),
+              indenter(target, openElement.GetName(), openElement.GetAttributes())
+        {
+        }
+
+        const DOMElement& element;
+        std::size_t nextChild = 0;
+        XMLFormatter::Indenter indenter;
+    };
+
+    OpenElements() = default;
+    OpenElements(const OpenElements&) = delete;
+    OpenElements& operator=(const OpenElements&) = delete;
+    ~OpenElements()
+    {
+        while (!IsEmpty())
+            Close();
+    }
+
+    bool IsEmpty() const noexcept { return m_levels.empty(); }
+    Level& GetInnermost() noexcept { return m_levels.back(); }
+    void Open(XMLFormatter& target, const DOMElement& element)
+    {
+        m_levels.emplace_back(target, element);
+    }
+    void Close() noexcept { m_levels.pop_back(); }
+
+private:
+    std::deque<Level> m_levels;
+};
+
+template <typename Tree>
+TString Render(const Tree& tree, TString* comment, bool header)
+{
+    XMLStringFormatter formatter(c_indentUnit, false);
+    formatter.SetFormatMode(FormatMode::Content);
+    XMLFormatter::FormatDOM(formatter, tree, comment, header);
+    return formatter.GetOutput();
+}
+
+} // namespace
+
+// The document
+
+XMLDomFormatter::XMLDomFormatter() : XMLDomFormatter(std::make_unique<DOM>(false)) {}
+
+XMLDomFormatter::XMLDomFormatter(std::unique_ptr<DOM> document)
+    : XMLFormatter(c_indentUnit, false), m_document(std::move(document))
+{
+    m_stack.push_back(GetRoot());
+}
+
+XMLDomFormatter::~XMLDomFormatter() = default;
+
+std::unique_ptr<DOM> XMLDomFormatter::TakeDocument() noexcept
+{
+    return std::move(m_document);
+}
+
+DOMElement* XMLDomFormatter::GetRoot() const
+{
+    return m_document == nullptr ? nullptr : m_document->GetRoot();
+}
+
+DOMElement* XMLDomFormatter::GetDocumentRoot() const
+{
+    return m_document == nullptr ? nullptr : m_document->GetDocumentRoot();
+}
+
+DOMElement* XMLDomFormatter::GetElement(const TString& name) const
+{
+    return m_document == nullptr ? nullptr : m_document->GetElement(name);
+}
+
+// Tags and trees
+
+void XMLDomFormatter::OutputOpenTag(const TString& name, const AttributeMap& attributes)
+{
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xE04AB21E);
+    std::unique_ptr<DOMElement> child = MakeElement(name, attributes);
+    m_stack.push_back(child.get());
+    try {
+        top.AppendChild(std::move(child));
+    } catch (...) {
+        m_stack.pop_back();
+        throw;
+    }
+}
+
+void XMLDomFormatter::OutputTag(const TString& name, const AttributeMap& attributes)
+{
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xE6086904);
+    top.AppendChild(MakeElement(name, attributes));
+}
+
+void XMLDomFormatter::OutputContentTag(const TString& name, const AttributeMap& attributes,
+                                       const TString& text)
+{
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0x2AF5921A);
+    std::unique_ptr<DOMElement> child = MakeElement(name, attributes);
+    child->SetText(text);
+    top.AppendChild(std::move(child));
+}
+
+void XMLDomFormatter::OutputCloseTag(const TString& name)
+{
+    const DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0x5C6709A4);
+    if (top.GetName() != name)
+        ThrowAssertion(u"XMLDomFormatter", __LINE__, u"e->GetName() == tag",
+                       KesErrorsError::LogicAssert_0x956FC18E());
+    m_stack.pop_back();
+}
+
+void XMLDomFormatter::OutputAttributes(const AttributeMap& attributes)
+{
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0x5619328D);
+    top.SetAttributes(attributes);
+}
+
+void XMLDomFormatter::OutputDOMElement(const DOMElement& element)
+{
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xD26E62DD);
+    top.AppendChild(std::make_unique<DOMElement>(element));
+}
+
+// Text
+
+void XMLDomFormatter::OutputContent(const TString& text, bool raw)
+{
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xCE4F4D17);
+    top.SetText(text, raw);
+}
+
+void XMLDomFormatter::OutputString(const TString& text)
+{
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0x32368D81);
+    top.AppendText(text);
+}
+
+void XMLDomFormatter::OutputLine(const TString& text)
+{
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0x0F7E4CE7);
+    top.AppendText(text + u"\n");
+}
+
+void XMLDomFormatter::OutputBinary(const unsigned char* bytes, unsigned int count)
+{
+    DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xE813A351);
+    if (top.HasText())
+        ThrowAssertion(u"XMLDomFormatter", __LINE__, u"!e->HasText()",
+                       KesErrorsError::LogicAssert_0x9C70B807());
+    std::vector<TString> lines;
+    Base64Encode(bytes, count, lines, true);
+    TString text;
+    for (const TString& line : lines)
+        text.append(GetIndent()).append(line).append(u'\n');
+    top.SetText(text, true);
+}
+
+void XMLDomFormatter::OutputComment(const TString& text)
+{
+    RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xBA49C527);
+    m_comments.push_back(text);
+}
+
+void XMLDomFormatter::OutputHeader()
+{
+    RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0x968B6274);
+    m_hasHeader = true;
+}
+
+// Text from the tree
+
+void XMLDomFormatter::Format(XMLFormatter& target, const DOMElement& element)
+{
+    OpenElements open;
+    const auto write = [&](const DOMElement& next) {
+        if (next.HasChildren())
+            open.Open(target, next);
+        else if (next.HasText())
+            target.OutputContentTag(next.GetName(), next.GetAttributes(), next.GetText(),
+                                    !next.IsEncoded());
+        else
+            target.OutputTag(next.GetName(), next.GetAttributes());
+    };
+    write(element);
+    while (!open.IsEmpty()) {
+        OpenElements::Level& level = open.GetInnermost();
+        const auto children = level.element.GetChildren();
+        if (level.nextChild < children.size()) {
+            write(children[level.nextChild++]);
+            continue;
+        }
+        if (level.element.HasText()) {
+            target.OutputString(GetIndent());
+            target.OutputContent(level.element.GetText(), level.element.IsEncoded());
+        }
+        open.Close();
+    }
+}
+
+TString XMLDomFormatter::GetOutput(FormatMode mode)
+{
+    XMLStringFormatter formatter(c_indentUnit, false);
+    formatter.SetFormatMode(mode);
+    if (m_hasHeader)
+        formatter.OutputHeader();
+    for (const TString& comment : m_comments)
+        formatter.OutputComment(comment);
+    if (const DOMElement* first = GetDocumentRoot())
+        Format(formatter, *first);
+    return formatter.GetOutput();
+}
+
+TString XMLDomFormatter::RenderAsXMLString(const DOM& document, TString* comment, bool header)
+{
+    return Render(document, comment, header);
+}
+
+TString XMLDomFormatter::RenderAsXMLString(const DOMElement& element, TString* comment, bool header)
+{
+    return Render(element, comment, header);
+}

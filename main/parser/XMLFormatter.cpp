@@ -1,0 +1,330 @@
+#include <kescorexml/XMLFormatter.h>
+
+#include "IndentLimit.h"
+#include "StackGuard.h"
+#include "XMLEscaping.h"
+#include "XMLTreeWriter.h"
+
+#include <kescorexml/Base64.h>
+#include <kescorexml/DOM.h>
+#include <kescorexml/DOMElement.h>
+#include <kescorexml/DOMElementChildren.h>
+#include <kescorexml/XMLStringFormatter.h>
+
+#include <kesplatform/DataValue.h>
+#include <kesplatform/QualifiedName.h>
+
+#include <algorithm>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+const TString XMLFormatter::prefixOpen(u"<");
+const TString XMLFormatter::prefixClose(u"</");
+const TString XMLFormatter::suffixOpenClose(u">");
+const TString XMLFormatter::suffixEmpty(u" />");
+const TString XMLFormatter::commentOpen(u"<!--");
+const TString XMLFormatter::commentClose(u"-->");
+
+// Construction and indentation
+
+XMLFormatter::XMLFormatter(const TString& indentUnit, bool suppressNewlines)
+    : m_formatMode(FormatMode::EscapeAll), m_indentUnit(indentUnit),
+      m_newline(suppressNewlines ? TString() : TString(u"\n"))
+{
+}
+
+XMLFormatter::~XMLFormatter() = default;
+
+void XMLFormatter::Indent()
+{
+    RequireIndentLength(m_indent.length() + m_indentUnit.length());
+    m_indent += m_indentUnit;
+}
+
+void XMLFormatter::Undent()
+{
+    m_indent = m_indent.left(m_indent.length() - m_indentUnit.length());
+}
+
+const TString& XMLFormatter::GetIndent() const
+{
+    return m_indent;
+}
+
+void XMLFormatter::Flush() {}
+
+// Pieces
+
+void XMLFormatter::OutputLine(const TString& text)
+{
+    OutputString(text);
+    if (!m_newline.IsEmpty())
+        OutputString(m_newline);
+}
+
+void XMLFormatter::OutputHeader()
+{
+    OutputLine(u"<?xml version='1.0' encoding='utf-8' ?>");
+    OutputLine(TString());
+}
+
+void XMLFormatter::OutputTag(const TString& name, const AttributeMap& attributes)
+{
+    OutputString(m_indent);
+    OutputString(prefixOpen);
+    OutputString(name);
+    OutputAttributes(attributes);
+    OutputLine(suffixEmpty);
+}
+
+void XMLFormatter::OutputOpenTag(const TString& name, const AttributeMap& attributes)
+{
+    OutputString(m_indent);
+    OutputString(prefixOpen);
+    OutputString(name);
+    OutputAttributes(attributes);
+    OutputLine(suffixOpenClose);
+}
+
+void XMLFormatter::OutputCloseTag(const TString& name)
+{
+    OutputString(m_indent);
+    OutputString(prefixClose);
+    OutputString(name);
+    OutputLine(suffixOpenClose);
+}
+
+void XMLFormatter::OutputContentTag(const TString& name, const AttributeMap& attributes,
+                                    const TString& text)
+{
+    OutputContentTag(name, attributes, text, true);
+}
+
+void XMLFormatter::OutputContentTag(const TString& name, const AttributeMap& attributes,
+                                    const TString& text, bool encode)
+{
+    OutputString(GetIndent());
+    OutputString(prefixOpen);
+    OutputString(name);
+    OutputAttributes(attributes);
+    OutputString(suffixOpenClose);
+    OutputContent(text, !encode);
+    OutputString(prefixClose);
+    OutputString(name);
+    OutputLine(suffixOpenClose);
+}
+
+void XMLFormatter::OutputContent(const TString& text)
+{
+    OutputContent(text, false);
+}
+
+void XMLFormatter::OutputContent(const TString& text, bool raw)
+{
+    if (!raw) {
+        OutputString(m_formatMode == FormatMode::EscapeAll ? EncodeAttributeString(text)
+                                                           : EncodeContentString(text));
+        return;
+    }
+    if (!m_newline.IsEmpty() && !text.startsWith(m_newline))
+        OutputString(m_newline);
+    OutputString(text);
+    if (!m_newline.IsEmpty() && !text.endsWith(m_newline))
+        OutputString(m_newline);
+    OutputString(GetIndent());
+}
+
+void XMLFormatter::OutputComment(const TString& text)
+{
+    OutputString(GetIndent());
+    OutputString(commentOpen);
+    TString body(u" ");
+    body.append(text).append(u' ').replace(u"--", u"-&45;");
+    OutputString(body);
+    OutputLine(commentClose);
+}
+
+void XMLFormatter::OutputAttributes(const AttributeMap& attributes)
+{
+    if (attributes.empty())
+        return;
+    std::vector<std::pair<TString, TString>> sorted(attributes.begin(), attributes.end());
+    std::sort(sorted.begin(), sorted.end());
+    for (const auto& [name, value] : sorted) {
+        TString piece(u" ");
+        piece += name;
+        piece += u"='";
+        piece += EncodeAttributeString(value);
+        piece += u'\'';
+        OutputString(piece);
+    }
+}
+
+void XMLFormatter::OutputBinary(const unsigned char* bytes, unsigned int count)
+{
+    std::vector<TString> lines;
+    Base64Encode(bytes, count, lines, true);
+    for (const TString& line : lines) {
+        OutputString(m_indent);
+        OutputLine(line);
+    }
+}
+
+// Trees
+
+void XMLFormatter::OutputDOMElements(const DOMElementChildren& children)
+{
+    for (const auto& child : children)
+        OutputDOMElement(*child);
+}
+
+void XMLFormatter::OutputDOMElement(const DOMElement& element)
+{
+    // Nobody can tell in how many pieces, and by which calls, the text of a plain string formatter
+    // came about. A subclass can: for it the calls below are the contract, recursion included.
+    if (typeid(*this) == typeid(XMLStringFormatter)) {
+        const XMLTreeWriter::Style style{m_formatMode, m_indent, m_indentUnit, m_newline};
+        XMLTreeWriter(static_cast<XMLStringFormatter&>(*this).m_output, style).Write(element);
+        return;
+    }
+    StackGuard::RequireRoom("XMLFormatter: the tree is too deep for this thread's stack");
+
+    const TString& name = element.GetName();
+    const AttributeMap& attributes = element.GetAttributes();
+    const TString& text = element.GetText();
+    if (!element.HasChildren()) {
+        if (text.IsEmpty())
+            OutputTag(name, attributes);
+        else
+            OutputContentTag(name, attributes, text, !element.IsEncoded());
+        return;
+    }
+    const Indenter indenter(*this, name, attributes);
+    for (const auto& child : element.GetChildren())
+        OutputDOMElement(*child);
+    if (!text.IsEmpty()) {
+        OutputString(GetIndent());
+        OutputContent(text, element.IsEncoded());
+    }
+}
+
+void XMLFormatter::FormatProlog(XMLFormatter& formatter, const TString* comment, bool header)
+{
+    if (header)
+        formatter.OutputHeader();
+    if (comment != nullptr)
+        formatter.OutputComment(*comment);
+}
+
+void XMLFormatter::FormatDOM(XMLFormatter& formatter, const DOM& dom, TString* comment, bool header)
+{
+    FormatProlog(formatter, comment, header);
+    if (const DOMElement* root = dom.GetDocumentRoot())
+        formatter.OutputDOMElement(*root);
+}
+
+void XMLFormatter::FormatDOM(XMLFormatter& formatter, const DOMElement& element, TString* comment,
+                             bool header)
+{
+    FormatProlog(formatter, comment, header);
+    formatter.OutputDOMElement(element);
+}
+
+// Escaping and attribute values
+
+TString XMLFormatter::EncodeAttributeString(const TString& text)
+{
+    return XMLEscaping::EncodeStringWithTable(text, MappingTableType::Attribute);
+}
+
+TString XMLFormatter::EncodeContentString(const TString& text)
+{
+    switch (XMLEscaping::ChooseContentForm(text)) {
+    case XMLEscaping::ContentForm::LikeAttribute:
+        break;
+    case XMLEscaping::ContentForm::Long:
+        return XMLEscaping::EncodeStringWithTable(text, MappingTableType::LongContent);
+    case XMLEscaping::ContentForm::CData:
+        return XMLEscaping::EncodeCData(text);
+    }
+    return XMLEscaping::EncodeStringWithTable(text, MappingTableType::Attribute);
+}
+
+TString XMLFormatter::FormatBooleanAttribute(bool value)
+{
+    static const TString trueText(u"true");
+    static const TString falseText(u"false");
+    return value ? trueText : falseText;
+}
+
+TString XMLFormatter::FormatIntegerAttribute(int value)
+{
+    return TString::number(value);
+}
+
+TString XMLFormatter::FormatInt64Attribute(long long value)
+{
+    return TString::number(value);
+}
+
+TString XMLFormatter::FormatUInt32Attribute(unsigned int value)
+{
+    return TString::number(value);
+}
+
+TString XMLFormatter::FormatDoubleAttribute(double value)
+{
+    return TString::number(value, 'g', 17);
+}
+
+TString XMLFormatter::FormatFloatAttribute(float value)
+{
+    return TString::number(static_cast<double>(value), 'g', 6);
+}
+
+TString XMLFormatter::FormatDataValueAttribute(const DataValue& value)
+{
+    DataValueFormatter::FormatOptions options;
+    options.canonical = true;
+    return DataValueFormatter::Format(value, options);
+}
+
+TString XMLFormatter::FormatQualifiedNameAttribute(const QualifiedName& name)
+{
+    return name.GetFullValue();
+}
+
+// Indenter
+
+XMLFormatter::Indenter::Indenter(XMLFormatter& formatter, const TString& name)
+    : Indenter(formatter, name, AttributeMap())
+{
+}
+
+XMLFormatter::Indenter::Indenter(XMLFormatter& formatter, const TString& name,
+                                 const AttributeMap& attributes)
+    : m_formatter(formatter), m_name(name)
+{
+    m_formatter.OutputOpenTag(m_name, attributes);
+    try {
+        m_formatter.Indent();
+    } catch (...) {
+        try {
+            m_formatter.OutputCloseTag(m_name);
+        } catch (...) {
+            // The first error is the one that tells.
+        }
+        throw;
+    }
+}
+
+XMLFormatter::Indenter::~Indenter()
+{
+    try {
+        m_formatter.Undent();
+        m_formatter.OutputCloseTag(m_name);
+    } catch (...) {
+        // Whoever needs to know hears of a broken sink from its own next call.
+    }
+}

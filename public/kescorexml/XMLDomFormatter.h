@@ -1,0 +1,83 @@
+#pragma once
+
+#include <kescorexml/XMLFormatter.h>
+
+#include <deque>
+#include <memory>
+#include <vector>
+
+/// Turns the calls of a formatter into a new document instead of text. Open tags push elements on
+/// a stack, close tags pop them, and all else lands in the element on top; at first that is the
+/// document's synthetic root, so the first element becomes the document element. Comments are kept
+/// beside the tree.
+///
+/// Every output operation raises a logic assertion, and changes nothing, when no element is left
+/// on the stack. Operations that change the tree happen whole or not at all.
+///
+/// Different objects may be used from different threads.
+class KESCOREXML_EXPORT XMLDomFormatter : public XMLFormatter
+{
+public:
+    /// Builds a new document that does not restrict external paths.
+    XMLDomFormatter();
+    /// Builds on `document`, below its root. Without a document there is no element to write to.
+    explicit XMLDomFormatter(std::unique_ptr<DOM> document);
+    ~XMLDomFormatter() override;
+
+    using XMLFormatter::OutputContent;
+    /// The four-argument form writes its tag as text into the current element, whose attributes
+    /// and text it replaces on the way; for a child element use the three-argument form.
+    using XMLFormatter::OutputContentTag;
+
+    void OutputAttributes(const AttributeMap& attributes) override;
+    /// Appends a copy of the element and all below it.
+    void OutputDOMElement(const DOMElement& element) override;
+    /// Replaces the text of the current element; `raw` marks it as encoded.
+    void OutputContent(const TString& text, bool raw) override;
+    void OutputContentTag(const TString& name, const AttributeMap& attributes,
+                          const TString& text) override;
+    void OutputComment(const TString& text) override;
+    /// The current element must bear this name.
+    void OutputCloseTag(const TString& name) override;
+    void OutputOpenTag(const TString& name, const AttributeMap& attributes) override;
+    void OutputTag(const TString& name, const AttributeMap& attributes) override;
+    /// GetOutput will begin with the XML declaration.
+    void OutputHeader() override;
+    /// Appends the text and a line feed to the text of the current element.
+    void OutputLine(const TString& text) override;
+    void OutputString(const TString& text) override;
+    /// The current element must not have text yet; it gets Base64 lines and counts as encoded.
+    void OutputBinary(const unsigned char* bytes, unsigned int count) override;
+
+    /// Hands the document over; after this only comments may be read back through GetOutput, and
+    /// nothing may be written.
+    std::unique_ptr<DOM> TakeDocument() noexcept;
+    /// The document and its parts are owned by this object. Null after TakeDocument.
+    DOM* GetDocument() const noexcept { return m_document.get(); }
+    DOMElement* GetRoot() const;
+    DOMElement* GetDocumentRoot() const;
+    DOMElement* GetElement(const TString& name) const;
+
+    /// The text of what was built: the header if it was asked for, the comments in the order of
+    /// their arrival, then the first child of the root.
+    TString GetOutput(FormatMode mode);
+    /// Writes an element and all below it to `target`, at any depth without recursion. The text of
+    /// an element that has children is indented as this formatter stands, not as `target` does.
+    void Format(XMLFormatter& target, const DOMElement& element);
+
+    /// The text of a document or of an element and all below it, indented by two blanks a level,
+    /// long content in CDATA sections where that helps. `comment` may be null. std::length_error
+    /// for a tree deeper than XMLFormatter::c_maxIndentLength allows. Safe to use from several
+    /// threads.
+    static TString RenderAsXMLString(const DOM& document, TString* comment, bool header);
+    static TString RenderAsXMLString(const DOMElement& element, TString* comment, bool header);
+
+private:
+    /// Null when there is no element to write to.
+    DOMElement* GetTop() const noexcept { return m_stack.empty() ? nullptr : m_stack.back(); }
+
+    std::deque<DOMElement*> m_stack;
+    std::unique_ptr<DOM> m_document;
+    std::vector<TString> m_comments;
+    bool m_hasHeader = false;
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <kescorexml/XMLFormatter.h>
+
+/// Collects the XML text in a string. A formatter is used for one document: its output only grows.
+/// An element tree of any depth can be written as long as its indentation and its text fit; a call
+/// of OutputDOMElement that throws leaves the output as it was.
+///
+/// Different objects may be used from different threads.
+class KESCOREXML_EXPORT XMLStringFormatter : public XMLFormatter
+{
+public:
+    XMLStringFormatter(const TString& indentUnit, bool suppressNewlines);
+    ~XMLStringFormatter() override;
+
+    void OutputString(const TString& text) override;
+    /// All that was written so far.
+    virtual TString GetOutput() const;
+
+private:
+    friend class XMLFormatter;
+
+    TString m_output;
+};

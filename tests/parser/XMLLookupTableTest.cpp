@@ -1,0 +1,73 @@
+#include "support/RandomTree.h"
+
+#include <kescorexml/XMLLookupTable.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Map = std::unordered_map<TString, TString>;
+
+TEST(XMLLookupTable, PacksAMapAsSortedAttributes)
+{
+    const Map map{{u"b", u"x<y"}, {u"a", u"1"}};
+    const TString packed = XmlUtils::PackStringLookupTableIntoXML(map, false);
+    EXPECT_EQ(packed, u"<pack a='1' b='x&lt;y'>\n</pack>\n");
+    EXPECT_EQ(XmlUtils::UnpackStringLookupTableFromXML(packed), map);
+}
+
+TEST(XMLLookupTable, PacksOnOneLineWithoutLineFeeds)
+{
+    const TString packed = XmlUtils::PackStringLookupTableIntoXML({{u"a", u"1"}}, true);
+    EXPECT_EQ(packed, u"<pack a='1'></pack>");
+    EXPECT_EQ(XmlUtils::UnpackStringLookupTableFromXML(packed), (Map{{u"a", u"1"}}));
+}
+
+TEST(XMLLookupTable, PacksNothingAsNothing)
+{
+    EXPECT_TRUE(XmlUtils::PackStringLookupTableIntoXML({}, false).IsEmpty());
+    EXPECT_TRUE(XmlUtils::UnpackStringLookupTableFromXML(TString()).empty());
+}
+
+TEST(XMLLookupTable, ReadsBackWhatItPacked)
+{
+    RandomTree random(5);
+    for (int i = 0; i < 50; ++i) {
+        Map map;
+        for (std::size_t entries = 1 + random.Below(20); entries > 0; --entries) {
+            // Units that XML cannot hold are written in a form that does not read back.
+            std::u16string value;
+            for (const char16_t unit : random.Text(200))
+                if (unit == u'\t' || unit == u'\n' || unit == u'\r' ||
+                    (unit >= 0x20 && unit < 0xFFFE))
+                    value += unit;
+            map[random.Name()] = TString(value);
+        }
+        for (const bool suppressNewlines : {false, true})
+            ASSERT_EQ(XmlUtils::UnpackStringLookupTableFromXML(
+                          XmlUtils::PackStringLookupTableIntoXML(map, suppressNewlines)),
+                      map);
+    }
+}
+
+TEST(XMLLookupTable, GivesNothingForAnotherRoot)
+{
+    EXPECT_TRUE(XmlUtils::UnpackStringLookupTableFromXML(u"<other a='1'/>").empty());
+    EXPECT_TRUE(XmlUtils::UnpackStringLookupTableFromXML(u"<other><pack a='1'/></other>").empty());
+}
+
+TEST(XMLLookupTable, GivesNothingForMalformedText)
+{
+    for (const char16_t* text : {u"<pack a='1'>", u"pack", u"<pack a='1' a='2'/>", u"   ",
+                                 u"<pack a='1'/><pack/>", u"<pack a='\xD83D'/>"})
+        EXPECT_TRUE(XmlUtils::UnpackStringLookupTableFromXML(text).empty()) << TString(text);
+}
+
+TEST(XMLLookupTable, IgnoresWhatIsInsideTheElement)
+{
+    EXPECT_EQ(XmlUtils::UnpackStringLookupTableFromXML(
+                  u"\n<pack a='1'>text<pack a='2'/><x b='3'/></pack>"),
+              (Map{{u"a", u"1"}}));
+}
+
+} // namespace

@@ -1,0 +1,168 @@
+#include "support/RandomTree.h"
+#include "support/RecordingFormatter.h"
+#include "support/SmallStack.h"
+
+#include <kescorexml/DOM.h>
+#include <kescorexml/DOMElement.h>
+#include <kescorexml/DOMElementChildren.h>
+#include <kescorexml/XMLStringFormatter.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+
+namespace {
+
+std::unique_ptr<DOMElement> MakeChain(std::size_t levels, const TString& name)
+{
+    auto root = std::make_unique<DOMElement>(name);
+    DOMElement* last = root.get();
+    for (std::size_t i = 1; i < levels; ++i)
+        last = last->AddNewChild(name, nullptr);
+    return root;
+}
+
+TEST(XMLStringFormatter, AppendsEveryPiece)
+{
+    XMLStringFormatter formatter(u"  ", false);
+    EXPECT_TRUE(formatter.GetOutput().IsEmpty());
+    formatter.OutputString(u"a");
+    formatter.OutputLine(u"b");
+    formatter.OutputTag(u"t", {});
+    EXPECT_EQ(formatter.GetOutput(), u"ab\n<t />\n");
+}
+
+TEST(XMLStringFormatter, ReturnsACopyOfItsOutput)
+{
+    XMLStringFormatter formatter(u"  ", false);
+    formatter.OutputDOMElement(DOMElement(u"a"));
+    const TString before = formatter.GetOutput();
+    formatter.OutputDOMElement(DOMElement(u"b"));
+    EXPECT_EQ(before, u"<a />\n");
+    EXPECT_EQ(formatter.GetOutput(), u"<a />\n<b />\n");
+}
+
+TEST(XMLStringFormatter, WritesADocumentOnOneLineWithoutLineFeeds)
+{
+    DOMElement element(u"a");
+    element.AddNewChild(u"b", nullptr)->SetText(u"t");
+    element.AddNewChild(u"c", nullptr)->SetText(u"<x/>", true);
+    TString comment(u"note");
+    XMLStringFormatter formatter(u"", true);
+    XMLFormatter::FormatDOM(formatter, element, &comment, true);
+    EXPECT_EQ(formatter.GetOutput(), u"<?xml version='1.0' encoding='utf-8' ?><!-- note --><a>"
+                                     u"<b>t</b><c><x/></c></a>");
+}
+
+// Trees are written another way than by the pieces that the base class defines; the text must be
+// the same.
+TEST(XMLStringFormatter, WritesTreesAsThePiecesOfTheBaseClassWould)
+{
+    RandomTree random(4711);
+    for (int i = 0; i < 100; ++i) {
+        const std::unique_ptr<DOMElement> tree = random.Tree(1 + random.Below(60));
+        for (const TString& unit : {TString(u"  "), TString(), TString(u"\t--")}) {
+            for (const bool suppressNewlines : {false, true}) {
+                for (const FormatMode mode : {FormatMode::EscapeAll, FormatMode::Content}) {
+                    RecordingFormatter pieces(unit, suppressNewlines);
+                    XMLStringFormatter text(unit, suppressNewlines);
+                    for (XMLFormatter* formatter :
+                         std::initializer_list<XMLFormatter*>{&pieces, &text}) {
+                        formatter->SetFormatMode(mode);
+                        const XMLFormatter::Indenter outer(*formatter, u"outer");
+                        formatter->OutputDOMElement(*tree);
+                        formatter->OutputString(u"between");
+                        formatter->OutputDOMElements(std::as_const(*tree).GetChildren());
+                    }
+                    ASSERT_EQ(text.GetOutput(), pieces.GetText()) << "tree " << i;
+                    ASSERT_EQ(text.GetIndent(), pieces.GetIndent());
+                }
+            }
+        }
+    }
+}
+
+/// A string formatter in all but its type.
+class DerivedStringFormatter : public XMLStringFormatter
+{
+public:
+    using XMLStringFormatter::XMLStringFormatter;
+    void OutputString(const TString& text) override
+    {
+        ++pieces;
+        XMLStringFormatter::OutputString(text);
+    }
+    int pieces = 0;
+};
+
+TEST(XMLStringFormatter, HandsSubclassesEveryPieceOfATree)
+{
+    DOMElement element(u"a");
+    element.AddNewChild(u"b", nullptr);
+    DerivedStringFormatter formatter(u"  ", false);
+    formatter.OutputDOMElement(element);
+    EXPECT_EQ(formatter.GetOutput(), u"<a>\n  <b />\n</a>\n");
+    EXPECT_EQ(formatter.pieces, 15);
+}
+
+TEST(XMLStringFormatter, WritesAMillionLevelsOnASmallStack)
+{
+    constexpr std::size_t levels = 1000000;
+    RunOnSmallStack([] {
+        const std::unique_ptr<DOMElement> chain = MakeChain(levels, u"e");
+        XMLStringFormatter formatter(TString(), true);
+        formatter.OutputDOMElement(*chain);
+        const TString output = formatter.GetOutput();
+        ASSERT_EQ(output.length(), static_cast<TString::size_type>((levels - 1) * 7 + 5));
+        EXPECT_EQ(output.left(6), u"<e><e>");
+        EXPECT_EQ(output.mid(static_cast<TString::size_type>((levels - 1) * 3), 9), u"<e /></e>");
+        EXPECT_EQ(output.right(8), u"</e></e>");
+    });
+}
+
+TEST(XMLStringFormatter, WritesTenThousandIndentedLevels)
+{
+    constexpr TString::size_type levels = 10000;
+    const std::unique_ptr<DOMElement> chain = MakeChain(levels, u"e");
+    XMLStringFormatter formatter(u"  ", false);
+    formatter.OutputDOMElement(*chain);
+    // Open and close tags at each depth but the last, with the indentation of that depth.
+    EXPECT_EQ(formatter.GetOutput().length(),
+              (levels - 1) * (4 + 5) + 2 * (levels - 1) * (levels - 2) + 6 + 2 * (levels - 1));
+}
+
+TEST(XMLStringFormatter, RefusesATreeBeyondTheIndentationAndKeepsItsOutput)
+{
+    const std::unique_ptr<DOMElement> chain = MakeChain(12, u"e");
+    XMLStringFormatter formatter(u"  ", false);
+    for (TString::size_type i = 20; i < XMLFormatter::c_maxIndentLength; i += 2)
+        formatter.Indent();
+    const TString indent = formatter.GetIndent();
+    formatter.OutputLine(u"before");
+    EXPECT_THROW(formatter.OutputDOMElement(*chain), std::length_error);
+    EXPECT_EQ(formatter.GetOutput(), u"before\n");
+    EXPECT_EQ(formatter.GetIndent(), indent);
+    // One level less is all right: the indentation is needed for the children of an element.
+    formatter.OutputDOMElement(*MakeChain(11, u"e"));
+    EXPECT_GT(formatter.GetOutput().length(), 20 * indent.length());
+}
+
+TEST(XMLFormatter, RefusesATreeThatIsTooDeepForTheStackAndClosesWhatIsOpen)
+{
+    RunOnSmallStack([] {
+        const std::unique_ptr<DOMElement> chain = MakeChain(1000000, u"e");
+        RecordingFormatter formatter(TString(), true);
+        EXPECT_THROW(formatter.OutputDOMElement(*chain), std::length_error);
+        const std::vector<TString>& pieces = formatter.GetPieces();
+        const auto opened = std::count(pieces.begin(), pieces.end(), u"<");
+        EXPECT_GT(opened, 100);
+        EXPECT_EQ(std::count(pieces.begin(), pieces.end(), u"</"), opened);
+        formatter.TakePieces();
+        formatter.OutputDOMElement(DOMElement(u"after"));
+        EXPECT_EQ(formatter.GetText(), u"<after />");
+    });
+}
+
+} // namespace
