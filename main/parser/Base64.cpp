@@ -1,0 +1,237 @@
+#include <kescorexml/Base64.h>
+
+#include "Assertion.h"
+#include "KesErrors.h"
+
+#include <kesplatform/TCType.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view c_alphabet =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr unsigned int c_maxGroups = 0x3FFFFFFF;
+constexpr unsigned int c_lineLength = 72;
+constexpr unsigned int c_bytesPerLine = c_lineLength / 4 * 3;
+
+// Encoding
+
+/// Two characters for each value of twelve bits.
+using EncodeTable = std::array<std::array<char16_t, 2>, 4096>;
+
+constexpr EncodeTable MakeEncodeTable()
+{
+    EncodeTable table{};
+    for (std::size_t i = 0; i < table.size(); ++i)
+        table[i] = {static_cast<char16_t>(c_alphabet[i >> 6]),
+                    static_cast<char16_t>(c_alphabet[i & 63])};
+    return table;
+}
+
+constexpr EncodeTable c_encode = MakeEncodeTable();
+
+char16_t* PutTwelveBits(char16_t* out, std::uint64_t bits) noexcept
+{
+    std::memcpy(out, c_encode[bits & 0xFFF].data(), 2 * sizeof(char16_t));
+    return out + 2;
+}
+
+std::uint64_t LoadBigEndian(const unsigned char* bytes) noexcept
+{
+    std::uint64_t value = 0;
+    for (int i = 0; i < 8; ++i)
+        value = value << 8 | bytes[i];
+    return value;
+}
+
+/// Writes four characters for each three of `count` bytes, the last ones padded.
+void Encode(const unsigned char* bytes, std::size_t count, char16_t* out) noexcept
+{
+    // Eight bytes are read for six that are used.
+    for (; count >= 8; bytes += 6, count -= 6) {
+        const std::uint64_t bits = LoadBigEndian(bytes);
+        out = PutTwelveBits(out, bits >> 52);
+        out = PutTwelveBits(out, bits >> 40);
+        out = PutTwelveBits(out, bits >> 28);
+        out = PutTwelveBits(out, bits >> 16);
+    }
+    for (; count >= 3; bytes += 3, count -= 3) {
+        const unsigned int bits =
+            static_cast<unsigned int>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]);
+        out = PutTwelveBits(out, bits >> 12);
+        out = PutTwelveBits(out, bits);
+    }
+    if (count == 0)
+        return;
+    const unsigned int bits =
+        static_cast<unsigned int>(bytes[0] << 16 | (count == 2 ? bytes[1] << 8 : 0));
+    out = PutTwelveBits(out, bits >> 12);
+    PutTwelveBits(out, bits);
+    out[1] = u'=';
+    if (count == 1)
+        out[0] = u'=';
+}
+
+// Decoding
+
+constexpr unsigned char c_noValue = 0xFF;
+
+constexpr std::array<unsigned char, 256> MakeValueTable()
+{
+    std::array<unsigned char, 256> table{};
+    table.fill(c_noValue);
+    for (std::size_t i = 0; i < c_alphabet.size(); ++i)
+        table[static_cast<unsigned char>(c_alphabet[i])] = static_cast<unsigned char>(i);
+    return table;
+}
+
+constexpr std::array<unsigned char, 256> c_values = MakeValueTable();
+
+/// For the four places of a group: what a character adds to the group's three bytes. The fourth
+/// byte is not 0 for a character outside the alphabet.
+using GroupTable = std::array<std::array<std::uint32_t, 256>, 4>;
+
+constexpr std::uint32_t MakeGroupEntry(unsigned int bits, unsigned char flag)
+{
+    return std::bit_cast<std::uint32_t>(std::array<unsigned char, 4>{
+        static_cast<unsigned char>(bits >> 16), static_cast<unsigned char>(bits >> 8),
+        static_cast<unsigned char>(bits), flag});
+}
+
+constexpr GroupTable MakeGroupTable()
+{
+    GroupTable table{};
+    for (unsigned int place = 0; place < 4; ++place) {
+        for (std::size_t c = 0; c < 256; ++c) {
+            const unsigned int value = c_values[c];
+            table[place][c] = value == c_noValue ? MakeGroupEntry(0, 1)
+                                                 : MakeGroupEntry(value << (18 - 6 * place), 0);
+        }
+    }
+    return table;
+}
+
+constexpr GroupTable c_groups = MakeGroupTable();
+constexpr std::uint32_t c_foreignMask = MakeGroupEntry(0, 0xFF);
+
+std::uint32_t LookUpGroup(const char16_t* units) noexcept
+{
+    return c_groups[0][units[0] & 0xFF] | c_groups[1][units[1] & 0xFF] |
+           c_groups[2][units[2] & 0xFF] | c_groups[3][units[3] & 0xFF];
+}
+
+std::u16string_view Trim(std::u16string_view text) noexcept
+{
+    while (!text.empty() && TCType::isSpace(text.back()))
+        text.remove_suffix(1);
+    while (!text.empty() && TCType::isSpace(text.front()))
+        text.remove_prefix(1);
+    return text;
+}
+
+/// Reads one group that may hold padding and foreign characters, moves `in` behind it and returns
+/// the number of bytes put out.
+std::size_t DecodeOddGroup(const char16_t*& in, const char16_t* end, unsigned char* out) noexcept
+{
+    unsigned int bits = 0;
+    int collected = 0;
+    int padding = 0;
+    for (; collected < 4 && in != end; ++in) {
+        const unsigned char c = static_cast<unsigned char>(*in & 0xFF);
+        if (c_values[c] != c_noValue)
+            bits |= static_cast<unsigned int>(c_values[c]) << (18 - 6 * collected++);
+        else if (c == '=')
+            padding = std::min(padding + 1, 2);
+    }
+    for (int i = 0; i < 3; ++i)
+        out[i] = static_cast<unsigned char>(bits >> (16 - 8 * i));
+    return static_cast<std::size_t>(3 - padding);
+}
+
+/// Decodes groups from `in` on until the text or the room of `limit` bytes is used up.
+unsigned char* DecodeGroups(const char16_t*& in, const char16_t* end, unsigned char* out,
+                            const unsigned char* limit) noexcept
+{
+    while (in != end && limit - out >= 4) {
+        const std::ptrdiff_t groups = std::min((end - in) / 4, (limit - out - 1) / 3);
+        for (std::ptrdiff_t i = 0; i < groups; ++i) {
+            const std::uint32_t group = LookUpGroup(in);
+            if ((group & c_foreignMask) != 0)
+                break;
+            // The fourth byte is overwritten by the next group.
+            std::memcpy(out, &group, 4);
+            in += 4;
+            out += 3;
+        }
+        if (in != end && limit - out >= 4)
+            out += DecodeOddGroup(in, end, out);
+    }
+    return out;
+}
+
+} // namespace
+
+void Base64Encode(const unsigned char* bytes, unsigned int count, std::vector<TString>& lines,
+                  bool splitLines)
+{
+    if (count == 0)
+        return;
+    if (!splitLines) {
+        const unsigned int onethird = count / 3 + (count % 3 != 0 ? 1 : 0);
+        if (onethird > c_maxGroups)
+            ThrowAssertion(u"Base64", __LINE__, u"onethird <= 0x3FFFFFFF",
+                           KesErrorsError::LogicAssert_0xD5E47E3E());
+        TString line;
+        Encode(bytes, count,
+               line.resizeForOverwrite(static_cast<TString::size_type>(onethird) * 4));
+        lines.push_back(std::move(line));
+        return;
+    }
+    for (unsigned int done = 0; done < count;) {
+        const unsigned int part = std::min(count - done, c_bytesPerLine);
+        Encode(bytes + done, part, lines.emplace_back().resizeForOverwrite((part + 2) / 3 * 4));
+        done += part;
+    }
+}
+
+void Base64Decode(const TString& text, std::vector<unsigned char>& bytes)
+{
+    const std::u16string_view trimmed = Trim(text.view());
+    bytes.clear();
+    bytes.reserve(trimmed.size());
+    // Bytes go through a small buffer, because a vector cannot grow without being zeroed first.
+    std::array<unsigned char, 4096> buffer;
+    const char16_t* in = trimmed.data();
+    const char16_t* const end = in + trimmed.size();
+    while (in != end) {
+        const unsigned char* last =
+            DecodeGroups(in, end, buffer.data(), buffer.data() + buffer.size());
+        bytes.insert(bytes.end(), buffer.data(), last);
+    }
+}
+
+std::vector<unsigned char> Base64Decode(const TString& text)
+{
+    std::vector<unsigned char> bytes;
+    Base64Decode(text, bytes);
+    return bytes;
+}
+
+bool IsBase64(const TString& text) noexcept
+{
+    std::u16string_view digits = text.view();
+    if (digits.size() % 4 != 0)
+        return false;
+    for (int padding = 0; padding < 2 && digits.ends_with(u'='); ++padding)
+        digits.remove_suffix(1);
+    return std::all_of(digits.begin(), digits.end(), [](char16_t unit) {
+        return unit < c_values.size() && c_values[unit] != c_noValue;
+    });
+}

@@ -1,0 +1,81 @@
+#include "StartTagWalker.h"
+
+#include "ByteScan.h"
+
+namespace {
+
+constexpr std::string_view c_openDoctype = "<!DOCTYPE";
+
+/// The first byte behind the document type declaration that opens at `start`, or npos. Its internal
+/// subset has quoted texts, comments and instructions that may hold any of its delimiters.
+std::size_t FindEndOfDoctype(std::string_view xml, std::size_t start) noexcept
+{
+    bool isInSubset = false;
+    std::size_t pos = start + 1;
+    for (;;) {
+        pos = ByteScan::FindFirst(xml.data(), pos, xml.size(),
+                                  ByteScan::AnyOf<'>', '"', '\'', '[', ']', '<'>());
+        if (pos == ByteScan::c_npos)
+            return ByteScan::c_npos;
+        const char c = xml[pos];
+        if (c == '>' && !isInSubset)
+            return pos + 1;
+        if (c == '[' || c == ']') {
+            isInSubset = c == '[';
+        } else if (c == '"' || c == '\'') {
+            pos = ByteScan::FindByte(xml, c, pos + 1);
+        } else if (xml.substr(pos).starts_with("<!--") || xml.substr(pos).starts_with("<?")) {
+            pos = ConstructScanner(pos).FindClose(xml);
+        }
+        if (pos == ByteScan::c_npos)
+            return ByteScan::c_npos;
+        ++pos;
+    }
+}
+
+} // namespace
+
+std::size_t StartTagWalker::FindEndOfConstruct() const noexcept
+{
+    if (m_xml.substr(m_start).starts_with(c_openDoctype))
+        return FindEndOfDoctype(m_xml, m_start);
+    const std::size_t close = ConstructScanner(m_start).FindClose(m_xml);
+    return close == ByteScan::c_npos ? ByteScan::c_npos : close + 1;
+}
+
+bool StartTagWalker::MoveToNextConstruct() noexcept
+{
+    const std::size_t open = ByteScan::FindByte(m_xml, '<', m_end);
+    m_isStartTag = false;
+    m_start = m_end = m_xml.size();
+    if (open == ByteScan::c_npos)
+        return false;
+    m_start = open;
+    const std::size_t end = FindEndOfConstruct();
+    if (end == ByteScan::c_npos)
+        return false;
+    m_end = end;
+    m_quotes = QuoteState();
+    m_quotesRead = m_start;
+    const char kind = m_xml[m_start + 1];
+    m_isStartTag = kind != '!' && kind != '?' && kind != '/';
+    if (m_isStartTag && m_rootTag.start == std::string::npos)
+        m_rootTag = {m_start, m_end - m_start};
+    return true;
+}
+
+XmlUtils::StringRange StartTagWalker::GetStartTagAround(std::size_t position) noexcept
+{
+    while (m_end <= position) {
+        if (!MoveToNextConstruct())
+            return {};
+    }
+    if (!m_isStartTag || position < m_start)
+        return {};
+    // What was read for an earlier position is not read again: a tag may be as long as the text.
+    m_quotes.Advance(m_xml.substr(m_quotesRead, position - m_quotesRead));
+    m_quotesRead = position;
+    if (m_quotes.IsInside())
+        return {};
+    return {m_start, m_end - m_start};
+}

@@ -1,0 +1,229 @@
+#include <kescorexml/XMLUtils.h>
+
+#include "Assertion.h"
+#include "ByteScan.h"
+#include "ConstructScanner.h"
+#include "KesErrors.h"
+#include "RootTagFinder.h"
+
+#include <xercesc/util/XMLChar.hpp>
+
+#include <QStringView>
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+constexpr char c_openBrace = '<';
+constexpr char c_closeBrace = '>';
+
+char16_t WidenSigned(char c) noexcept
+{
+    return static_cast<char16_t>(static_cast<signed char>(c));
+}
+
+template <class View>
+bool ContainsAt(View s, View sub, std::size_t pos) noexcept
+{
+    if (s.size() < sub.size() || s.size() - sub.size() < pos)
+        return false;
+    return s.substr(pos, sub.size()) == sub;
+}
+
+std::size_t FindUnit(std::u16string_view s, char16_t c, std::size_t pos) noexcept
+{
+    if (pos >= s.size())
+        return std::string::npos;
+    const qsizetype found = QStringView(s).indexOf(QChar(c), static_cast<qsizetype>(pos));
+    return found < 0 ? std::string::npos : static_cast<std::size_t>(found);
+}
+
+std::size_t FindUnits(std::u16string_view s, std::u16string_view sub, std::size_t pos) noexcept
+{
+    if (pos > s.size() || sub.size() > s.size() - pos)
+        return std::string::npos;
+    if (sub.empty())
+        return pos;
+    const qsizetype found = QStringView(s).indexOf(QStringView(sub), static_cast<qsizetype>(pos));
+    return found < 0 ? std::string::npos : static_cast<std::size_t>(found);
+}
+
+/// Searches the text up to and with `to` from `from` on.
+template <class View, class What>
+std::size_t SearchRange(View s, What what, std::size_t from, std::size_t to,
+                        std::size_t (*search)(View, What, std::size_t) noexcept) noexcept
+{
+    return to <= from || to >= s.size() ? std::string::npos
+                                        : search(s.substr(0, to + 1), what, from);
+}
+
+std::size_t SkipWhitespace(std::string_view s, std::size_t pos) noexcept
+{
+    while (pos < s.size() && XmlUtils::IsWhitespace(s[pos]))
+        ++pos;
+    return pos;
+}
+
+} // namespace
+
+namespace XmlUtils {
+
+bool IsWhitespace(char c) noexcept
+{
+    return IsWhitespace(WidenSigned(c));
+}
+
+bool IsWhitespace(char16_t c) noexcept
+{
+    return xercesc::XMLChar1_0::isWhitespace(c);
+}
+
+bool IsFirstNameChar(char c) noexcept
+{
+    return IsFirstNameChar(WidenSigned(c));
+}
+
+bool IsFirstNameChar(char16_t c) noexcept
+{
+    return xercesc::XMLChar1_0::isFirstNameChar(c);
+}
+
+bool IsNameChar(char c) noexcept
+{
+    return IsNameChar(WidenSigned(c));
+}
+
+bool IsNameChar(char16_t c) noexcept
+{
+    return xercesc::XMLChar1_0::isNameChar(c);
+}
+
+bool ContainsSubstringAt(const std::string& s, const std::string& sub, std::size_t pos) noexcept
+{
+    return ContainsAt<std::string_view>(s, sub, pos);
+}
+
+bool ContainsSubstringAt(const TString& s, const TString& sub, std::size_t pos) noexcept
+{
+    return ContainsAt(s.view(), sub.view(), pos);
+}
+
+std::size_t Find(const std::string& s, char c, std::size_t pos) noexcept
+{
+    return ByteScan::FindByte(s, c, pos);
+}
+
+std::size_t Find(const std::string& s, const std::string& sub, std::size_t pos) noexcept
+{
+    return ByteScan::FindText(s, sub, pos);
+}
+
+std::size_t Find(const TString& s, char16_t c, std::size_t pos) noexcept
+{
+    return FindUnit(s.view(), c, pos);
+}
+
+std::size_t Find(const TString& s, const TString& sub, std::size_t pos) noexcept
+{
+    return FindUnits(s.view(), sub.view(), pos);
+}
+
+std::size_t FindInRange(const std::string& s, char c, std::size_t from, std::size_t to) noexcept
+{
+    return SearchRange(std::string_view(s), c, from, to, ByteScan::FindByte);
+}
+
+std::size_t FindInRange(const std::string& s, const std::string& sub, std::size_t from,
+                        std::size_t to) noexcept
+{
+    return SearchRange(std::string_view(s), std::string_view(sub), from, to, ByteScan::FindText);
+}
+
+std::size_t FindInRange(const TString& s, char16_t c, std::size_t from, std::size_t to) noexcept
+{
+    return SearchRange(s.view(), c, from, to, FindUnit);
+}
+
+std::size_t FindInRange(const TString& s, const TString& sub, std::size_t from,
+                        std::size_t to) noexcept
+{
+    return SearchRange(s.view(), sub.view(), from, to, FindUnits);
+}
+
+std::size_t AdvanceFromOpenToCloseBrace(const std::string& xml, std::size_t start)
+{
+    if (xml.size() < 3 || start > xml.size() - 3)
+        return std::string::npos;
+    if (xml[start] != c_openBrace)
+        ThrowAssertion(u"XMLUtils", __LINE__, u"xml[start] == c_openBrace",
+                       KesErrorsError::LogicAssert_0x69F39DBB());
+    const std::size_t found = ConstructScanner(start).FindClose(xml);
+    if (found != std::string::npos && xml[found] != c_closeBrace)
+        ThrowAssertion(u"XMLUtils", __LINE__, u"xml[found] == c_closeBrace",
+                       KesErrorsError::LogicAssert_0xF3D1E5C5());
+    return found;
+}
+
+bool AreQuotesMatchingInRange(const std::string& xml, std::size_t from, std::size_t to) noexcept
+{
+    if (to < from || from >= xml.size())
+        return true;
+    QuoteState quotes;
+    quotes.Advance(std::string_view(xml).substr(from, std::min(to, xml.size() - 1) - from + 1));
+    return !quotes.IsInside();
+}
+
+StringRange FindRootTag(const std::string& xml)
+{
+    return RootTagFinder().Feed(xml);
+}
+
+std::optional<std::string> FindAttributeValue(const std::string& xml, const std::string& name,
+                                              StringRange tag)
+{
+    const std::size_t idx = tag.start;
+    const std::size_t end = tag.start + tag.length - 1;
+    if (!(idx < xml.size() && end < xml.size()))
+        ThrowAssertion(u"XMLUtils", __LINE__, u"idx < xml.size() && end < xml.size()",
+                       KesErrorsError::LogicAssert_0xA3E88D2C());
+    if (!(xml[idx] == c_openBrace && xml[end] == c_closeBrace))
+        ThrowAssertion(u"XMLUtils", __LINE__,
+                       u"xml[idx] == c_openBrace && xml[end] == c_closeBrace",
+                       KesErrorsError::LogicAssert_0xC2D03F8A());
+    if (idx >= end)
+        return std::nullopt;
+
+    const std::string_view text = std::string_view(xml).substr(0, end + 1);
+    QuoteState quotes;
+    std::size_t quotesRead = idx;
+    // Nothing stands before the tag's "<" that could separate a name from it.
+    std::size_t next = idx + 1;
+    for (;;) {
+        const std::size_t hit = ByteScan::FindText(text, name, next);
+        if (hit == std::string::npos)
+            return std::nullopt;
+        next = hit + std::max<std::size_t>(name.size(), 1);
+        if (!IsWhitespace(text[hit - 1]))
+            continue;
+        // What was read before is not read again: a value may be full of this name.
+        quotes.Advance(text.substr(quotesRead, hit - quotesRead));
+        quotesRead = hit;
+        if (quotes.IsInside())
+            continue;
+        std::size_t pos = SkipWhitespace(text, hit + name.size());
+        next = std::max(next, pos);
+        if (pos >= end || text[pos] != '=')
+            continue;
+        pos = SkipWhitespace(text, pos + 1);
+        next = std::max(next, pos);
+        if (text[pos] != '"' && text[pos] != '\'')
+            continue;
+        const std::size_t close = ByteScan::FindByte(text, text[pos], pos + 1);
+        if (close == std::string::npos)
+            return std::nullopt;
+        return xml.substr(pos + 1, close - pos - 1);
+    }
+}
+
+} // namespace XmlUtils
