@@ -5,8 +5,6 @@
 #include <kesplatform/TFormatString.h>
 #include <kesplatform/TLog.h>
 
-#include <QStringView>
-
 #include <algorithm>
 
 namespace {
@@ -117,14 +115,6 @@ TString EncodeStringWithTable(const TString& text, MappingTableType type)
     if (written != length)
         ThrowLengthMismatch(text, encoded, written);
     return encoded;
-}
-
-ContentForm ChooseContentForm(std::u16string_view text) noexcept
-{
-    if (text.size() < c_longContentLength)
-        return ContentForm::LikeAttribute;
-    const QStringView view(text.data(), static_cast<qsizetype>(text.size()));
-    return view.contains(u'<') ? ContentForm::CData : ContentForm::Long;
 }
 
 TString EncodeCData(std::u16string_view text)

@@ -8,9 +8,6 @@
 
 namespace XMLEscaping {
 
-/// Content of this many units and more is long: it keeps its line breaks and may become CDATA.
-inline constexpr std::size_t c_longContentLength = 32;
-
 inline constexpr std::u16string_view c_cdataOpen = u"<![CDATA[";
 inline constexpr std::u16string_view c_cdataClose = u"]]>";
 /// Ends a section in the middle of its end mark and begins the next one.
@@ -24,14 +21,12 @@ std::size_t FindEscape(std::u16string_view text, MappingTableType type) noexcept
 /// replaced; the text itself when there is none.
 TString EncodeStringWithTable(const TString& text, MappingTableType type);
 
-/// How content is written that is neither raw nor escaped like an attribute.
-enum class ContentForm
+/// Long content keeps its line breaks, and becomes CDATA when there is a "<" in it; shorter content
+/// is escaped like an attribute.
+constexpr bool IsLongContent(std::u16string_view text) noexcept
 {
-    LikeAttribute,
-    Long,
-    CData
-};
-ContentForm ChooseContentForm(std::u16string_view text) noexcept;
+    return text.size() >= 32;
+}
 
 /// Hands the pieces of the CDATA form of a text to `append`, in order.
 template <typename Append>

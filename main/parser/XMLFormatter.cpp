@@ -240,15 +240,11 @@ TString XMLFormatter::EncodeAttributeString(const TString& text)
 
 TString XMLFormatter::EncodeContentString(const TString& text)
 {
-    switch (XMLEscaping::ChooseContentForm(text)) {
-    case XMLEscaping::ContentForm::LikeAttribute:
-        break;
-    case XMLEscaping::ContentForm::Long:
-        return XMLEscaping::EncodeStringWithTable(text, MappingTableType::LongContent);
-    case XMLEscaping::ContentForm::CData:
+    if (!XMLEscaping::IsLongContent(text))
+        return XMLEscaping::EncodeStringWithTable(text, MappingTableType::Attribute);
+    if (text.contains(u'<'))
         return XMLEscaping::EncodeCData(text);
-    }
-    return XMLEscaping::EncodeStringWithTable(text, MappingTableType::Attribute);
+    return XMLEscaping::EncodeStringWithTable(text, MappingTableType::LongContent);
 }
 
 TString XMLFormatter::FormatBooleanAttribute(bool value)

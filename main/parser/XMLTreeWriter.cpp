@@ -1,16 +1,22 @@
 #include "XMLTreeWriter.h"
 
+#include "AttributeBlock.h"
+#include "DOMElementAccess.h"
 #include "IndentLimit.h"
+#include "UnitCopy.h"
 #include "XMLEscaping.h"
 
-#include <kescorexml/DOMElement.h>
-#include <kescorexml/DOMElementChildren.h>
-
 #include <algorithm>
+#include <array>
 
 namespace {
 
-constexpr std::u16string_view c_attributeOpen = u"='";
+/// Longer texts are escaped step by step, so that room is never made for what each of their units
+/// might become.
+constexpr std::size_t c_escapeStep = 1024;
+
+/// Room for the punctuation of a tag.
+constexpr std::size_t c_tagRoom = 8;
 
 } // namespace
 
@@ -24,85 +30,174 @@ void XMLTreeWriter::Write(const DOMElement& element)
     WriteElement(element);
     while (!m_levels.empty()) {
         Level& level = m_levels.back();
-        const auto children = level.element->GetChildren();
-        if (level.nextChild < children.size())
-            WriteElement(children[level.nextChild++]);
+        if (level.next != level.end)
+            WriteElement(**level.next++);
         else
-            CloseLevel();
+            CloseInnermost();
     }
     m_buffer.Commit();
 }
 
 void XMLTreeWriter::WriteElement(const DOMElement& element)
 {
-    m_buffer.Append({m_indent.data(), m_indentLength});
-    WriteStartTag(element);
+    WriteTagStart(element.GetName());
+    WriteAttributes(element);
     if (element.HasChildren()) {
-        m_buffer.Append(XMLFormatter::suffixOpenClose);
-        m_buffer.Append(m_style.newline);
-        m_levels.push_back({&element, 0});
-        Indent();
+        WriteTagEnd(u">");
+        Open(element);
     } else if (element.HasText()) {
-        m_buffer.Append(XMLFormatter::suffixOpenClose);
+        m_buffer.Append(u">");
         WriteText(element);
         WriteCloseTag(element.GetName());
     } else {
-        m_buffer.Append(XMLFormatter::suffixEmpty);
-        m_buffer.Append(m_style.newline);
+        WriteTagEnd(u" />");
     }
 }
 
-void XMLTreeWriter::WriteStartTag(const DOMElement& element)
+void XMLTreeWriter::Open(const DOMElement& element)
 {
-    m_buffer.Append(XMLFormatter::prefixOpen);
-    m_buffer.Append(element.GetName());
-    if (!element.HasAttributes())
-        return;
-    m_attributes.clear();
-    for (const auto& attribute : element.GetAttributes())
-        m_attributes.push_back(&attribute);
-    std::sort(m_attributes.begin(), m_attributes.end(),
-              [](const auto* a, const auto* b) { return a->first < b->first; });
-    for (const auto* attribute : m_attributes) {
-        m_buffer.Append(u" ");
-        m_buffer.Append(attribute->first);
-        m_buffer.Append(c_attributeOpen);
-        m_buffer.AppendEscaped<MappingTableType::Attribute>(attribute->second);
-        m_buffer.Append(u"'");
+    const ElementList& children = DOMElementAccess::Children(element);
+    m_levels.push_back({&element, children.begin(), children.end()});
+    const std::size_t length = m_indentLength + m_style.indentUnit.size();
+    RequireIndentLength(static_cast<TString::size_type>(length));
+    if (length > m_indent.size())
+        m_indent.append(m_style.indentUnit);
+    m_indentLength = length;
+}
+
+void XMLTreeWriter::CloseInnermost()
+{
+    const DOMElement& element = *m_levels.back().element;
+    if (element.HasText()) {
+        m_buffer.Append(GetIndent());
+        WriteText(element);
     }
+    m_indentLength -= m_style.indentUnit.size();
+    m_buffer.Append(GetIndent());
+    WriteCloseTag(element.GetName());
+    m_levels.pop_back();
+}
+
+// Tags
+
+void XMLTreeWriter::WriteTagStart(const TString& name)
+{
+    const auto length = static_cast<std::size_t>(name.length());
+    char16_t* to = m_buffer.Reserve(m_indentLength + length + c_tagRoom);
+    to = UnitCopy::Copy(GetIndent(), to);
+    *to++ = u'<';
+    m_buffer.SetEnd(UnitCopy::Copy(name, to));
+}
+
+void XMLTreeWriter::WriteTagEnd(std::u16string_view suffix)
+{
+    char16_t* to = m_buffer.Reserve(m_style.newline.size() + c_tagRoom);
+    to = UnitCopy::Copy(suffix, to);
+    m_buffer.SetEnd(UnitCopy::Copy(m_style.newline, to));
 }
 
 void XMLTreeWriter::WriteCloseTag(const TString& name)
 {
-    m_buffer.Append(XMLFormatter::prefixClose);
-    m_buffer.Append(name);
-    m_buffer.Append(XMLFormatter::suffixOpenClose);
-    m_buffer.Append(m_style.newline);
+    const auto length = static_cast<std::size_t>(name.length());
+    char16_t* to = m_buffer.Reserve(length + m_style.newline.size() + c_tagRoom);
+    *to++ = u'<';
+    *to++ = u'/';
+    to = UnitCopy::Copy(name, to);
+    *to++ = u'>';
+    m_buffer.SetEnd(UnitCopy::Copy(m_style.newline, to));
 }
+
+// Attributes
+
+void XMLTreeWriter::WriteAttributes(const DOMElement& element)
+{
+    // The map of packed attributes would be built, and kept, for the sake of one look at it.
+    if (const AttributeBlock* block = DOMElementAccess::Attributes(element).GetBlock())
+        WriteAttributes(*block);
+    else if (element.HasAttributes())
+        WriteAttributes(element.GetAttributes());
+}
+
+void XMLTreeWriter::WriteAttributes(const AttributeBlock& block)
+{
+    std::array<std::u16string_view, AttributeNames::maxCount> values;
+    std::size_t count = 0;
+    block.ForEach([&](const TString&, std::u16string_view value) { values[count++] = value; });
+    const AttributeNames& names = block.Names();
+    for (std::size_t rank = 0; rank < count; ++rank) {
+        const std::size_t index = names.Sorted(rank);
+        WriteAttribute(names.Name(index), values[index]);
+    }
+}
+
+void XMLTreeWriter::WriteAttributes(const XMLFormatter::AttributeMap& attributes)
+{
+    m_attributes.clear();
+    for (const auto& attribute : attributes)
+        m_attributes.push_back(&attribute);
+    std::sort(m_attributes.begin(), m_attributes.end(),
+              [](const auto* a, const auto* b) { return a->first < b->first; });
+    for (const auto* attribute : m_attributes)
+        WriteAttribute(attribute->first, attribute->second);
+}
+
+void XMLTreeWriter::WriteAttribute(std::u16string_view name, std::u16string_view value)
+{
+    const bool isShort = value.size() <= c_escapeStep;
+    const std::size_t valueRoom = isShort ? UnitCopy::EscapedRoom(value.size()) : 0;
+    char16_t* to = m_buffer.Reserve(name.size() + valueRoom + c_tagRoom);
+    *to++ = u' ';
+    to = UnitCopy::Copy(name, to);
+    *to++ = u'=';
+    *to++ = u'\'';
+    if (isShort) {
+        to = UnitCopy::CopyEscaped<MappingTableType::Attribute>(value, to);
+        *to++ = u'\'';
+        m_buffer.SetEnd(to);
+    } else {
+        m_buffer.SetEnd(to);
+        WriteEscaped(value);
+        m_buffer.Append(u"'");
+    }
+}
+
+// Text
 
 void XMLTreeWriter::WriteText(const DOMElement& element)
 {
+    const std::u16string_view text = element.GetText();
     if (element.IsEncoded())
-        WriteRaw(element.GetText());
+        WriteRaw(text);
+    else if (m_style.mode != FormatMode::EscapeAll && XMLEscaping::IsLongContent(text))
+        WriteLong(text);
     else
-        WriteContent(element.GetText());
+        WriteEscaped(text);
 }
 
-void XMLTreeWriter::WriteContent(std::u16string_view text)
+void XMLTreeWriter::WriteEscaped(std::u16string_view text)
 {
-    const auto form = m_style.mode == FormatMode::EscapeAll
-                          ? XMLEscaping::ContentForm::LikeAttribute
-                          : XMLEscaping::ChooseContentForm(text);
-    switch (form) {
-    case XMLEscaping::ContentForm::LikeAttribute:
-        m_buffer.AppendEscaped<MappingTableType::Attribute>(text);
-        break;
-    case XMLEscaping::ContentForm::Long:
-        m_buffer.AppendEscaped<MappingTableType::LongContent>(text);
-        break;
-    case XMLEscaping::ContentForm::CData:
-        XMLEscaping::VisitCData(text, [this](std::u16string_view part) { m_buffer.Append(part); });
-        break;
+    while (!text.empty()) {
+        const std::u16string_view step = text.substr(0, c_escapeStep);
+        char16_t* to = m_buffer.Reserve(UnitCopy::EscapedRoom(step.size()));
+        m_buffer.SetEnd(UnitCopy::CopyEscaped<MappingTableType::Attribute>(step, to));
+        text.remove_prefix(step.size());
+    }
+}
+
+void XMLTreeWriter::WriteLong(std::u16string_view text)
+{
+    const TString::size_type start = m_buffer.GetLength();
+    for (std::size_t position = 0; position < text.size(); position += c_escapeStep) {
+        const std::u16string_view step = text.substr(position, c_escapeStep);
+        char16_t* to = m_buffer.Reserve(UnitCopy::EscapedRoom(step.size()));
+        to = UnitCopy::CopyEscaped<MappingTableType::LongContent>(step, to);
+        if (to == nullptr) {
+            m_buffer.Truncate(start);
+            XMLEscaping::VisitCData(text,
+                                    [this](std::u16string_view part) { m_buffer.Append(part); });
+            return;
+        }
+        m_buffer.SetEnd(to);
     }
 }
 
@@ -113,27 +208,5 @@ void XMLTreeWriter::WriteRaw(std::u16string_view text)
     m_buffer.Append(text);
     if (!text.ends_with(m_style.newline))
         m_buffer.Append(m_style.newline);
-    m_buffer.Append({m_indent.data(), m_indentLength});
-}
-
-void XMLTreeWriter::Indent()
-{
-    const std::size_t length = m_indentLength + m_style.indentUnit.size();
-    RequireIndentLength(static_cast<TString::size_type>(length));
-    if (length > m_indent.size())
-        m_indent.append(m_style.indentUnit);
-    m_indentLength = length;
-}
-
-void XMLTreeWriter::CloseLevel()
-{
-    const DOMElement& element = *m_levels.back().element;
-    if (element.HasText()) {
-        m_buffer.Append({m_indent.data(), m_indentLength});
-        WriteText(element);
-    }
-    m_indentLength -= m_style.indentUnit.size();
-    m_buffer.Append({m_indent.data(), m_indentLength});
-    WriteCloseTag(element.GetName());
-    m_levels.pop_back();
+    m_buffer.Append(GetIndent());
 }

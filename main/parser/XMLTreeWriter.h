@@ -2,13 +2,15 @@
 
 #include "XMLTextBuffer.h"
 
+#include <kescorexml/DOMElement.h>
 #include <kescorexml/XMLFormatter.h>
 
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
+
+class AttributeBlock;
 
 /// Writes an element tree into a string: what XMLFormatter::OutputDOMElement hands to its sink in
 /// many pieces, in one go and without recursion.
@@ -30,21 +32,30 @@ public:
     void Write(const DOMElement& element);
 
 private:
-    /// An element whose open tag is written, and its next child.
+    /// An element whose open tag is written, and the children that are still to come.
     struct Level
     {
         const DOMElement* element;
-        std::size_t nextChild;
+        DOMElement::ConstChildIterator next;
+        DOMElement::ConstChildIterator end;
     };
 
     void WriteElement(const DOMElement& element);
-    void WriteStartTag(const DOMElement& element);
+    void WriteTagStart(const TString& name);
+    void WriteAttributes(const DOMElement& element);
+    void WriteAttributes(const AttributeBlock& block);
+    void WriteAttributes(const XMLFormatter::AttributeMap& attributes);
+    void WriteAttribute(std::u16string_view name, std::u16string_view value);
+    void WriteTagEnd(std::u16string_view suffix);
     void WriteCloseTag(const TString& name);
     void WriteText(const DOMElement& element);
-    void WriteContent(std::u16string_view text);
+    void WriteEscaped(std::u16string_view text);
+    void WriteLong(std::u16string_view text);
     void WriteRaw(std::u16string_view text);
-    void Indent();
-    void CloseLevel();
+    void Open(const DOMElement& element);
+    void CloseInnermost();
+
+    std::u16string_view GetIndent() const noexcept { return {m_indent.data(), m_indentLength}; }
 
     XMLTextBuffer m_buffer;
     Style m_style;
@@ -52,5 +63,6 @@ private:
     std::u16string m_indent;
     std::size_t m_indentLength;
     std::vector<Level> m_levels;
-    std::vector<const std::pair<const TString, TString>*> m_attributes;
+    /// Room to sort the attributes of one element in.
+    std::vector<const XMLFormatter::AttributeMap::value_type*> m_attributes;
 };
