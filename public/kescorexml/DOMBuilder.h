@@ -26,8 +26,7 @@ public:
     /// The innermost open element, at first the root.
     DOMElement* PeekStack() const { return m_stack.back(); }
 
-    void StartElement(TString&& name,
-                      std::unordered_map<TString, TString>&& attributes) override;
+    void StartElement(TString&& name, std::unordered_map<TString, TString>&& attributes) override;
     void EndElement() override;
     void TextContent(const TString& text) override;
 

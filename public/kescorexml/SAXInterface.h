@@ -14,7 +14,8 @@ public:
     virtual ~SAXInterface();
 
     /// Names are qualified names as written, prefix included.
-    virtual void StartElement(TString&& name, std::unordered_map<TString, TString>&& attributes) = 0;
+    virtual void StartElement(TString&& name,
+                              std::unordered_map<TString, TString>&& attributes) = 0;
     virtual void EndElement() = 0;
     /// One run of text up to the next tag, never empty.
     virtual void TextContent(const TString& text) = 0;
