@@ -231,6 +231,11 @@ inline CorvinaError LogicAssert_0x9D18F6F8()
     return {0x9D18F6F8, u"LogicException_LogicAssert_0x9D18F6F8"};
 }
 
+inline CorvinaError LogicAssert_0x7C41D09B()
+{
+    return {0x7C41D09B, u"LogicException_LogicAssert_0x7C41D09B"};
+}
+
 // XMLDomFormatter
 
 inline CorvinaError LogicAssert_0x5619328D()

@@ -1,0 +1,49 @@
+#include <kescorexml/BinaryInputSource.h>
+
+#include "XercesInputSource.h"
+
+#include <kesplatform/DetectEncoding.h>
+
+#include <algorithm>
+
+namespace {
+
+/// Enough to see a mark or the pattern of zero bytes that two- and four-byte units make.
+constexpr std::size_t c_bytesThatShowUnitSize = 64;
+
+/// Whether the bytes hold ASCII characters as single bytes, which the colon sanitizer, a scanner
+/// of bytes, takes for granted.
+bool HasSingleByteUnits(std::string_view bytes)
+{
+    switch (DetectEncoding(bytes.data(), std::min(bytes.size(), c_bytesThatShowUnitSize))) {
+    case Utf16LE:
+    case Utf16BE:
+    case Utf32LE:
+    case Utf32BE:
+        return false;
+    default:
+        return true;
+    }
+}
+
+} // namespace
+
+BinaryInputSource::BinaryInputSource(const std::vector<unsigned char>& bytes, const TString& id,
+                                     bool skipLeadingWhitespace)
+    : Utf8InputSource(std::string(bytes.begin(), bytes.end()), id, skipLeadingWhitespace)
+{
+}
+
+BinaryInputSource::~BinaryInputSource() = default;
+
+bool BinaryInputSource::GetNextLine(std::string& /*out*/)
+{
+    return false;
+}
+
+XercesInputSource BinaryInputSource::GetXercesInputSource(ColonProcessingMode mode)
+{
+    if (!HasSingleByteUnits(*GetData()))
+        mode = ColonProcessingMode::None;
+    return XercesInputSource(GetData(), GetStart(), Id(), mode);
+}

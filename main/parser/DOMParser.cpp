@@ -1,0 +1,209 @@
+#include <kescorexml/DOMParser.h>
+
+#include "Assertion.h"
+#include "KesErrors.h"
+#include "XercesXMLParserImpl.h"
+
+#include <kescorexml/BinaryInputSource.h>
+#include <kescorexml/DOMBuilder.h>
+#include <kescorexml/InputSourceUtils.h>
+#include <kescorexml/LookupResource.h>
+#include <kescorexml/StringInputSource.h>
+
+#include <kesplatform/ActivityScope.h>
+#include <kesplatform/Metrics.h>
+#include <kesplatform/Resources.h>
+#include <kesplatform/TFile.h>
+
+namespace {
+
+constexpr unsigned int c_sampleBytes = 128;
+
+void CopyParserErrorsToElement(const Parser& parser, DOMElement& element)
+{
+    if (!parser.HasErrors())
+        return;
+    const std::vector<TString> errors = parser.GetErrors();
+    const std::vector<TError::ErrorInfo> errorInfos = parser.GetMetadataForErrors();
+    if (errors.size() != errorInfos.size())
+        ThrowAssertion(u"DOMParser", 36, u"errors.size() == errorInfos.size()",
+                       KesErrorsError::LogicAssert_0x46AC9E8D());
+    for (std::size_t i = 0; i < errors.size(); ++i)
+        element.Error(errors[i], errorInfos[i], false, false);
+}
+
+std::unique_ptr<DOM> MakeErrorDocument(const TString& message)
+{
+    auto dom = std::make_unique<DOM>();
+    DOMElement* const element = dom->GetRoot()->AddNewChild(u"error", nullptr);
+    const TError::ErrorInfo info(KesErrorsError::AutoGen_0x354BEE43(), 4, 2);
+    element->Error(message, info, false, false);
+    return dom;
+}
+
+} // namespace
+
+class DOMParser::Impl
+{
+public:
+    std::shared_ptr<XercesXMLParser>
+    CreateOrReuseExistingXercesParser(InputSource& source, std::shared_ptr<SAXInterface> sink);
+
+    std::shared_ptr<XercesXMLParser> m_cachedParser;
+    std::vector<std::unique_ptr<InputSource>> m_xsdSources;
+    bool m_enableLineNumbersOnElements = false;
+    bool m_restrictExternalPaths = false;
+    std::function<void(const DOMParserStatistics&)> m_statisticsEventHandler;
+};
+
+std::shared_ptr<XercesXMLParser>
+DOMParser::Impl::CreateOrReuseExistingXercesParser(InputSource& source,
+                                                   std::shared_ptr<SAXInterface> sink)
+{
+    if (m_cachedParser != nullptr && m_cachedParser->GetXSDNames().empty()) {
+        m_cachedParser->Reload(source, std::move(sink));
+        m_cachedParser->ClearErrorsAndWarnings();
+        return m_cachedParser;
+    }
+    m_cachedParser.reset();
+    m_cachedParser = XercesXMLParser::Create(source, std::move(sink));
+    return m_cachedParser;
+}
+
+DOMParser::DOMParser() : m_impl(std::make_unique<Impl>())
+{
+    // So that an object with static storage duration is destroyed before Xerces is shut down.
+    EnsureXercesIsInitialised();
+}
+
+DOMParser::~DOMParser() = default;
+
+void DOMParser::AddXSDResourceId(QtKesResourceId id)
+{
+    const TString alias = LookupResource(id);
+    const UTF8StringTResource resource(alias);
+    AddXSDInputSource(std::make_unique<StringInputSource>(resource.GetString(), alias, false));
+}
+
+void DOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
+{
+    m_impl->m_xsdSources.push_back(std::move(source));
+}
+
+void DOMParser::SetEnableLineNumbersOnElements(bool enable)
+{
+    m_impl->m_enableLineNumbersOnElements = enable;
+}
+
+bool DOMParser::GetEnableLineNumbersOnElements() const
+{
+    return m_impl->m_enableLineNumbersOnElements;
+}
+
+void DOMParser::SetRestrictExternalPaths(bool restrict)
+{
+    m_impl->m_restrictExternalPaths = restrict;
+}
+
+bool DOMParser::GetRestrictExternalPaths() const
+{
+    return m_impl->m_restrictExternalPaths;
+}
+
+void DOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler)
+{
+    m_impl->m_statisticsEventHandler = std::move(handler);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source,
+                                                    bool keepWhitespaceText) const
+{
+    const Metrics::Scope scope(m_impl->m_xsdSources.empty()
+                                   ? "DOMParser_ParseXmlInputSource"
+                                   : "DOMParser_ParseXmlInputSource_withXSD");
+    if (scope.IsOpen()) {
+        scope.Emit("'xmls'", source.Size());
+        std::string sample;
+        source.GetBytes(sample, c_sampleBytes);
+        scope.Emit("'xmlt'", sample);
+        source.ResetToStart();
+    }
+    auto dom = std::make_unique<DOM>(m_impl->m_restrictExternalPaths);
+    DOMElement& root = *dom->GetRoot();
+    const auto builder = std::make_shared<DOMBuilder>(*dom, keepWhitespaceText);
+    const auto parser = m_impl->CreateOrReuseExistingXercesParser(source, builder);
+    if (m_impl->m_enableLineNumbersOnElements)
+        builder->SetLocationInterface(parser.get());
+    for (const auto& xsdSource : m_impl->m_xsdSources) {
+        // The parse before this one may have read it to its end.
+        xsdSource->ResetToStart();
+        parser->LoadXSDSource(*xsdSource);
+    }
+    CopyParserErrorsToElement(*parser, root);
+    parser->Parse();
+    CopyParserErrorsToElement(*parser, root);
+    if (m_impl->m_statisticsEventHandler) {
+        m_impl->m_statisticsEventHandler(
+            DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});
+    }
+    return dom;
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(const TString& text, const TString& id) const
+{
+    const Metrics::Scope scope("DOMParser_ParseXmlString");
+    scope.Emit("'xmls'", text.length());
+    StringInputSource source(text, id, true);
+    return ParseXmlInputSource(source, false);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(TString&& text, const TString& id) const
+{
+    const TString taken = std::move(text);
+    return ParseXmlString(taken, id);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(const std::string& utf8, const TString& id) const
+{
+    return ParseXmlString(std::string(utf8), id);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(std::string&& utf8, const TString& id) const
+{
+    const Metrics::Scope scope("DOMParser_ParseXmlString");
+    scope.Emit("'xmls'", static_cast<std::int64_t>(utf8.size()));
+    Utf8InputSource source(std::move(utf8), id, true);
+    return ParseXmlInputSource(source, false);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(const char* utf8, const TString& id) const
+{
+    return ParseXmlString(std::string(utf8), id);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlBytes(const std::vector<unsigned char>& bytes) const
+{
+    const Metrics::Scope scope("DOMParser_ParseXmlBytes");
+    BinaryInputSource source(bytes, TString(), false);
+    return ParseXmlInputSource(source, false);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlBytes(std::vector<unsigned char>&& bytes) const
+{
+    const std::vector<unsigned char> taken = std::move(bytes);
+    return ParseXmlBytes(taken);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlFile(const TString& fileName) const
+{
+    art::ActivityScope activity("dom-parser.parse-xml-file");
+    activity.AddAttribute(u"filename", fileName);
+    try {
+        const auto source = InputSourceUtils::InputSourceFromFileName(fileName, true);
+        if (!activity.IsClosed())
+            activity.AddAttribute(u"source-size", source->Size());
+        return ParseXmlInputSource(*source, false);
+    } catch (const TIO::Exception& exception) {
+        return MakeErrorDocument(exception.GetConcatenatedMessages());
+    }
+}

@@ -1,0 +1,6 @@
+#include <kescorexml/InputSourceResetter.h>
+
+InputSourceResetter::~InputSourceResetter()
+{
+    m_source.ResetToStart();
+}

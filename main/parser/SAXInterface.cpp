@@ -1,0 +1,13 @@
+#include <kescorexml/SAXFileLocation.h>
+#include <kescorexml/SAXInterface.h>
+
+SAXInterface::~SAXInterface() = default;
+
+bool SAXInterface::IsDone()
+{
+    return false;
+}
+
+SAXInterfaceExtension::~SAXInterfaceExtension() = default;
+
+SAXFileLocation::~SAXFileLocation() = default;

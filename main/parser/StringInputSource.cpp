@@ -1,0 +1,15 @@
+#include <kescorexml/StringInputSource.h>
+
+StringInputSource::StringInputSource(const TString& text, const TString& id,
+                                     bool skipLeadingWhitespace)
+    : Utf8InputSource(text.toStdString(), id, skipLeadingWhitespace)
+{
+}
+
+StringInputSource::StringInputSource(FromUtf8, std::string&& utf8, const TString& id,
+                                     bool skipLeadingWhitespace)
+    : Utf8InputSource(std::move(utf8), id, skipLeadingWhitespace)
+{
+}
+
+StringInputSource::~StringInputSource() = default;

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <kescorexml/ColonProcessingMode.h>
+
+#include <kesplatform/TString.h>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+/// One document as a memory buffer of Xerces, together with the bytes that the buffer points into.
+/// Xerces must be initialised.
+class XercesInputSource
+{
+public:
+    /// The buffer begins at the byte `start` of `data`; `id` becomes its system id.
+    XercesInputSource(const std::shared_ptr<const std::string>& data, std::size_t start,
+                      const TString& id, ColonProcessingMode mode);
+    XercesInputSource(std::shared_ptr<const std::string>&& data, std::size_t start,
+                      const TString& id, ColonProcessingMode mode);
+    XercesInputSource(XercesInputSource&& other) noexcept = default;
+    XercesInputSource& operator=(XercesInputSource&& other) = delete;
+    ~XercesInputSource();
+
+    /// Makes Xerces read the bytes as UTF-8 whatever encoding they declare.
+    void ReadAsUtf8();
+
+    xercesc::InputSource& operator()() const { return *m_xercesSource; }
+
+private:
+    void SetupXercesBuffer(std::size_t start, const TString& id, ColonProcessingMode mode);
+
+    std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
+    std::shared_ptr<const std::string> m_data;
+};

@@ -1,0 +1,246 @@
+#include "XercesXMLHandler.h"
+
+#include "XercesColonSanitizer.h"
+#include "XercesText.h"
+
+#include <kescorexml/CoreXml.h>
+#include <kescorexml/XMLParseException.h>
+
+#include <kesplatform/TFile.h>
+#include <kesplatform/TFormatString.h>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/sax2/Attributes.hpp>
+#include <xercesc/util/XMLResourceIdentifier.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include <algorithm>
+
+namespace {
+
+/// A run of text that needed more room than this gives it back.
+constexpr std::size_t c_textRoomKept = 0x10000;
+
+void RecordMessage(const char16_t* kind, const TString& message, const TString& systemId,
+                   unsigned long long line, unsigned long long column, std::vector<TString>& list)
+{
+    TString position;
+    if (line != 0 || column != 0)
+        position = TFormatString(u"(%1,%2)").Format(line, column);
+    list.push_back(TFormatString(u"%1%2: %3 (id: %4)").Format(kind, position, message, systemId));
+}
+
+/// The text that a schema compiler shall read, as UTF-8 whatever encoding it declares.
+std::unique_ptr<xercesc::InputSource> MakeSchemaSource(const TString& text, const TString& path)
+{
+    const std::string utf8 = text.toStdString();
+    // One byte for each code unit: schema texts are ASCII.
+    const auto length = static_cast<std::size_t>(text.length());
+    auto bytes = std::make_unique<XMLByte[]>(length + 1);
+    std::copy_n(utf8.begin(), length, bytes.get());
+    auto source = std::make_unique<xercesc::MemBufInputSource>(
+        bytes.get(), length, GetInternalXMLChPtrFromTString(path), true);
+    static_cast<void>(bytes.release());
+    source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+    return source;
+}
+
+} // namespace
+
+XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> sink, NameTable& names)
+    : m_sink(std::move(sink)), m_names(names)
+{
+}
+
+XercesXMLHandler::~XercesXMLHandler() = default;
+
+void XercesXMLHandler::GetCurrentLocationHandler(int& line, int& column) const
+{
+    if (m_locator == nullptr)
+        return;
+    line = static_cast<int>(m_locator->getLineNumber());
+    column = static_cast<int>(m_locator->getColumnNumber());
+}
+
+// Elements and text
+
+void XercesXMLHandler::characters(const XMLCh* chars, XMLSize_t length)
+{
+    m_pendingText.append(ViewXMLCh(chars, length));
+}
+
+void XercesXMLHandler::FlushPendingText()
+{
+    if (m_pendingText.empty())
+        return;
+    const TString text{std::u16string_view(m_pendingText)};
+    m_pendingText.clear();
+    if (m_pendingText.capacity() > c_textRoomKept)
+        m_pendingText.shrink_to_fit();
+    m_sink->TextContent(text);
+}
+
+TString XercesXMLHandler::RestoreAttributeName(std::u16string_view name)
+{
+    const TString& interned = m_names.Intern(name);
+    // Encoded names and the declaration that comes with them all have a colon.
+    if (name.find(u':') == std::u16string_view::npos)
+        return interned;
+    return XercesColonSanitizer::RestoreEncodedAttributeNames(interned);
+}
+
+std::unordered_map<TString, TString>
+XercesXMLHandler::MakeAttributeMap(const xercesc::Attributes& attributes)
+{
+    std::unordered_map<TString, TString> map;
+    map.max_load_factor(1.0F);
+    const XMLSize_t count = attributes.getLength();
+    map.reserve(count);
+    for (XMLSize_t i = 0; i < count; ++i) {
+        TString name = RestoreAttributeName(ViewXMLCh(attributes.getQName(i)));
+        if (!name.IsEmpty())
+            map.try_emplace(std::move(name), ViewXMLCh(attributes.getValue(i)));
+    }
+    return map;
+}
+
+void XercesXMLHandler::startElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
+                                    const XMLCh* qName, const xercesc::Attributes& attributes)
+{
+    FlushPendingText();
+    m_sink->StartElement(TString(m_names.Intern(ViewXMLCh(qName))), MakeAttributeMap(attributes));
+    m_done |= m_sink->IsDone();
+}
+
+void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
+                                  const XMLCh* /*qName*/)
+{
+    FlushPendingText();
+    m_sink->EndElement();
+    m_done |= m_sink->IsDone();
+}
+
+void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
+{
+    m_locator = locator;
+}
+
+// Diagnostics
+
+void XercesXMLHandler::RecordWarning(const XMLCh* message, const XMLCh* systemId,
+                                     unsigned long long line, unsigned long long column)
+{
+    RecordWarning(GetTStringFromXMLChPtr(message, -1), GetTStringFromXMLChPtr(systemId, -1), line,
+                  column);
+}
+
+void XercesXMLHandler::RecordWarning(const TString& message, const TString& systemId,
+                                     unsigned long long line, unsigned long long column)
+{
+    RecordMessage(u"Warning", message, systemId, line, column, m_warnings);
+}
+
+void XercesXMLHandler::RecordError(const XMLCh* message, const XMLCh* systemId,
+                                   unsigned long long line, unsigned long long column)
+{
+    RecordError(GetTStringFromXMLChPtr(message, -1), GetTStringFromXMLChPtr(systemId, -1), line,
+                column);
+}
+
+void XercesXMLHandler::RecordError(const TString& message, const TString& systemId,
+                                   unsigned long long line, unsigned long long column)
+{
+    RecordMessage(u"Error", message, systemId, line, column, m_errors);
+}
+
+void XercesXMLHandler::RecordFatalError(const XMLCh* message, const XMLCh* systemId,
+                                        unsigned long long line, unsigned long long column)
+{
+    RecordFatalError(GetTStringFromXMLChPtr(message, -1), GetTStringFromXMLChPtr(systemId, -1),
+                     line, column);
+}
+
+void XercesXMLHandler::RecordFatalError(const TString& message, const TString& systemId,
+                                        unsigned long long line, unsigned long long column)
+{
+    RecordMessage(u"Fatal Error", message, systemId, line, column, m_errors);
+    m_sawFatalError = true;
+}
+
+void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
+{
+    RecordWarning(exception.getMessage(), exception.getSystemId(), exception.getLineNumber(),
+                  exception.getColumnNumber());
+}
+
+void XercesXMLHandler::error(const xercesc::SAXParseException& exception)
+{
+    RecordError(exception.getMessage(), exception.getSystemId(), exception.getLineNumber(),
+                exception.getColumnNumber());
+}
+
+void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
+{
+    RecordFatalError(exception.getMessage(), exception.getSystemId(), exception.getLineNumber(),
+                     exception.getColumnNumber());
+}
+
+void XercesXMLHandler::resetErrors()
+{
+    m_warnings.clear();
+    m_errors.clear();
+    m_sawFatalError = false;
+}
+
+// What a document refers to outside of itself
+
+void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh* /*publicId*/,
+                                          const XMLCh* /*systemId*/)
+{
+    FailBecauseExternalEntity(name);
+}
+
+void XercesXMLHandler::FailBecauseExternalEntity(const XMLCh* name)
+{
+    XMLFileLoc line = 0;
+    XMLFileLoc column = 0;
+    if (m_locator != nullptr) {
+        line = m_locator->getLineNumber();
+        column = m_locator->getColumnNumber();
+    }
+    const TString text = CoreXml::LookupTStr(CoreXml::StringId::IDS_ERR_XML_ENTITY);
+    const TString message = TFormatString(u"%1(%2,%3) '%4'")
+                                .Format(text, line, column, GetTStringFromXMLChPtr(name, -1));
+    m_sawFatalError = true;
+    throw XMLParseException(message);
+}
+
+xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdentifier* id)
+{
+    using xercesc::XMLResourceIdentifier;
+
+    switch (id->getResourceIdentifierType()) {
+    case XMLResourceIdentifier::SchemaImport:
+    case XMLResourceIdentifier::SchemaInclude:
+        break;
+    case XMLResourceIdentifier::ExternalEntity:
+        // The schema compiler's own reader takes null as leave to look on the disk.
+        if (m_loadingSchema)
+            return MakeSchemaSource(TString(), GetTStringFromXMLChPtr(id->getSystemId(), -1))
+                .release();
+        return nullptr;
+    default:
+        return nullptr;
+    }
+    auto* const extension = dynamic_cast<SAXInterfaceExtension*>(m_sink.get());
+    if (extension == nullptr)
+        return nullptr;
+    const TString path =
+        extension->ResolveSchemaLocation(GetTStringFromXMLChPtr(id->getBaseURI(), -1),
+                                         GetTStringFromXMLChPtr(id->getSystemId(), -1));
+    if (path.IsEmpty())
+        return nullptr;
+    const TString text = extension->FilterSchemaText(TFile::LoadTextFile(TPath(path), 1), path);
+    return MakeSchemaSource(text, path).release();
+}

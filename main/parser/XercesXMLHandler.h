@@ -1,0 +1,89 @@
+#pragma once
+
+#include "NameTable.h"
+
+#include <kescorexml/SAXInterface.h>
+
+#include <xercesc/sax/Locator.hpp>
+#include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/util/XMLEntityResolver.hpp>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+/// What Xerces calls back during a parse. It passes elements and text on to a sink, text in whole
+/// runs, keeps Xerces's diagnostics as formatted messages, refuses external entities and serves
+/// schema documents that the sink supplies.
+class XercesXMLHandler : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver
+{
+public:
+    /// `names` must outlive the handler; it may have served other handlers before.
+    XercesXMLHandler(std::shared_ptr<SAXInterface> sink, NameTable& names);
+    ~XercesXMLHandler() override;
+
+    /// Leaves both as they are before the first document has begun.
+    void GetCurrentLocationHandler(int& line, int& column) const;
+
+    bool SawWarnings() const noexcept { return !m_warnings.empty(); }
+    bool SawErrors() const noexcept { return !m_errors.empty(); }
+    bool SawFatalError() const noexcept { return m_sawFatalError; }
+    const std::vector<TString>& GetWarnings() const noexcept { return m_warnings; }
+    const std::vector<TString>& GetErrors() const noexcept { return m_errors; }
+    /// The parse need not or must not go on.
+    bool IsDone() const noexcept { return m_done || m_sawFatalError; }
+
+    void RecordWarning(const XMLCh* message, const XMLCh* systemId, unsigned long long line,
+                       unsigned long long column);
+    void RecordWarning(const TString& message, const TString& systemId, unsigned long long line,
+                       unsigned long long column);
+    void RecordError(const XMLCh* message, const XMLCh* systemId, unsigned long long line,
+                     unsigned long long column);
+    void RecordError(const TString& message, const TString& systemId, unsigned long long line,
+                     unsigned long long column);
+    void RecordFatalError(const XMLCh* message, const XMLCh* systemId, unsigned long long line,
+                          unsigned long long column);
+    void RecordFatalError(const TString& message, const TString& systemId, unsigned long long line,
+                          unsigned long long column);
+
+    /// Forgets text that an abandoned parse left behind.
+    void DiscardPendingText() noexcept { m_pendingText.clear(); }
+    /// The locator belongs to a scanner that is about to end.
+    void ForgetLocator() noexcept { m_locator = nullptr; }
+    /// While a schema is loaded, what its document type refers to outside is taken as empty.
+    void SetLoadingSchema(bool loading) noexcept { m_loadingSchema = loading; }
+
+    void characters(const XMLCh* chars, XMLSize_t length) override;
+    void endElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qName) override;
+    void setDocumentLocator(const xercesc::Locator* locator) override;
+    void startElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qName,
+                      const xercesc::Attributes& attributes) override;
+    void error(const xercesc::SAXParseException& exception) override;
+    void fatalError(const xercesc::SAXParseException& exception) override;
+    void warning(const xercesc::SAXParseException& exception) override;
+    /// Empties the lists and the fatal flag; pending text, locator and a sink that is done stay.
+    void resetErrors() override;
+    void externalEntityDecl(const XMLCh* name, const XMLCh* publicId,
+                            const XMLCh* systemId) override;
+
+    using DefaultHandler::resolveEntity;
+    xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* id) override;
+
+private:
+    void FlushPendingText();
+    std::unordered_map<TString, TString> MakeAttributeMap(const xercesc::Attributes& attributes);
+    /// Empty for an attribute that the sink must not see.
+    TString RestoreAttributeName(std::u16string_view name);
+    [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
+
+    std::shared_ptr<SAXInterface> m_sink;
+    bool m_done = false;
+    const xercesc::Locator* m_locator = nullptr;
+    /// Keeps its room between runs.
+    std::u16string m_pendingText;
+    std::vector<TString> m_warnings;
+    std::vector<TString> m_errors;
+    bool m_sawFatalError = false;
+    bool m_loadingSchema = false;
+    NameTable& m_names;
+};

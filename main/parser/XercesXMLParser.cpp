@@ -1,0 +1,18 @@
+#include <kescorexml/XercesXMLParser.h>
+
+#include "XercesXMLParserImpl.h"
+
+#include <kesplatform/Resources.h>
+
+XercesXMLParser::~XercesXMLParser() = default;
+
+std::unique_ptr<XercesXMLParser> XercesXMLParser::Create(InputSource& source,
+                                                         std::shared_ptr<SAXInterface> sink)
+{
+    return std::make_unique<XercesXMLParserImpl>(source, std::move(sink));
+}
+
+void XercesXMLParser::LoadXSDResource(const TString& resourceAlias)
+{
+    LoadXSDString(UTF8StringTResource(resourceAlias).GetString(), resourceAlias);
+}

@@ -1,0 +1,319 @@
+#include "XercesXMLParserImpl.h"
+
+#include "Assertion.h"
+#include "KesErrors.h"
+#include "XercesInputSource.h"
+#include "XercesText.h"
+#include "XmlVersionWatch.h"
+
+#include <kescorexml/IXercesInputSourceProvider.h>
+#include <kescorexml/LookupResource.h>
+#include <kescorexml/XMLParseException.h>
+
+#include <kesplatform/Metrics.h>
+
+#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+#include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include <utility>
+
+using xercesc::XMLUni;
+
+namespace {
+
+constexpr XMLSize_t c_defaultEntityExpansionLimit = 50000;
+
+class XercesGlobalState
+{
+public:
+    XercesGlobalState()
+    {
+        xercesc::XMLPlatformUtils::Initialize(XMLUni::fgXercescDefaultLocale, nullptr, nullptr,
+                                              nullptr);
+    }
+    ~XercesGlobalState() { xercesc::XMLPlatformUtils::Terminate(); }
+    XercesGlobalState(const XercesGlobalState&) = delete;
+    XercesGlobalState& operator=(const XercesGlobalState&) = delete;
+};
+
+struct Feature
+{
+    const XMLCh* name;
+    bool value;
+};
+
+template <std::size_t count>
+void SetFeatures(xercesc::SAX2XMLReader& reader, const Feature (&features)[count])
+{
+    for (const Feature& feature : features)
+        reader.setFeature(feature.name, feature.value);
+}
+
+/// A scan that is left before its end still holds the document's stream; the next document would
+/// be read on top of it.
+class ScanInProgress
+{
+public:
+    ScanInProgress(xercesc::SAX2XMLReader& reader, xercesc::XMLPScanToken& token)
+        : m_reader(reader), m_token(token)
+    {
+    }
+    ~ScanInProgress()
+    {
+        if (m_finished)
+            return;
+        try {
+            m_reader.parseReset(m_token);
+        } catch (...) {
+            // An exception that crossed the scanner has made it let go already.
+        }
+    }
+    ScanInProgress(const ScanInProgress&) = delete;
+    ScanInProgress& operator=(const ScanInProgress&) = delete;
+
+    /// False at the end of the document.
+    bool Next()
+    {
+        m_finished = !m_reader.parseNext(m_token);
+        return !m_finished;
+    }
+
+private:
+    xercesc::SAX2XMLReader& m_reader;
+    xercesc::XMLPScanToken& m_token;
+    bool m_finished = false;
+};
+
+class LoadingSchemaScope
+{
+public:
+    explicit LoadingSchemaScope(XercesXMLHandler& handler) noexcept : m_handler(handler)
+    {
+        m_handler.SetLoadingSchema(true);
+    }
+    ~LoadingSchemaScope() { m_handler.SetLoadingSchema(false); }
+    LoadingSchemaScope(const LoadingSchemaScope&) = delete;
+    LoadingSchemaScope& operator=(const LoadingSchemaScope&) = delete;
+
+private:
+    XercesXMLHandler& m_handler;
+};
+
+/// Has the version watch installed among the reader's handlers.
+class WatchedProlog
+{
+public:
+    WatchedProlog(xercesc::SAX2XMLReader& reader, XmlVersionWatch& watch)
+        : m_reader(reader), m_watch(watch)
+    {
+        m_reader.installAdvDocHandler(&m_watch);
+    }
+    ~WatchedProlog() { m_reader.removeAdvDocHandler(&m_watch); }
+    WatchedProlog(const WatchedProlog&) = delete;
+    WatchedProlog& operator=(const WatchedProlog&) = delete;
+
+private:
+    xercesc::SAX2XMLReader& m_reader;
+    XmlVersionWatch& m_watch;
+};
+
+} // namespace
+
+void EnsureXercesIsInitialised()
+{
+    static const XercesGlobalState s_state;
+}
+
+XercesXMLParserImpl::XercesXMLParserImpl(InputSource& source, std::shared_ptr<SAXInterface> sink)
+    : XercesXMLParser(source, sink),
+      m_handler(std::make_unique<XercesXMLHandler>(std::move(sink), m_names))
+{
+    EnsureXercesIsInitialised();
+    m_reader.reset(
+        xercesc::XMLReaderFactory::createXMLReader(xercesc::XMLPlatformUtils::fgMemoryManager));
+    m_securityManager = std::make_unique<xercesc::SecurityManager>();
+    m_securityManager->setEntityExpansionLimit(0);
+    m_reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
+    SetXercesXMLHandler(*m_handler);
+    SetEntityResolver();
+    m_reader->setExitOnFirstFatalError(true);
+    SetFeatures(*m_reader, {{XMLUni::fgXercesLoadExternalDTD, false},
+                            {XMLUni::fgXercesDisableDefaultEntityResolution, true},
+                            {XMLUni::fgXercesLoadSchema, false},
+                            {XMLUni::fgXercesDynamic, false}});
+    PrepareParserState();
+}
+
+XercesXMLParserImpl::~XercesXMLParserImpl() = default;
+
+void XercesXMLParserImpl::SetXercesXMLHandler(XercesXMLHandler& handler)
+{
+    m_reader->setContentHandler(&handler);
+    m_reader->setErrorHandler(&handler);
+    m_reader->setDeclarationHandler(&handler);
+    handler.resetErrors();
+}
+
+void XercesXMLParserImpl::SetEntityResolver()
+{
+    auto* const xmlEntityResolver = m_handler.get();
+    auto* const sax2readerImpl = dynamic_cast<xercesc::SAX2XMLReaderImpl*>(m_reader.get());
+    if (xmlEntityResolver == nullptr || sax2readerImpl == nullptr)
+        ThrowAssertion(u"XercesXMLParser", 322, u"xmlEntityResolver && sax2readerImpl",
+                       KesErrorsError::LogicAssert_0x9D18F6F8());
+    sax2readerImpl->setXMLEntityResolver(xmlEntityResolver);
+}
+
+void XercesXMLParserImpl::PrepareParserState()
+{
+    const Metrics::Scope scope("XercesXMLParser_PrepareParserState");
+    m_reader->resetCachedGrammarPool();
+    if (m_noSchemaLoaded) {
+        SetFeatures(*m_reader, {{XMLUni::fgSAX2CoreNameSpaces, false},
+                                {XMLUni::fgSAX2CoreValidation, false},
+                                {XMLUni::fgXercesSkipDTDValidation, true},
+                                {XMLUni::fgXercesSchemaFullChecking, false},
+                                {XMLUni::fgXercesHandleMultipleImports, false}});
+        return;
+    }
+    LoadXSDResource(LookupResource(QtKesResourceId::FileformatXmlXsd));
+    LoadXSDResource(LookupResource(QtKesResourceId::FileformatUserXsd));
+    SetFeatures(*m_reader, {{XMLUni::fgSAX2CoreNameSpaces, true},
+                            {XMLUni::fgSAX2CoreNameSpacePrefixes, true},
+                            {XMLUni::fgSAX2CoreValidation, true},
+                            {XMLUni::fgXercesIdentityConstraintChecking, true},
+                            {XMLUni::fgXercesSkipDTDValidation, false},
+                            {XMLUni::fgXercesSchemaFullChecking, true},
+                            {XMLUni::fgXercesHandleMultipleImports, true},
+                            {XMLUni::fgXercesSchema, true},
+                            {XMLUni::fgXercesUseCachedGrammarInParse, true},
+                            {XMLUni::fgXercesValidationErrorAsFatal, false}});
+}
+
+void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
+{
+    const Metrics::Scope scope("XercesXMLParser_LoadXSDSource");
+    if (std::exchange(m_noSchemaLoaded, false))
+        PrepareParserState();
+    if (xsdSource.Id().IsEmpty())
+        ThrowAssertion(u"XercesXMLParser", 302, u"!xsdSource.Id().IsEmpty()",
+                       KesErrorsError::LogicAssert_0xC83A570E());
+    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&xsdSource);
+    if (xercesableSource == nullptr)
+        ThrowAssertion(u"XercesXMLParser", 305, u"xercesableSource != nullptr",
+                       KesErrorsError::LogicAssert_0xAB95E4EA());
+    const XercesInputSource schema =
+        xercesableSource->GetXercesInputSource(ColonProcessingMode::None);
+    {
+        const LoadingSchemaScope loading(*m_handler);
+        m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
+    }
+    m_xsdNames.push_back(xsdSource.Id());
+    CollectHandlerErrors();
+}
+
+void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
+{
+    m_handler->GetCurrentLocationHandler(line, column);
+}
+
+void XercesXMLParserImpl::Reload(InputSource& source, std::shared_ptr<SAXInterface> sink)
+{
+    auto handler = std::make_unique<XercesXMLHandler>(sink, m_names);
+    XercesXMLParser::Reload(source, std::move(sink));
+    SetXercesXMLHandler(*handler);
+    m_handler = std::move(handler);
+    SetEntityResolver();
+}
+
+void XercesXMLParserImpl::AllowEntityExpansion_Insecure()
+{
+    m_securityManager->setEntityExpansionLimit(c_defaultEntityExpansionLimit);
+}
+
+void XercesXMLParserImpl::ParseImpl()
+{
+    if (HasErrors())
+        ThrowAssertion(u"XercesXMLParser", 165, u"HasErrors() == false",
+                       KesErrorsError::LogicAssert_0xE60C9000());
+    DoXercesParse();
+}
+
+void XercesXMLParserImpl::DoXercesParse()
+{
+    const Metrics::Scope scope("XercesXMLParser_DoXercesParse");
+    m_handler->resetErrors();
+    m_handler->DiscardPendingText();
+    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
+    if (xercesableSource == nullptr)
+        ThrowAssertion(u"XercesXMLParser", __LINE__, u"xercesableSource != nullptr",
+                       KesErrorsError::LogicAssert_0x7C41D09B());
+    const XercesInputSource document =
+        xercesableSource->GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
+    const auto noError = TError::ErrorInfo::NoError();
+    try {
+        ScanDocument(document);
+        if (m_handler->SawErrors())
+            CollectHandlerErrors();
+    } catch (const xercesc::OutOfMemoryException&) {
+        Error(u"OutOfMemoryException", noError);
+    } catch (const XMLParseException& exception) {
+        const TString messages = exception.GetConcatenatedMessages();
+        Error(messages, noError);
+        FatalError(messages, noError);
+    } catch (const xercesc::XMLException& exception) {
+        Error(GetTStringFromXMLChPtr(exception.getMessage(), -1), noError);
+    } catch (...) {
+        Error(u"Unexpected exception", noError);
+    }
+}
+
+void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)
+{
+    xercesc::XMLPScanToken token;
+    if (!ScanProlog(document, token))
+        return;
+    ScanInProgress scan(*m_reader, token);
+    while (!m_handler->IsDone() && scan.Next()) {
+    }
+}
+
+bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
+                                     xercesc::XMLPScanToken& token)
+{
+    if (m_xmlVersionSticks)
+        ForgetXmlVersion();
+    // Until the prolog is known to have been harmless.
+    m_xmlVersionSticks = true;
+    XmlVersionWatch watch;
+    const WatchedProlog watched(*m_reader, watch);
+    const bool complete = m_reader->parseFirst(document(), token);
+    m_xmlVersionSticks = !complete || watch.SawOtherVersion();
+    return complete;
+}
+
+/// A scanner reads a document without XML declaration in the version of the last document that had
+/// one. A new one, with the settings of the old, knows of no document before.
+void XercesXMLParserImpl::ForgetXmlVersion()
+{
+    m_handler->ForgetLocator();
+    m_reader->setProperty(XMLUni::fgXercesScannerName, const_cast<XMLCh*>(XMLUni::fgIGXMLScanner));
+    m_xmlVersionSticks = false;
+}
+
+void XercesXMLParserImpl::CollectHandlerErrors()
+{
+    const auto noError = TError::ErrorInfo::NoError();
+    for (const TString& message : m_handler->GetWarnings())
+        Warning(message, noError);
+    const std::vector<TString>& errors = m_handler->GetErrors();
+    const std::size_t fatal = m_handler->SawFatalError() && !errors.empty() ? 1 : 0;
+    for (std::size_t i = 0; i + fatal < errors.size(); ++i)
+        Error(errors[i], noError);
+    if (fatal != 0)
+        FatalError(errors.back(), noError);
+    m_handler->resetErrors();
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "XercesXMLHandler.h"
+
+#include <kescorexml/XercesXMLParser.h>
+
+#include <xercesc/framework/XMLPScanToken.hpp>
+#include <xercesc/sax2/SAX2XMLReader.hpp>
+#include <xercesc/util/SecurityManager.hpp>
+
+class IXercesInputSourceProvider;
+class XercesInputSource;
+
+/// Initialises Xerces on the first call; it stays so until the process ends. Whatever was created
+/// after that call is destroyed before Xerces is shut down.
+void EnsureXercesIsInitialised();
+
+/// The driver of one Xerces reader.
+class XercesXMLParserImpl final : public XercesXMLParser
+{
+public:
+    XercesXMLParserImpl(InputSource& source, std::shared_ptr<SAXInterface> sink);
+    ~XercesXMLParserImpl() override;
+
+    void LoadXSDSource(InputSource& xsdSource) override;
+    void GetCurrentLocation(int& line, int& column) override;
+    void Reload(InputSource& source, std::shared_ptr<SAXInterface> sink) override;
+    std::vector<TString> GetXSDNames() const override { return m_xsdNames; }
+    void AllowEntityExpansion_Insecure() override;
+
+protected:
+    void ParseImpl() override;
+
+private:
+    /// Content, error and declaration handler.
+    void SetXercesXMLHandler(XercesXMLHandler& handler);
+    void SetEntityResolver();
+    void PrepareParserState();
+    void DoXercesParse();
+    void ScanDocument(const XercesInputSource& document);
+    bool ScanProlog(const XercesInputSource& document, xercesc::XMLPScanToken& token);
+    void ForgetXmlVersion();
+    void CollectHandlerErrors();
+
+    NameTable m_names;
+    std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
+    std::unique_ptr<xercesc::SecurityManager> m_securityManager;
+    std::unique_ptr<XercesXMLHandler> m_handler;
+    std::vector<TString> m_xsdNames;
+    bool m_noSchemaLoaded = true;
+    /// The scanner may hold on to the version of the last document.
+    bool m_xmlVersionSticks = false;
+};

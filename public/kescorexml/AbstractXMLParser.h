@@ -1,0 +1,43 @@
+#pragma once
+
+#include <kescorexml/InputSource.h>
+#include <kescorexml/Parser.h>
+#include <kescorexml/SAXFileLocation.h>
+#include <kescorexml/SAXInterface.h>
+
+#include <memory>
+
+/// A parser that reads one source and reports to one sink.
+class KESCOREXML_EXPORT AbstractXMLParser : public Parser, public SAXFileLocation
+{
+public:
+    /// `source` must live as long as it may be parsed: until this object ends or is reloaded.
+    AbstractXMLParser(InputSource& source, std::shared_ptr<SAXInterface> sink);
+    ~AbstractXMLParser() override;
+
+protected:
+    void ParseImpl() override = 0;
+
+public:
+    /// Loads an XML Schema to validate against; `id`, not empty, names it in diagnostics. What is
+    /// wrong with the schema is recorded among the warnings and errors.
+    virtual void LoadXSDString(const TString& xsdText, const TString& id);
+    /// The same for a file. TIO::Exception when it cannot be read.
+    virtual void LoadXSDFile(const TString& path);
+    /// The same for a source, which is read from where it stands and is not needed afterwards.
+    virtual void LoadXSDSource(InputSource& xsdSource) = 0;
+
+    /// Leaves both as they are unless overridden.
+    void GetCurrentLocation(int& line, int& column) override;
+
+    /// Binds another source and another sink for the next parse.
+    virtual void Reload(InputSource& source, std::shared_ptr<SAXInterface> sink);
+
+protected:
+    const std::shared_ptr<SAXInterface>& GetSink() const noexcept { return m_sink; }
+    InputSource& GetSource() const noexcept { return *m_source; }
+
+private:
+    std::shared_ptr<SAXInterface> m_sink;
+    InputSource* m_source;
+};

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <kescorexml/DOM.h>
+#include <kescorexml/DOMParserStatistics.h>
+#include <kescorexml/Export.h>
+#include <kescorexml/InputSource.h>
+#include <kescorexml/QtKesResourceId.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// Turns XML into documents.
+///
+/// Whatever is wrong with a document, or with a schema that it is checked against, becomes an error
+/// on the root element of the DOM that is returned, in the order reported; nothing of it is thrown.
+/// The tree then holds what came before the parse stopped. Warnings are dropped. The caller owns
+/// the DOM. White space alone between tags is dropped unless stated.
+///
+/// Parsing many documents with one object is cheaper than with many, unless schemas are in use.
+/// An object is for one thread at a time, its const operations too.
+/// Different objects may be used from different threads.
+class KESCOREXML_EXPORT DOMParser
+{
+public:
+    DOMParser();
+    ~DOMParser();
+    DOMParser(const DOMParser&) = delete;
+    DOMParser& operator=(const DOMParser&) = delete;
+
+    /// Adds a compiled-in schema that every further parse validates against. CorvinaException when
+    /// there is none for `id`.
+    void AddXSDResourceId(QtKesResourceId id);
+    /// Adds a schema of the caller. Its identifier must not be empty.
+    void AddXSDInputSource(std::unique_ptr<InputSource> source);
+
+    /// Whether elements record line and column of the ends of their tags. Off at first; costs a few
+    /// percent.
+    void SetEnableLineNumbersOnElements(bool enable);
+    bool GetEnableLineNumbersOnElements() const;
+    /// The flag that every DOM is made with; this class does not act on it. False at first.
+    void SetRestrictExternalPaths(bool restrict);
+    bool GetRestrictExternalPaths() const;
+    /// Called at the end of every parse, on the thread that parses; what it throws passes through.
+    /// An empty function switches it off.
+    void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
+
+    /// Parses a source from where it stands. What the source throws passes through.
+    std::unique_ptr<DOM> ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const;
+    /// Parses a text; `id` names it in messages. White space at its start is skipped, and the
+    /// encoding that its declaration names does not matter.
+    std::unique_ptr<DOM> ParseXmlString(const TString& text, const TString& id) const;
+    std::unique_ptr<DOM> ParseXmlString(TString&& text, const TString& id) const;
+    std::unique_ptr<DOM> ParseXmlString(const std::string& utf8, const TString& id) const;
+    std::unique_ptr<DOM> ParseXmlString(std::string&& utf8, const TString& id) const;
+    std::unique_ptr<DOM> ParseXmlString(const char* utf8, const TString& id) const;
+    /// Parses the bytes of a file in the encoding that their mark or their declaration names.
+    std::unique_ptr<DOM> ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
+    std::unique_ptr<DOM> ParseXmlBytes(std::vector<unsigned char>&& bytes) const;
+    /// Parses a file, white space at its start skipped. One that cannot be read gives a document
+    /// with a single element "error" that carries the reason as its error. A file above 1 GiB whose
+    /// start is not UTF-8 is a CorvinaException.
+    std::unique_ptr<DOM> ParseXmlFile(const TString& fileName) const;
+
+private:
+    class Impl;
+
+    std::unique_ptr<Impl> m_impl;
+};

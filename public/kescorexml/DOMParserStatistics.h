@@ -1,0 +1,13 @@
+#pragma once
+
+#include <kesplatform/TString.h>
+
+#include <cstdint>
+
+/// What a parser tells about a source that it has parsed.
+struct DOMParserStatistics
+{
+    /// In bytes.
+    std::uint64_t sourceSize;
+    TString sourceId;
+};

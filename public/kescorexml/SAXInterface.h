@@ -1,0 +1,37 @@
+#pragma once
+
+#include <kescorexml/Export.h>
+
+#include <kesplatform/TString.h>
+
+#include <unordered_map>
+
+/// Receives the events of one parse, on the thread that parses. What an operation throws abandons
+/// the parse and is recorded by the parser as an error.
+class KESCOREXML_EXPORT SAXInterface
+{
+public:
+    virtual ~SAXInterface();
+
+    /// Names are qualified names as written, prefix included.
+    virtual void StartElement(TString&& name,
+                              std::unordered_map<TString, TString>&& attributes) = 0;
+    virtual void EndElement() = 0;
+    /// One run of text up to the next tag, never empty.
+    virtual void TextContent(const TString& text) = 0;
+    /// Asked after each tag. True stops the parse without an error. False unless overridden.
+    virtual bool IsDone();
+};
+
+/// A sink that also supplies the schema documents which a schema imports or includes.
+class KESCOREXML_EXPORT SAXInterfaceExtension : public SAXInterface
+{
+public:
+    ~SAXInterfaceExtension() override;
+
+    /// The path of the schema file for a location named by the document at `baseUri`, empty for
+    /// none.
+    virtual TString ResolveSchemaLocation(const TString& baseUri, const TString& systemId) = 0;
+    /// Receives the text of that file and returns the text to compile.
+    virtual TString FilterSchemaText(const TString& text, const TString& path) = 0;
+};

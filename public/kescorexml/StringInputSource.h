@@ -1,0 +1,25 @@
+#pragma once
+
+#include <kescorexml/InputSourceUtils.h>
+#include <kescorexml/Utf8InputSource.h>
+
+/// A document given as text, kept as UTF-8. Halves of surrogate pairs become U+FFFD.
+/// Different objects may be used from different threads.
+class KESCOREXML_EXPORT StringInputSource : public Utf8InputSource
+{
+public:
+    /// See Utf8InputSource for `skipLeadingWhitespace`. Size counts UTF-8 bytes.
+    StringInputSource(const TString& text, const TString& id, bool skipLeadingWhitespace);
+    ~StringInputSource() override;
+
+private:
+    friend std::unique_ptr<InputSource>
+    InputSourceUtils::InputSourceFromFileName(const TString& fileName, bool skipLeadingWhitespace);
+
+    struct FromUtf8
+    {
+    };
+
+    /// The same for a text that stands in UTF-8 already.
+    StringInputSource(FromUtf8, std::string&& utf8, const TString& id, bool skipLeadingWhitespace);
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <kescorexml/AbstractXMLParser.h>
+
+/// The library's parser. It checks documents for well-formedness and, from the first schema that
+/// it loads on, validates them; there is no way back from that.
+///
+/// Nothing is read but the source: external DTDs are not loaded, external entity declarations fail
+/// the parse, and so do references to internal entities unless expansion is allowed. A sink that is
+/// done stops the parse where it stands. No problem of a document is thrown; what a source throws
+/// while it is read passes through. Different objects may be used from different threads.
+class KESCOREXML_EXPORT XercesXMLParser : public AbstractXMLParser
+{
+public:
+    /// See AbstractXMLParser for how long `source` must live.
+    static std::unique_ptr<XercesXMLParser> Create(InputSource& source,
+                                                   std::shared_ptr<SAXInterface> sink);
+    ~XercesXMLParser() override;
+
+    /// The identifiers of the schemas loaded, in load order; the two base schemas, which the first
+    /// schema brings with it, come first.
+    virtual std::vector<TString> GetXSDNames() const = 0;
+    /// Lets a document expand up to 50000 internal entity references instead of none. Documents of
+    /// unknown origin can then cost much time and memory.
+    virtual void AllowEntityExpansion_Insecure() = 0;
+
+    /// Loads a schema from the compiled-in resource of that name. CorvinaException when there is
+    /// none.
+    void LoadXSDResource(const TString& resourceAlias);
+
+protected:
+    using AbstractXMLParser::AbstractXMLParser;
+};
