@@ -20,8 +20,8 @@ QStringView NumberText(const TString& text)
     const auto* last = units.end();
     while (last != first && TCType::isSpace(last[-1]))
         --last;
-    // What is white space or a digit elsewhere in Unicode is not so here.
-    if (std::any_of(first, last, [](char16_t unit) { return unit > 0x7F; }))
+    // What is white space or a digit elsewhere in Unicode is not so here, and a zero is no end.
+    if (std::any_of(first, last, [](char16_t unit) { return unit == 0 || unit > 0x7F; }))
         return {};
     return {first, last};
 }

@@ -1,0 +1,275 @@
+// The text of a file is reached through TFile; this is about the bytes in it.
+#include <kesplatform/TFile.h>
+
+#include "support/RandomText.h"
+#include "support/TemporaryFiles.h"
+
+#include <gmock/gmock.h>
+
+#include <QStringConverter>
+
+#include <optional>
+
+using namespace std::string_literals;
+
+namespace {
+
+class TextDecoding : public testing::Test
+{
+protected:
+    /// Loads a file of these bytes both ways, and expects the same of both.
+    TString Load(std::string_view bytes) const
+    {
+        const TPath path = m_files.Write(u"text", bytes);
+        TString text = TFile::LoadTextFile(path, 1);
+        EXPECT_EQ(text.toStdString(), TFile::LoadTextFileAsUtf8(path, 1));
+        return text;
+    }
+
+    /// The message about a file of these bytes, without the file's name.
+    std::string Failure(std::string_view bytes) const
+    {
+        const TPath path = m_files.Write(u"text", bytes);
+        const std::string first = MessageOf([&path] { TFile::LoadTextFile(path, 1); });
+        EXPECT_EQ(first, MessageOf([&path] { TFile::LoadTextFileAsUtf8(path, 1); }));
+        const std::string prefix = path.GetString().toStdString() + ": ";
+        EXPECT_THAT(first, testing::StartsWith(prefix));
+        return first.substr(std::min(first.size(), prefix.size()));
+    }
+
+private:
+    template <typename Action>
+    static std::string MessageOf(const Action& action)
+    {
+        try {
+            action();
+            return "nothing was thrown";
+        } catch (const TIO::Exception& exception) {
+            return exception.what();
+        }
+    }
+
+    TemporaryFiles m_files;
+};
+
+std::string InvalidAt(std::size_t offset, const std::string& encoding)
+{
+    return "the byte at offset " + std::to_string(offset) + " is not valid in " + encoding;
+}
+
+std::string Encode(QStringConverter::Encoding encoding, bool withMark, const TString& text)
+{
+    QStringEncoder encoder(encoding, withMark ? QStringConverter::Flag::WriteBom
+                                              : QStringConverter::Flag::Default);
+    const QByteArray bytes = encoder(QString(text));
+    return bytes.toStdString();
+}
+
+TString Declared(const char16_t* encoding)
+{
+    return TString(u"<?xml version='1.0' encoding='") + encoding + u"'?>";
+}
+
+std::string DeclaredBytes(const char16_t* encoding)
+{
+    return Declared(encoding).toStdString();
+}
+
+constexpr QStringConverter::Encoding c_wide[] = {
+    QStringConverter::Utf16LE, QStringConverter::Utf16BE, QStringConverter::Utf32LE,
+    QStringConverter::Utf32BE};
+
+/// Texts without halves of pairs, as files can hold them.
+TString RandomWholeText(RandomText& random)
+{
+    return TString::fromStdString(TString(std::u16string_view(random.Any(300))).toStdString());
+}
+
+} // namespace
+
+TEST_F(TextDecoding, ReadsUtf8WhenNothingElseIsSaid)
+{
+    RandomText random(1);
+    for (int round = 0; round < 50; ++round) {
+        const TString text = u"a" + RandomWholeText(random);
+        EXPECT_EQ(text, Load(text.toStdString()));
+        EXPECT_EQ(text, Load("\xEF\xBB\xBF" + text.toStdString()));
+    }
+}
+
+TEST_F(TextDecoding, TakesOneMarkOffAndNoMore)
+{
+    EXPECT_EQ(TString(), Load("\xEF\xBB\xBF"));
+    EXPECT_EQ(TString(u"\uFEFFa"), Load("\xEF\xBB\xBF\xEF\xBB\xBF"
+                                        "a"));
+    EXPECT_EQ(TString(), Load("\xFF\xFE"));
+    EXPECT_EQ(TString(u"\uFEFFa"), Load("\xFE\xFF\xFE\xFF\0a"s));
+}
+
+TEST_F(TextDecoding, ReadsWideEncodingsByMark)
+{
+    RandomText random(2);
+    for (const auto encoding : c_wide) {
+        for (int round = 0; round < 20; ++round) {
+            const TString text = u"a" + RandomWholeText(random);
+            EXPECT_EQ(text, Load(Encode(encoding, true, text)));
+        }
+        // The mark is right whatever the declaration says.
+        const TString declared = Declared(u"windows-1252") + u"\u20AC";
+        EXPECT_EQ(declared, Load(Encode(encoding, true, declared)));
+    }
+}
+
+TEST_F(TextDecoding, ReadsWideEncodingsByTheirDeclaration)
+{
+    RandomText random(3);
+    for (const auto encoding : c_wide) {
+        for (const char16_t* name : {u"UTF-16", u"utf-16le", u"UTF-32", u"UTF-8", u"ISO-8859-1"}) {
+            const TString text = Declared(name) + RandomWholeText(random);
+            EXPECT_EQ(text, Load(Encode(encoding, false, text)));
+        }
+    }
+}
+
+TEST_F(TextDecoding, ReadsLongWideTexts)
+{
+    TString text = Declared(u"UTF-16");
+    for (int i = 0; i < 20000; ++i)
+        text += u"a\u20AC\U0001F600";
+    EXPECT_TRUE(text == Load(Encode(QStringConverter::Utf16BE, false, text)));
+    EXPECT_TRUE(text == Load(Encode(QStringConverter::Utf16LE, true, text)));
+}
+
+TEST_F(TextDecoding, ReadsEveryByteOfLatin1)
+{
+    std::string bytes;
+    TString expected;
+    for (unsigned byte = 0; byte <= 0xFF; ++byte) {
+        bytes += static_cast<char>(byte);
+        expected += static_cast<char16_t>(byte);
+    }
+    for (const char16_t* name : {u"ISO-8859-1", u"iso-8859-1", u"latin1", u"ISO_8859-1"})
+        EXPECT_EQ(Declared(name) + expected, Load(DeclaredBytes(name) + bytes));
+}
+
+TEST_F(TextDecoding, ReadsEveryByteOfWindows1252)
+{
+    // Zero marks the five bytes that stand for nothing.
+    constexpr std::u16string_view c_upper(
+        u"\u20AC\0\u201A\u0192\u201E\u2026\u2020\u2021\u02C6\u2030\u0160\u2039\u0152\0\u017D\0"
+        u"\0\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\0\u017E\u0178",
+        32);
+    const std::string declaration = DeclaredBytes(u"windows-1252");
+    for (unsigned byte = 1; byte <= 0xFF; ++byte) {
+        const bool isUpper = byte >= 0x80 && byte < 0xA0;
+        const char16_t unit = isUpper ? c_upper[byte - 0x80] : static_cast<char16_t>(byte);
+        const std::string bytes = declaration + "x" + static_cast<char>(byte) + "x";
+        if (unit == 0)
+            EXPECT_EQ(InvalidAt(declaration.size() + 1, "windows-1252"), Failure(bytes));
+        else
+            EXPECT_EQ(Declared(u"windows-1252") + u"x" + TString(1, unit) + u"x", Load(bytes));
+    }
+}
+
+TEST_F(TextDecoding, ReadsUsAsciiAndNothingBeyond)
+{
+    const std::string declaration = DeclaredBytes(u"US-ASCII");
+    EXPECT_EQ(Declared(u"US-ASCII") + u"a~\u007F", Load(declaration + "a~\x7F"));
+    EXPECT_EQ(InvalidAt(declaration.size() + 2, "US-ASCII"), Failure(declaration + "ab\x80"));
+    EXPECT_EQ(InvalidAt(declaration.size(), "US-ASCII"), Failure(declaration + "\xC3\xA9"));
+}
+
+TEST_F(TextDecoding, ReadsOtherEncodingsThatTheSystemKnows)
+{
+    EXPECT_EQ(Declared(u"ISO-8859-15") + u"\u20AC", Load(DeclaredBytes(u"ISO-8859-15") + "\xA4"));
+    EXPECT_EQ(Declared(u"KOI8-R") + u"\u0430", Load(DeclaredBytes(u"KOI8-R") + "\xC1"));
+    EXPECT_EQ(Declared(u"Shift_JIS") + u"\u3042", Load(DeclaredBytes(u"Shift_JIS") + "\x82\xA0"));
+    EXPECT_EQ(Declared(u"ISO-2022-JP") + u"\u3042z",
+              Load(DeclaredBytes(u"ISO-2022-JP") + "\x1B$B$\"\x1B(Bz"));
+}
+
+TEST_F(TextDecoding, ReadsTheDeclarationInEveryForm)
+{
+    for (const std::string declaration :
+         {"<?xml version='1.0' encoding='ISO-8859-1'?>",
+          "<?xml version=\"1.0\" encoding=\"ISO-8859-1\" standalone='yes' ?>",
+          "<?xml\tversion = '1.0'\r\n encoding\n=\t'ISO-8859-1'?>", "<?xml encoding='ISO-8859-1'?>",
+          "<?xml version=\"it's\" encoding='ISO-8859-1'?>",
+          " \r\n\t<?xml version='1.0' encoding='ISO-8859-1'?>"})
+        EXPECT_EQ(TString::fromStdString(declaration) + u"\u00E9", Load(declaration + "\xE9"));
+}
+
+TEST_F(TextDecoding, IgnoresWhatIsNoDeclaration)
+{
+    for (const std::string text :
+         {"<?xml-stylesheet encoding='ISO-8859-1'?>", "<?XML encoding='ISO-8859-1'?>",
+          "<a encoding='ISO-8859-1'>", "x<?xml encoding='ISO-8859-1'?>",
+          "<?xml version='1.0'?><a encoding='ISO-8859-1'>",
+          "<?xml version='1.0 encoding=\"ISO-8859-1\"?>", "<?xml encoding=ISO-8859-1?>",
+          "<?xml encoding='ISO-8859-1", "<?xml encoding='ISO-8859-1'", "<?xml Encoding='latin1'?>",
+          "<?xml version='1.0' encoding=''?>", "<?xml version='encoding=\"latin1\"'?>"}) {
+        EXPECT_EQ(TString::fromStdString(text) + u"\u00E9", Load(text + "\xC3\xA9"));
+        EXPECT_EQ(InvalidAt(text.size(), "UTF-8"), Failure(text + "\xE9<"));
+    }
+}
+
+TEST_F(TextDecoding, TrustsTheBytesWhereTheDeclarationCannotBeTrue)
+{
+    for (const char16_t* name : {u"UTF-16", u"UTF-16LE", u"UCS-2", u"UTF-32", u"EBCDIC-US"}) {
+        EXPECT_EQ(Declared(name) + u"\u00E9", Load(DeclaredBytes(name) + "\xC3\xA9"));
+        EXPECT_EQ(InvalidAt(DeclaredBytes(name).size(), "UTF-8"),
+                  Failure(DeclaredBytes(name) + "\xE9"));
+    }
+}
+
+TEST_F(TextDecoding, NamesAnEncodingThatNobodyKnows)
+{
+    for (const char16_t* name :
+         {u"no-such-encoding", u"UTF-9", u"latin1//IGNORE", u"ut f-8", u"/", u"caf\u00E9"}) {
+        const std::string expected =
+            "the encoding \"" + TString(name).toStdString() + "\" is not known";
+        if (TString(name).contains(u'\u00E9'))
+            continue;
+        EXPECT_EQ(expected, Failure(DeclaredBytes(name)));
+        EXPECT_EQ(expected, Failure(Encode(QStringConverter::Utf16LE, false, Declared(name))));
+    }
+}
+
+TEST_F(TextDecoding, NamesTheFirstByteThatIsNotUtf8)
+{
+    EXPECT_EQ(InvalidAt(0, "UTF-8"), Failure("\x80"));
+    EXPECT_EQ(InvalidAt(0, "UTF-8"), Failure("\xC3"));
+    EXPECT_EQ(InvalidAt(3, "UTF-8"), Failure("abc\xFF"
+                                             "def\xFF"));
+    EXPECT_EQ(InvalidAt(4, "UTF-8"), Failure("\xEF\xBB\xBF"
+                                             "a\xE9"));
+    EXPECT_EQ(InvalidAt(2, "UTF-8"), Failure("\xC3\xA9\xED\xA0\x80"));
+    for (std::size_t at = 0; at < 70; ++at) {
+        const std::string bytes = std::string(at, 'x') + "\xE2\x82" + std::string(40, 'x');
+        EXPECT_EQ(InvalidAt(at, "UTF-8"), Failure(bytes));
+        EXPECT_EQ(InvalidAt(at, "UTF-8"), Failure(bytes.substr(0, at + 2)));
+    }
+}
+
+TEST_F(TextDecoding, NamesTheFirstByteThatIsNotUtf16OrUtf32)
+{
+    EXPECT_EQ(InvalidAt(4, "UTF-16LE"), Failure("\xFF\xFE"
+                                                "a\0\0\xD8"
+                                                "b\0"s));
+    EXPECT_EQ(InvalidAt(4, "UTF-16LE"), Failure("\xFF\xFE"
+                                                "a\0\0\xDC"
+                                                "b\0"s));
+    EXPECT_EQ(InvalidAt(2, "UTF-16BE"), Failure("\xFE\xFF\xD8\x3D"s));
+    EXPECT_EQ(InvalidAt(4, "UTF-16BE"), Failure("\xFE\xFF\0ab"s));
+    EXPECT_EQ(InvalidAt(4, "UTF-32LE"), Failure("\xFF\xFE\0\0\0\0\x11\0"s));
+    EXPECT_EQ(InvalidAt(8, "UTF-32BE"), Failure("\0\0\xFE\xFF\0\0\0a\0\0\xD8\0"s));
+    EXPECT_EQ(InvalidAt(4, "UTF-32BE"), Failure("\0\0\xFE\xFF\0\0\0"s));
+}
+
+TEST_F(TextDecoding, NamesOffsetsFarIntoTheFile)
+{
+    const std::string declaration = DeclaredBytes(u"windows-1252");
+    const std::string text(100000, '\x80');
+    EXPECT_EQ(InvalidAt(declaration.size() + text.size(), "windows-1252"),
+              Failure(declaration + text + "\x81"));
+}
