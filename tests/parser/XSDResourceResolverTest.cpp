@@ -97,7 +97,17 @@ private:
     TLog::Sink m_previous;
 };
 
-TEST(XSDResources, NumbersTheFileTypes)
+/// Keeps what is logged by the way out of the test's output.
+class XSDResourceResolver : public testing::Test
+{
+protected:
+    const Log& GetLog() const { return m_log; }
+
+private:
+    Log m_log;
+};
+
+TEST_F(XSDResourceResolver, NumbersTheFileTypes)
 {
     EXPECT_EQ(static_cast<int>(XmlFileType::Zap), 1);
     EXPECT_EQ(static_cast<int>(XmlFileType::Zeb), 2);
@@ -109,7 +119,7 @@ TEST(XSDResources, NumbersTheFileTypes)
     EXPECT_EQ(static_cast<int>(XmlFileType::Zyq), 8);
 }
 
-TEST(XSDResources, ExistForTheKnownVersionsOfVersionedTypes)
+TEST_F(XSDResourceResolver, ExistForTheKnownVersionsOfVersionedTypes)
 {
     for (const Schema& schema : c_schemas) {
         for (const char* version : {"18.1", "10.5", "10.4", "10.3", "10.2", "10.2.7", "10.3-beta"})
@@ -120,7 +130,7 @@ TEST(XSDResources, ExistForTheKnownVersionsOfVersionedTypes)
     }
 }
 
-TEST(XSDResources, DoNotExistForOtherTypes)
+TEST_F(XSDResourceResolver, DoNotExistForOtherTypes)
 {
     for (const int type : c_typesWithoutSchema) {
         for (const char* version : {"18.1", "10.2", "19.0"}) {
@@ -132,17 +142,16 @@ TEST(XSDResources, DoNotExistForOtherTypes)
     }
 }
 
-TEST(XSDResources, HaveTheirBaseNameInTheCurrentVersion)
+TEST_F(XSDResourceResolver, HaveTheirBaseNameInTheCurrentVersion)
 {
-    const Log log;
     for (const Schema& schema : c_schemas) {
         EXPECT_EQ(Name(schema.type, "18.1"), schema.baseName);
         EXPECT_EQ(Name(schema.type, "18.1.0"), schema.baseName);
     }
-    EXPECT_TRUE(log.Messages().empty());
+    EXPECT_TRUE(GetLog().Messages().empty());
 }
 
-TEST(XSDResources, HaveTheVersionInTheirNameInOtherVersions)
+TEST_F(XSDResourceResolver, HaveTheVersionInTheirNameInOtherVersions)
 {
     for (const Schema& schema : c_schemas) {
         for (const char* version : {"10_2", "10_3", "10_4", "10_5"}) {
@@ -154,7 +163,7 @@ TEST(XSDResources, HaveTheVersionInTheirNameInOtherVersions)
     }
 }
 
-TEST(XSDResources, DoNotFallBackToAnotherVersion)
+TEST_F(XSDResourceResolver, DoNotFallBackToAnotherVersion)
 {
     for (const char* version : {"10.1", "10.6", "18.0", "18.2", "19.0", "18.1-beta", "18.1.1"}) {
         for (const Schema& schema : c_schemas) {
@@ -164,26 +173,25 @@ TEST(XSDResources, DoNotFallBackToAnotherVersion)
     }
 }
 
-TEST(XSDResources, LogEveryVersionThatIsNotTheCurrentOne)
+TEST_F(XSDResourceResolver, LogEveryVersionThatIsNotTheCurrentOne)
 {
-    const Log log;
     Name(XmlFileType::Zap, "10.3");
     Name(XmlFileType::Zun, "10.3.1-rc");
-    EXPECT_EQ(log.Messages(), (std::vector<std::string>{
-                                  "XSD Resource version '10.3' != Current version '18.1'",
+    EXPECT_EQ(
+        GetLog().Messages(),
+        (std::vector<std::string>{"XSD Resource version '10.3' != Current version '18.1'",
                                   "XSD Resource version '10.3.1-rc' != Current version '18.1'"}));
-    EXPECT_EQ(log.Severities(), (std::vector<int>{1, 1}));
+    EXPECT_EQ(GetLog().Severities(), (std::vector<int>{1, 1}));
 }
 
-TEST(XSDResources, LogNothingForTypesWithoutSchema)
+TEST_F(XSDResourceResolver, LogNothingForTypesWithoutSchema)
 {
-    const Log log;
     Name(XmlFileType::Zor, "10.3");
     Name(static_cast<XmlFileType>(9), "10.3");
-    EXPECT_TRUE(log.Messages().empty());
+    EXPECT_TRUE(GetLog().Messages().empty());
 }
 
-TEST(XSDResources, AreThoseThatTheAliasesName)
+TEST_F(XSDResourceResolver, AreThoseThatTheAliasesName)
 {
     EXPECT_EQ(Name(XmlFileType::Zok, "10.4"),
               LookupResource(QtKesResourceId::FileformatZokXsd_10_4).toStdString());
@@ -191,7 +199,7 @@ TEST(XSDResources, AreThoseThatTheAliasesName)
               LookupResource(QtKesResourceId::FileformatZyqXsd).toStdString());
 }
 
-TEST(XSDResources, OpenAsSourcesOfTheirTextNamedAfterTheResource)
+TEST_F(XSDResourceResolver, OpenAsSourcesOfTheirTextNamedAfterTheResource)
 {
     for (const Schema& schema : c_schemas) {
         for (const char* version : {"18.1", "10.2", "10.3", "10.4", "10.5"}) {
@@ -208,7 +216,7 @@ TEST(XSDResources, OpenAsSourcesOfTheirTextNamedAfterTheResource)
     }
 }
 
-TEST(XSDResources, AssertThatTheCurrentSchemaWasBuiltIn)
+TEST_F(XSDResourceResolver, AssertThatTheCurrentSchemaWasBuiltIn)
 {
     t_hideResources = true;
     try {
@@ -225,7 +233,7 @@ TEST(XSDResources, AssertThatTheCurrentSchemaWasBuiltIn)
     }
 }
 
-TEST(XSDResources, AreNotAssertedForOtherVersions)
+TEST_F(XSDResourceResolver, AreNotAssertedForOtherVersions)
 {
     t_hideResources = true;
     const std::string name = Name(XmlFileType::Zil, "10.2");
@@ -233,7 +241,7 @@ TEST(XSDResources, AreNotAssertedForOtherVersions)
     EXPECT_EQ(name, "");
 }
 
-TEST(XSDResources, FollowTheVersionOfADocument)
+TEST_F(XSDResourceResolver, FollowTheVersionOfADocument)
 {
     const struct
     {
@@ -255,7 +263,7 @@ TEST(XSDResources, FollowTheVersionOfADocument)
     }
 }
 
-TEST(XSDResources, AreMissingForADocumentOfAnotherVersion)
+TEST_F(XSDResourceResolver, AreMissingForADocumentOfAnotherVersion)
 {
     ScriptedInputSource document("<zap version='19.0'/>");
     EXPECT_EQ(GetVersionedXsdInputSourceForDocument(XmlFileType::Zap, document, TString()),
@@ -264,7 +272,7 @@ TEST(XSDResources, AreMissingForADocumentOfAnotherVersion)
               nullptr);
 }
 
-TEST(XSDResources, NeedADocumentThatNamesItsVersion)
+TEST_F(XSDResourceResolver, NeedADocumentThatNamesItsVersion)
 {
     for (const char* text : {"<zap format='10.4'/>", "<?xml version='1.0'?>", ""}) {
         ScriptedInputSource document{std::string(text)};
