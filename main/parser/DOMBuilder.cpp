@@ -1,6 +1,7 @@
 #include <kescorexml/DOMBuilder.h>
 
 #include <kescorexml/DOM.h>
+#include <kescorexml/DOMElement.h>
 #include <kescorexml/SAXFileLocation.h>
 
 #include <kesplatform/TScanString.h>

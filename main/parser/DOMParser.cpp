@@ -6,6 +6,7 @@
 
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/DOMBuilder.h>
+#include <kescorexml/DOMElement.h>
 #include <kescorexml/InputSourceUtils.h>
 #include <kescorexml/LookupResource.h>
 #include <kescorexml/StringInputSource.h>

@@ -1,0 +1,207 @@
+#include "support/ParseOutcome.h"
+#include "support/TemporaryFile.h"
+
+#include <kescorexml/BinaryInputSource.h>
+#include <kescorexml/FileInputSource.h>
+#include <kescorexml/InputSourceUtils.h>
+
+#include <QStringEncoder>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+enum class Mark { Without, With };
+
+/// The characters of the Latin-1 range, which all encodings under test have.
+TString LatinText()
+{
+    TString text = u"x";
+    for (char16_t unit = 0xA1; unit <= 0xFF; ++unit)
+        text += unit;
+    return text;
+}
+
+std::string DocumentIn(const std::string& declared, const std::string& text)
+{
+    return "<?xml version='1.0' encoding='" + declared + "'?><a b='" + text + "'>" + text + "</a>";
+}
+
+std::string Utf16(const std::string& utf8, QStringConverter::Encoding encoding, Mark mark)
+{
+    QStringEncoder encoder(encoding, mark == Mark::With ? QStringConverter::Flag::WriteBom
+                                                        : QStringConverter::Flag::Default);
+    const QByteArray bytes = encoder.encode(QString::fromStdString(utf8));
+    return bytes.toStdString();
+}
+
+ParseOutcome ParseBytes(const std::string& bytes)
+{
+    BinaryInputSource source(std::vector<unsigned char>(bytes.begin(), bytes.end()), u"id", false);
+    return ParseSource(source);
+}
+
+ParseOutcome ParseFileThroughMemory(const std::string& bytes)
+{
+    const TemporaryFolder folder;
+    const auto source =
+        InputSourceUtils::InputSourceFromFileName(folder.Write("a.xml", bytes), true);
+    return ParseSource(*source);
+}
+
+ParseOutcome ParseFileInChunks(const std::string& bytes)
+{
+    const TemporaryFolder folder;
+    FileInputSource source(folder.Write("a.xml", bytes));
+    return ParseSource(source);
+}
+
+void ExpectText(const ParseOutcome& outcome, const TString& text)
+{
+    const std::string utf8 = text.toStdString();
+    EXPECT_THAT(outcome.errors, IsEmpty());
+    EXPECT_THAT(outcome.events, ElementsAre("<a b=" + utf8 + ">", "'" + utf8 + "'", "</>"));
+}
+
+} // namespace
+
+TEST(XercesInputSource, ReadsBytesInTheEncodingThatTheyDeclare)
+{
+    const TString text = LatinText();
+    std::string latin;
+    for (const char16_t unit : text.view())
+        latin += static_cast<char>(unit);
+    for (const char* const name : {"ISO-8859-1", "iso-8859-1", "windows-1252"}) {
+        ExpectText(ParseBytes(DocumentIn(name, latin)), text);
+        ExpectText(ParseFileThroughMemory(DocumentIn(name, latin)), text);
+    }
+    ExpectText(ParseBytes(DocumentIn("utf-8", text.toStdString())), text);
+    ExpectText(ParseFileThroughMemory(DocumentIn("utf-8", text.toStdString())), text);
+    ExpectText(ParseFileInChunks(DocumentIn("utf-8", text.toStdString())), text);
+}
+
+TEST(XercesInputSource, ReadsWindows1252BeyondLatin1)
+{
+    ExpectText(ParseBytes(DocumentIn("windows-1252", "\x80\x93")), u"\u20AC\u201C");
+    ExpectText(ParseFileThroughMemory(DocumentIn("windows-1252", "\x80\x93")), u"\u20AC\u201C");
+}
+
+TEST(XercesInputSource, ReadsUtf16ByItsMark)
+{
+    const TString text = LatinText() + u"\u20AC\U0001F600";
+    for (const auto encoding : {QStringConverter::Utf16LE, QStringConverter::Utf16BE}) {
+        for (const char* const declared : {"utf-16", "UTF-16"}) {
+            const std::string bytes =
+                Utf16(DocumentIn(declared, text.toStdString()), encoding, Mark::With);
+            ExpectText(ParseBytes(bytes), text);
+            ExpectText(ParseFileThroughMemory(bytes), text);
+        }
+    }
+}
+
+TEST(XercesInputSource, ReadsBytesOfUtf16ByTheirPattern)
+{
+    const TString text = LatinText();
+    for (const auto encoding : {QStringConverter::Utf16LE, QStringConverter::Utf16BE}) {
+        ExpectText(
+            ParseBytes(Utf16(DocumentIn("utf-16", text.toStdString()), encoding, Mark::Without)),
+            text);
+    }
+}
+
+TEST(XercesInputSource, LeavesBytesOfUtf16AloneWhateverLooksLikeAColonThere)
+{
+    // In big-endian order this holds the bytes of blank, colon, name and equals sign.
+    const TString text = u" \u3A62\u3D3E";
+    const std::string bytes =
+        Utf16("<a b='x'>" + text.toStdString() + "<c/></a>", QStringConverter::Utf16BE, Mark::With);
+    EXPECT_THAT(ParseBytes(bytes).events,
+                ElementsAre("<a b=x>", "'" + text.toStdString() + "'", "<c>", "</>", "</>"));
+}
+
+TEST(XercesInputSource, ReadsTextAsWhatItIsWhateverItDeclares)
+{
+    const TString text = LatinText() + u"\u20AC\U0001F600";
+    const std::string utf8 = text.toStdString();
+    for (const char* const name : {"utf-8", "ISO-8859-1", "windows-1252", "UTF-16", "US-ASCII",
+                                   "IBM037", "ISO-10646-UCS-4", "no-such-encoding"}) {
+        for (const char* const mark : {"", "\xEF\xBB\xBF"}) {
+            ExpectText(ParseUtf8(mark + DocumentIn(name, utf8)), text);
+            StringInputSource source(TString::fromStdString(mark + DocumentIn(name, utf8)), u"id",
+                                     true);
+            ExpectText(ParseSource(source), text);
+        }
+    }
+}
+
+TEST(XercesInputSource, IgnoresAMarkAndCountsColumnsBehindIt)
+{
+    for (const char* const mark : {"", "\xEF\xBB\xBF"}) {
+        EXPECT_THAT(ParseUtf8(std::string(mark) + "<a></b>").errors,
+                    ElementsAre("Fatal Error(1,6): expected end of tag 'a' (id: id)"));
+    }
+    EXPECT_THAT(ParseUtf8("\xEF\xBB\xBF\xEF\xBB\xBF<a/>").errors,
+                ElementsAre(HasSubstr("invalid document structure")));
+    EXPECT_THAT(ParseUtf8("<a>\xEF\xBB\xBF</a>").events,
+                ElementsAre("<a>", "'\xEF\xBB\xBF'", "</>"));
+}
+
+TEST(XercesInputSource, CannotReadBytesInAnUnknownEncoding)
+{
+    EXPECT_THAT(ParseBytes(DocumentIn("no-such-encoding", "x")).errors,
+                ElementsAre("Fatal Error(1,50): unable to create converter for "
+                            "'NO-SUCH-ENCODING' encoding (id: id)"));
+}
+
+TEST(XercesInputSource, BeginsBehindSkippedWhitespaceWhateverWasReadBefore)
+{
+    Utf8InputSource source(" \n <?xml version='1.0'?><a :b='1'/>", u"id", true);
+    std::string bytes;
+    source.GetBytes(bytes, 5);
+    EXPECT_THAT(ParseSource(source).events, ElementsAre("<a :b=1>", "</>"));
+    EXPECT_TRUE(source.GetBytes(bytes, 2));
+    EXPECT_EQ(bytes, " v");
+
+    Utf8InputSource unskipped(" \n <?xml version='1.0'?><a/>", u"id", false);
+    EXPECT_TRUE(ParseSource(unskipped).fatal);
+}
+
+TEST(XercesInputSource, OfAFileHoldsTheRestOfItBehindWhitespace)
+{
+    const TemporaryFolder folder;
+    FileInputSource source(folder.Write("a.xml", " \r\n<?xml version='1.0'?><a>x\r\ny</a>"));
+    EXPECT_THAT(ParseSource(source).events, ElementsAre("<a>", "'x\ny'", "</>"));
+    EXPECT_TRUE(ParseSource(source).fatal);
+    source.ResetToStart();
+    EXPECT_FALSE(ParseSource(source).fatal);
+}
+
+TEST(XercesInputSource, OfAFileHoldsSeveralMebibytes)
+{
+    std::string text(3 * 1024 * 1024 + 17, 'x');
+    for (std::size_t i = 0; i < text.size(); i += 97)
+        text[i] = static_cast<char>('a' + i % 26);
+    EXPECT_THAT(ParseFileInChunks("<a>" + text + "</a>").events,
+                ElementsAre("<a>", "'" + text + "'", "</>"));
+}
+
+TEST(XercesInputSource, MayOutliveItsSource)
+{
+    // The parser keeps no buffer between parses: the source may end before the parser.
+    const auto sink = std::make_shared<RecordingSink>();
+    auto source = std::make_unique<StringInputSource>(u"<a>x<b/></a>", u"id", false);
+    const auto parser = XercesXMLParser::Create(*source, sink);
+    sink->stopAfter = 1;
+    parser->Parse();
+    source = std::make_unique<StringInputSource>(u"<c/>", u"id", false);
+    sink->stopAfter = 0;
+    parser->Reload(*source, sink);
+    parser->Parse();
+    EXPECT_THAT(sink->events, ElementsAre("<a>", "<c>", "</>"));
+    EXPECT_FALSE(parser->HasErrors());
+}

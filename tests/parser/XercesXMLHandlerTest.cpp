@@ -1,0 +1,174 @@
+#include "support/ParseOutcome.h"
+
+#include <kescorexml/BinaryInputSource.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+TEST(XercesXMLHandler, ReportsTextBeforeTheTagThatEndsIt)
+{
+    const ParseOutcome outcome = ParseUtf8("<a>x<b/>y</a>");
+    EXPECT_THAT(outcome.events, ElementsAre("<a>", "'x'", "<b>", "</>", "'y'", "</>"));
+    EXPECT_THAT(outcome.errors, IsEmpty());
+}
+
+TEST(XercesXMLHandler, GathersARunOfTextWhateverItIsMadeOf)
+{
+    const ParseOutcome outcome =
+        ParseUtf8("<a>one&amp;&#50;\r\n<![CDATA[<three>]]><!-- no text --><?no text?> four</a>");
+    EXPECT_THAT(outcome.events, ElementsAre("<a>", "'one&2\n<three> four'", "</>"));
+}
+
+TEST(XercesXMLHandler, GathersARunLongerThanAnyBuffer)
+{
+    std::string text;
+    for (int i = 0; i < 300000; ++i)
+        text += static_cast<char>('a' + i % 26);
+    const ParseOutcome outcome = ParseUtf8("<a>" + text + "<b/>" + text + "</a>");
+    EXPECT_THAT(outcome.events,
+                ElementsAre("<a>", "'" + text + "'", "<b>", "</>", "'" + text + "'", "</>"));
+}
+
+TEST(XercesXMLHandler, ReportsWhitespaceAsItStands)
+{
+    EXPECT_THAT(ParseUtf8("\n<a> <b>\t</b>\n</a>\n").events,
+                ElementsAre("<a>", "' '", "<b>", "'\t'", "</>", "'\n'", "</>"));
+}
+
+TEST(XercesXMLHandler, DropsCommentsInstructionsAndDoctype)
+{
+    EXPECT_THAT(ParseUtf8("<?xml version='1.0'?><!--c--><!DOCTYPE a><?p i?><a><!--c--></a><?p i?>")
+                    .events,
+                ElementsAre("<a>", "</>"));
+}
+
+TEST(XercesXMLHandler, NamesElementsAndAttributesAsWritten)
+{
+    EXPECT_THAT(ParseUtf8("<p:a xmlns:p='u' p:x='1' x='2' xml:lang='en'/>").events,
+                ElementsAre("<p:a p:x=1 x=2 xml:lang=en xmlns:p=u>", "</>"));
+    // Without namespaces a prefix needs no declaration.
+    EXPECT_THAT(ParseUtf8("<p:a q:x='1'/>").events, ElementsAre("<p:a q:x=1>", "</>"));
+}
+
+TEST(XercesXMLHandler, RestoresAttributeNamesThatBeginWithAColon)
+{
+    EXPECT_THAT(ParseUtf8("<r :a=\"1\"/>").events, ElementsAre("<r :a=1>", "</>"));
+}
+
+TEST(XercesXMLHandler, KeepsTheFirstOfTwoAttributesThatRestoreToOneName)
+{
+    // Names in UTF-16 bytes are not encoded on the way in, but restored all the same.
+    std::vector<unsigned char> bytes = {0xFE, 0xFF};
+    for (const char c : std::string("<r IllegalColon:a='1' :a='2' :b='3' IllegalColon:b='4'/>")) {
+        bytes.push_back(0);
+        bytes.push_back(static_cast<unsigned char>(c));
+    }
+    BinaryInputSource source(bytes, u"id", false);
+    const ParseOutcome outcome = ParseSource(source);
+    EXPECT_THAT(outcome.errors, IsEmpty());
+    EXPECT_THAT(outcome.events, ElementsAre("<r :a=1 :b=3>", "</>"));
+}
+
+TEST(XercesXMLHandler, DropsAnAttributeThatRestoresToNothing)
+{
+    EXPECT_THAT(ParseUtf8("<r xmlns:IllegalColon='u' b='1'/>").events,
+                ElementsAre("<r b=1>", "</>"));
+}
+
+TEST(XercesXMLHandler, RestoresNoElementNames)
+{
+    EXPECT_THAT(ParseUtf8("<IllegalColon:a/>").events, ElementsAre("<IllegalColon:a>", "</>"));
+}
+
+TEST(XercesXMLHandler, NormalizesAttributeValues)
+{
+    EXPECT_THAT(ParseUtf8("<a b=' x\ty\n&#10;&lt;' c=''/>").events,
+                ElementsAre("<a b= x y \n< c=>", "</>"));
+}
+
+TEST(XercesXMLHandler, TellsManyNamesApart)
+{
+    // More names than a table of names would hold, long ones and look-alikes among them.
+    std::string document = "<root>";
+    std::vector<std::string> expected = {"<root>"};
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 5000; ++i) {
+            const std::string number = std::to_string(i);
+            const std::string name =
+                i % 10 == 0 ? std::string(200 + static_cast<std::size_t>(i) % 100, 'n') + number
+                            : "n" + number;
+            document += "<" + name + " a" + number + "='" + name + "'/>";
+            expected.push_back("<" + name + " a" + number + "=" + name + ">");
+            expected.push_back("</>");
+        }
+    }
+    document += "</root>";
+    expected.push_back("</>");
+    EXPECT_EQ(ParseUtf8(document).events, expected);
+}
+
+TEST(XercesXMLHandler, AsksAfterEachTagWhetherTheSinkIsDone)
+{
+    StringInputSource source(u"<a>x<b/>y</a>", u"id", false);
+    const auto sink = std::make_shared<RecordingSink>();
+    XercesXMLParser::Create(source, sink)->Parse();
+    EXPECT_EQ(sink->isDoneCalls, 4);
+}
+
+TEST(XercesXMLHandler, FormatsAnErrorWithKindPositionMessageAndIdentifier)
+{
+    Utf8InputSource source("<a>\n<b>\n<c></b></a>", u"the document", false);
+    const ParseOutcome outcome = ParseSource(source);
+    EXPECT_THAT(outcome.errors,
+                ElementsAre("Fatal Error(3,6): expected end of tag 'c' (id: the document)"));
+    EXPECT_TRUE(outcome.fatal);
+    EXPECT_THAT(outcome.events, ElementsAre("<a>", "'\n'", "<b>", "'\n'", "<c>"));
+}
+
+TEST(XercesXMLHandler, RefusesExternalEntities)
+{
+    // A name that begins with "%" is that of a parameter entity.
+    const std::pair<const char*, const char*> documents[] = {
+        {"<!DOCTYPE a [<!ENTITY e SYSTEM \"f\">]><a/>", "(1,36) 'e'"},
+        {"<!DOCTYPE a [\n<!ENTITY e PUBLIC 'p' 'f'>]><a>&e;</a>", "(2,27) 'e'"},
+        {"<!DOCTYPE a [<!ENTITY % e SYSTEM 'f'> %e;]><a/>", "(1,38) '%e'"},
+    };
+    for (const auto& [document, ending] : documents) {
+        const ParseOutcome outcome = ParseUtf8(document);
+        const std::string message =
+            std::string("XML External <!ENTITY> definitions are not allowed.") + ending;
+        EXPECT_THAT(outcome.errors, ElementsAre(message, message));
+        EXPECT_TRUE(outcome.fatal);
+        EXPECT_THAT(outcome.events, IsEmpty());
+    }
+}
+
+TEST(XercesXMLHandler, AllowsDeclarationsOfInternalEntities)
+{
+    EXPECT_THAT(ParseUtf8("<!DOCTYPE a [<!ENTITY e 'f'>]><a/>").errors, IsEmpty());
+}
+
+TEST(XercesXMLHandler, TellsWhereItStands)
+{
+    StringInputSource source(u"<a>\n  <b c='1'\n/>text</a>", u"id", false);
+    const auto sink = std::make_shared<RecordingSink>();
+    const auto parser = XercesXMLParser::Create(source, sink);
+    int line = -1;
+    int column = -2;
+    parser->GetCurrentLocation(line, column);
+    EXPECT_EQ(line, -1);
+    EXPECT_EQ(column, -2);
+    std::vector<std::string> places;
+    sink->onEvent = [&](const std::string& event) {
+        parser->GetCurrentLocation(line, column);
+        places.push_back(event + "@" + std::to_string(line) + ":" + std::to_string(column));
+    };
+    parser->Parse();
+    EXPECT_THAT(places,
+                ElementsAre("<a>@1:4", "'\n  '@3:3", "<b c=1>@3:3", "</>@3:3", "'text'@3:11",
+                            "</>@3:11"));
+}

@@ -1,0 +1,292 @@
+#include "support/ParseOutcome.h"
+#include "support/RecordingMetrics.h"
+#include "support/TemporaryFile.h"
+
+#include <kescorexml/FileInputSource.h>
+#include <kescorexml/XMLParseException.h>
+
+#include <kesplatform/LogicException.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/RuntimeException.hpp>
+#include <xercesc/util/XMLExceptMsgs.hpp>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+const char* const c_entityDocument = "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;&e;</a>";
+
+struct Session
+{
+    explicit Session(const std::string& text)
+        : source(text, u"id", false), sink(std::make_shared<RecordingSink>()),
+          parser(XercesXMLParser::Create(source, sink))
+    {
+    }
+    ParseOutcome Parse()
+    {
+        parser->Parse();
+        return GetOutcome(*parser, *sink);
+    }
+
+    Utf8InputSource source;
+    std::shared_ptr<RecordingSink> sink;
+    std::unique_ptr<XercesXMLParser> parser;
+};
+
+/// An input source that has no side for the parser.
+class PlainSource : public InputSource
+{
+public:
+    PlainSource() : InputSource(u"plain") {}
+    bool GetNextLine(std::string&) override { return false; }
+    bool GetBytes(std::string&, unsigned int) override { return false; }
+    void ResetToStart() override {}
+    std::int64_t Size() const override { return 0; }
+};
+
+template <typename Function>
+void ExpectAssertion(Function&& function, int line, const char16_t* text, std::uint32_t code)
+{
+    try {
+        function();
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const LogicException& exception) {
+        EXPECT_EQ(exception.GetFile(), u"modules/platform/kescorexml/main/parser/XercesXMLParser");
+        if (line != 0) {
+            EXPECT_EQ(exception.GetLine(), line);
+        }
+        EXPECT_EQ(exception.GetText(), text);
+        EXPECT_EQ(exception.GetErrorInfo().GetError().GetCode(), code);
+    }
+}
+
+} // namespace
+
+TEST(XercesXMLParser, RecordsNothingForAGoodDocument)
+{
+    Session session("<a><b/></a>");
+    EXPECT_EQ(session.Parse(), (ParseOutcome{{"<a>", "<b>", "</>", "</>"}, {}, {}, false}));
+    EXPECT_THAT(session.parser->GetXSDNames(), IsEmpty());
+}
+
+TEST(XercesXMLParser, RefusesReferencesToInternalEntities)
+{
+    Session session(c_entityDocument);
+    const ParseOutcome outcome = session.Parse();
+    EXPECT_THAT(outcome.errors, ElementsAre(HasSubstr("more than '0' entity expansions")));
+    EXPECT_TRUE(outcome.fatal);
+    EXPECT_THAT(session.parser->GetMetadataForErrors(), ElementsAre(TError::ErrorInfo::NoError()));
+}
+
+TEST(XercesXMLParser, ExpandsInternalEntitiesOnceAllowed)
+{
+    Session session(c_entityDocument);
+    session.parser->AllowEntityExpansion_Insecure();
+    EXPECT_EQ(session.Parse(), (ParseOutcome{{"<a>", "'xx'", "</>"}, {}, {}, false}));
+}
+
+TEST(XercesXMLParser, ExpandsAtMostFiftyThousandEntities)
+{
+    for (const int count : {50000, 50001}) {
+        std::string text = "<!DOCTYPE a [<!ENTITY e ''>]><a>";
+        for (int i = 0; i < count; ++i)
+            text += "&e;";
+        Session session(text + "</a>");
+        session.parser->AllowEntityExpansion_Insecure();
+        EXPECT_EQ(session.Parse().fatal, count > 50000) << count;
+    }
+}
+
+TEST(XercesXMLParser, NeedsNoPermissionForPredefinedEntities)
+{
+    Session session("<a b='&quot;&apos;'>&lt;&gt;&amp;&#x41;</a>");
+    EXPECT_THAT(session.Parse().events, ElementsAre("<a b=\"'>", "'<>&A'", "</>"));
+}
+
+TEST(XercesXMLParser, StopsWithoutErrorWhenTheSinkIsDone)
+{
+    Session session("<a><b></c>");
+    session.sink->stopAfter = 1;
+    EXPECT_EQ(session.Parse(), (ParseOutcome{{"<a>"}, {}, {}, false}));
+}
+
+TEST(XercesXMLParser, StopsAfterAnyEventWithoutReadingOn)
+{
+    const std::string text = "<a>x<b/>y<c z='1'>zz</c></a>";
+    const std::vector<std::string> all = ParseUtf8(text).events;
+    for (std::size_t stop = 1; stop <= all.size(); ++stop) {
+        Session session(text);
+        session.sink->stopAfter = stop;
+        const ParseOutcome outcome = session.Parse();
+        EXPECT_THAT(outcome.errors, IsEmpty());
+        ASSERT_GE(outcome.events.size(), stop);
+        // Text does not stop a parse, and an empty element comes whole.
+        EXPECT_LE(outcome.events.size(), stop + 2);
+        EXPECT_TRUE(std::equal(outcome.events.begin(), outcome.events.end(), all.begin()));
+    }
+}
+
+TEST(XercesXMLParser, StaysDoneWithASinkThatWasDone)
+{
+    Session session("<a/>");
+    session.sink->stopAfter = 1;
+    session.Parse();
+    session.sink->events.clear();
+    EXPECT_EQ(session.Parse(), ParseOutcome());
+    session.sink->stopAfter = 0;
+    session.parser->Reload(session.source, session.sink);
+    EXPECT_THAT(session.Parse().events, ElementsAre("<a>", "</>"));
+}
+
+TEST(XercesXMLParser, RecordsAParseExceptionOfTheSinkTwice)
+{
+    Session session("<a><b/></a>");
+    session.sink->onEvent = [](const std::string& event) {
+        if (event == "<b>")
+            throw XMLParseException(u"enough", CorvinaError(5, u"Five"));
+    };
+    const ParseOutcome outcome = session.Parse();
+    EXPECT_EQ(outcome, (ParseOutcome{{"<a>", "<b>"}, {"enough", "enough"}, {}, true}));
+    EXPECT_THAT(session.parser->GetMetadataForErrors(),
+                ElementsAre(TError::ErrorInfo::NoError(), TError::ErrorInfo::NoError()));
+}
+
+TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
+{
+    struct Case
+    {
+        std::function<void()> thrower;
+        std::string message;
+    };
+    const std::vector<Case> cases = {
+        {[] { throw std::runtime_error("x"); }, "Unexpected exception"},
+        {[] { throw std::bad_alloc(); }, "Unexpected exception"},
+        {[] { throw 42; }, "Unexpected exception"},
+        {[] { throw CorvinaException(u"x"); }, "Unexpected exception"},
+        {[] { throw xercesc::OutOfMemoryException(); }, "OutOfMemoryException"},
+        {[] {
+             throw xercesc::RuntimeException("file", 1, xercesc::XMLExcepts::CPtr_PointerIsZero);
+         },
+         ""},
+    };
+    for (const char* const event : {"<a>", "'x'", "<b>", "</>"}) {
+        for (const Case& entry : cases) {
+            Session session("<a>x<b></b></a>");
+            session.sink->onEvent = [&](const std::string& seen) {
+                if (seen == event)
+                    entry.thrower();
+            };
+            const ParseOutcome outcome = session.Parse();
+            ASSERT_EQ(outcome.errors.size(), 1U);
+            EXPECT_THAT(outcome.errors[0], HasSubstr(entry.message));
+            EXPECT_FALSE(outcome.events.empty());
+            EXPECT_EQ(outcome.events.back(), event);
+
+            session.sink->onEvent = nullptr;
+            session.sink->events.clear();
+            session.parser->Reload(session.source, session.sink);
+            EXPECT_EQ(session.Parse(),
+                      (ParseOutcome{{"<a>", "'x'", "<b>", "</>", "</>"}, {}, {}, false}));
+        }
+    }
+}
+
+TEST(XercesXMLParser, DeliversNoTextOfAnAbandonedParseLater)
+{
+    Session session("<a>text<b></c></a>");
+    EXPECT_TRUE(session.Parse().fatal);
+    Session truncated("<a>text");
+    EXPECT_TRUE(truncated.Parse().fatal);
+    truncated.sink->events.clear();
+    truncated.Parse();
+    EXPECT_THAT(truncated.sink->events, ElementsAre("<a>"));
+}
+
+TEST(XercesXMLParser, ParsesTheSameSourceAgainWithoutReload)
+{
+    for (const char* const text : {"<a>x<b/></a>", "<a>x<b></a>", "", "<?xml version='1.1'?><a/>"}) {
+        Session session(text);
+        const ParseOutcome first = session.Parse();
+        session.sink->events.clear();
+        EXPECT_EQ(session.Parse(), first);
+    }
+}
+
+TEST(XercesXMLParser, ReloadBindsAnotherSourceAndSink)
+{
+    Session session("<a/>");
+    session.Parse();
+    StringInputSource other(u"<b></c>", u"other", false);
+    const auto sink = std::make_shared<RecordingSink>();
+    session.parser->Reload(other, sink);
+    session.parser->Parse();
+    EXPECT_THAT(sink->events, ElementsAre("<b>"));
+    EXPECT_THAT(session.sink->events, ElementsAre("<a>", "</>"));
+    EXPECT_THAT(ToUtf8(session.parser->GetErrors()), ElementsAre(HasSubstr("(id: other)")));
+}
+
+TEST(XercesXMLParser, ReloadLetsGoOfTheFormerSink)
+{
+    Session session("<a/>");
+    const std::weak_ptr<RecordingSink> former = session.sink;
+    session.sink = std::make_shared<RecordingSink>();
+    EXPECT_FALSE(former.expired());
+    session.parser->Reload(session.source, session.sink);
+    EXPECT_TRUE(former.expired());
+}
+
+TEST(XercesXMLParser, AssertsThatAParseStartsWithoutErrors)
+{
+    struct Access : Parser
+    {
+        static void Run(Parser& parser) { (parser.*&Access::ParseImpl)(); }
+    };
+    Session session("<a/>");
+    session.parser->Error(u"e", TError::ErrorInfo::NoError());
+    ExpectAssertion([&] { Access::Run(*session.parser); }, 165, u"HasErrors() == false",
+                    0xE60C9000);
+}
+
+TEST(XercesXMLParser, AssertsThatItCanReadTheSource)
+{
+    PlainSource source;
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingSink>());
+    ExpectAssertion([&] { parser->Parse(); }, 0, u"xercesableSource != nullptr", 0x7C41D09B);
+}
+
+TEST(XercesXMLParser, AssertsThatASchemaHasAnIdentifierAndCanBeRead)
+{
+    Session session("<a/>");
+    ExpectAssertion([&] { session.parser->LoadXSDString(u"<x/>", TString()); }, 302,
+                    u"!xsdSource.Id().IsEmpty()", 0xC83A570E);
+    PlainSource schema;
+    ExpectAssertion([&] { session.parser->LoadXSDSource(schema); }, 305,
+                    u"xercesableSource != nullptr", 0xAB95E4EA);
+}
+
+TEST(XercesXMLParser, LetsExceptionsOfTheSourcePass)
+{
+    const TemporaryFolder folder;
+    FileInputSource source(folder.Write("a.xml", std::string("\xFF\xFE<\0a\0/\0>\0", 10)));
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingSink>());
+    EXPECT_THROW(parser->Parse(), CorvinaException);
+    EXPECT_FALSE(parser->HasErrors());
+}
+
+TEST(XercesXMLParser, ReportsItsScopes)
+{
+    const RecordingMetrics metrics;
+    Session session("<a/>");
+    session.Parse();
+    EXPECT_THAT(metrics.GetLines(),
+                ElementsAre("+XercesXMLParser_PrepareParserState",
+                            "-XercesXMLParser_PrepareParserState",
+                            "+XercesXMLParser_DoXercesParse", "-XercesXMLParser_DoXercesParse"));
+}
