@@ -211,7 +211,7 @@ void Base64Decode(const TString& text, std::vector<unsigned char>& bytes)
     const char16_t* in = trimmed.data();
     const char16_t* const end = in + trimmed.size();
     while (in != end) {
-        const unsigned char* const last =
+        unsigned char* const last =
             DecodeGroups(in, end, buffer.data(), buffer.data() + buffer.size());
         bytes.insert(bytes.end(), buffer.data(), last);
     }

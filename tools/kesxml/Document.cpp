@@ -4,6 +4,7 @@
 #include <kescorexml/DOMBuilder.h>
 #include <kescorexml/InputSourceUtils.h>
 #include <kescorexml/XercesXMLParser.h>
+#include <kesplatform/CorvinaException.h>
 
 #include <QFile>
 #include <QRegularExpression>

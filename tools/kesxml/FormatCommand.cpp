@@ -6,6 +6,7 @@
 #include <kescorexml/DOMElementTraversal.h>
 #include <kescorexml/XMLDomFormatter.h>
 #include <kescorexml/XMLStringFormatter.h>
+#include <kesplatform/CorvinaException.h>
 
 namespace {
 
