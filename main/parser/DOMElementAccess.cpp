@@ -129,12 +129,12 @@ void DOMElementAccess::AttachChildren(DOMElement& parent,
     parent.m_children.Insert(parent.m_children.size(), children.data(), children.size());
 }
 
-std::unique_ptr<DOMElement> DOMElementAccess::NewParsedElement(TString&& name,
-                                                               AttributeBlock* attributes,
+std::unique_ptr<DOMElement> DOMElementAccess::NewParsedElement(const TString& name,
+                                                               AttributeStorage&& attributes,
                                                                DOM* dom, DOMElement& parent)
 {
-    auto element = std::make_unique<DOMElement>(std::move(name));
-    element->m_attributes.Adopt(attributes);
+    auto element = std::make_unique<DOMElement>(name);
+    element->m_attributes.Take(std::move(attributes));
     element->m_dom = dom;
     element->m_parent = &parent;
     return element;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "AttributeBlock.h"
-
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/detail/ElementIdentity.h>
@@ -54,8 +52,9 @@ public:
     /// REQUIRES: they and their descendants are attached to the document of `parent`.
     static void AttachChildren(DOMElement& parent, std::span<std::unique_ptr<DOMElement>> children);
     /// A new element of a parse, attached to `dom`, in no list yet; `parent` is its parent to be.
-    static std::unique_ptr<DOMElement> NewParsedElement(TString&& name, AttributeBlock* attributes,
-                                                        DOM* dom, DOMElement& parent);
+    static std::unique_ptr<DOMElement> NewParsedElement(const TString& name,
+                                                        AttributeStorage&& attributes, DOM* dom,
+                                                        DOMElement& parent);
     static void AppendText(DOMElement& element, std::u16string_view text);
 
     /// Copies `source`'s descendants to `target`, which has none. The copies are attached to `dom`;

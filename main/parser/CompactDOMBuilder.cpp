@@ -1,0 +1,74 @@
+#include "CompactDOMBuilder.h"
+
+#include "DOMElementAccess.h"
+
+#include <kescorexml/DOM.h>
+#include <kescorexml/SAXFileLocation.h>
+#include <kesplatform/TScanString.h>
+
+#include <utility>
+
+CompactDOMBuilder::CompactDOMBuilder(DOM& dom, bool keepWhitespaceText)
+    : DOMBuilder(dom, keepWhitespaceText), m_dom(dom), m_keepWhitespaceText(keepWhitespaceText)
+{
+    m_open.push_back({nullptr, dom.GetRoot(), 0});
+}
+
+void CompactDOMBuilder::SetLocationInterface(SAXFileLocation* location)
+{
+    m_location = location;
+}
+
+void CompactDOMBuilder::StartCompactElement(const TString& name, AttributeStorage&& attributes)
+{
+    DOMElement& parent = *m_open.back().element;
+    std::unique_ptr<DOMElement> element =
+        DOMElementAccess::NewParsedElement(name, std::move(attributes), &m_dom, parent);
+    if (m_location != nullptr) {
+        int line = 0;
+        int column = 0;
+        m_location->GetCurrentLocation(line, column);
+        element->SetElementStartLocation(line, column);
+    }
+    DOMElement* opened = element.get();
+    m_open.push_back({std::move(element), opened, m_waiting.size()});
+}
+
+void CompactDOMBuilder::CompactTextContent(std::u16string_view text)
+{
+    if (m_keepWhitespaceText || TScanString::skipWhitespace(text) < text.size())
+        DOMElementAccess::AppendText(*m_open.back().element, text);
+}
+
+void CompactDOMBuilder::EndCompactElement()
+{
+    if (m_location != nullptr) {
+        int line = 0;
+        int column = 0;
+        m_location->GetCurrentLocation(line, column);
+        m_open.back().element->SetElementEndLocation(line, column);
+    }
+    CloseTop();
+}
+
+void CompactDOMBuilder::CloseTop()
+{
+    OpenElement& top = m_open.back();
+    const std::size_t count = m_waiting.size() - top.firstChild;
+    if (count > 0) {
+        DOMElementAccess::AttachChildren(*top.element,
+                                         std::span(m_waiting).subspan(top.firstChild));
+        m_waiting.resize(top.firstChild);
+    }
+    if (top.owner != nullptr) {
+        m_waiting.push_back(std::move(top.owner));
+        m_open.pop_back();
+    }
+}
+
+void CompactDOMBuilder::Finish()
+{
+    while (m_open.size() > 1)
+        CloseTop();
+    CloseTop();
+}

@@ -1,0 +1,121 @@
+#include "ParsedNames.h"
+
+#include <QHashFunctions>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t c_initialSlots = 64;
+
+bool HasNames(const AttributeNames& list, std::span<const std::u16string_view> names)
+{
+    if (list.Count() != names.size())
+        return false;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (list.Name(i).view() != names[i])
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+ParsedNames::Entry::~Entry()
+{
+    for (AttributeNames* list : attributeNames) {
+        if (list != nullptr)
+            list->Release();
+    }
+}
+
+ParsedNames::ParsedNames() : m_seed(QHashSeed::globalSeed()), m_slots(c_initialSlots) {}
+
+std::uint32_t ParsedNames::Hash(std::u16string_view name) const noexcept
+{
+    // Names are short, so what counts is that there is little to do before and after the loop.
+    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(name.data());
+    std::size_t count = name.size() * sizeof(char16_t);
+    std::uint64_t hash = m_seed ^ (count * factor);
+    for (; count >= 8; count -= 8, bytes += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, bytes, 8);
+        hash = (hash ^ word) * factor;
+        hash ^= hash >> 29;
+    }
+    std::uint64_t rest = 0;
+    std::memcpy(&rest, bytes, count);
+    hash = (hash ^ rest) * factor;
+    return static_cast<std::uint32_t>(hash >> 32);
+}
+
+ParsedNames::Entry& ParsedNames::Find(std::u16string_view name)
+{
+    const std::uint32_t hash = Hash(name);
+    std::size_t mask = m_slots.size() - 1;
+    std::size_t slot = hash & mask;
+    while (Entry* entry = m_slots[slot]) {
+        if (entry->hash == hash && entry->name.view() == name)
+            return *entry;
+        slot = (slot + 1) & mask;
+    }
+    if ((m_entries.size() + 1) * 2 > m_slots.size()) {
+        Grow();
+        mask = m_slots.size() - 1;
+        slot = hash & mask;
+        while (m_slots[slot] != nullptr)
+            slot = (slot + 1) & mask;
+    }
+    Entry& made = m_entries.emplace_back(TString(name), hash);
+    m_slots[slot] = &made;
+    m_units += name.size();
+    return made;
+}
+
+void ParsedNames::Grow()
+{
+    std::vector<Entry*> slots(m_slots.size() * 2);
+    const std::size_t mask = slots.size() - 1;
+    for (Entry& entry : m_entries) {
+        std::size_t slot = entry.hash & mask;
+        while (slots[slot] != nullptr)
+            slot = (slot + 1) & mask;
+        slots[slot] = &entry;
+    }
+    m_slots.swap(slots);
+}
+
+void ParsedNames::Forget() noexcept
+{
+    std::fill(m_slots.begin(), m_slots.end(), nullptr);
+    m_entries.clear();
+    m_units = 0;
+}
+
+AttributeNames* ParsedNames::FindAttributeNames(Entry& element,
+                                                std::span<const std::u16string_view> names)
+{
+    auto& lists = element.attributeNames;
+    for (std::size_t i = 0; i < lists.size() && lists[i] != nullptr; ++i) {
+        if (HasNames(*lists[i], names)) {
+            std::rotate(lists.begin(), lists.begin() + static_cast<std::ptrdiff_t>(i),
+                        lists.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+            return lists[0];
+        }
+    }
+    std::array<TString, AttributeNames::maxCount> texts;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        texts[i] = Find(names[i]).name;
+        if (std::find(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(i), texts[i]) !=
+            texts.begin() + static_cast<std::ptrdiff_t>(i))
+            return nullptr;
+    }
+    auto* made = new AttributeNames(std::span<const TString>(texts.data(), names.size()));
+    if (lists.back() != nullptr)
+        lists.back()->Release();
+    std::rotate(lists.begin(), lists.end() - 1, lists.end());
+    lists[0] = made;
+    return made;
+}
