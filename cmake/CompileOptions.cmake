@@ -4,6 +4,8 @@ target_compile_options(kescorexml_compile_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast
   -Wcast-qual -Wconversion -Wsign-conversion -Wimplicit-fallthrough -Werror)
 
+target_compile_definitions(kescorexml_compile_options INTERFACE QT_NO_KEYWORDS)
+
 if(KESCOREXML_SANITIZE)
   # The checks that sanitizers add make GCC believe that an alternative which a std::variant does
   # not hold may be destroyed.

@@ -1,6 +1,7 @@
 #include "AttributeAssembler.h"
 
 #include "XercesColonSanitizer.h"
+#include "XercesText.h"
 
 #include <array>
 #include <string_view>
@@ -16,16 +17,19 @@ bool MayBeSanitized(std::u16string_view name)
 
 } // namespace
 
-AttributeStorage::AttributeMap ToAttributeMap(const xercesc::Attributes& attributes)
+AttributeStorage::AttributeMap ToAttributeMap(ParsedNames& names,
+                                              const xercesc::Attributes& attributes)
 {
     AttributeStorage::AttributeMap map;
     const XMLSize_t count = attributes.getLength();
     map.reserve(count);
     for (XMLSize_t i = 0; i < count; ++i) {
-        TString name =
-            XercesColonSanitizer::RestoreEncodedAttributeNames(TString(attributes.getQName(i)));
+        const std::u16string_view qualifiedName = ViewXMLCh(attributes.getQName(i));
+        TString name = names.Find(qualifiedName).name;
+        if (MayBeSanitized(qualifiedName))
+            name = XercesColonSanitizer::RestoreEncodedAttributeNames(name);
         if (!name.IsEmpty())
-            map.emplace(std::move(name), TString(attributes.getValue(i)));
+            map.try_emplace(std::move(name), ViewXMLCh(attributes.getValue(i)));
     }
     return map;
 }
@@ -41,8 +45,8 @@ AttributeStorage PackAttributes(ParsedNames& names, ParsedNames::Entry& element,
     std::array<std::u16string_view, AttributeNames::maxCount> values;
     bool packable = count <= AttributeNames::maxCount;
     for (XMLSize_t i = 0; packable && i < count; ++i) {
-        qualifiedNames[i] = attributes.getQName(i);
-        values[i] = attributes.getValue(i);
+        qualifiedNames[i] = ViewXMLCh(attributes.getQName(i));
+        values[i] = ViewXMLCh(attributes.getValue(i));
         packable = !MayBeSanitized(qualifiedNames[i]);
     }
     if (packable) {
@@ -56,6 +60,6 @@ AttributeStorage PackAttributes(ParsedNames& names, ParsedNames::Entry& element,
             return storage;
         }
     }
-    storage.Replace(ToAttributeMap(attributes));
+    storage.Replace(ToAttributeMap(names, attributes));
     return storage;
 }

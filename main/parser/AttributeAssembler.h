@@ -8,7 +8,8 @@
 
 /// The attributes of a start tag as a map by qualified name, those that the colon sanitizer renamed
 /// under their own names again and its declaration left out. Of equal names the first one stays.
-AttributeStorage::AttributeMap ToAttributeMap(const xercesc::Attributes& attributes);
+AttributeStorage::AttributeMap ToAttributeMap(ParsedNames& names,
+                                              const xercesc::Attributes& attributes);
 
 /// The same attributes, packed.
 AttributeStorage PackAttributes(ParsedNames& names, ParsedNames::Entry& element,

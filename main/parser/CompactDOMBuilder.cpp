@@ -14,11 +14,6 @@ CompactDOMBuilder::CompactDOMBuilder(DOM& dom, bool keepWhitespaceText)
     m_open.push_back({nullptr, dom.GetRoot(), 0});
 }
 
-void CompactDOMBuilder::SetLocationInterface(SAXFileLocation* location)
-{
-    m_location = location;
-}
-
 void CompactDOMBuilder::StartCompactElement(const TString& name, AttributeStorage&& attributes)
 {
     DOMElement& parent = *m_open.back().element;

@@ -16,7 +16,7 @@ public:
     /// `dom` must live until Finish.
     CompactDOMBuilder(DOM& dom, bool keepWhitespaceText);
 
-    void SetLocationInterface(SAXFileLocation* location);
+    void SetLocationInterface(SAXFileLocation* location) noexcept { m_location = location; }
     void StartCompactElement(const TString& name, AttributeStorage&& attributes) override;
     void CompactTextContent(std::u16string_view text) override;
     void EndCompactElement() override;

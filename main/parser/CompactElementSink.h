@@ -7,7 +7,7 @@
 
 /// A second interface of the module's own event sinks, for parsing at the least cost: the same
 /// events as SAXInterface, with attributes packed and text not yet copied. The handler uses it
-/// instead of SAXInterface when a sink has it.
+/// instead of SAXInterface when a sink has it, which then is never done before the document ends.
 class CompactElementSink
 {
 public:

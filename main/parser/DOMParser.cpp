@@ -1,11 +1,11 @@
 #include <kescorexml/DOMParser.h>
 
 #include "Assertion.h"
+#include "CompactDOMBuilder.h"
 #include "KesErrors.h"
 #include "XercesXMLParserImpl.h"
 
 #include <kescorexml/BinaryInputSource.h>
-#include <kescorexml/DOMBuilder.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/InputSourceUtils.h>
 #include <kescorexml/LookupResource.h>
@@ -131,7 +131,7 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source,
     }
     auto dom = std::make_unique<DOM>(m_impl->m_restrictExternalPaths);
     DOMElement& root = *dom->GetRoot();
-    const auto builder = std::make_shared<DOMBuilder>(*dom, keepWhitespaceText);
+    const auto builder = std::make_shared<CompactDOMBuilder>(*dom, keepWhitespaceText);
     const auto parser = m_impl->CreateOrReuseExistingXercesParser(source, builder);
     if (m_impl->m_enableLineNumbersOnElements)
         builder->SetLocationInterface(parser.get());
@@ -142,6 +142,7 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source,
     }
     CopyParserErrorsToElement(*parser, root);
     parser->Parse();
+    builder->Finish();
     CopyParserErrorsToElement(*parser, root);
     if (m_impl->m_statisticsEventHandler) {
         m_impl->m_statisticsEventHandler(

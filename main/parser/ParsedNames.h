@@ -51,7 +51,7 @@ public:
         if (m_entries.size() > maxEntries || m_units > maxUnits)
             Forget();
     }
-    /// Between documents: gives back what an unusual one has left.
+    /// Between documents: gives back what an unusual one has left behind.
     void ForgetUnlessSmall() noexcept
     {
         if (m_entries.size() > maxEntries / 32 || m_units > maxUnits / 32)

@@ -1,6 +1,6 @@
 #include "XercesXMLHandler.h"
 
-#include "XercesColonSanitizer.h"
+#include "AttributeAssembler.h"
 #include "XercesText.h"
 
 #include <kescorexml/CoreXml.h>
@@ -48,8 +48,9 @@ std::unique_ptr<xercesc::InputSource> MakeSchemaSource(const TString& text, cons
 
 } // namespace
 
-XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> sink, NameTable& names)
-    : m_sink(std::move(sink)), m_names(names)
+XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> sink, ParsedNames& names)
+    : m_sink(std::move(sink)), m_compactSink(dynamic_cast<CompactElementSink*>(m_sink.get())),
+      m_names(names)
 {
 }
 
@@ -74,42 +75,29 @@ void XercesXMLHandler::FlushPendingText()
 {
     if (m_pendingText.empty())
         return;
-    const TString text{std::u16string_view(m_pendingText)};
-    m_pendingText.clear();
+    if (m_compactSink != nullptr) {
+        m_compactSink->CompactTextContent(m_pendingText);
+        m_pendingText.clear();
+    } else {
+        const TString text{std::u16string_view(m_pendingText)};
+        m_pendingText.clear();
+        m_sink->TextContent(text);
+    }
     if (m_pendingText.capacity() > c_textRoomKept)
         m_pendingText.shrink_to_fit();
-    m_sink->TextContent(text);
-}
-
-TString XercesXMLHandler::RestoreAttributeName(std::u16string_view name)
-{
-    const TString& interned = m_names.Intern(name);
-    // Encoded names and the declaration that comes with them all have a colon.
-    if (name.find(u':') == std::u16string_view::npos)
-        return interned;
-    return XercesColonSanitizer::RestoreEncodedAttributeNames(interned);
-}
-
-std::unordered_map<TString, TString>
-XercesXMLHandler::MakeAttributeMap(const xercesc::Attributes& attributes)
-{
-    std::unordered_map<TString, TString> map;
-    map.max_load_factor(1.0F);
-    const XMLSize_t count = attributes.getLength();
-    map.reserve(count);
-    for (XMLSize_t i = 0; i < count; ++i) {
-        TString name = RestoreAttributeName(ViewXMLCh(attributes.getQName(i)));
-        if (!name.IsEmpty())
-            map.try_emplace(std::move(name), ViewXMLCh(attributes.getValue(i)));
-    }
-    return map;
 }
 
 void XercesXMLHandler::startElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
                                     const XMLCh* qName, const xercesc::Attributes& attributes)
 {
     FlushPendingText();
-    m_sink->StartElement(TString(m_names.Intern(ViewXMLCh(qName))), MakeAttributeMap(attributes));
+    m_names.ForgetIfLarge();
+    ParsedNames::Entry& name = m_names.Find(ViewXMLCh(qName));
+    if (m_compactSink != nullptr) {
+        m_compactSink->StartCompactElement(name.name, PackAttributes(m_names, name, attributes));
+        return;
+    }
+    m_sink->StartElement(TString(name.name), ToAttributeMap(m_names, attributes));
     m_done |= m_sink->IsDone();
 }
 
@@ -117,6 +105,10 @@ void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName
                                   const XMLCh* /*qName*/)
 {
     FlushPendingText();
+    if (m_compactSink != nullptr) {
+        m_compactSink->EndCompactElement();
+        return;
+    }
     m_sink->EndElement();
     m_done |= m_sink->IsDone();
 }

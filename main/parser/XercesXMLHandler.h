@@ -1,6 +1,7 @@
 #pragma once
 
-#include "NameTable.h"
+#include "CompactElementSink.h"
+#include "ParsedNames.h"
 
 #include <kescorexml/SAXInterface.h>
 
@@ -19,7 +20,7 @@ class XercesXMLHandler : public xercesc::DefaultHandler, public xercesc::XMLEnti
 {
 public:
     /// `names` must outlive the handler; it may have served other handlers before.
-    XercesXMLHandler(std::shared_ptr<SAXInterface> sink, NameTable& names);
+    XercesXMLHandler(std::shared_ptr<SAXInterface> sink, ParsedNames& names);
     ~XercesXMLHandler() override;
 
     /// Leaves both as they are before the first document has begun.
@@ -71,12 +72,11 @@ public:
 
 private:
     void FlushPendingText();
-    std::unordered_map<TString, TString> MakeAttributeMap(const xercesc::Attributes& attributes);
-    /// Empty for an attribute that the sink must not see.
-    TString RestoreAttributeName(std::u16string_view name);
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
     std::shared_ptr<SAXInterface> m_sink;
+    /// The same sink, when it takes elements packed; else null.
+    CompactElementSink* m_compactSink;
     bool m_done = false;
     const xercesc::Locator* m_locator = nullptr;
     /// Keeps its room between runs.
@@ -85,5 +85,5 @@ private:
     std::vector<TString> m_errors;
     bool m_sawFatalError = false;
     bool m_loadingSchema = false;
-    NameTable& m_names;
+    ParsedNames& m_names;
 };

@@ -222,6 +222,7 @@ void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
 
 void XercesXMLParserImpl::Reload(InputSource& source, std::shared_ptr<SAXInterface> sink)
 {
+    m_names.ForgetUnlessSmall();
     auto handler = std::make_unique<XercesXMLHandler>(sink, m_names);
     XercesXMLParser::Reload(source, std::move(sink));
     SetXercesXMLHandler(*handler);

@@ -42,7 +42,7 @@ private:
     void ForgetXmlVersion();
     void CollectHandlerErrors();
 
-    NameTable m_names;
+    ParsedNames m_names;
     std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     std::unique_ptr<XercesXMLHandler> m_handler;
