@@ -207,7 +207,8 @@ TEST_F(TextDecoding, IgnoresWhatIsNoDeclaration)
           "<?xml version='1.0'?><a encoding='ISO-8859-1'>",
           "<?xml version='1.0 encoding=\"ISO-8859-1\"?>", "<?xml encoding=ISO-8859-1?>",
           "<?xml encoding='ISO-8859-1", "<?xml encoding='ISO-8859-1'", "<?xml Encoding='latin1'?>",
-          "<?xml version='1.0' encoding=''?>", "<?xml version='encoding=\"latin1\"'?>"}) {
+          "<?xml version='1.0' encoding=''?>", "<?xml version='encoding=\"latin1\"'?>",
+          "<?xml encoding='caf\xC3\xA9'?>"}) {
         EXPECT_EQ(TString::fromStdString(text) + u"\u00E9", Load(text + "\xC3\xA9"));
         EXPECT_EQ(InvalidAt(text.size(), "UTF-8"), Failure(text + "\xE9<"));
     }
@@ -225,11 +226,9 @@ TEST_F(TextDecoding, TrustsTheBytesWhereTheDeclarationCannotBeTrue)
 TEST_F(TextDecoding, NamesAnEncodingThatNobodyKnows)
 {
     for (const char16_t* name :
-         {u"no-such-encoding", u"UTF-9", u"latin1//IGNORE", u"ut f-8", u"/", u"caf\u00E9"}) {
+         {u"no-such-encoding", u"UTF-9", u"latin1//IGNORE", u"ut f-8", u"/"}) {
         const std::string expected =
             "the encoding \"" + TString(name).toStdString() + "\" is not known";
-        if (TString(name).contains(u'\u00E9'))
-            continue;
         EXPECT_EQ(expected, Failure(DeclaredBytes(name)));
         EXPECT_EQ(expected, Failure(Encode(QStringConverter::Utf16LE, false, Declared(name))));
     }

@@ -136,9 +136,8 @@ std::int64_t TFile::Size() const
     return m_impl->File().isOpen() ? m_impl->File().size() : GetFileSize(m_path);
 }
 
-TString TFile::LoadTextFile(const TPath& path, int flag)
+TString TFile::LoadTextFile(const TPath& path, int /*flag*/)
 {
-    static_cast<void>(flag);
     const std::string bytes = LoadBytes(path);
     try {
         return TextDecoding::ToText(bytes, TextDecoding::FindEncoding(bytes));
@@ -147,9 +146,8 @@ TString TFile::LoadTextFile(const TPath& path, int flag)
     }
 }
 
-std::string TFile::LoadTextFileAsUtf8(const TPath& path, int flag)
+std::string TFile::LoadTextFileAsUtf8(const TPath& path, int /*flag*/)
 {
-    static_cast<void>(flag);
     std::string bytes = LoadBytes(path);
     try {
         const TextDecoding::Encoding encoding = TextDecoding::FindEncoding(bytes);

@@ -173,6 +173,7 @@ std::string_view FindDeclaredName(std::string_view declaration)
     return {};
 }
 
+/// Whether a name holds nothing that iconv would take for an option.
 bool IsEncodingName(std::string_view name)
 {
     return std::all_of(name.begin(), name.end(), [](char c) {
@@ -187,6 +188,12 @@ bool IsUtf8Name(std::string_view name)
     for (char& c : upper)
         c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
     return upper == "UTF-8" || upper == "UTF8";
+}
+
+bool IsKnown(std::string_view name)
+{
+    return IsUtf8Name(name) ||
+           (IsEncodingName(name) && Converter("UTF-8", std::string(name)).IsKnown());
 }
 
 /// What a text of single bytes is encoded in whose declaration names `name`.
@@ -217,7 +224,7 @@ Encoding TextDecoding::FindEncoding(std::string_view bytes)
             declaration.empty() ? std::string_view() : FindDeclaredName(declaration);
         if (name.empty())
             continue;
-        if (!IsEncodingName(name) || !Converter("UTF-8", std::string(name)).IsKnown())
+        if (!IsKnown(name))
             throw Failure{u"the encoding \"" + TString::fromUtf8(name) + u"\" is not known"};
         return kind.width > 1 ? Encoding{kind.name, 0} : ResolveDeclaredName(name, declaration);
     }

@@ -5,6 +5,7 @@
 
 #include <initializer_list>
 #include <span>
+#include <type_traits>
 
 /// A text with placeholders "%1" to "%9". A plain value.
 class KESPLATFORM_EXPORT TFormatString

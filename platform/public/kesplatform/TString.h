@@ -13,6 +13,7 @@
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// An immutable-by-sharing UTF-16 string. Lengths and positions are UTF-16 code units; -1 means
