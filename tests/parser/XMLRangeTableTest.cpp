@@ -1,0 +1,204 @@
+#include <kescorexml/XMLRangeTable.h>
+
+#include "support/Assertions.h"
+#include "support/RandomBytes.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t c_untouched = 12345;
+
+struct Answer
+{
+    XMLRangeType type;
+    std::size_t end;
+
+    friend bool operator==(const Answer&, const Answer&) = default;
+    friend void PrintTo(const Answer& answer, std::ostream* out)
+    {
+        *out << static_cast<std::uint32_t>(answer.type) << " to " << answer.end;
+    }
+};
+
+Answer Ask(XMLRangeTable& table, std::size_t position)
+{
+    std::size_t end = c_untouched;
+    const XMLRangeType type = table.GetRangeTypeAt(position, end);
+    return {type, end};
+}
+
+constexpr Answer c_none{XMLRangeType::None, c_untouched};
+
+/// The answers for all positions of a text, by definition.
+std::vector<Answer> MakeModel(const std::string& xml)
+{
+    std::vector<Answer> answers(xml.size() + 2, c_none);
+    for (std::size_t from = 0; from < xml.size();) {
+        std::size_t mark = xml.find('!', from);
+        while (mark != std::string::npos && mark > 0 && xml[mark - 1] != '<')
+            mark = xml.find('!', mark + 1);
+        if (mark == std::string::npos || mark == 0)
+            break;
+        const std::string rest = xml.substr(mark - 1);
+        XMLRangeType type = XMLRangeType::Declaration;
+        std::string terminator = ">";
+        if (rest.starts_with("<![CDATA[")) {
+            type = XMLRangeType::CData;
+            terminator = "]]>";
+        } else if (rest.starts_with("<!--")) {
+            type = XMLRangeType::Comment;
+            terminator = "-->";
+        }
+        const std::size_t found = xml.find(terminator, mark);
+        const std::size_t end = found == std::string::npos ? xml.size() : found + terminator.size();
+        for (std::size_t i = mark - 1; i < end; ++i)
+            answers[i] = {type, end};
+        from = end;
+    }
+    return answers;
+}
+
+TEST(XMLRangeTable, NumbersItsKinds)
+{
+    EXPECT_EQ(static_cast<std::uint32_t>(XMLRangeType::CData), 0U);
+    EXPECT_EQ(static_cast<std::uint32_t>(XMLRangeType::Comment), 1U);
+    EXPECT_EQ(static_cast<std::uint32_t>(XMLRangeType::Declaration), 2U);
+    EXPECT_EQ(static_cast<std::uint32_t>(XMLRangeType::None), 0xFFFFFFFFU);
+}
+
+TEST(XMLRangeTable, HasNoRangesByDefault)
+{
+    XMLRangeTable table;
+    EXPECT_EQ(Ask(table, 0), c_none);
+    EXPECT_EQ(Ask(table, 1000), c_none);
+    XMLRangeTable ofNothing{std::string()};
+    EXPECT_EQ(Ask(ofNothing, 0), c_none);
+}
+
+TEST(XMLRangeTable, EndsARangeBehindItsTerminator)
+{
+    XMLRangeTable table("a<!-- x -->b");
+    EXPECT_EQ(Ask(table, 0), c_none);
+    EXPECT_EQ(Ask(table, 1), (Answer{XMLRangeType::Comment, 11}));
+    EXPECT_EQ(Ask(table, 10), (Answer{XMLRangeType::Comment, 11}));
+    EXPECT_EQ(Ask(table, 11), c_none);
+    EXPECT_EQ(Ask(table, 1000), c_none);
+}
+
+TEST(XMLRangeTable, RunsToTheEndWithoutTerminator)
+{
+    XMLRangeTable table("<![CDATA[ ]] > -->");
+    EXPECT_EQ(Ask(table, 17), (Answer{XMLRangeType::CData, 18}));
+    EXPECT_EQ(Ask(table, 18), c_none);
+}
+
+TEST(XMLRangeTable, EndsADeclarationAtItsFirstBrace)
+{
+    XMLRangeTable table("<!DOCTYPE r><!ENTITY a '>'>");
+    EXPECT_EQ(Ask(table, 0), (Answer{XMLRangeType::Declaration, 12}));
+    EXPECT_EQ(Ask(table, 12), (Answer{XMLRangeType::Declaration, 25}));
+    EXPECT_EQ(Ask(table, 25), c_none);
+}
+
+TEST(XMLRangeTable, TakesOtherSectionsForDeclarations)
+{
+    XMLRangeTable table("<![INCLUDE[>]]>");
+    EXPECT_EQ(Ask(table, 0), (Answer{XMLRangeType::Declaration, 12}));
+}
+
+TEST(XMLRangeTable, KnowsNoQuotes)
+{
+    XMLRangeTable table("<a b='<!--'>-->");
+    EXPECT_EQ(Ask(table, 6), (Answer{XMLRangeType::Comment, 15}));
+}
+
+TEST(XMLRangeTable, HasNoRangesInATextThatBeginsWithAnExclamationMark)
+{
+    XMLRangeTable table("!<a>");
+    EXPECT_EQ(Ask(table, 0), c_none);
+    EXPECT_EQ(Ask(table, 3), c_none);
+    XMLRangeTable withMore("!<!-- x -->");
+    EXPECT_EQ(Ask(withMore, 2), c_none);
+}
+
+TEST(XMLRangeTable, MayBeAskedForAPositionAgainButNotForOneBefore)
+{
+    XMLRangeTable table("a<!-- x -->b");
+    EXPECT_EQ(Ask(table, 6), (Answer{XMLRangeType::Comment, 11}));
+    EXPECT_EQ(Ask(table, 6), (Answer{XMLRangeType::Comment, 11}));
+    ExpectAssertion([&] { Ask(table, 5); }, u"XMLRangeTable", 0,
+                    u"GetRangeTypeAt must be called with increasing positions", u"1A238B43");
+    EXPECT_EQ(Ask(table, 6), (Answer{XMLRangeType::Comment, 11}));
+}
+
+TEST(XMLRangeTable, CopiesWithItsPlaceInTheText)
+{
+    XMLRangeTable table("a<!-- x -->b<!c>");
+    Ask(table, 6);
+    XMLRangeTable copy(table);
+    XMLRangeTable assigned;
+    assigned = table;
+    EXPECT_EQ(Ask(table, 12), (Answer{XMLRangeType::Declaration, 16}));
+    for (XMLRangeTable* other : {&copy, &assigned}) {
+        ExpectAssertion([&] { Ask(*other, 5); }, u"XMLRangeTable", 0,
+                        u"GetRangeTypeAt must be called with increasing positions", u"1A238B43");
+        EXPECT_EQ(Ask(*other, 6), (Answer{XMLRangeType::Comment, 11}));
+        EXPECT_EQ(Ask(*other, 15), (Answer{XMLRangeType::Declaration, 16}));
+    }
+}
+
+TEST(XMLRangeTable, MovesAndLeavesNothingToCopy)
+{
+    XMLRangeTable table("<!-- x -->");
+    XMLRangeTable moved(std::move(table));
+    EXPECT_EQ(Ask(moved, 0), (Answer{XMLRangeType::Comment, 10}));
+    ExpectAssertion([&] { XMLRangeTable copy(table); }, u"XMLRangeTable", 0,
+                    u"other.m_pImpl != nullptr", u"7DE85DF8");
+    ExpectAssertion([&] { moved = table; }, u"XMLRangeTable", 0, u"other.m_pImpl != nullptr",
+                    u"9D698885");
+    EXPECT_EQ(Ask(moved, 1), (Answer{XMLRangeType::Comment, 10}));
+    table = std::move(moved);
+    EXPECT_EQ(Ask(table, 2), (Answer{XMLRangeType::Comment, 10}));
+    const XMLRangeTable& same = table;
+    table = same;
+    EXPECT_EQ(Ask(table, 3), (Answer{XMLRangeType::Comment, 10}));
+}
+
+TEST(XMLRangeTable, AnswersAsAModelDoes)
+{
+    RandomBytes random(1);
+    for (int round = 0; round < 40000; ++round) {
+        const std::string xml =
+            round % 2 == 0 ? random.Of("<>!-[]a", 60)
+                           : random.Join({"<!", "<!--", "-->", "<![CDATA[", "]]>", ">", "!", "-",
+                                          "]", "text that is longer than a register "},
+                                         14);
+        const std::vector<Answer> model = MakeModel(xml);
+        XMLRangeTable table(xml);
+        for (std::size_t i = 0; i < model.size(); i += 1 + random.Below(4))
+            ASSERT_EQ(Ask(table, i), model[i]) << xml << " at " << i;
+    }
+}
+
+TEST(XMLRangeTable, WalksAMillionRangesInLinearTime)
+{
+    std::string xml;
+    for (int i = 0; i < 1'000'000; ++i)
+        xml += "<!>!!";
+    XMLRangeTable table(xml);
+    std::size_t inside = 0;
+    for (std::size_t i = 0; i < xml.size(); ++i)
+        inside += Ask(table, i) != c_none;
+    EXPECT_EQ(inside, 3'000'000U);
+    XMLRangeTable unclosed(std::string(5'000'000, '!') + "<!--" + std::string(5'000'000, '-'));
+    EXPECT_EQ(Ask(unclosed, 9'000'000), c_none);
+    XMLRangeTable comment("<!--" + std::string(5'000'000, '-'));
+    EXPECT_EQ(Ask(comment, 5'000'000), (Answer{XMLRangeType::Comment, 5'000'004}));
+}
+
+} // namespace

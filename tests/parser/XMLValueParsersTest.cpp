@@ -1,0 +1,61 @@
+#include <kescorexml/XMLValueParsers.h>
+
+#include <kescorexml/XMLTokens.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(XMLValueParsers, TakesOnlyTheTokenForTrue)
+{
+    EXPECT_TRUE(XMLValueParsers::ParseBool(u"true"));
+    for (const char16_t* text : {u"", u"True", u"TRUE", u"1", u"yes", u" true", u"true ", u"false"})
+        EXPECT_FALSE(XMLValueParsers::ParseBool(text)) << TString(text);
+}
+
+TEST(XMLValueParsers, TakesTheDefaultForTheEmptyStringOnly)
+{
+    EXPECT_TRUE(XMLValueParsers::ParseBool(u"", true));
+    EXPECT_FALSE(XMLValueParsers::ParseBool(u"", false));
+    EXPECT_TRUE(XMLValueParsers::ParseBool(u"true", false));
+    EXPECT_FALSE(XMLValueParsers::ParseBool(u"false", true));
+    EXPECT_FALSE(XMLValueParsers::ParseBool(u"TRUE", true));
+    EXPECT_FALSE(XMLValueParsers::ParseBool(u" ", true));
+}
+
+TEST(XMLValueParsers, ReadsIntegers)
+{
+    EXPECT_EQ(XMLValueParsers::ParseInt(u"-2147483648"), -2147483647 - 1);
+    EXPECT_EQ(XMLValueParsers::ParseInt(u" 42\n"), 42);
+    for (const char16_t* text : {u"", u"x", u"0x10", u"1.5", u"2147483648", u"1 2"})
+        EXPECT_EQ(XMLValueParsers::ParseInt(text), 0) << TString(text);
+}
+
+TEST(XMLValueParsers, KeepsTheLowBitsOfUnsignedNumbers)
+{
+    EXPECT_EQ(XMLValueParsers::ParseUInt32(u"4294967295"), 4294967295U);
+    EXPECT_EQ(XMLValueParsers::ParseUInt32(u"4294967297"), 1U);
+    EXPECT_EQ(XMLValueParsers::ParseUInt32(u"18446744073709551615"), 4294967295U);
+    for (const char16_t* text : {u"", u"x", u"18446744073709551616"})
+        EXPECT_EQ(XMLValueParsers::ParseUInt32(text), 0U) << TString(text);
+}
+
+TEST(XMLValueParsers, ReadsNumbersWithFractions)
+{
+    EXPECT_EQ(XMLValueParsers::ParseFloat(u"0.1"), 0.1);
+    EXPECT_EQ(XMLValueParsers::ParseFloat(u" -1.5e300 "), -1.5e300);
+    for (const char16_t* text : {u"", u"x", u"1,5", u"1.5x"})
+        EXPECT_EQ(XMLValueParsers::ParseFloat(text), 0.0) << TString(text);
+}
+
+TEST(XMLTokens, NamesTheModulesOwnMarkup)
+{
+    EXPECT_EQ(XMLTokens::tagTuple, TString(u"tuple"));
+    EXPECT_EQ(XMLTokens::tagValue, TString(u"value"));
+    EXPECT_EQ(XMLTokens::tagPack, TString(u"pack"));
+    EXPECT_EQ(XMLTokens::attrVersion, TString(u"version"));
+    EXPECT_EQ(XMLTokens::valueTrue, TString(u"true"));
+    EXPECT_EQ(XMLTokens::valueFalse, TString(u"false"));
+}
+
+} // namespace
