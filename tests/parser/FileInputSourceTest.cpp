@@ -85,8 +85,8 @@ TEST(FileInputSource, DeliversLinesThatSpanChunks)
     std::string line;
     while (source.GetNextLine(line)) {
         ASSERT_FALSE(line.empty());
-        EXPECT_EQ(line.find('\n'), all.size() + line.size() == text.size() ? std::string::npos
-                                                                           : line.size() - 1);
+        EXPECT_EQ(line.find('\n'),
+                  all.size() + line.size() == text.size() ? std::string::npos : line.size() - 1);
         all += line;
     }
     EXPECT_EQ(all, text);
@@ -185,8 +185,8 @@ TEST(FileInputSource, LogsAndRethrowsWhenTheFileCannotBeOpened)
     TLog::SetSink(former);
     ASSERT_EQ(records.size(), 1U);
     EXPECT_EQ(records[0].first, 3);
-    EXPECT_EQ(records[0].second, TString(u"FileInputSource::FileInputSource( \"") + path +
-                                     u"\" ) error: " + reason);
+    EXPECT_EQ(records[0].second,
+              TString(u"FileInputSource::FileInputSource( \"") + path + u"\" ) error: " + reason);
     EXPECT_FALSE(reason.IsEmpty());
 }
 
