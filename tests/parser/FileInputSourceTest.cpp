@@ -29,6 +29,14 @@ std::string MakeLongText(std::size_t size)
     return text;
 }
 
+/// So many letters and then `end`.
+std::string PadBefore(std::size_t size, const std::string& end)
+{
+    std::string text(size, 'x');
+    text.append(end);
+    return text;
+}
+
 void ExpectUnsupportedEncoding(FileInputSource& source)
 {
     std::string out = "as before";
@@ -77,8 +85,8 @@ TEST(FileInputSource, DeliversLinesThatSpanChunks)
     std::string line;
     while (source.GetNextLine(line)) {
         ASSERT_FALSE(line.empty());
-        EXPECT_EQ(line.find('\n'), all.size() + line.size() == text.size() ? std::string::npos
-                                                                           : line.size() - 1);
+        EXPECT_EQ(line.find('\n'),
+                  all.size() + line.size() == text.size() ? std::string::npos : line.size() - 1);
         all += line;
     }
     EXPECT_EQ(all, text);
@@ -108,8 +116,8 @@ TEST(FileInputSource, NormalizesLineEndingsWithinEachCallOnly)
 TEST(FileInputSource, JoinsAPairOfLineEndingsThatChunksPart)
 {
     const TemporaryFolder folder;
-    FileInputSource source(folder.Write("a.xml", std::string(2047, 'x') + "\r\ny"));
-    EXPECT_EQ(ReadAll(source, 10000), std::string(2047, 'x') + "\ny");
+    FileInputSource source(folder.Write("a.xml", PadBefore(2047, "\r\ny")));
+    EXPECT_EQ(ReadAll(source, 10000), PadBefore(2047, "\ny"));
 }
 
 TEST(FileInputSource, MixesLinesAndBytes)
@@ -144,17 +152,17 @@ TEST(FileInputSource, RefusesAnotherEncodingAtEveryReadEvenAfterAReset)
 TEST(FileInputSource, LooksAtTheEncodingOfTheFirstChunkOnly)
 {
     const TemporaryFolder folder;
-    const std::string text = std::string(2048, 'x') + "\xFF\xFE\xFF";
+    const std::string text = PadBefore(2048, "\xFF\xFE\xFF");
     FileInputSource late(folder.Write("late.xml", text));
     EXPECT_EQ(ReadAll(late, 1000), text);
-    FileInputSource early(folder.Write("early.xml", std::string(2047, 'x') + "\xFF\xFE\xFF"));
+    FileInputSource early(folder.Write("early.xml", PadBefore(2047, "\xFF\xFE\xFF")));
     ExpectUnsupportedEncoding(early);
 }
 
 TEST(FileInputSource, AcceptsACharacterThatTheFirstChunkCuts)
 {
     const TemporaryFolder folder;
-    const std::string text = std::string(2046, 'x') + "\xE2\x82\xAC";
+    const std::string text = PadBefore(2046, "\xE2\x82\xAC");
     FileInputSource source(folder.Write("a.xml", text));
     EXPECT_EQ(ReadAll(source, 10000), text);
 }
@@ -177,8 +185,8 @@ TEST(FileInputSource, LogsAndRethrowsWhenTheFileCannotBeOpened)
     TLog::SetSink(former);
     ASSERT_EQ(records.size(), 1U);
     EXPECT_EQ(records[0].first, 3);
-    EXPECT_EQ(records[0].second, TString(u"FileInputSource::FileInputSource( \"") + path +
-                                     u"\" ) error: " + reason);
+    EXPECT_EQ(records[0].second,
+              TString(u"FileInputSource::FileInputSource( \"") + path + u"\" ) error: " + reason);
     EXPECT_FALSE(reason.IsEmpty());
 }
 

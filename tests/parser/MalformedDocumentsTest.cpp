@@ -49,9 +49,8 @@ TEST(MalformedDocuments, TheDocumentUnderTestIsWellFormed)
 {
     const ParseOutcome whole = ParseUtf8(c_document);
     EXPECT_THAT(whole.errors, IsEmpty());
-    EXPECT_THAT(whole.events,
-                ElementsAre("<a :y=< x=\xC3\xA9>", "'t\xF0\x9F\x98\x80'", "<b z=def>", "</>",
-                            "'<\xC3\xA9>\xE2\x82\xAC'", "</>"));
+    EXPECT_THAT(whole.events, ElementsAre("<a :y=< x=\xC3\xA9>", "'t\xF0\x9F\x98\x80'", "<b z=def>",
+                                          "</>", "'<\xC3\xA9>\xE2\x82\xAC'", "</>"));
     const TemporaryFolder folder;
     EXPECT_EQ(ParseBytes(c_document), whole);
     EXPECT_EQ(ParseFileInChunks(folder, c_document), whole);
@@ -118,10 +117,10 @@ TEST(MalformedDocuments, AnySingleByteCanBeMissingWithoutHarm)
 
 TEST(MalformedDocuments, OfNoElementAreErrorsWithoutEvents)
 {
-    for (const char* const text : {"", " ", "\n", "x", "<?xml version='1.0'?>", "<!-- c -->", "<",
-                                   "\xEF\xBB\xBF", "\xEF", "<!DOCTYPE a>", "<a", "&amp;", "]]>",
-                                   " :a='1'>", "x :a='1'> <", "</a>", "<?xml version='2.0'?><a/>",
-                                   "<?xml?><a/>"}) {
+    for (const char* const text :
+         {"", " ", "\n", "x", "<?xml version='1.0'?>", "<!-- c -->", "<", "\xEF\xBB\xBF", "\xEF",
+          "<!DOCTYPE a>", "<a", "&amp;", "]]>", " :a='1'>", "x :a='1'> <", "</a>",
+          "<?xml version='2.0'?><a/>", "<?xml?><a/>"}) {
         const ParseOutcome outcome = ParseUtf8(text);
         EXPECT_TRUE(outcome.fatal) << text;
         EXPECT_THAT(outcome.errors, testing::SizeIs(1)) << text;

@@ -129,8 +129,7 @@ TEST(Utf8InputSource, TakesForWhitespaceWhatThePlatformDoes)
     for (int byte = 0; byte < 256; ++byte) {
         const std::string text{static_cast<char>(byte), 'x'};
         Utf8InputSource source(text, u"id", true);
-        EXPECT_EQ(ReadAll(source, 10),
-                  TCType::isSpace(static_cast<char16_t>(byte)) ? "x" : text)
+        EXPECT_EQ(ReadAll(source, 10), TCType::isSpace(static_cast<char16_t>(byte)) ? "x" : text)
             << byte;
     }
 }

@@ -16,7 +16,11 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-enum class Mark { Without, With };
+enum class Mark
+{
+    Without,
+    With
+};
 
 /// The characters of the Latin-1 range, which all encodings under test have.
 TString LatinText()

@@ -41,9 +41,9 @@ TEST(XercesXMLHandler, ReportsWhitespaceAsItStands)
 
 TEST(XercesXMLHandler, DropsCommentsInstructionsAndDoctype)
 {
-    EXPECT_THAT(ParseUtf8("<?xml version='1.0'?><!--c--><!DOCTYPE a><?p i?><a><!--c--></a><?p i?>")
-                    .events,
-                ElementsAre("<a>", "</>"));
+    EXPECT_THAT(
+        ParseUtf8("<?xml version='1.0'?><!--c--><!DOCTYPE a><?p i?><a><!--c--></a><?p i?>").events,
+        ElementsAre("<a>", "</>"));
 }
 
 TEST(XercesXMLHandler, NamesElementsAndAttributesAsWritten)
@@ -168,7 +168,6 @@ TEST(XercesXMLHandler, TellsWhereItStands)
         places.push_back(event + "@" + std::to_string(line) + ":" + std::to_string(column));
     };
     parser->Parse();
-    EXPECT_THAT(places,
-                ElementsAre("<a>@1:4", "'\n  '@3:3", "<b c=1>@3:3", "</>@3:3", "'text'@3:11",
-                            "</>@3:11"));
+    EXPECT_THAT(places, ElementsAre("<a>@1:4", "'\n  '@3:3", "<b c=1>@3:3", "</>@3:3",
+                                    "'text'@3:11", "</>@3:11"));
 }

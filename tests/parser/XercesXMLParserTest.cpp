@@ -211,7 +211,8 @@ TEST(XercesXMLParser, DeliversNoTextOfAnAbandonedParseLater)
 
 TEST(XercesXMLParser, ParsesTheSameSourceAgainWithoutReload)
 {
-    for (const char* const text : {"<a>x<b/></a>", "<a>x<b></a>", "", "<?xml version='1.1'?><a/>"}) {
+    for (const char* const text :
+         {"<a>x<b/></a>", "<a>x<b></a>", "", "<?xml version='1.1'?><a/>"}) {
         Session session(text);
         const ParseOutcome first = session.Parse();
         session.sink->events.clear();
@@ -287,6 +288,6 @@ TEST(XercesXMLParser, ReportsItsScopes)
     session.Parse();
     EXPECT_THAT(metrics.GetLines(),
                 ElementsAre("+XercesXMLParser_PrepareParserState",
-                            "-XercesXMLParser_PrepareParserState",
-                            "+XercesXMLParser_DoXercesParse", "-XercesXMLParser_DoXercesParse"));
+                            "-XercesXMLParser_PrepareParserState", "+XercesXMLParser_DoXercesParse",
+                            "-XercesXMLParser_DoXercesParse"));
 }

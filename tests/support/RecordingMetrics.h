@@ -27,8 +27,7 @@ private:
         {
             lines.push_back("+" + std::string(name));
         }
-        void ValueEmitted(std::string_view scope, std::string_view key,
-                          std::int64_t value) override
+        void ValueEmitted(std::string_view scope, std::string_view key, std::int64_t value) override
         {
             lines.push_back(std::string(scope) + " " + std::string(key) + "=" +
                             std::to_string(value));
@@ -36,8 +35,7 @@ private:
         void BytesEmitted(std::string_view scope, std::string_view key,
                           std::string_view bytes) override
         {
-            lines.push_back(std::string(scope) + " " + std::string(key) + "=" +
-                            std::string(bytes));
+            lines.push_back(std::string(scope) + " " + std::string(key) + "=" + std::string(bytes));
         }
         void ScopeClosed(std::string_view name, std::int64_t) override
         {

@@ -1,0 +1,155 @@
+#include "support/RecordingMetrics.h"
+#include "support/TemporaryFile.h"
+
+#include <kescorexml/DOMElement.h>
+#include <kescorexml/DOMParser.h>
+#include <kescorexml/FileInputSource.h>
+#include <kescorexml/StringInputSource.h>
+
+#include <kesplatform/LogicException.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+const char* const c_intSchema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                                "<xs:element name='a' type='xs:int'/></xs:schema>";
+
+std::vector<std::string> ErrorsOf(const DOM& dom)
+{
+    std::vector<std::string> result;
+    for (const TString& error : dom.GetErrors())
+        result.push_back(error.toStdString());
+    return result;
+}
+
+std::unique_ptr<InputSource> Schema(const char* text, const TString& id)
+{
+    return std::make_unique<StringInputSource>(text, id, false);
+}
+
+/// How often a parser was made or switched to validation.
+int CountPreparations(const RecordingMetrics& metrics)
+{
+    int count = 0;
+    for (const std::string& line : metrics.GetLines())
+        count += line == "+XercesXMLParser_PrepareParserState" ? 1 : 0;
+    return count;
+}
+
+} // namespace
+
+TEST(DOMParserSchema, ValidatesAgainstACompiledInSchema)
+{
+    DOMParser parser;
+    parser.AddXSDResourceId(QtKesResourceId::FileformatZapXsd);
+    EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<zap version='10.2'/>", u"id")), IsEmpty());
+    EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<zap/>", u"id")),
+                ElementsAre(HasSubstr("'version'")));
+    EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<zip/>", u"id")),
+                ElementsAre("Error(1,7): no declaration found for element 'zip' (id: id)"));
+}
+
+TEST(DOMParserSchema, ThrowsForAnUnknownResource)
+{
+    DOMParser parser;
+    EXPECT_THROW(parser.AddXSDResourceId(static_cast<QtKesResourceId>(1)), CorvinaException);
+    EXPECT_FALSE(parser.ParseXmlString("<a/>", u"id")->HasErrors());
+}
+
+TEST(DOMParserSchema, UsesSeveralSchemasInTheOrderAdded)
+{
+    DOMParser parser;
+    parser.AddXSDInputSource(Schema(c_intSchema, u"one.xsd"));
+    parser.AddXSDInputSource(
+        Schema("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:n'>"
+               "<xs:element name='b' type='xs:boolean'/></xs:schema>",
+               u"two.xsd"));
+    EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<a>5</a>", u"id")), IsEmpty());
+    EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<a>x</a>", u"id")), SizeIs(1));
+    EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<b xmlns='urn:n'>true</b>", u"id")), IsEmpty());
+    EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<b xmlns='urn:n'>x</b>", u"id")), SizeIs(1));
+}
+
+TEST(DOMParserSchema, PutsErrorsOfTheSchemaBeforeThoseOfTheDocument)
+{
+    DOMParser parser;
+    parser.AddXSDInputSource(Schema("<xs:schema", u"broken.xsd"));
+    parser.AddXSDInputSource(Schema(c_intSchema, u"good.xsd"));
+    const auto dom = parser.ParseXmlString("<a>x</a>", u"id");
+    const std::vector<std::string> errors = ErrorsOf(*dom);
+    ASSERT_EQ(errors.size(), 3U);
+    EXPECT_THAT(errors[0], HasSubstr("(id: broken.xsd)"));
+    EXPECT_THAT(errors[1], HasSubstr("fatal error during schema scan"));
+    EXPECT_THAT(errors[2], HasSubstr("(id: id)"));
+    EXPECT_EQ(dom->GetDocumentRoot()->GetText(), u"x");
+    std::list<TString> onRoot;
+    dom->GetRoot()->GetErrors(onRoot);
+    EXPECT_EQ(onRoot.size(), 3U);
+}
+
+TEST(DOMParserSchema, DropsWarnings)
+{
+    DOMParser parser;
+    parser.AddXSDInputSource(Schema(c_intSchema, u"s.xsd"));
+    const auto dom =
+        parser.ParseXmlString("<!DOCTYPE a [<!ATTLIST z d CDATA 'x'>]><a>x</a>", u"id");
+    EXPECT_THAT(ErrorsOf(*dom), testing::Not(IsEmpty()));
+    EXPECT_FALSE(dom->HasWarnings());
+}
+
+TEST(DOMParserSchema, ReadsASchemaFileAgainForEachParse)
+{
+    const TemporaryFolder folder;
+    DOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<FileInputSource>(folder.Write("s.xsd", c_intSchema)));
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<a>5</a>", u"id")), IsEmpty());
+        EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<a>x</a>", u"id")), SizeIs(1));
+    }
+}
+
+TEST(DOMParserSchema, AssertsThatASchemaHasAnIdentifier)
+{
+    DOMParser parser;
+    parser.AddXSDInputSource(Schema(c_intSchema, TString()));
+    EXPECT_THROW(parser.ParseXmlString("<a/>", u"id"), LogicException);
+}
+
+TEST(DOMParserSchema, ReusesItsParserOnlyWhileItHasLoadedNoSchema)
+{
+    const RecordingMetrics metrics;
+    DOMParser parser;
+    EXPECT_EQ(CountPreparations(metrics), 0);
+    parser.ParseXmlString("<a/>", u"id");
+    parser.ParseXmlString("<a>", u"id");
+    parser.ParseXmlString("<a/>", u"id");
+    EXPECT_EQ(CountPreparations(metrics), 1);
+    parser.AddXSDInputSource(Schema(c_intSchema, u"s.xsd"));
+    // The parser at hand is switched to validation; from then on each parse makes one and
+    // switches it.
+    parser.ParseXmlString("<a>5</a>", u"id");
+    EXPECT_EQ(CountPreparations(metrics), 2);
+    parser.ParseXmlString("<a>5</a>", u"id");
+    EXPECT_EQ(CountPreparations(metrics), 4);
+    parser.ParseXmlString("<a>5</a>", u"id");
+    EXPECT_EQ(CountPreparations(metrics), 6);
+}
+
+TEST(DOMParserSchema, KeepsNothingOfAnEarlierParseInAReusedParser)
+{
+    const DOMParser parser;
+    EXPECT_TRUE(parser.ParseXmlString("<a>text", u"id")->HasErrors());
+    const auto dom = parser.ParseXmlString("<b/>", u"id");
+    EXPECT_FALSE(dom->HasErrors());
+    EXPECT_FALSE(dom->GetRoot()->HasText());
+    EXPECT_FALSE(dom->GetDocumentRoot()->HasText());
+    EXPECT_FALSE(parser.ParseXmlString("<?xml version='1.1'?><a>&#1;</a>", u"id")->HasErrors());
+    EXPECT_TRUE(parser.ParseXmlString("<a>&#1;</a>", u"id")->HasErrors());
+}

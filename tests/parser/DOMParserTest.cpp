@@ -1,0 +1,349 @@
+#include "support/SmallStack.h"
+#include "support/TemporaryFile.h"
+
+#include <kescorexml/DOMElement.h>
+#include <kescorexml/DOMElementTraversal.h>
+#include <kescorexml/DOMParser.h>
+#include <kescorexml/StringInputSource.h>
+#include <kescorexml/Utf8InputSource.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+std::vector<std::string> ErrorsOf(const DOM& dom)
+{
+    std::vector<std::string> result;
+    for (const TString& error : dom.GetErrors())
+        result.push_back(error.toStdString());
+    return result;
+}
+
+std::vector<std::string> ErrorsOf(const DOMElement& element)
+{
+    std::list<TString> errors;
+    element.GetErrors(errors);
+    std::vector<std::string> result;
+    for (const TString& error : errors)
+        result.push_back(error.toStdString());
+    return result;
+}
+
+const std::string c_accents = "<a b='\xC3\xA9'>\xE2\x82\xAC</a>";
+
+void ExpectAccents(const DOM& dom)
+{
+    EXPECT_THAT(ErrorsOf(dom), IsEmpty());
+    ASSERT_NE(dom.GetDocumentRoot(), nullptr);
+    EXPECT_EQ(dom.GetDocumentRoot()->GetAttribute(u"b"), u"\u00E9");
+    EXPECT_EQ(dom.GetDocumentRoot()->GetText(), u"\u20AC");
+}
+
+} // namespace
+
+TEST(DOMParser, BuildsTheTreeUnderTheRootAndDropsWhitespaceAlone)
+{
+    const auto dom = DOMParser().ParseXmlString(u"  <a> <b/> </a>", u"id");
+    const DOMElement& root = *dom->GetRoot();
+    EXPECT_EQ(root.GetName(), u"Document");
+    ASSERT_EQ(root.GetChildren().size(), 1U);
+    const DOMElement& a = *dom->GetDocumentRoot();
+    EXPECT_EQ(a.GetName(), u"a");
+    EXPECT_FALSE(a.HasText());
+    ASSERT_EQ(a.GetChildren().size(), 1U);
+    EXPECT_EQ(a.GetChildren()[0].GetName(), u"b");
+    EXPECT_FALSE(root.HasText());
+    EXPECT_FALSE(dom->HasErrors());
+}
+
+TEST(DOMParser, KeepsWhitespaceWhenTold)
+{
+    const DOMParser parser;
+    StringInputSource source(u"  <a> <b/>\n</a>", u"id", true);
+    EXPECT_EQ(parser.ParseXmlInputSource(source, true)->GetDocumentRoot()->GetText(), u" \n");
+    EXPECT_EQ(parser.ParseXmlInputSource(source, false)->GetDocumentRoot()->GetText(), u"");
+}
+
+TEST(DOMParser, GathersTextAroundChildren)
+{
+    const auto dom = DOMParser().ParseXmlString(u"<a> x <b>in</b> <c/> y\n</a>", u"id");
+    EXPECT_EQ(dom->GetDocumentRoot()->GetText(), u" x  y\n");
+    EXPECT_EQ(dom->GetDocumentRoot()->GetChildText(u"b"), u"in");
+}
+
+TEST(DOMParser, TakesTextInEveryForm)
+{
+    const DOMParser parser;
+    const TString text = TString::fromStdString(c_accents);
+    ExpectAccents(*parser.ParseXmlString(text, u"id"));
+    ExpectAccents(*parser.ParseXmlString(TString(text), u"id"));
+    ExpectAccents(*parser.ParseXmlString(c_accents, u"id"));
+    ExpectAccents(*parser.ParseXmlString(std::string(c_accents), u"id"));
+    ExpectAccents(*parser.ParseXmlString(c_accents.c_str(), u"id"));
+    std::vector<unsigned char> bytes(c_accents.begin(), c_accents.end());
+    ExpectAccents(*parser.ParseXmlBytes(bytes));
+    ExpectAccents(*parser.ParseXmlBytes(std::move(bytes)));
+    const TemporaryFolder folder;
+    ExpectAccents(*parser.ParseXmlFile(folder.Write("a.xml", c_accents)));
+    Utf8InputSource source(c_accents, u"id", false);
+    ExpectAccents(*parser.ParseXmlInputSource(source, false));
+}
+
+TEST(DOMParser, LeavesAnLvalueAsItIs)
+{
+    const DOMParser parser;
+    const TString text = u"<a/>";
+    const std::string utf8 = "<a/>";
+    const std::vector<unsigned char> bytes = {'<', 'a', '/', '>'};
+    parser.ParseXmlString(text, u"id");
+    parser.ParseXmlString(utf8, u"id");
+    parser.ParseXmlBytes(bytes);
+    EXPECT_EQ(text, u"<a/>");
+    EXPECT_EQ(utf8, "<a/>");
+    EXPECT_EQ(bytes.size(), 4U);
+}
+
+TEST(DOMParser, SkipsLeadingWhitespaceOfTextAndFilesButNotOfBytes)
+{
+    const DOMParser parser;
+    const std::string text = "\n <?xml version='1.0'?><a/>";
+    EXPECT_FALSE(parser.ParseXmlString(text, u"id")->HasErrors());
+    EXPECT_FALSE(parser.ParseXmlString(TString::fromStdString(text), u"id")->HasErrors());
+    const TemporaryFolder folder;
+    EXPECT_FALSE(parser.ParseXmlFile(folder.Write("a.xml", text))->HasErrors());
+    EXPECT_TRUE(parser.ParseXmlBytes({text.begin(), text.end()})->HasErrors());
+}
+
+TEST(DOMParser, RestoresAttributesThatBeginWithAColon)
+{
+    const auto dom = DOMParser().ParseXmlString("<r :a='1'><s :b='2' c='3'/></r>", u"id");
+    EXPECT_THAT(ErrorsOf(*dom), IsEmpty());
+    const DOMElement& r = *dom->GetDocumentRoot();
+    EXPECT_EQ(r.GetAttributes(), (std::unordered_map<TString, TString>{{u":a", u"1"}}));
+    EXPECT_EQ(r.GetChildren()[0].GetAttributes(),
+              (std::unordered_map<TString, TString>{{u":b", u"2"}, {u"c", u"3"}}));
+}
+
+TEST(DOMParser, PutsErrorsOnTheRootElement)
+{
+    const auto dom = DOMParser().ParseXmlString("<a><b></a>", u"the document");
+    const std::string message = "Fatal Error(1,9): expected end of tag 'b' (id: the document)";
+    EXPECT_THAT(ErrorsOf(*dom), ElementsAre(message));
+    EXPECT_THAT(ErrorsOf(*dom->GetRoot()), ElementsAre(message));
+    EXPECT_THAT(ErrorsOf(*dom->GetDocumentRoot()), IsEmpty());
+    EXPECT_THAT(dom->GetMetadataForErrors(), ElementsAre(TError::ErrorInfo::NoError()));
+    EXPECT_TRUE(dom->HasUnreportedErrors());
+    EXPECT_FALSE(dom->HasCancelErrors());
+    // What came before the error is there.
+    EXPECT_EQ(dom->GetDocumentRoot()->GetChildren()[0].GetName(), u"b");
+}
+
+TEST(DOMParser, PutsARefusedExternalEntityOnTheRootTwice)
+{
+    const auto dom = DOMParser().ParseXmlString("<!DOCTYPE a [<!ENTITY e SYSTEM 'f'>]><a/>", u"id");
+    EXPECT_THAT(ErrorsOf(*dom), SizeIs(2));
+    EXPECT_EQ(ErrorsOf(*dom)[0], ErrorsOf(*dom)[1]);
+    EXPECT_EQ(dom->GetDocumentRoot(), nullptr);
+}
+
+TEST(DOMParser, OfAnEmptyTextGivesADocumentWithAnError)
+{
+    for (const char* const text : {"", " ", "\n"}) {
+        const auto dom = DOMParser().ParseXmlString(text, u"id");
+        EXPECT_EQ(dom->GetDocumentRoot(), nullptr);
+        EXPECT_THAT(ErrorsOf(*dom),
+                    ElementsAre("Fatal Error(1,1): invalid document structure (id: id)"));
+    }
+    EXPECT_THAT(ErrorsOf(*DOMParser().ParseXmlBytes(std::vector<unsigned char>())),
+                ElementsAre("Fatal Error(1,1): invalid document structure (id: )"));
+}
+
+TEST(DOMParser, RecordsPositionsOnElementsOnlyWhenTold)
+{
+    DOMParser parser;
+    const std::string text = "<a>\n  <b x='1'/>\n  <c>t</c>\n</a>";
+    EXPECT_FALSE(parser.GetEnableLineNumbersOnElements());
+    auto dom = parser.ParseXmlString(text, u"id");
+    for (const DOMElement& element :
+         DOMElementTraversal::PreorderTraversalTemplate<DOMElement>(*dom->GetRoot())) {
+        EXPECT_EQ(element.GetStartLine(), 0);
+        EXPECT_EQ(element.GetStartColumn(), 0);
+        EXPECT_EQ(element.GetEndLine(), 0);
+        EXPECT_EQ(element.GetEndColumn(), 0);
+    }
+    parser.SetEnableLineNumbersOnElements(true);
+    EXPECT_TRUE(parser.GetEnableLineNumbersOnElements());
+    dom = parser.ParseXmlString(text, u"id");
+    const auto place = [](const DOMElement& element) {
+        return std::vector<int>{element.GetStartLine(), element.GetStartColumn(),
+                                element.GetEndLine(), element.GetEndColumn()};
+    };
+    const DOMElement& a = *dom->GetDocumentRoot();
+    EXPECT_THAT(place(a), ElementsAre(1, 4, 4, 5));
+    EXPECT_THAT(place(a.GetChildren()[0]), ElementsAre(2, 13, 2, 13));
+    EXPECT_THAT(place(a.GetChildren()[1]), ElementsAre(3, 6, 3, 11));
+    parser.SetEnableLineNumbersOnElements(false);
+    dom = parser.ParseXmlString(text, u"id");
+    EXPECT_EQ(dom->GetDocumentRoot()->GetStartLine(), 0);
+}
+
+TEST(DOMParser, PassesTheRestrictionOfPathsToItsDocuments)
+{
+    DOMParser parser;
+    EXPECT_FALSE(parser.GetRestrictExternalPaths());
+    EXPECT_FALSE(parser.ParseXmlString("<a/>", u"id")->GetRestrictExternalPaths());
+    parser.SetRestrictExternalPaths(true);
+    EXPECT_TRUE(parser.GetRestrictExternalPaths());
+    EXPECT_TRUE(parser.ParseXmlString("<a/>", u"id")->GetRestrictExternalPaths());
+}
+
+TEST(DOMParser, ReportsStatisticsOfEveryParse)
+{
+    DOMParser parser;
+    std::vector<std::pair<std::uint64_t, TString>> seen;
+    parser.SetStatisticsEventHandler([&](const DOMParserStatistics& statistics) {
+        seen.emplace_back(statistics.sourceSize, statistics.sourceId);
+    });
+    parser.ParseXmlString(u"  <a>\u00E9</a>", u"one");
+    parser.ParseXmlString("broken", u"two");
+    parser.ParseXmlBytes({'<', 'a', '/', '>'});
+    const TemporaryFolder folder;
+    const TString path = folder.Write("a.xml", "<a/>\n");
+    parser.ParseXmlFile(path);
+    parser.ParseXmlFile(folder.GetPath("missing.xml"));
+    EXPECT_THAT(seen, ElementsAre(std::pair(11UL, TString(u"one")), std::pair(6UL, TString(u"two")),
+                                  std::pair(4UL, TString()), std::pair(5UL, path)));
+    parser.SetStatisticsEventHandler(nullptr);
+    parser.ParseXmlString("<a/>", u"id");
+    EXPECT_THAT(seen, SizeIs(4));
+}
+
+TEST(DOMParser, LetsExceptionsOfTheStatisticsHandlerPassAndGoesOnAfterwards)
+{
+    DOMParser parser;
+    parser.SetStatisticsEventHandler(
+        [](const DOMParserStatistics&) { throw std::runtime_error("no"); });
+    EXPECT_THROW(parser.ParseXmlString("<a/>", u"id"), std::runtime_error);
+    parser.SetStatisticsEventHandler(nullptr);
+    EXPECT_FALSE(parser.ParseXmlString("<a/>", u"id")->HasErrors());
+}
+
+TEST(DOMParser, OfAFileThatCannotBeReadGivesADocumentThatSaysSo)
+{
+    const TemporaryFolder folder;
+    DOMParser parser;
+    parser.SetRestrictExternalPaths(true);
+    for (const TString& path : {folder.GetPath("missing.xml"), folder.GetPath(), TString(),
+                                folder.Write("bad.xml", "<a>\xFF</a>")}) {
+        const auto dom = parser.ParseXmlFile(path);
+        ASSERT_EQ(dom->GetRoot()->GetChildren().size(), 1U) << path;
+        const DOMElement& error = *dom->GetDocumentRoot();
+        EXPECT_EQ(error.GetName(), u"error");
+        EXPECT_FALSE(error.HasChildren());
+        EXPECT_THAT(ErrorsOf(*dom), SizeIs(1));
+        EXPECT_THAT(ErrorsOf(error), ElementsAre(HasSubstr(path.toStdString())));
+        std::list<TError::ErrorInfo> infos;
+        error.GetMetadataForErrors(infos);
+        ASSERT_EQ(infos.size(), 1U);
+        EXPECT_EQ(infos.front().GetError().GetCode(), 0x354BEE43U);
+        EXPECT_EQ(infos.front().GetError().GetIdentifier(), u"CorvinaException_AutoGen_0x354BEE43");
+        EXPECT_TRUE(dom->HasUnreportedErrors());
+        EXPECT_FALSE(dom->HasCancelErrors());
+        EXPECT_FALSE(dom->GetRestrictExternalPaths());
+    }
+}
+
+TEST(DOMParser, OfAnEmptyFileGivesADocumentWithAnError)
+{
+    const TemporaryFolder folder;
+    const TString path = folder.Write("a.xml", "");
+    const auto dom = DOMParser().ParseXmlFile(path);
+    EXPECT_EQ(dom->GetDocumentRoot(), nullptr);
+    EXPECT_THAT(ErrorsOf(*dom), ElementsAre("Fatal Error(1,1): invalid document structure (id: " +
+                                            path.toStdString() + ")"));
+}
+
+TEST(DOMParser, ThrowsForALargeFileInAnotherEncoding)
+{
+    const TemporaryFolder folder;
+    const TString path = folder.Write("a.xml", std::string("\xFF\xFE<\0a\0/\0>\0", 10));
+    std::filesystem::resize_file(path.toStdString(), 0x40000000);
+    const DOMParser parser;
+    try {
+        parser.ParseXmlFile(path);
+        ADD_FAILURE() << "was parsed";
+    } catch (const CorvinaException& exception) {
+        EXPECT_EQ(exception.GetErrorInfo().GetError().GetCode(), 0xE19C2DF8U);
+    }
+    EXPECT_FALSE(parser.ParseXmlString("<a/>", u"id")->HasErrors());
+}
+
+TEST(DOMParser, ParsesAndDestroysAMillionLevelsOnASmallStack)
+{
+    constexpr int c_levels = 1000000;
+    std::string text;
+    for (int i = 0; i < c_levels; ++i)
+        text += "<a>";
+    for (int i = 0; i < c_levels; ++i)
+        text += "</a>";
+    RunOnSmallStack([&] {
+        const auto dom = DOMParser().ParseXmlString(std::move(text), u"id");
+        EXPECT_THAT(ErrorsOf(*dom), IsEmpty());
+        int levels = 0;
+        for (const DOMElement* element = dom->GetRoot(); element->HasChildren();
+             element = &element->GetChildren()[0])
+            ++levels;
+        EXPECT_EQ(levels, c_levels);
+    });
+}
+
+TEST(DOMParser, DocumentsOutliveTheirParser)
+{
+    auto parser = std::make_unique<DOMParser>();
+    const auto first = parser->ParseXmlString("<a><b c='d'>text</b></a>", u"id");
+    const auto second = parser->ParseXmlString("<a><b c='d'>text</b></a>", u"id");
+    parser.reset();
+    EXPECT_TRUE(*first == *second);
+    EXPECT_EQ(first->GetDocumentRoot()->GetChildText(u"b"), u"text");
+}
+
+TEST(DOMParser, DifferentParsersWorkOnDifferentThreads)
+{
+    std::vector<std::thread> threads;
+    std::vector<int> good(4, 0);
+    for (std::size_t i = 0; i < good.size(); ++i) {
+        threads.emplace_back([&good, i] {
+            const DOMParser parser;
+            for (int round = 0; round < 50; ++round) {
+                const auto dom = parser.ParseXmlString("<a b='c'><d>text</d><d/></a>", u"id");
+                if (!dom->HasErrors() && dom->GetDocumentRoot()->GetChildText(u"d") == u"text")
+                    ++good[i];
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_THAT(good, ElementsAre(50, 50, 50, 50));
+}
+
+TEST(DOMParserDeathTest, MayBeAStaticObject)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            static const DOMParser s_parser;
+            const bool good = !s_parser.ParseXmlString("<a/>", u"id")->HasErrors();
+            std::exit(good ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}

@@ -1,0 +1,157 @@
+#include "support/ParseOutcome.h"
+
+#include <kescorexml/BinaryInputSource.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Document
+{
+    std::string text;
+    /// 0 reads it to its end.
+    std::size_t stopAfter = 0;
+    bool throws = false;
+};
+
+/// Documents that could leave something behind: versions, encodings, document types, entities,
+/// ends in the middle of everything.
+const std::vector<Document>& Documents()
+{
+    static const std::vector<Document> s_documents = {
+        {"<a>x<b/>y</a>"},
+        {"<?xml version='1.1'?><a>x&#1;\xC2\x85</a>"},
+        {"<a>x&#1;</a>"},
+        {"<a>x\xC2\x85y\xE2\x80\xA8z</a>"},
+        {"<?xml version='1.0'?><a>x&#1;</a>"},
+        {"<?xml version='1.1' nonsense?><a/>"},
+        {"<?xml version='1.1' encoding='no-such-encoding'?><a/>"},
+        {"<?xml version='1.1'?><!DOCTYPE a [<!ENTITY e SYSTEM 'f'>]><a/>"},
+        {"<?xml version='1.1'?><a><b>x</b><c/></a>", 2},
+        {"<?xml version='1.0' encoding='ISO-8859-1' standalone='yes'?><a>\xE9</a>"},
+        {"<a>\xC3\xA9</a>"},
+        {std::string("\xFE\xFF\0<\0a\0>\0\xE9\0<\0/\0a\0>", 18)},
+        {"<!DOCTYPE a [<!ENTITY e 'x'><!ATTLIST a d CDATA 'def' i ID #IMPLIED>]><a i=' x '/>"},
+        {"<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>"},
+        {"<a i=' x '>&e;</a>"},
+        {"<!DOCTYPE a SYSTEM 'a.dtd'><a>&e;</a>"},
+        {"<!DOCTYPE a [<!ENTITY e SYSTEM 'f'>]><a>&e;</a>"},
+        {"<!DOCTYPE a [<!ELEMENT a EMPTY>"},
+        {"<a>text<b>"},
+        {"<a>text<b></c></a>"},
+        {"<a>text<![CDATA[more"},
+        {"<a b='c"},
+        {""},
+        {"   "},
+        {"<a>one<b>two<c/>three</b>four</a>", 1},
+        {"<a>one<b>two<c/>three</b>four</a>", 4},
+        {"<a>one<b>two<c/>three</b>four</a>", 0, true},
+        {"<a xmlns='u' xml:space='preserve'> <p:b xmlns:p='v'/> </a>"},
+        {"<a :b='1'/>"},
+        {"<a>\xFF</a>"},
+    };
+    return s_documents;
+}
+
+std::shared_ptr<RecordingSink> MakeSink(const Document& document)
+{
+    auto sink = std::make_shared<RecordingSink>();
+    sink->stopAfter = document.stopAfter;
+    if (document.throws) {
+        sink->onEvent = [](const std::string& event) {
+            if (event == "<c>")
+                throw std::runtime_error("enough");
+        };
+    }
+    return sink;
+}
+
+BinaryInputSource MakeSource(const Document& document)
+{
+    return {std::vector<unsigned char>(document.text.begin(), document.text.end()), u"id", false};
+}
+
+ParseOutcome ParseAlone(const Document& document)
+{
+    BinaryInputSource source = MakeSource(document);
+    const auto sink = MakeSink(document);
+    const auto parser = XercesXMLParser::Create(source, sink);
+    parser->Parse();
+    return GetOutcome(*parser, *sink);
+}
+
+ParseOutcome ParseAfterReload(XercesXMLParser& parser, const Document& document)
+{
+    BinaryInputSource source = MakeSource(document);
+    const auto sink = MakeSink(document);
+    parser.Reload(source, sink);
+    parser.Parse();
+    return GetOutcome(parser, *sink);
+}
+
+} // namespace
+
+TEST(ParseIsolation, NoDocumentTouchesTheNextOne)
+{
+    std::vector<ParseOutcome> alone;
+    for (const Document& document : Documents())
+        alone.push_back(ParseAlone(document));
+
+    StringInputSource source(u"<a/>", u"id", false);
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingSink>());
+    for (std::size_t first = 0; first < Documents().size(); ++first) {
+        for (std::size_t second = 0; second < Documents().size(); ++second) {
+            SCOPED_TRACE(Documents()[first].text + " before " + Documents()[second].text);
+            EXPECT_EQ(ParseAfterReload(*parser, Documents()[first]), alone[first]);
+            EXPECT_EQ(ParseAfterReload(*parser, Documents()[second]), alone[second]);
+        }
+    }
+}
+
+TEST(ParseIsolation, AParseWithoutReloadIsNotTouchedEither)
+{
+    for (const Document& document : Documents()) {
+        if (document.stopAfter != 0)
+            continue;
+        SCOPED_TRACE(document.text);
+        BinaryInputSource source = MakeSource(document);
+        const auto sink = MakeSink(document);
+        const auto parser = XercesXMLParser::Create(source, sink);
+        parser->Parse();
+        const ParseOutcome first = GetOutcome(*parser, *sink);
+        sink->events.clear();
+        parser->Parse();
+        EXPECT_EQ(GetOutcome(*parser, *sink), first);
+    }
+}
+
+TEST(ParseIsolation, ParsersDoNotTouchEachOther)
+{
+    // One parser is in the middle of its document while another one works.
+    StringInputSource outerSource(u"<?xml version='1.1'?><a><b/>x<c/></a>", u"outer", false);
+    const auto outerSink = std::make_shared<RecordingSink>();
+    const auto outer = XercesXMLParser::Create(outerSource, outerSink);
+    int inner = 0;
+    outerSink->onEvent = [&](const std::string&) {
+        for (const Document& document : Documents()) {
+            ParseAlone(document);
+            ++inner;
+        }
+    };
+    outer->Parse();
+    EXPECT_GT(inner, 0);
+    EXPECT_EQ(outerSink->events,
+              (std::vector<std::string>{"<a>", "<b>", "</>", "'x'", "<c>", "</>", "</>"}));
+    EXPECT_FALSE(outer->HasErrors());
+}
+
+TEST(ParseIsolation, PermissionToExpandEntitiesOutlastsAReload)
+{
+    const Document document{"<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>"};
+    StringInputSource source(u"<?xml version='1.1'?><a/>", u"id", false);
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingSink>());
+    parser->AllowEntityExpansion_Insecure();
+    parser->Parse();
+    EXPECT_FALSE(ParseAfterReload(*parser, document).fatal);
+    EXPECT_TRUE(ParseAlone(document).fatal);
+}
