@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kescorexml/Export.h>
 #include <kesplatform/TString.h>
 
 #include <array>
@@ -13,7 +14,7 @@
 /// these names. Immutable.
 ///
 /// Safe to use from several threads.
-class AttributeNames final : public TStringBlock::Owner
+class KESCOREXML_EXPORT AttributeNames final : public TStringBlock::Owner
 {
 public:
     /// More attributes than this are kept in a map from the start: look-up in a block is linear.
@@ -47,7 +48,7 @@ private:
 
 /// The attributes of one element in one allocation: a reference to their names, then the values.
 /// Immutable once written, counted like every TStringBlock.
-class AttributeBlock final : public TStringBlock
+class KESCOREXML_EXPORT AttributeBlock final : public TStringBlock
 {
 public:
     /// Blocks stay small, so that a value which outlives its element holds on to little.

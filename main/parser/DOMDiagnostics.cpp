@@ -25,8 +25,7 @@ auto FindEntry(Registry& registry, const DOMElement& element)
     if (identity == nullptr)
         return registry.end();
     const auto found = registry.find(&element);
-    return found != registry.end() && found->second.identity.Is(identity) ? found
-                                                                          : registry.end();
+    return found != registry.end() && found->second.identity.Is(identity) ? found : registry.end();
 }
 
 /// The messages of an element, an empty sequence made for it when it has none.
@@ -35,8 +34,8 @@ MessageSequence<Message>& GetListOrDefaultForNode(const DOMElement& element,
                                                   DiagnosticsRegistry<Message>& registry)
 {
     ElementIdentity& identity = DOMElementAccess::MakeIdentity(element);
-    const auto [entry, isNew] = registry.try_emplace(
-        &element, DiagnosticsEntry<Message>{ElementIdentityRef(identity), {}});
+    const auto [entry, isNew] =
+        registry.try_emplace(&element, DiagnosticsEntry<Message>{ElementIdentityRef(identity), {}});
     if (!isNew && !entry->second.identity.Is(&identity))
         entry->second = {ElementIdentityRef(identity), {}};
     return entry->second.messages;
@@ -173,9 +172,9 @@ void AddCopy(Pending<Message>& pending, const DiagnosticsRegistry<Message>& from
 {
     const auto entry = FindEntry(from, node);
     if (entry != from.end())
-        pending.try_emplace(&key, DiagnosticsEntry<Message>{
-                                      ElementIdentityRef(DOMElementAccess::MakeIdentity(key)),
-                                      entry->second.messages});
+        pending.try_emplace(
+            &key, DiagnosticsEntry<Message>{ElementIdentityRef(DOMElementAccess::MakeIdentity(key)),
+                                            entry->second.messages});
 }
 
 /// Moves everything pending into the registry; entries that are there stay as they are.
@@ -451,8 +450,7 @@ void DOM::AdoptSubtree(const DOMElement& top, SubtreeScope scope)
     if (from == nullptr)
         return;
     const DOMElement* oldRoot = from->GetRoot();
-    const bool rootToo =
-        scope == TopAndDescendants ? top.m_parent == oldRoot : &top == oldRoot;
+    const bool rootToo = scope == TopAndDescendants ? top.m_parent == oldRoot : &top == oldRoot;
     const LockedPair locks(m_lock, from->m_lock);
     if (from->m_errors.empty() && from->m_warnings.empty())
         return;

@@ -212,12 +212,8 @@ bool DOMElement::StringToBool(const TString& text, bool& out) noexcept
 
 void DOMElement::AdoptAttribute(DOMElement& from, const TString& name)
 {
-    if (!from.HasAttribute(name) || this == &from) {
-        // Moved onto itself, an attribute is set and then erased.
-        if (this == &from)
-            RemoveAttribute(name);
+    if (!from.HasAttribute(name))
         return;
-    }
     // Both maps are there before either changes, so that nothing is lost when memory runs out.
     AttributeMap& source = from.m_attributes.Map();
     m_attributes.Map().insert_or_assign(name, source.at(name));

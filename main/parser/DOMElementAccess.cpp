@@ -23,6 +23,18 @@ const DOMElement* DOMElementAccess::Parent(const DOMElement& element) noexcept
     return element.m_parent;
 }
 
+bool DOMElementAccess::IsRemoved(const DOMElement& element) noexcept
+{
+    const ElementIdentity* identity = Identity(element);
+    return identity != nullptr && identity->formerParent != nullptr;
+}
+
+bool DOMElementAccess::IsRemembered(const DOMElement& element) noexcept
+{
+    const ElementIdentity* identity = Identity(element);
+    return identity != nullptr && identity->references.load(std::memory_order_relaxed) > 1;
+}
+
 void DOMElementAccess::SetDocument(DOMElement& element, DOM* dom) noexcept
 {
     // On the way through the subtree, the document pointer of each element that is still being
@@ -100,6 +112,17 @@ void DOMElementAccess::MarkRemoved(DOMElement& child, DOMElement& parent) noexce
     Identity(child)->formerParent = &former;
     if (child.m_dom != nullptr)
         LinkLoose(child);
+}
+
+void DOMElementAccess::NameNoParent(DOMElement& element) noexcept
+{
+    // The identity of an element that has always been gone. It keeps its first reference.
+    static constinit ElementIdentity s_nobody(nullptr);
+
+    ElementIdentity& identity = *Identity(element);
+    ForgetFormerParent(identity);
+    s_nobody.Retain();
+    identity.formerParent = &s_nobody;
 }
 
 void DOMElementAccess::DetachAllLoose(DOM& dom) noexcept

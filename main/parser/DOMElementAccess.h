@@ -8,7 +8,7 @@
 #include <span>
 
 /// What the module's own sources may do with an element that callers may not.
-class DOMElementAccess
+class KESCOREXML_EXPORT DOMElementAccess
 {
 public:
     static const AttributeStorage& Attributes(const DOMElement& element) noexcept
@@ -32,6 +32,12 @@ public:
     /// The parent as IsChildOf goes: null for one that is gone.
     static const DOMElement* Parent(const DOMElement& element) noexcept;
 
+    /// Whether the element was removed from a parent and is in no list since; what it names as its
+    /// parent then does not hold it.
+    static bool IsRemoved(const DOMElement& element) noexcept;
+    /// Whether anybody but the element itself refers to its identity.
+    static bool IsRemembered(const DOMElement& element) noexcept;
+
     /// Attaches the whole subtree to `dom` (null detaches it) without touching diagnostics.
     /// Allocates nothing.
     static void SetDocument(DOMElement& element, DOM* dom) noexcept;
@@ -43,6 +49,8 @@ public:
     static void Unloosen(DOMElement& element) noexcept;
     /// REQUIRES: identities of both; `child` was just taken out of the children of `parent`.
     static void MarkRemoved(DOMElement& child, DOMElement& parent) noexcept;
+    /// Makes a removed element name nobody as its parent, as when that one is gone.
+    static void NameNoParent(DOMElement& element) noexcept;
     /// Detaches every loose element of a document that ends.
     static void DetachAllLoose(DOM& dom) noexcept;
     /// Tells those who remember the element that it is gone.
@@ -61,4 +69,5 @@ public:
     /// unless that is null, they get the diagnostics of what they are copies of, and
     /// `diagnosticsTarget` those of `source`. Happens whole or not at all.
     static void CloneDescendants(DOMElement& target, const DOMElement& source, DOM* dom,
-                                 const DOMElement& diagnosticsTarget);};
+                                 const DOMElement& diagnosticsTarget);
+};

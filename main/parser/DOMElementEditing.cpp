@@ -9,26 +9,41 @@
 #include <kescorexml/DOM.h>
 #include <kesplatform/TLog.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
 
 void LogMissingInsertionPoint()
 {
-    LogMessage(TLog::Warning, TString(u"DOMElement was asked to insert before a non-existent child."),
-               TError::ErrorInfo(
-                   CorvinaError(0xD78DE10E, u"LogSite_MissingDomElement_0xD78DE10E"), 2, 2));
+    LogMessage(
+        TLog::Warning, TString(u"DOMElement was asked to insert before a non-existent child."),
+        TError::ErrorInfo(CorvinaError(0xD78DE10E, u"LogSite_MissingDomElement_0xD78DE10E"), 2, 2));
+}
+
+/// Looks at `parent` and all that it names as its parents before elements that `moves` accepts are
+/// put below it. Meeting one of these means that it would get into its own subtree. Meeting one
+/// beyond an element that was removed from there is fine, but that element must not go on to name
+/// its former parent, or the way upwards would lead in a circle: it is returned. Else null.
+template <typename Moves>
+DOMElement* FindStaleLinkTo(DOMElement& parent, Moves&& moves)
+{
+    DOMElement* removed = nullptr;
+    for (DOMElement* element = &parent; element != nullptr; element = element->GetParent()) {
+        if (moves(*element)) {
+            if (removed == nullptr)
+                ThrowAssertion(u"DOMElement", __LINE__,
+                               u"Cannot insert an element into its own subtree.",
+                               KesErrorsError::LogicAssert_0x91F3D45A());
+            return removed;
+        }
+        if (DOMElementAccess::IsRemoved(*element))
+            removed = element;
+    }
+    return nullptr;
 }
 
 } // namespace
-
-void DOMElement::RequireNotInSubtreeOf(const DOMElement& child) const
-{
-    if (this == &child || (child.HasChildren() && IsChildOf(child)))
-        ThrowAssertion(u"DOMElement", __LINE__,
-                       u"Cannot insert an element into its own subtree.",
-                       KesErrorsError::LogicAssert_0x91F3D45A());
-}
 
 std::size_t DOMElement::FindInsertionIndex(const DOMElement* before) const
 {
@@ -42,15 +57,21 @@ std::size_t DOMElement::FindInsertionIndex(const DOMElement* before) const
 
 DOMElement* DOMElement::InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before)
 {
-    RequireNotInSubtreeOf(*child);
-    m_children.ReserveMore(1);
+    // Most children are new, and nothing leads up to these.
+    DOMElement* stale = nullptr;
+    if (child.get() == this || child->HasChildren() || DOMElementAccess::IsRemembered(*child))
+        stale = FindStaleLinkTo(
+            *this, [&child](const DOMElement& element) { return &element == child.get(); });
     const std::size_t index = FindInsertionIndex(before);
+    m_children.ReserveMore(1);
     if (child->m_dom != m_dom) {
         if (m_dom != nullptr)
             m_dom->AdoptSubtree(*child, DOM::TopAndDescendants);
         DOMElementAccess::SetDocument(*child, m_dom);
     }
     // From here on nothing throws.
+    if (stale != nullptr)
+        DOMElementAccess::NameNoParent(*stale);
     DOMElementAccess::Unloosen(*child);
     child->m_parent = this;
     DOMElement* inserted = child.get();
@@ -127,10 +148,8 @@ void DOMElement::Move(DOMElement& newParent, const DOMElement* before)
 {
     DOMElement* parent = GetParent();
     if (parent == nullptr)
-        ThrowAssertion(u"DOMElement", __LINE__, u"i != m_children.end()",
-                       KesErrorsError::LogicAssert_0x5B1D0C37());
-    newParent.RequireNotInSubtreeOf(*this);
-    newParent.m_children.ReserveMore(1);
+        ThrowAssertion(u"DOMElement", __LINE__, u"m_parent != nullptr",
+                       KesErrorsError::LogicAssert_0x1F8C60E4());
     const std::size_t index = parent->IndexOf(*this);
     std::unique_ptr<DOMElement> self = parent->RemoveChild(*this);
     try {
@@ -145,8 +164,7 @@ void DOMElement::Move(DOMElement& newParent, const DOMElement* before)
 void DOMElement::Adopt(DOMElement& child, const DOMElement* before)
 {
     if (child.GetParent() == nullptr)
-        ThrowAssertion(u"DOMElement", __LINE__,
-                       u"Cannot adopt a child without an existing parent.",
+        ThrowAssertion(u"DOMElement", __LINE__, u"Cannot adopt a child without an existing parent.",
                        KesErrorsError::LogicAssert_0x7A94E2F1());
     if (&child != this && child.m_parent != this)
         child.Move(*this, before);
@@ -157,17 +175,18 @@ void DOMElement::AdoptChildren(DOMElement& from, const DOMElement* before)
     const std::size_t count = from.m_children.size();
     if (&from == this || count == 0)
         return;
-    if (IsChildOf(from))
-        ThrowAssertion(u"DOMElement", __LINE__,
-                       u"Cannot insert an element into its own subtree.",
-                       KesErrorsError::LogicAssert_0x91F3D45A());
-    m_children.ReserveMore(count);
+    DOMElement* stale = FindStaleLinkTo(*this, [&from](const DOMElement& element) {
+        return element.m_parent == &from && !DOMElementAccess::IsRemoved(element);
+    });
+    // Each child of its own looks for the insertion point, so each of them reports the miss. One
+    // that is among the children itself is found by those behind it.
     const std::size_t index = FindInsertionIndex(before);
-    // Each child of its own looks for the insertion point, so each of them reports the miss.
+    const std::size_t moving = before == nullptr ? count : from.IndexOf(*before);
     if (before != nullptr && index == m_children.size()) {
-        for (std::size_t i = 1; i < count; ++i)
+        for (std::size_t misses = std::min(moving + 1, count); misses > 1; --misses)
             LogMissingInsertionPoint();
     }
+    m_children.ReserveMore(count);
     if (from.m_dom != m_dom) {
         if (m_dom != nullptr)
             m_dom->AdoptSubtree(from, DOM::DescendantsOnly);
@@ -175,6 +194,8 @@ void DOMElement::AdoptChildren(DOMElement& from, const DOMElement* before)
             DOMElementAccess::SetDocument(*child, m_dom);
     }
     // From here on nothing throws.
+    if (stale != nullptr)
+        DOMElementAccess::NameNoParent(*stale);
     ElementList children;
     children.Swap(from.m_children);
     for (const auto& child : children)
@@ -182,6 +203,10 @@ void DOMElement::AdoptChildren(DOMElement& from, const DOMElement* before)
     m_children.Insert(index, children.begin(), count);
     while (!children.empty())
         children.PopBack();
+    if (moving < count) {
+        ElementList::Owner* first = m_children.begin() + index;
+        std::rotate(first + moving, first + moving + 1, first + count);
+    }
 }
 
 void DOMElement::MoveToFront()

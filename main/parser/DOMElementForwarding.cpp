@@ -34,8 +34,7 @@ void DOMElement::ClearErrors()
 void DOMElement::Error(const TString& message, const TError::ErrorInfo& info, bool reported,
                        bool cancel) const
 {
-    DOM& dom =
-        RequireDocument(m_dom, u"Error", __LINE__, KesErrorsError::LogicAssert_0x680C7D53);
+    DOM& dom = RequireDocument(m_dom, u"Error", __LINE__, KesErrorsError::LogicAssert_0x680C7D53);
     dom.PushError(*this, message, info, reported, cancel);
 }
 
@@ -57,21 +56,21 @@ bool DOMElement::HasErrors() const
 bool DOMElement::HasUnreportedErrors() const
 {
     const DOM& dom = RequireDocument(m_dom, u"HasUnreportedErrors", __LINE__,
-        KesErrorsError::LogicAssert_0x87524E8C);
+                                     KesErrorsError::LogicAssert_0x87524E8C);
     return dom.HasUnreportedErrors(*this);
 }
 
 bool DOMElement::HasCancelErrors() const
 {
-    const DOM& dom =
-        RequireDocument(m_dom, u"HasCancelErrors", __LINE__, KesErrorsError::LogicAssert_0x91BEE99F);
+    const DOM& dom = RequireDocument(m_dom, u"HasCancelErrors", __LINE__,
+                                     KesErrorsError::LogicAssert_0x91BEE99F);
     return dom.HasCancelErrors(*this);
 }
 
 bool DOMElement::HasOnlyCancelErrors() const
 {
-    const DOM& dom =
-        RequireDocument(m_dom, u"HasOnlyCancelErrors", __LINE__, KesErrorsError::LogicAssert_0x9C2B84B2);
+    const DOM& dom = RequireDocument(m_dom, u"HasOnlyCancelErrors", __LINE__,
+                                     KesErrorsError::LogicAssert_0x9C2B84B2);
     return dom.HasOnlyCancelErrors(*this);
 }
 
@@ -84,8 +83,8 @@ void DOMElement::GetErrors(std::list<TString>& out) const
 
 void DOMElement::GetMetadataForErrors(std::list<TError::ErrorInfo>& out) const
 {
-    const DOM& dom =
-        RequireDocument(m_dom, u"GetMetadataForErrors", __LINE__, KesErrorsError::LogicAssert_0xB104BAD8);
+    const DOM& dom = RequireDocument(m_dom, u"GetMetadataForErrors", __LINE__,
+                                     KesErrorsError::LogicAssert_0xB104BAD8);
     dom.GetErrors<std::list<TError::ErrorInfo>>(*this, out);
 }
 
@@ -98,8 +97,7 @@ void DOMElement::ClearWarnings()
 
 void DOMElement::Warning(const TString& message, const TError::ErrorInfo& info) const
 {
-    DOM& dom =
-        RequireDocument(m_dom, u"Warning", __LINE__, KesErrorsError::LogicAssert_0xBB7155EB);
+    DOM& dom = RequireDocument(m_dom, u"Warning", __LINE__, KesErrorsError::LogicAssert_0xBB7155EB);
     dom.PushWarning(*this, message, info);
 }
 
@@ -126,8 +124,8 @@ void DOMElement::GetWarnings(std::list<TString>& out) const
 
 void DOMElement::GetMetadataForWarnings(std::list<TError::ErrorInfo>& out) const
 {
-    const DOM& dom =
-        RequireDocument(m_dom, u"GetMetadataForWarnings", __LINE__, KesErrorsError::LogicAssert_0xE523C237);
+    const DOM& dom = RequireDocument(m_dom, u"GetMetadataForWarnings", __LINE__,
+                                     KesErrorsError::LogicAssert_0xE523C237);
     dom.GetWarnings<std::list<TError::ErrorInfo>>(*this, out);
 }
 
@@ -142,8 +140,8 @@ void DOMElement::AddFieldRename(const FieldName& from, const FieldName& to)
 
 void DOMElement::AddCaptionRename(const TString& from, const TString& to)
 {
-    DOM& dom =
-        RequireDocument(m_dom, u"AddCaptionRename", __LINE__, KesErrorsError::LogicAssert_0x48C6AC1A);
+    DOM& dom = RequireDocument(m_dom, u"AddCaptionRename", __LINE__,
+                               KesErrorsError::LogicAssert_0x48C6AC1A);
     dom.AddCaptionRename(from, to);
 }
 

@@ -29,8 +29,8 @@ bool Matches(const DOMElement& element, const TString& name, const TString& attr
 
 namespace DOMElementSearch {
 
-const DOMElement* FindChild(const DOMElement& element, const TString& name,
-                            const TString& attrName, const TString& attrValue)
+const DOMElement* FindChild(const DOMElement& element, const TString& name, const TString& attrName,
+                            const TString& attrValue)
 {
     for (const auto& child : DOMElementAccess::Children(element)) {
         if (child->GetName() == name && AttributeView(*child, attrName) == attrValue.view())
@@ -42,8 +42,7 @@ const DOMElement* FindChild(const DOMElement& element, const TString& name,
 DOMElement* FindChild(DOMElement& element, const TString& name, const TString& attrName,
                       const TString& attrValue)
 {
-    return const_cast<DOMElement*>(
-        FindChild(std::as_const(element), name, attrName, attrValue));
+    return const_cast<DOMElement*>(FindChild(std::as_const(element), name, attrName, attrValue));
 }
 
 const DOMElement* FindElement(const DOMElement& element, const TString& name, int depth,

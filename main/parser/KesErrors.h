@@ -61,6 +61,11 @@ inline CorvinaError LogicAssert_0x91F3D45A()
     return {0x91F3D45A, u"LogicException_LogicAssert_0x91F3D45A"};
 }
 
+inline CorvinaError LogicAssert_0x1F8C60E4()
+{
+    return {0x1F8C60E4, u"LogicException_LogicAssert_0x1F8C60E4"};
+}
+
 inline CorvinaError LogicAssert_0x3E5A1107()
 {
     return {0x3E5A1107, u"LogicException_LogicAssert_0x3E5A1107"};

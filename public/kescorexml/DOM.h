@@ -80,8 +80,8 @@ public:
     /// The reference is read without the lock; do not race it with the setter.
     const PathRenames& GetPathRenames() const;
 
-    void PushError(const DOMElement& element, const TString& message,
-                   const TError::ErrorInfo& info, bool reported, bool cancel);
+    void PushError(const DOMElement& element, const TString& message, const TError::ErrorInfo& info,
+                   bool reported, bool cancel);
     /// Puts the message first; it is no cancellation.
     void InsertError(const DOMElement& element, const TString& message,
                      const TError::ErrorInfo& info, bool reported);
@@ -164,7 +164,11 @@ private:
     friend class DOMElement;
     friend class DOMElementAccess;
 
-    enum SubtreeScope { TopAndDescendants, DescendantsOnly };
+    enum SubtreeScope
+    {
+        TopAndDescendants,
+        DescendantsOnly
+    };
 
     using NameMap = std::map<TString, TString>;
 

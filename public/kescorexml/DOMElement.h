@@ -85,7 +85,8 @@ public:
     bool IsEmpty() const noexcept { return !HasText() && !HasChildren() && !HasAttributes(); }
 
     /// The element whose child this is, or null. A removed element still names its former parent
-    /// until it is inserted again or that parent is destroyed; then this gives null.
+    /// until it is inserted again; null once that parent is destroyed or is put below the removed
+    /// element, so that the way upwards always ends.
     DOMElement* GetParent() noexcept;
     const DOMElement* GetParent() const noexcept;
     /// The element has no parent and was never removed from one.
@@ -247,7 +248,6 @@ private:
     friend class DOMElementChildren;
 
     void DestroyChildren() noexcept;
-    void RequireNotInSubtreeOf(const DOMElement& child) const;
     std::size_t FindInsertionIndex(const DOMElement* before) const;
     std::size_t IndexOf(const DOMElement& child) const noexcept;
 

@@ -11,7 +11,7 @@ class DOMElement;
 /// have no identity. Counted; the element itself holds one reference.
 struct ElementIdentity
 {
-    explicit ElementIdentity(DOMElement* itself) noexcept : element(itself) {}
+    constexpr explicit ElementIdentity(DOMElement* itself) noexcept : element(itself) {}
 
     void Retain() noexcept { references.fetch_add(1, std::memory_order_relaxed); }
     void Release() noexcept

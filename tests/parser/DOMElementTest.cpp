@@ -1,0 +1,532 @@
+#include <kescorexml/DOMElement.h>
+
+#include "support/TreeTesting.h"
+
+#include <kescorexml/DOMException.h>
+
+#include <array>
+#include <type_traits>
+
+namespace {
+
+void ExpectMissing(const std::function<void()>& work, const char* message, std::uint32_t code,
+                   const char* identifier)
+{
+    try {
+        work();
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const DOMException& exception) {
+        EXPECT_EQ(exception.GetMessagesFront(), TString(message));
+        EXPECT_EQ(exception.GetErrorInfo(),
+                  TError::ErrorInfo(CorvinaError(code, TString(identifier)), 1, 2));
+    }
+}
+
+} // namespace
+
+TEST(DOMElement, StartsDetachedAndEmpty)
+{
+    const TString name(u"a");
+    const DOMElement copied(name);
+    const DOMElement moved(TString(u"b"));
+    EXPECT_EQ(copied.GetName(), name);
+    EXPECT_EQ(moved.GetName(), TString(u"b"));
+    for (const DOMElement* element : {&copied, &moved}) {
+        EXPECT_EQ(element->GetDOMManager(), nullptr);
+        EXPECT_EQ(element->GetParent(), nullptr);
+        EXPECT_TRUE(element->IsRootNode());
+        EXPECT_TRUE(element->GetText().IsEmpty());
+        EXPECT_TRUE(element->GetAttributes().empty());
+        EXPECT_TRUE(element->GetChildren().empty());
+        EXPECT_EQ(element->GetStartLine(), 0);
+        EXPECT_EQ(element->GetStartColumn(), 0);
+        EXPECT_EQ(element->GetEndLine(), 0);
+        EXPECT_EQ(element->GetEndColumn(), 0);
+        EXPECT_FALSE(element->IsEncoded());
+        EXPECT_TRUE(element->IsEmpty());
+    }
+}
+
+TEST(DOMElement, HasNoVirtualFunctions)
+{
+    EXPECT_FALSE(std::is_polymorphic_v<DOMElement>);
+    EXPECT_TRUE(std::is_nothrow_destructible_v<DOMElement>);
+}
+
+TEST(DOMElement, SetNameReplacesTheName)
+{
+    DOMElement element(TString(u"a"));
+    element.SetName(u"b");
+    EXPECT_EQ(element.GetName(), TString(u"b"));
+}
+
+TEST(DOMElement, SetTextClearsOrSetsTheEncodedFlag)
+{
+    DOMElement element(TString(u"a"));
+    element.SetText(u"x", true);
+    EXPECT_EQ(element.GetText(), TString(u"x"));
+    EXPECT_TRUE(element.IsEncoded());
+    element.SetText(u"y");
+    EXPECT_EQ(element.GetText(), TString(u"y"));
+    EXPECT_FALSE(element.IsEncoded());
+    element.SetEncoded(true);
+    element.SetText(u"z", false);
+    EXPECT_FALSE(element.IsEncoded());
+}
+
+TEST(DOMElement, SetEncodedLeavesTheText)
+{
+    DOMElement element(TString(u"a"));
+    element.SetText(u"x");
+    element.SetEncoded(true);
+    EXPECT_TRUE(element.IsEncoded());
+    EXPECT_EQ(element.GetText(), TString(u"x"));
+    element.SetEncoded(false);
+    EXPECT_FALSE(element.IsEncoded());
+}
+
+TEST(DOMElement, AppendTextWithoutFlagClearsIt)
+{
+    DOMElement element(TString(u"a"));
+    element.SetText(u"x", true);
+    element.AppendText(u"y");
+    EXPECT_EQ(element.GetText(), TString(u"xy"));
+    EXPECT_FALSE(element.IsEncoded());
+}
+
+TEST(DOMElement, AppendTextKeepsTheFlagOnlyIfBothTextsAreEncoded)
+{
+    for (const bool old : {false, true}) {
+        for (const bool added : {false, true}) {
+            DOMElement element(TString(u"a"));
+            element.SetText(u"x", old);
+            element.AppendText(u"y", added);
+            EXPECT_EQ(element.IsEncoded(), old && added) << old << added;
+        }
+    }
+}
+
+TEST(DOMElement, AppendEncodedTextToANewElementDoesNotSetTheFlag)
+{
+    DOMElement element(TString(u"a"));
+    element.AppendText(u"x", true);
+    EXPECT_FALSE(element.IsEncoded());
+}
+
+TEST(DOMElement, TextMayBeAppendedToItself)
+{
+    DOMElement element(TString(u"a"));
+    element.SetText(u"xy");
+    element.AppendText(element.GetText());
+    EXPECT_EQ(element.GetText(), TString(u"xyxy"));
+    element.SetText(element.GetText());
+    EXPECT_EQ(element.GetText(), TString(u"xyxy"));
+}
+
+TEST(DOMElement, IsEmptyOnlyWithoutTextChildrenAndAttributes)
+{
+    for (unsigned mask = 0; mask < 8; ++mask) {
+        DOMElement element(TString(u"a"));
+        if ((mask & 1) != 0)
+            element.SetText(u" ");
+        if ((mask & 2) != 0)
+            element.AddNewChild(u"c");
+        if ((mask & 4) != 0)
+            element.SetAttribute(u"k", TString());
+        EXPECT_EQ(element.HasText(), (mask & 1) != 0);
+        EXPECT_EQ(element.HasChildren(), (mask & 2) != 0);
+        EXPECT_EQ(element.HasAttributes(), (mask & 4) != 0);
+        EXPECT_EQ(element.IsEmpty(), mask == 0);
+    }
+}
+
+TEST(DOMElement, HasNoAttributesAfterTheLastIsRemoved)
+{
+    DOMElement element(TString(u"a"));
+    element.SetAttribute(u"k", u"v");
+    element.RemoveAttribute(u"k");
+    EXPECT_FALSE(element.HasAttributes());
+    EXPECT_TRUE(element.IsEmpty());
+}
+
+// Navigation
+
+TEST(DOMElement, ChildrenKnowTheirParentAndDocument)
+{
+    DOM dom;
+    AddChildren(*dom.GetRoot(), "a(b)");
+    DOMElement& b = Find(dom, "b");
+    EXPECT_EQ(b.GetParent(), &Find(dom, "a"));
+    EXPECT_EQ(std::as_const(b).GetParent(), &Find(dom, "a"));
+    EXPECT_FALSE(b.IsRootNode());
+    EXPECT_TRUE(dom.GetRoot()->IsRootNode());
+    EXPECT_EQ(b.GetDOMManager(), &dom);
+    EXPECT_EQ(std::as_const(b).GetDOMManager(), &dom);
+}
+
+TEST(DOMElement, IsChildOfIsAProperDescendantTestAtAnyDepth)
+{
+    const auto root = MakeTree("r(a(b(c)),d)");
+    DOMElement& a = Find(*root, "a");
+    DOMElement& c = Find(*root, "c");
+    EXPECT_TRUE(c.IsChildOf(a));
+    EXPECT_TRUE(c.IsChildOf(*root));
+    EXPECT_TRUE(a.IsChildOf(*root));
+    EXPECT_FALSE(a.IsChildOf(c));
+    EXPECT_FALSE(a.IsChildOf(a));
+    EXPECT_FALSE(c.IsChildOf(Find(*root, "d")));
+    EXPECT_FALSE(root->IsChildOf(*root));
+}
+
+TEST(DOMElement, GetChildGivesTheFirstWithExactlyThatName)
+{
+    const auto root = MakeTree("r(A,a,b,a)");
+    EXPECT_EQ(root->GetChild(u"a"), root->GetChildren().begin()[1].get());
+    EXPECT_EQ(std::as_const(*root).GetChild(u"a"), root->GetChildren().begin()[1].get());
+    EXPECT_EQ(root->GetChild(u"B"), nullptr);
+    EXPECT_EQ(std::as_const(*root).GetChild(u""), nullptr);
+}
+
+TEST(DOMElement, GetChildLooksAtChildrenOnly)
+{
+    const auto root = MakeTree("r(a(b))");
+    EXPECT_EQ(root->GetChild(u"b"), nullptr);
+    EXPECT_EQ(root->GetChild(u"r"), nullptr);
+}
+
+TEST(DOMElement, GetChildTextIsEmptyWithoutSuchChild)
+{
+    const auto root = MakeTree("r(a,a)");
+    root->GetChildren()[0].SetText(u"first");
+    root->GetChildren()[1].SetText(u"second");
+    EXPECT_EQ(root->GetChildText(u"a"), TString(u"first"));
+    EXPECT_EQ(root->GetChildText(u"b"), TString());
+}
+
+TEST(DOMElement, GetRequiredChildGivesTheFirstOrThrows)
+{
+    const auto root = MakeTree("r(a,b,b)");
+    EXPECT_EQ(&root->GetRequiredChild(u"b"), &root->GetChildren()[1]);
+    EXPECT_EQ(&std::as_const(*root).GetRequiredChild(u"b"), &root->GetChildren()[1]);
+    ExpectMissing([&] { root->GetRequiredChild(u"x"); }, "x", 0x26487BC2,
+                  "DOMException_RequiredChildMissing_0x26487BC2");
+    ExpectMissing([&] { std::as_const(*root).GetRequiredChild(u"x"); }, "x", 0x26487BC2,
+                  "DOMException_RequiredChildMissing_0x26487BC2");
+}
+
+TEST(DOMElement, GetRequiredChildByAttrComparesTheValueOfAPresentAttribute)
+{
+    const auto root = MakeTree("r(a,b,c,d)");
+    root->GetChildren()[1].SetAttribute(u"k", u"v");
+    root->GetChildren()[2].SetAttribute(u"k", TString());
+    root->GetChildren()[3].SetAttribute(u"k", u"v");
+    EXPECT_EQ(&root->GetRequiredChildByAttr(u"k", u"v"), &root->GetChildren()[1]);
+    EXPECT_EQ(&std::as_const(*root).GetRequiredChildByAttr(u"k", u"v"), &root->GetChildren()[1]);
+    // An absent attribute is not an empty one.
+    EXPECT_EQ(&root->GetRequiredChildByAttr(u"k", TString()), &root->GetChildren()[2]);
+    ExpectMissing([&] { root->GetRequiredChildByAttr(u"k", u"w"); }, "k", 0x21039DFE,
+                  "DOMException_RequiredChildByAttribute_0x21039DFE");
+    ExpectMissing([&] { std::as_const(*root).GetRequiredChildByAttr(u"z", TString()); }, "z",
+                  0x21039DFE, "DOMException_RequiredChildByAttribute_0x21039DFE");
+}
+
+TEST(DOMElement, FindChildGivesThePositionByIdentity)
+{
+    const auto root = MakeTree("r(a,b,c,d,e)");
+    const DOMElement twin(root->GetChildren()[1]);
+    for (std::size_t i = 0; i < 5; ++i) {
+        const DOMElement& child = root->GetChildren()[i];
+        EXPECT_EQ(root->FindChild(child) - root->GetChildren().begin(),
+                  static_cast<std::ptrdiff_t>(i));
+        EXPECT_EQ(std::as_const(*root).FindChild(child)->get(), &child);
+    }
+    EXPECT_EQ(root->FindChild(twin), root->GetChildren().end());
+    EXPECT_EQ(root->FindChild(*root), root->GetChildren().end());
+    EXPECT_EQ(twin.FindChild(*root), twin.GetChildren().end());
+}
+
+// Attributes
+
+TEST(DOMElement, GetAttributeOfAnAbsentOneIsEmpty)
+{
+    DOMElement element(TString(u"a"));
+    element.SetAttribute(u"k", u"v");
+    EXPECT_TRUE(element.HasAttribute(u"k"));
+    EXPECT_EQ(element.GetAttribute(u"k"), TString(u"v"));
+    EXPECT_FALSE(element.HasAttribute(u"K"));
+    EXPECT_EQ(element.GetAttribute(u"K"), TString());
+}
+
+TEST(DOMElement, SetAttributeOverwrites)
+{
+    DOMElement element(TString(u"a"));
+    element.SetAttribute(u"k", u"v");
+    element.SetAttribute(u"k", u"w");
+    EXPECT_EQ(element.GetAttribute(u"k"), TString(u"w"));
+    EXPECT_EQ(element.GetAttributes().size(), 1U);
+}
+
+TEST(DOMElement, RemoveAttributeOfAnAbsentOneDoesNothing)
+{
+    DOMElement element(TString(u"a"));
+    element.RemoveAttribute(u"k");
+    element.SetAttribute(u"k", u"v");
+    element.RemoveAttribute(u"x");
+    EXPECT_TRUE(element.HasAttribute(u"k"));
+    element.RemoveAttribute(u"k");
+    EXPECT_FALSE(element.HasAttribute(u"k"));
+}
+
+TEST(DOMElement, ANameInsideTheMapMayBeUsedToRemoveItsEntry)
+{
+    DOMElement element(TString(u"a"));
+    element.SetAttribute(u"k", u"v");
+    element.RemoveAttribute(element.GetAttributes().begin()->first);
+    EXPECT_FALSE(element.HasAttributes());
+}
+
+TEST(DOMElement, RequireAttributeGivesTheEntryOrThrows)
+{
+    DOMElement element(TString(u"a"));
+    element.SetAttribute(u"k", u"v");
+    const auto entry = element.RequireAttribute(u"k");
+    EXPECT_EQ(entry->first, TString(u"k"));
+    EXPECT_EQ(entry->second, TString(u"v"));
+    EXPECT_EQ(&*entry, &*element.GetAttributes().find(u"k"));
+    ExpectMissing([&] { element.RequireAttribute(u"x"); }, "x", 0x3473F8A4,
+                  "DOMException_RequiredDOMAttribute_0x3473F8A4");
+}
+
+TEST(DOMElement, SetAttributesTakesOverACopy)
+{
+    DOMElement element(TString(u"a"));
+    element.SetAttribute(u"old", u"1");
+    DOMElement::AttributeMap attributes{{u"k", u"v"}, {u"l", u"w"}};
+    attributes.max_load_factor(0.25F);
+    const auto same = attributes;
+    element.SetAttributes(attributes);
+    EXPECT_EQ(attributes, same);
+    EXPECT_EQ(element.GetAttributes(), same);
+    EXPECT_EQ(element.GetAttributes().max_load_factor(), 0.25F);
+}
+
+TEST(DOMElement, SetAttributesOfAnRvalueTakesOverItsStorage)
+{
+    DOMElement element(TString(u"a"));
+    element.SetAttribute(u"old", u"1");
+    DOMElement::AttributeMap attributes{{u"k", u"v"}};
+    attributes.max_load_factor(0.5F);
+    attributes.reserve(1000);
+    const std::size_t buckets = attributes.bucket_count();
+    const TString* value = &attributes.find(u"k")->second;
+    element.SetAttributes(std::move(attributes));
+    EXPECT_EQ(element.GetAttributes().size(), 1U);
+    EXPECT_EQ(&element.RequireAttribute(u"k")->second, value);
+    EXPECT_EQ(element.GetAttributes().bucket_count(), buckets);
+    EXPECT_EQ(element.GetAttributes().max_load_factor(), 0.5F);
+}
+
+TEST(DOMElement, SetAttributesFromItsOwnMapKeepsThem)
+{
+    DOMElement element(TString(u"a"));
+    element.SetAttribute(u"k", u"v");
+    element.SetAttributes(std::as_const(element).GetAttributes());
+    EXPECT_EQ(element.GetAttribute(u"k"), TString(u"v"));
+}
+
+TEST(DOMElement, TheMapStaysTheSameObjectAndSeesLaterChanges)
+{
+    DOMElement element(TString(u"a"));
+    const DOMElement::AttributeMap& map = std::as_const(element).GetAttributes();
+    DOMElement other(TString(u"b"));
+    other.SetAttribute(u"o", u"1");
+
+    element.SetAttribute(u"k", u"v");
+    EXPECT_EQ(map.size(), 1U);
+    element.SetAttributes({{u"x", u"1"}, {u"y", u"2"}});
+    EXPECT_EQ(map.size(), 2U);
+    const DOMElement::AttributeMap lvalue{{u"z", u"3"}};
+    element.SetAttributes(lvalue);
+    EXPECT_EQ(map, lvalue);
+    element = other;
+    EXPECT_EQ(map.at(u"o"), TString(u"1"));
+    element.AdoptAttributes(other);
+    EXPECT_EQ(map.at(u"o"), TString(u"1"));
+    element.GetAttributes()[u"direct"] = u"4";
+    EXPECT_EQ(element.GetAttribute(u"direct"), TString(u"4"));
+    EXPECT_EQ(&map, &element.GetAttributes());
+    EXPECT_EQ(&map, &std::as_const(element).GetAttributes());
+}
+
+TEST(DOMElement, GetParentAttrAsksTheNearestAncestor)
+{
+    const auto root = MakeTree("r(a(b(c)))");
+    root->SetAttribute(u"k", u"root");
+    root->SetAttribute(u"far", u"root");
+    Find(*root, "a").SetAttribute(u"k", u"a");
+    DOMElement& c = Find(*root, "c");
+    EXPECT_EQ(c.GetParentAttr(u"k"), TString(u"a"));
+    EXPECT_EQ(c.GetParentAttr(u"far"), TString(u"root"));
+    EXPECT_EQ(c.GetParentAttr(u"none"), TString());
+    EXPECT_EQ(GetParentAttrIteratively(&c, u"k"), TString(u"a"));
+    EXPECT_EQ(GetParentAttrIteratively(nullptr, u"k"), TString());
+    // A value that is there but empty is found.
+    c.SetAttribute(u"k", TString());
+    EXPECT_EQ(c.GetParentAttr(u"k"), TString());
+    EXPECT_EQ(GetParentAttrIteratively(&c, u"k"), TString());
+}
+
+TEST(DOMElement, StringToBoolKnowsSixTexts)
+{
+    for (const char* text : {"true", "yes", "1"}) {
+        bool out = false;
+        EXPECT_TRUE(DOMElement::StringToBool(text, out)) << text;
+        EXPECT_TRUE(out) << text;
+    }
+    for (const char* text : {"false", "no", "0"}) {
+        bool out = true;
+        EXPECT_TRUE(DOMElement::StringToBool(text, out)) << text;
+        EXPECT_FALSE(out) << text;
+    }
+}
+
+TEST(DOMElement, StringToBoolLeavesTheOutputAloneForAnythingElse)
+{
+    for (const char* text : {"TRUE", "True", "YES", "No", "FALSE", " true", "true ", "", "2", "00",
+                             "10", "tru", "truee", "y", "n", "on", "off"}) {
+        for (const bool before : {false, true}) {
+            bool out = before;
+            EXPECT_FALSE(DOMElement::StringToBool(text, out)) << text;
+            EXPECT_EQ(out, before) << text;
+        }
+    }
+}
+
+TEST(DOMElement, AdoptAttributeMovesOneValue)
+{
+    DOMElement to(TString(u"a"));
+    DOMElement from(TString(u"b"));
+    to.SetAttribute(u"k", u"old");
+    from.SetAttribute(u"k", u"new");
+    from.SetAttribute(u"l", u"stays");
+    to.AdoptAttribute(from, u"k");
+    EXPECT_EQ(to.GetAttribute(u"k"), TString(u"new"));
+    EXPECT_FALSE(from.HasAttribute(u"k"));
+    EXPECT_TRUE(from.HasAttribute(u"l"));
+    EXPECT_FALSE(to.HasAttribute(u"l"));
+    to.AdoptAttribute(from, u"absent");
+    EXPECT_FALSE(to.HasAttribute(u"absent"));
+    EXPECT_EQ(to.GetAttributes().size(), 1U);
+    to.AdoptAttribute(from, u"l");
+    EXPECT_EQ(to.GetAttribute(u"l"), TString(u"stays"));
+}
+
+TEST(DOMElement, AdoptAttributeThatFromLacksKeepsTheOwnValue)
+{
+    DOMElement to(TString(u"a"));
+    DOMElement from(TString(u"b"));
+    to.SetAttribute(u"k", u"own");
+    to.AdoptAttribute(from, u"k");
+    EXPECT_EQ(to.GetAttribute(u"k"), TString(u"own"));
+}
+
+TEST(DOMElement, AdoptAttributesReplacesValuesByDefault)
+{
+    for (const bool explicitly : {false, true}) {
+        DOMElement to(TString(u"a"));
+        DOMElement from(TString(u"b"));
+        to.SetAttributes({{u"k", u"old"}, {u"own", u"1"}});
+        from.SetAttributes({{u"k", u"new"}, {u"more", u"2"}});
+        if (explicitly)
+            to.AdoptAttributes(from, true);
+        else
+            to.AdoptAttributes(from);
+        EXPECT_EQ(to.GetAttributes(),
+                  (DOMElement::AttributeMap{{u"k", u"new"}, {u"own", u"1"}, {u"more", u"2"}}));
+        EXPECT_FALSE(from.HasAttributes());
+    }
+}
+
+TEST(DOMElement, AdoptAttributesWithoutOverwritingDropsWhatIsNotTaken)
+{
+    DOMElement to(TString(u"a"));
+    DOMElement from(TString(u"b"));
+    to.SetAttributes({{u"k", u"old"}, {u"own", u"1"}});
+    from.SetAttributes({{u"k", u"new"}, {u"more", u"2"}});
+    to.AdoptAttributes(from, false);
+    EXPECT_EQ(to.GetAttributes(),
+              (DOMElement::AttributeMap{{u"k", u"old"}, {u"own", u"1"}, {u"more", u"2"}}));
+    EXPECT_FALSE(from.HasAttributes());
+}
+
+TEST(DOMElement, AdoptingFromItselfErases)
+{
+    DOMElement element(TString(u"a"));
+    element.SetAttributes({{u"k", u"1"}, {u"l", u"2"}});
+    element.AdoptAttribute(element, u"k");
+    EXPECT_EQ(element.GetAttributes(), (DOMElement::AttributeMap{{u"l", u"2"}}));
+    element.AdoptAttributes(element);
+    EXPECT_FALSE(element.HasAttributes());
+}
+
+// Location
+
+TEST(DOMElement, KeepsBothLocations)
+{
+    DOMElement element(TString(u"a"));
+    element.SetElementStartLocation(1, 2);
+    element.SetElementEndLocation(3, 4);
+    EXPECT_EQ(element.GetStartLine(), 1);
+    EXPECT_EQ(element.GetStartColumn(), 2);
+    EXPECT_EQ(element.GetEndLine(), 3);
+    EXPECT_EQ(element.GetEndColumn(), 4);
+    element.SetText(u"x");
+    element.AddNewChild(u"c");
+    EXPECT_EQ(element.GetStartLine(), 1);
+    EXPECT_EQ(element.GetEndColumn(), 4);
+}
+
+// Destruction
+
+TEST(DOMElement, DestroyingAChildErasesItsOwnDiagnosticsOnly)
+{
+    DOM dom;
+    AddChildren(*dom.GetRoot(), "a,b");
+    AddError(Find(dom, "a"), "ea");
+    AddError(Find(dom, "b"), "eb");
+    AddWarning(Find(dom, "a"), "wa");
+    AddWarning(Find(dom, "b"), "wb");
+    dom.GetRoot()->RemoveChild(u"a").reset();
+    EXPECT_EQ(ErrorsOf(dom), "eb");
+    EXPECT_EQ(WarningsOf(dom), "wb");
+}
+
+TEST(DOMElement, DestroyingASubtreeErasesTheDiagnosticsOfAllOfIt)
+{
+    DOM dom;
+    AddChildren(*dom.GetRoot(), "a(b(c)),d");
+    for (const char* name : {"a", "b", "c"})
+        AddError(Find(dom, name), name);
+    dom.GetRoot()->RemoveChild(u"a").reset();
+    EXPECT_FALSE(dom.HasErrors());
+    // Gone from the registry itself, not just from the tree.
+    AddError(Find(dom, "d"), "d");
+    EXPECT_EQ(ErrorsOf(dom), "d");
+}
+
+TEST(DOMElement, DestroyingAnAttachedElementWithoutParentEmptiesTheRegistry)
+{
+    DOM dom;
+    AddChildren(*dom.GetRoot(), "a,b");
+    AddError(Find(dom, "a"), "e");
+    AddWarning(Find(dom, "b"), "w");
+    {
+        const DOMElement copy(Find(dom, "b"));
+        EXPECT_EQ(ErrorsOf(dom), "e");
+        EXPECT_EQ(WarningsOf(dom), "w");
+    }
+    EXPECT_FALSE(dom.HasErrors());
+    EXPECT_FALSE(dom.HasWarnings());
+    EXPECT_EQ(ErrorsOf(dom), "");
+    EXPECT_EQ(WarningsOf(dom), "");
+}

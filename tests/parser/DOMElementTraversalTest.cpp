@@ -1,0 +1,159 @@
+#include <kescorexml/DOMElementTraversal.h>
+
+#include "support/TreeTesting.h"
+
+#include <kescorexml/DOMElement.h>
+
+#include <algorithm>
+#include <random>
+
+using namespace DOMElementTraversal;
+
+namespace {
+
+template <typename Generator>
+std::string Drain(Generator&& generator)
+{
+    std::string names;
+    while (const DOMElement* element = generator.Next())
+        names += (names.empty() ? "" : " ") + element->GetName().toStdString();
+    return names;
+}
+
+std::string Names(PreorderIterator position)
+{
+    std::string names;
+    for (; position != PreorderIterator(); ++position)
+        names += (names.empty() ? "" : " ") + position->GetName().toStdString();
+    return names;
+}
+
+/// The order by its definition, with recursion.
+void CollectBackwards(const DOMElement& element, std::vector<const DOMElement*>& out)
+{
+    out.push_back(&element);
+    const DOMElementChildren children = element.GetChildren();
+    for (auto child = children.rbegin(); child != children.rend(); ++child)
+        CollectBackwards(**child, out);
+}
+
+} // namespace
+
+TEST(DOMElementTraversal, OfALeafYieldsTheLeaf)
+{
+    DOMElement leaf(TString(u"a"));
+    PreorderGenerator generator(leaf);
+    EXPECT_EQ(generator.Next(), &leaf);
+    EXPECT_EQ(generator.Next(), nullptr);
+    EXPECT_EQ(generator.Next(), nullptr);
+}
+
+TEST(DOMElementTraversal, TakesChildrenFromTheLastToTheFirst)
+{
+    const auto root = MakeTree("R(A(A1),B(B1))");
+    EXPECT_EQ(Drain(PreorderGenerator(*root)), "R B B1 A A1");
+    EXPECT_EQ(Drain(ConstPreorderGenerator(*root)), "R B B1 A A1");
+}
+
+TEST(DOMElementTraversal, StaysInTheSubtree)
+{
+    const auto root = MakeTree("R(A(A1,A2),B)");
+    EXPECT_EQ(Drain(PreorderGenerator(Find(*root, "A"))), "A A2 A1");
+}
+
+TEST(DOMElementTraversal, IteratorStartsAtTheElementAndEndsEqualToTheEnd)
+{
+    const auto root = MakeTree("R(A)");
+    PreorderIterator position(*root);
+    EXPECT_EQ(&*position, root.get());
+    EXPECT_EQ(position->GetName(), TString(u"R"));
+    EXPECT_NE(position, PreorderIterator());
+    EXPECT_EQ(&*++position, &Find(*root, "A"));
+    EXPECT_EQ(++position, PreorderIterator());
+    EXPECT_EQ(++position, PreorderIterator()) << "going on at the end does nothing";
+    EXPECT_EQ(position++, PreorderIterator());
+}
+
+TEST(DOMElementTraversal, PostIncrementGivesThePositionBefore)
+{
+    const auto root = MakeTree("R(A,B)");
+    PreorderIterator position(*root);
+    PreorderIterator before = position++;
+    EXPECT_EQ(Names(before), "R B A");
+    EXPECT_EQ(Names(position), "B A");
+}
+
+TEST(DOMElementTraversal, CopiesContinueIndependently)
+{
+    const auto root = MakeTree("R(A(A1),B(B1),C)");
+    PreorderIterator position(*root);
+    ++position;
+    const PreorderIterator copy(position);
+    PreorderIterator assigned;
+    assigned = position;
+    EXPECT_EQ(Names(position), "C B B1 A A1");
+    EXPECT_EQ(Names(copy), "C B B1 A A1");
+    ++assigned;
+    EXPECT_EQ(Names(assigned), "B B1 A A1");
+    EXPECT_EQ(Names(position), "C B B1 A A1");
+    PreorderIterator& self = assigned;
+    assigned = self;
+    EXPECT_EQ(Names(assigned), "B B1 A A1");
+    assigned = PreorderIterator();
+    EXPECT_EQ(assigned, PreorderIterator());
+}
+
+TEST(DOMElementTraversal, IteratorsCompareTheElementsStoodAt)
+{
+    const auto root = MakeTree("R(A)");
+    PreorderIterator one(*root);
+    const PreorderIterator two(*root);
+    EXPECT_EQ(one, two);
+    ++one;
+    EXPECT_NE(one, two);
+    // Another walk that has just come to the same element.
+    EXPECT_EQ(one, PreorderIterator(Find(*root, "A")));
+}
+
+TEST(DOMElementTraversal, ARangeMayBeWalkedMoreThanOnce)
+{
+    const auto root = MakeTree("R(A(A1),B)");
+    const ConstPreorderTraversal range(*root);
+    for (int i = 0; i < 2; ++i) {
+        std::string names;
+        for (const DOMElement& element : range)
+            names += element.GetName().toStdString();
+        EXPECT_EQ(names, "RBAA1");
+    }
+    for (DOMElement& element : PreorderTraversal(*root))
+        element.SetText(u"seen");
+    EXPECT_EQ(Find(*root, "A1").GetText(), TString(u"seen"));
+}
+
+TEST(DOMElementTraversal, AgreesWithTheRecursiveDefinitionOnRandomTrees)
+{
+    std::mt19937 random(7);
+    for (int round = 0; round < 50; ++round) {
+        DOMElement root(TString(u"r"));
+        std::vector<DOMElement*> all{&root};
+        for (int i = 0; i < 300; ++i)
+            all.push_back(all[random() % all.size()]->AddNewChild(TString::number(i)));
+        std::vector<const DOMElement*> expected;
+        CollectBackwards(root, expected);
+        std::vector<const DOMElement*> walked;
+        for (const DOMElement& element : ConstPreorderTraversal(root))
+            walked.push_back(&element);
+        EXPECT_EQ(walked, expected);
+    }
+}
+
+TEST(DOMElementTraversal, GrowsBeyondItsFirstRoom)
+{
+    DOMElement root(TString(u"r"));
+    for (int i = 0; i < 1000; ++i)
+        root.AddNewChild(TString::number(i));
+    PreorderIterator position(root);
+    for (int i = 999; i >= 0; --i)
+        EXPECT_EQ((++position)->GetName(), TString::number(i));
+    EXPECT_EQ(++position, PreorderIterator());
+}
