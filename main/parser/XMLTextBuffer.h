@@ -48,6 +48,13 @@ public:
         SetEnd(std::copy(text.begin(), text.end(), Reserve(text.size())));
     }
 
+    void Append(char16_t unit)
+    {
+        char16_t* to = Reserve(1);
+        *to++ = unit;
+        SetEnd(to);
+    }
+
 private:
     void Grow(std::size_t units);
 

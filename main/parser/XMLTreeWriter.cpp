@@ -43,14 +43,14 @@ void XMLTreeWriter::WriteElement(const DOMElement& element)
     WriteTagStart(element.GetName());
     WriteAttributes(element);
     if (element.HasChildren()) {
-        WriteTagEnd(u">");
+        WriteTagEnd(false);
         Open(element);
     } else if (element.HasText()) {
-        m_buffer.Append(u">");
+        m_buffer.Append(u'>');
         WriteText(element);
         WriteCloseTag(element.GetName());
     } else {
-        WriteTagEnd(u" />");
+        WriteTagEnd(true);
     }
 }
 
@@ -89,10 +89,14 @@ void XMLTreeWriter::WriteTagStart(const TString& name)
     m_buffer.SetEnd(UnitCopy::Copy(name, to));
 }
 
-void XMLTreeWriter::WriteTagEnd(std::u16string_view suffix)
+void XMLTreeWriter::WriteTagEnd(bool isEmptyElement)
 {
     char16_t* to = m_buffer.Reserve(m_style.newline.size() + c_tagRoom);
-    to = UnitCopy::Copy(suffix, to);
+    if (isEmptyElement) {
+        *to++ = u' ';
+        *to++ = u'/';
+    }
+    *to++ = u'>';
     m_buffer.SetEnd(UnitCopy::Copy(m_style.newline, to));
 }
 
@@ -157,7 +161,7 @@ void XMLTreeWriter::WriteAttribute(std::u16string_view name, std::u16string_view
     } else {
         m_buffer.SetEnd(to);
         WriteEscaped(value);
-        m_buffer.Append(u"'");
+        m_buffer.Append(u'\'');
     }
 }
 

@@ -46,7 +46,7 @@ private:
     void WriteAttributes(const AttributeBlock& block);
     void WriteAttributes(const XMLFormatter::AttributeMap& attributes);
     void WriteAttribute(std::u16string_view name, std::u16string_view value);
-    void WriteTagEnd(std::u16string_view suffix);
+    void WriteTagEnd(bool isEmptyElement);
     void WriteCloseTag(const TString& name);
     void WriteText(const DOMElement& element);
     void WriteEscaped(std::u16string_view text);
