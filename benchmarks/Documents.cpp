@@ -98,10 +98,10 @@ std::string MakeDeep(std::size_t bytes)
     while (out.Size() < bytes) {
         const unsigned depth = 20 + out.Random(180);
         for (unsigned i = 0; i < depth; ++i)
-            out << "<node id='" << std::to_string(i) << "'>";
+            (out << "<folder name='").Words(2) << "'>";
         out.Words(3);
         for (unsigned i = 0; i < depth; ++i)
-            out << "</node>";
+            out << "</folder>\n";
     }
     out << "</tree>\n";
     return out.Take();

@@ -15,7 +15,7 @@ struct Document
 std::string MakeAttributeHeavy(std::size_t bytes);
 /// Paragraphs of running text with a few references.
 std::string MakeTextHeavy(std::size_t bytes);
-/// Nested lists, up to 200 levels deep.
+/// Nested folders, up to 200 levels deep.
 std::string MakeDeep(std::size_t bytes);
 
 /// The documents that most figures are given for: the generated ones, and files of Debian's

@@ -1,19 +1,30 @@
 #include "Families.h"
 #include "Ratios.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <vector>
+
+#include <malloc.h>
 
 /// Takes the flags of Google Benchmark and these:
 ///   --check   exit with 1 when a ratio is above its limit
+///   --cold    let the heap give memory back to the system after each run, so that the next one
+///             pays for getting it; else the heap stays warm, for this library and its peers alike
 int main(int argc, char** argv)
 {
     std::vector<char*> arguments(argv, argv + argc);
-    const auto isCheck = [](const char* argument) { return std::strcmp(argument, "--check") == 0; };
-    const bool check = std::any_of(arguments.begin(), arguments.end(), isCheck);
-    std::erase_if(arguments, isCheck);
+    const auto take = [&arguments](const char* flag) {
+        return std::erase_if(arguments, [flag](const char* argument) {
+                   return std::strcmp(argument, flag) == 0;
+               }) > 0;
+    };
+    const bool check = take("--check");
+    if (!take("--cold")) {
+        mallopt(M_MMAP_THRESHOLD, 1 << 30);
+        mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+    }
 
     MeasureHeaps();
     RegisterParseBenchmarks();

@@ -34,7 +34,7 @@ AttributeStorage::AttributeMap ToAttributeMap(ParsedNames& names,
     return map;
 }
 
-AttributeStorage PackAttributes(ParsedNames& names, ParsedNames::Entry& element,
+AttributeStorage PackAttributes(ParseArena& arena, ParsedNames& names, ParsedNames::Entry& element,
                                 const xercesc::Attributes& attributes)
 {
     const XMLSize_t count = attributes.getLength();
@@ -54,7 +54,7 @@ AttributeStorage PackAttributes(ParsedNames& names, ParsedNames::Entry& element,
             names.FindAttributeNames(element, std::span(qualifiedNames.data(), count));
         AttributeBlock* block =
             list == nullptr ? nullptr
-                            : AttributeBlock::Create(*list, std::span(values.data(), count));
+                            : AttributeBlock::Create(arena, *list, std::span(values.data(), count));
         if (block != nullptr) {
             storage.Adopt(block);
             return storage;

@@ -11,6 +11,6 @@
 AttributeStorage::AttributeMap ToAttributeMap(ParsedNames& names,
                                               const xercesc::Attributes& attributes);
 
-/// The same attributes, packed.
-AttributeStorage PackAttributes(ParsedNames& names, ParsedNames::Entry& element,
+/// The same attributes, packed into `arena`.
+AttributeStorage PackAttributes(ParseArena& arena, ParsedNames& names, ParsedNames::Entry& element,
                                 const xercesc::Attributes& attributes);

@@ -1,7 +1,7 @@
 #include "AttributeBlock.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstddef>
 #include <new>
 #include <numeric>
 
@@ -29,32 +29,28 @@ std::size_t AttributeNames::Find(const TString& name) const noexcept
     return index;
 }
 
-void AttributeNames::Destroy(TStringBlock* block) noexcept
-{
-    std::free(block);
-    Release();
-}
-
-AttributeBlock* AttributeBlock::Create(AttributeNames& names,
+AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
                                        std::span<const std::u16string_view> values)
 {
-    std::size_t bytes = sizeof(AttributeBlock);
+    constexpr std::size_t valuesAt = offsetof(AttributeBlock, m_slots);
+    constexpr std::size_t mostBytes = ParseArena::maxObject - sizeof(ParseSlab::KeptNames) -
+                                      alignof(ParseSlab::KeptNames);
+    std::size_t bytes = valuesAt;
     for (const std::u16string_view value : values) {
-        if (value.size() > maxBytes)
+        if (value.size() > mostBytes)
             return nullptr;
-        bytes += SlotSize(value.size());
+        bytes += TStringBlock::SlotSize(value.size());
     }
-    if (bytes > maxBytes)
+    if (bytes > mostBytes)
         return nullptr;
-    void* memory = std::malloc(bytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    auto* block = new (memory) AttributeBlock(names);
-    names.Retain();
-    auto* slot = static_cast<std::byte*>(memory) + sizeof(AttributeBlock);
+    ParseSlab* slab = nullptr;
+    std::byte* memory =
+        arena.AllocateNamed(std::max(bytes, sizeof(AttributeBlock)), names, slab);
+    auto* block = new (memory) AttributeBlock(names, slab->OffsetOf(memory));
+    std::byte* slot = memory + valuesAt;
     for (const std::u16string_view value : values) {
-        block->WriteSlot(slot, value);
-        slot += SlotSize(value.size());
+        slab->WriteSlot(slot, value);
+        slot += TStringBlock::SlotSize(value.size());
     }
     return block;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <kescorexml/Export.h>
+#include "ParseArena.h"
+
 #include <kesplatform/TString.h>
 
 #include <array>
@@ -14,7 +15,7 @@
 /// these names. Immutable.
 ///
 /// Safe to use from several threads.
-class KESCOREXML_EXPORT AttributeNames final : public TStringBlock::Owner
+class AttributeNames
 {
 public:
     /// More attributes than this are kept in a map from the start: look-up in a block is linear.
@@ -35,8 +36,6 @@ public:
     /// The index of `name`, or Count().
     std::size_t Find(const TString& name) const noexcept;
 
-    void Destroy(TStringBlock* block) noexcept override;
-
 private:
     ~AttributeNames() = default;
 
@@ -46,52 +45,62 @@ private:
     std::array<std::uint8_t, maxCount> m_sorted{};
 };
 
-/// The attributes of one element in one allocation: a reference to their names, then the values.
-/// Immutable once written, counted like every TStringBlock.
-class KESCOREXML_EXPORT AttributeBlock final : public TStringBlock
+/// The attributes of one element, packed: where their names are, then the values one after the
+/// other. Lives in a slab, whose references count for it. Immutable once written.
+class AttributeBlock
 {
 public:
-    /// Blocks stay small, so that a value which outlives its element holds on to little.
-    static constexpr std::size_t maxBytes = 65536;
-
-    /// A block with these values in the order of `names`, with one reference, the caller's; null
-    /// when it would be larger than maxBytes. Shares `names`.
-    static AttributeBlock* Create(AttributeNames& names,
+    /// The values in the order of `names`, with one reference, the caller's; null when they take
+    /// more room than an arena gives to one object. The slab keeps `names` alive.
+    static AttributeBlock* Create(ParseArena& arena, AttributeNames& names,
                                   std::span<const std::u16string_view> values);
+    AttributeBlock(const AttributeBlock&) = delete;
+    AttributeBlock& operator=(const AttributeBlock&) = delete;
 
-    const AttributeNames& Names() const noexcept
+    void Retain() noexcept { Slab().Retain(); }
+    void Release() noexcept { Slab().Release(); }
+
+    const AttributeNames& Names() const noexcept { return *m_names; }
+    std::size_t Count() const noexcept { return m_names->Count(); }
+    std::u16string_view Value(std::size_t index) const noexcept
     {
-        return static_cast<const AttributeNames&>(GetOwner());
+        return TStringBlock::ViewSlot(Slot(index));
     }
-    std::size_t Count() const noexcept { return Names().Count(); }
-    std::u16string_view Value(std::size_t index) const noexcept { return ViewSlot(Slot(index)); }
-    TString ShareValue(std::size_t index) const noexcept { return ShareSlot(Slot(index)); }
+    /// A TString that keeps the slab alive.
+    TString ShareValue(std::size_t index) const noexcept
+    {
+        return TStringBlock::ShareSlot(Slot(index));
+    }
 
     /// Calls `visit(name, value)` for each attribute in the order of the document.
     template <typename Visit>
     void ForEach(Visit&& visit) const
     {
-        const AttributeNames& names = Names();
-        const std::byte* slot = FirstSlot();
-        for (std::size_t i = 0; i < names.Count(); ++i) {
-            const std::u16string_view value = ViewSlot(slot);
-            visit(names.Name(i), value);
-            slot += SlotSize(value.size());
+        const std::byte* slot = m_slots;
+        for (std::size_t i = 0; i < m_names->Count(); ++i) {
+            const std::u16string_view value = TStringBlock::ViewSlot(slot);
+            visit(m_names->Name(i), value);
+            slot += TStringBlock::SlotSize(value.size());
         }
     }
 
 private:
-    explicit AttributeBlock(AttributeNames& names) noexcept : TStringBlock(names) {}
-
-    const std::byte* FirstSlot() const noexcept
+    AttributeBlock(AttributeNames& names, std::uint32_t slabOffset) noexcept
+        : m_names(&names), m_slabOffset(slabOffset)
     {
-        return reinterpret_cast<const std::byte*>(this + 1);
     }
+
+    ParseSlab& Slab() const noexcept { return ParseSlab::At(this, m_slabOffset); }
     const std::byte* Slot(std::size_t index) const noexcept
     {
-        const std::byte* slot = FirstSlot();
+        const std::byte* slot = m_slots;
         for (; index > 0; --index)
-            slot += SlotSize(ViewSlot(slot).size());
+            slot += TStringBlock::SlotSize(TStringBlock::ViewSlot(slot).size());
         return slot;
     }
+
+    AttributeNames* m_names;
+    std::uint32_t m_slabOffset;
+    /// The first of the slots, which go on behind this object.
+    alignas(TStringBlock::slotAlignment) std::byte m_slots[4];
 };

@@ -18,7 +18,7 @@ void CompactDOMBuilder::StartCompactElement(const TString& name, AttributeStorag
 {
     DOMElement& parent = *m_open.back().element;
     std::unique_ptr<DOMElement> element =
-        DOMElementAccess::NewParsedElement(name, std::move(attributes), &m_dom, parent);
+        DOMElementAccess::NewParsedElement(m_arena, name, std::move(attributes), &m_dom, parent);
     if (m_location != nullptr) {
         int line = 0;
         int column = 0;
@@ -32,7 +32,7 @@ void CompactDOMBuilder::StartCompactElement(const TString& name, AttributeStorag
 void CompactDOMBuilder::CompactTextContent(std::u16string_view text)
 {
     if (m_keepWhitespaceText || TScanString::skipWhitespace(text) < text.size())
-        DOMElementAccess::AppendText(*m_open.back().element, text);
+        DOMElementAccess::AppendText(m_arena, *m_open.back().element, text);
 }
 
 void CompactDOMBuilder::EndCompactElement()
@@ -51,7 +51,7 @@ void CompactDOMBuilder::CloseTop()
     OpenElement& top = m_open.back();
     const std::size_t count = m_waiting.size() - top.firstChild;
     if (count > 0) {
-        DOMElementAccess::AttachChildren(*top.element,
+        DOMElementAccess::AttachChildren(m_arena, *top.element,
                                          std::span(m_waiting).subspan(top.firstChild));
         m_waiting.resize(top.firstChild);
     }

@@ -17,6 +17,7 @@ public:
     CompactDOMBuilder(DOM& dom, bool keepWhitespaceText);
 
     void SetLocationInterface(SAXFileLocation* location) noexcept { m_location = location; }
+    ParseArena& GetArena() override { return m_arena; }
     void StartCompactElement(const TString& name, AttributeStorage&& attributes) override;
     void CompactTextContent(std::u16string_view text) override;
     void EndCompactElement() override;
@@ -37,6 +38,7 @@ private:
     void CloseTop();
 
     DOM& m_dom;
+    ParseArena m_arena;
     bool m_keepWhitespaceText;
     SAXFileLocation* m_location = nullptr;
     std::vector<OpenElement> m_open;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ParseArena.h"
+
 #include <kescorexml/detail/AttributeStorage.h>
 #include <kesplatform/TString.h>
 
@@ -13,6 +15,8 @@ class CompactElementSink
 public:
     virtual ~CompactElementSink() = default;
 
+    /// Where the attributes that come next are packed into.
+    virtual ParseArena& GetArena() = 0;
     virtual void StartCompactElement(const TString& name, AttributeStorage&& attributes) = 0;
     /// `text` is valid during the call.
     virtual void CompactTextContent(std::u16string_view text) = 0;

@@ -36,6 +36,16 @@ DOMElement::~DOMElement()
     DOMElementAccess::ForgetElement(*this);
 }
 
+void DOMElement::operator delete(DOMElement* element, std::destroying_delete_t) noexcept
+{
+    const std::uint32_t slabOffset = element->m_slabOffset;
+    element->~DOMElement();
+    if (slabOffset != 0)
+        ParseSlab::At(element, slabOffset).Release();
+    else
+        ::operator delete(static_cast<void*>(element));
+}
+
 void DOMElement::DestroyChildren() noexcept
 {
     // Always down to the last leaf, so that what is destroyed has no children of its own.

@@ -1,6 +1,7 @@
 #include "DOMElementAccess.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 ElementIdentity& DOMElementAccess::MakeIdentity(const DOMElement& element)
@@ -143,28 +144,34 @@ void DOMElementAccess::ForgetElement(DOMElement& element) noexcept
     identity->Release();
 }
 
-void DOMElementAccess::AttachChildren(DOMElement& parent,
+void DOMElementAccess::AttachChildren(ParseArena& arena, DOMElement& parent,
                                       std::span<std::unique_ptr<DOMElement>> children)
 {
-    parent.m_children.ReserveExactly(children.size());
     for (const auto& child : children)
         child->m_parent = &parent;
-    parent.m_children.Insert(parent.m_children.size(), children.data(), children.size());
+    parent.m_children.FillIn(arena, children.data(), children.size());
 }
 
-std::unique_ptr<DOMElement> DOMElementAccess::NewParsedElement(const TString& name,
+std::unique_ptr<DOMElement> DOMElementAccess::NewParsedElement(ParseArena& arena,
+                                                               const TString& name,
                                                                AttributeStorage&& attributes,
                                                                DOM* dom, DOMElement& parent)
 {
-    auto element = std::make_unique<DOMElement>(name);
+    ParseSlab* slab = nullptr;
+    std::byte* memory = arena.Allocate(sizeof(DOMElement), slab);
+    std::unique_ptr<DOMElement> element(::new (memory) DOMElement(name));
+    element->m_slabOffset = slab->OffsetOf(memory);
     element->m_attributes.Take(std::move(attributes));
     element->m_dom = dom;
     element->m_parent = &parent;
     return element;
 }
 
-void DOMElementAccess::AppendText(DOMElement& element, std::u16string_view text)
+void DOMElementAccess::AppendText(ParseArena& arena, DOMElement& element, std::u16string_view text)
 {
-    element.m_text.append(text);
+    if (element.m_text.IsEmpty())
+        element.m_text = arena.MakeText(text);
+    else
+        element.m_text.append(text);
     element.m_encoded = false;
 }

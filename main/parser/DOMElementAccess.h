@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ParseArena.h"
+
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/detail/ElementIdentity.h>
@@ -58,12 +60,13 @@ public:
 
     /// Puts children that belong to nobody yet at the end, without looking at diagnostics.
     /// REQUIRES: they and their descendants are attached to the document of `parent`.
-    static void AttachChildren(DOMElement& parent, std::span<std::unique_ptr<DOMElement>> children);
+    static void AttachChildren(ParseArena& arena, DOMElement& parent,
+                               std::span<std::unique_ptr<DOMElement>> children);
     /// A new element of a parse, attached to `dom`, in no list yet; `parent` is its parent to be.
-    static std::unique_ptr<DOMElement> NewParsedElement(const TString& name,
+    static std::unique_ptr<DOMElement> NewParsedElement(ParseArena& arena, const TString& name,
                                                         AttributeStorage&& attributes, DOM* dom,
                                                         DOMElement& parent);
-    static void AppendText(DOMElement& element, std::u16string_view text);
+    static void AppendText(ParseArena& arena, DOMElement& element, std::u16string_view text);
 
     /// Copies `source`'s descendants to `target`, which has none. The copies are attached to `dom`;
     /// unless that is null, they get the diagnostics of what they are copies of, and

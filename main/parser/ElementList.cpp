@@ -1,5 +1,7 @@
 #include <kescorexml/detail/ElementList.h>
 
+#include "ParseArena.h"
+
 #include <kescorexml/DOMElement.h>
 
 #include <algorithm>
@@ -12,29 +14,53 @@
 ElementList::~ElementList()
 {
     assert(empty());
-    std::free(m_header);
+    FreeMemory();
+}
+
+std::uint32_t ElementList::SlabOffset() const noexcept
+{
+    const bool isInSlab = (m_header->capacityAndSlab & slabFlag) != 0;
+    return isInSlab ? m_header->capacityAndSlab & ((1U << slabOffsetBits) - 1) : 0;
+}
+
+void ElementList::FreeMemory() noexcept
+{
+    if (m_header == nullptr)
+        return;
+    if (const std::uint32_t offset = SlabOffset())
+        ParseSlab::At(m_header, offset).Release();
+    else
+        std::free(m_header);
+}
+
+std::size_t ElementList::Capacity() const noexcept
+{
+    if (m_header == nullptr)
+        return 0;
+    const std::uint32_t capacity = m_header->capacityAndSlab & ~slabFlag;
+    return SlabOffset() != 0 ? capacity >> slabOffsetBits : capacity;
 }
 
 void ElementList::Reallocate(std::size_t capacity)
 {
-    if (capacity > std::numeric_limits<std::uint32_t>::max())
+    if (capacity > maxCapacity)
         throw std::length_error("DOMElement: too many children");
     auto* header = static_cast<Header*>(std::malloc(sizeof(Header) + capacity * sizeof(Owner)));
     if (header == nullptr)
         throw std::bad_alloc();
     header->size = static_cast<std::uint32_t>(size());
-    header->capacity = static_cast<std::uint32_t>(capacity);
+    header->capacityAndSlab = static_cast<std::uint32_t>(capacity);
     auto* to = reinterpret_cast<Owner*>(header + 1);
     std::uninitialized_move_n(begin(), size(), to);
     std::destroy_n(begin(), size());
-    std::free(m_header);
+    FreeMemory();
     m_header = header;
 }
 
 void ElementList::ReserveMore(std::size_t count)
 {
     const std::size_t needed = size() + count;
-    const std::size_t capacity = m_header == nullptr ? 0 : m_header->capacity;
+    const std::size_t capacity = Capacity();
     if (needed > capacity)
         Reallocate(std::max({needed, capacity + capacity / 2, std::size_t{3}}));
 }
@@ -42,8 +68,25 @@ void ElementList::ReserveMore(std::size_t count)
 void ElementList::ReserveExactly(std::size_t count)
 {
     const std::size_t needed = size() + count;
-    if (needed > (m_header == nullptr ? 0 : m_header->capacity))
+    if (needed > Capacity())
         Reallocate(needed);
+}
+
+void ElementList::FillIn(ParseArena& arena, Owner* elements, std::size_t count)
+{
+    const std::size_t bytes = sizeof(Header) + count * sizeof(Owner);
+    if (m_header != nullptr || bytes > ParseArena::maxObject) {
+        ReserveExactly(count);
+        Insert(size(), elements, count);
+        return;
+    }
+    ParseSlab* slab = nullptr;
+    std::byte* memory = arena.Allocate(bytes, slab);
+    static_assert(ParseSlab::maxBytes < 1U << slabOffsetBits);
+    const auto size = static_cast<std::uint32_t>(count);
+    m_header = new (memory)
+        Header{size, slabFlag | size << slabOffsetBits | slab->OffsetOf(memory)};
+    std::uninitialized_move_n(elements, count, First());
 }
 
 void ElementList::Insert(std::size_t index, Owner&& element) noexcept
@@ -55,7 +98,7 @@ void ElementList::Insert(std::size_t index, Owner* elements, std::size_t count) 
 {
     if (count == 0)
         return;
-    assert(m_header != nullptr && m_header->size + count <= m_header->capacity);
+    assert(size() + count <= Capacity());
     Owner* first = First();
     for (std::size_t i = m_header->size; i > index; --i) {
         new (first + i - 1 + count) Owner(std::move(first[i - 1]));

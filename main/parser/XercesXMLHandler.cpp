@@ -94,7 +94,8 @@ void XercesXMLHandler::startElement(const XMLCh* /*uri*/, const XMLCh* /*localNa
     m_names.ForgetIfLarge();
     ParsedNames::Entry& name = m_names.Find(ViewXMLCh(qName));
     if (m_compactSink != nullptr) {
-        m_compactSink->StartCompactElement(name.name, PackAttributes(m_names, name, attributes));
+        m_compactSink->StartCompactElement(
+            name.name, PackAttributes(m_compactSink->GetArena(), m_names, name, attributes));
         return;
     }
     m_sink->StartElement(TString(name.name), ToAttributeMap(m_names, attributes));

@@ -9,8 +9,11 @@
 #include <kesplatform/TString.h>
 
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <list>
 #include <memory>
+#include <new>
 #include <unordered_map>
 #include <vector>
 
@@ -29,7 +32,7 @@ struct ElementIdentity;
 ///
 /// Const operations may run side by side. A tree is changed by one thread at a time; recording and
 /// reading diagnostics is safe from several threads as long as the tree does not change.
-class KESCOREXML_EXPORT DOMElement
+class KESCOREXML_EXPORT DOMElement final
 {
 public:
     using AttributeMap = std::unordered_map<TString, TString>;
@@ -50,6 +53,13 @@ public:
     /// copied when this element is attached. Document, parent and location stay; the encoded flag
     /// is cleared. `other` may be in the same tree: the result is that of a copy made beforehand.
     DOMElement& operator=(const DOMElement& other);
+    // Elements of a parse live in memory that they share.
+    static void* operator new(std::size_t bytes) { return ::operator new(bytes); }
+    static void* operator new(std::size_t, void* memory) noexcept { return memory; }
+    static void operator delete(void* memory) noexcept { ::operator delete(memory); }
+    static void operator delete(void*, void*) noexcept {}
+    static void operator delete(DOMElement* element, std::destroying_delete_t) noexcept;
+
     /// Destroys the subtree, children from the last to the first. An attached element with a
     /// parent (also a former one) erases its own diagnostics, one without parent clears all
     /// diagnostics of its document.
@@ -263,6 +273,8 @@ private:
     int m_endColumn = 0;
     /// Made when somebody needs to remember this element beyond its life; see ElementIdentity.
     mutable std::atomic<ElementIdentity*> m_identity{nullptr};
+    /// Where in a slab of a parse this element lies; 0 for one on the heap.
+    std::uint32_t m_slabOffset = 0;
     bool m_encoded = false;
 };
 

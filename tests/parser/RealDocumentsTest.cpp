@@ -50,8 +50,9 @@ void ExpectRoundTrip(const DOMParser& parser, const std::string& file)
     const TString written = XMLDomFormatter::RenderAsXMLString(*document, nullptr, true);
     const std::unique_ptr<DOM> again = parser.ParseXmlString(written, file.c_str());
     ASSERT_FALSE(again->HasErrors()) << again->GetConcatenatedErrors();
-    if (!HasMixedContent(*document))
+    if (!HasMixedContent(*document)) {
         EXPECT_TRUE(*again == *document);
+    }
 }
 
 void ExpectRoundTrips(const fs::path& directory, std::size_t least)

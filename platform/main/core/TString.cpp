@@ -373,6 +373,11 @@ void TStringBlock::WriteSlot(std::byte* slot, std::u16string_view text) noexcept
     rep->Units()[text.size()] = u'\0';
 }
 
+TString TStringBlock::AdoptSlot(const std::byte* slot) noexcept
+{
+    return TString(reinterpret_cast<TString::Rep*>(const_cast<std::byte*>(slot)));
+}
+
 TString TStringBlock::ShareSlot(const std::byte* slot) noexcept
 {
     auto* rep = reinterpret_cast<TString::Rep*>(const_cast<std::byte*>(slot));

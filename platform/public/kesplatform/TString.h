@@ -263,8 +263,8 @@ public:
     TStringBlock(const TStringBlock&) = delete;
     TStringBlock& operator=(const TStringBlock&) = delete;
 
-    void Retain() noexcept;
-    void Release() noexcept;
+    void Retain(std::size_t count = 1) noexcept;
+    void Release(std::size_t count = 1) noexcept;
     bool IsExclusive() const noexcept { return m_references.load(std::memory_order_acquire) == 1; }
     Owner& GetOwner() const noexcept { return *m_owner; }
 
@@ -278,21 +278,23 @@ public:
     }
     /// A TString that shares the text of a slot and keeps the block alive.
     static TString ShareSlot(const std::byte* slot) noexcept;
+    /// The same, taking over a reference that the caller holds.
+    static TString AdoptSlot(const std::byte* slot) noexcept;
 
 private:
     std::atomic<std::size_t> m_references{1};
     Owner* m_owner;
 };
 
-inline void TStringBlock::Retain() noexcept
+inline void TStringBlock::Retain(std::size_t count) noexcept
 {
-    m_references.fetch_add(1, std::memory_order_relaxed);
+    m_references.fetch_add(count, std::memory_order_relaxed);
 }
 
-inline void TStringBlock::Release() noexcept
+inline void TStringBlock::Release(std::size_t count) noexcept
 {
-    if (m_references.load(std::memory_order_acquire) == 1 ||
-        m_references.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    if (m_references.load(std::memory_order_acquire) == count ||
+        m_references.fetch_sub(count, std::memory_order_acq_rel) == count)
         m_owner->Destroy(this);
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 class DOMElement;
+class ParseArena;
 
 /// The owned children of an element: a contiguous sequence behind one pointer, so that an element
 /// without children pays for nothing else. Not copyable.
@@ -38,6 +39,9 @@ public:
     void ReserveMore(std::size_t count);
     /// As ReserveMore, without the slack that lets a list grow step by step.
     void ReserveExactly(std::size_t count);
+    /// Moves `count` elements out of `elements`, in order, to the end, into memory of a parse where
+    /// that will do.
+    void FillIn(ParseArena& arena, Owner* elements, std::size_t count);
     /// Inserts in front of `index`. REQUIRES: room was made with ReserveMore.
     void Insert(std::size_t index, Owner&& element) noexcept;
     void PushBack(Owner&& element) noexcept { Insert(size(), std::move(element)); }
@@ -51,11 +55,22 @@ private:
     struct Header
     {
         std::uint32_t size;
-        std::uint32_t capacity;
+        /// The capacity; with slabFlag it takes 15 bits above the 16 bits that say where in a slab
+        /// of a parse the list lies.
+        std::uint32_t capacityAndSlab;
     };
 
+    static constexpr std::uint32_t slabFlag = 0x80000000U;
+    static constexpr std::uint32_t slabOffsetBits = 16;
+    static constexpr std::size_t maxCapacity = slabFlag - 1;
+
+    /// 0 for a list on the heap.
+    std::uint32_t SlabOffset() const noexcept;
+
     Owner* First() const noexcept { return reinterpret_cast<Owner*>(m_header + 1); }
+    std::size_t Capacity() const noexcept;
     void Reallocate(std::size_t capacity);
+    void FreeMemory() noexcept;
 
     Header* m_header = nullptr;
 };

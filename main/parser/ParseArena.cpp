@@ -1,0 +1,94 @@
+#include "ParseArena.h"
+
+#include "AttributeBlock.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace {
+
+/// The least that anything handed out takes of a slab.
+constexpr std::size_t c_smallestObject = alignof(void*);
+
+class SlabOwner final : public TStringBlock::Owner
+{
+public:
+    void Destroy(TStringBlock* block) noexcept override
+    {
+        auto* slab = static_cast<ParseSlab*>(block);
+        for (ParseSlab::KeptNames* kept = slab->FirstKeptNames(); kept != nullptr;
+             kept = kept->next)
+            kept->names->Release();
+        std::free(slab);
+    }
+};
+
+} // namespace
+
+TStringBlock::Owner& ParseSlab::GetSlabOwner() noexcept
+{
+    static constinit SlabOwner s_owner;
+    return s_owner;
+}
+
+ParseSlab::ParseSlab(std::size_t bytes) noexcept : TStringBlock(GetSlabOwner()), m_bytes(bytes) {}
+
+ParseSlab* ParseSlab::Create(std::size_t bytes)
+{
+    void* memory = std::malloc(bytes);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return new (memory) ParseSlab(bytes);
+}
+
+void ParseArena::OpenSlab(std::size_t bytes)
+{
+    const std::size_t needed = sizeof(ParseSlab) + bytes;
+    ParseSlab* slab = ParseSlab::Create(std::max(m_nextSlabBytes, needed));
+    CloseSlab();
+    m_slab = slab;
+    m_next = slab->Begin();
+    m_end = slab->End();
+    m_references = static_cast<std::size_t>(m_end - m_next) / c_smallestObject;
+    slab->Retain(m_references);
+    m_nextSlabBytes = std::min(m_nextSlabBytes * 2, ParseSlab::maxBytes);
+}
+
+void ParseArena::CloseSlab() noexcept
+{
+    if (ParseSlab* slab = std::exchange(m_slab, nullptr))
+        slab->Release(m_references + 1);
+    m_next = nullptr;
+    m_end = nullptr;
+}
+
+TString ParseArena::MakeText(std::u16string_view text)
+{
+    const std::size_t bytes = TStringBlock::SlotSize(text.size());
+    if (text.empty() || bytes > maxObject)
+        return TString(text);
+    ParseSlab* slab = nullptr;
+    std::byte* slot = Allocate(bytes, slab);
+    slab->WriteSlot(slot, text);
+    return TStringBlock::AdoptSlot(slot);
+}
+
+std::byte* ParseArena::AllocateNamed(std::size_t bytes, AttributeNames& names, ParseSlab*& slab)
+{
+    // One piece for both, so that they come into the same slab.
+    const std::size_t keptAt = (bytes + alignof(void*) - 1) & ~(alignof(void*) - 1);
+    const bool fits = static_cast<std::size_t>(m_end - m_next) >= keptAt;
+    if (fits) {
+        for (auto* kept = m_slab->FirstKeptNames(); kept != nullptr; kept = kept->next) {
+            if (kept->names == &names)
+                return Allocate(bytes, slab);
+        }
+    }
+    std::byte* object = Allocate(keptAt + sizeof(ParseSlab::KeptNames), slab);
+    names.Retain();
+    slab->FirstKeptNames() = new (object + keptAt)
+        ParseSlab::KeptNames{slab->FirstKeptNames(), &names};
+    return object;
+}
