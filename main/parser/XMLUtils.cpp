@@ -31,31 +31,20 @@ bool ContainsAt(View s, View sub, std::size_t pos) noexcept
     return s.substr(pos, sub.size()) == sub;
 }
 
-std::size_t FindUnit(std::u16string_view s, char16_t c, std::size_t pos) noexcept
+std::size_t ToPosition(std::ptrdiff_t found) noexcept
 {
-    if (pos >= s.size())
-        return std::string::npos;
-    const qsizetype found = QStringView(s).indexOf(QChar(c), static_cast<qsizetype>(pos));
     return found < 0 ? std::string::npos : static_cast<std::size_t>(found);
 }
 
-std::size_t FindUnits(std::u16string_view s, std::u16string_view sub, std::size_t pos) noexcept
+/// True for the ranges that are searched at all.
+bool IsRange(std::size_t from, std::size_t to, std::size_t size) noexcept
 {
-    if (pos > s.size() || sub.size() > s.size() - pos)
-        return std::string::npos;
-    if (sub.empty())
-        return pos;
-    const qsizetype found = QStringView(s).indexOf(QStringView(sub), static_cast<qsizetype>(pos));
-    return found < 0 ? std::string::npos : static_cast<std::size_t>(found);
+    return to > from && to < size;
 }
 
-/// Searches the text up to and with `to` from `from` on.
-template <class View, class What>
-std::size_t SearchRange(View s, What what, std::size_t from, std::size_t to,
-                        std::size_t (*search)(View, What, std::size_t) noexcept) noexcept
+QStringView ToQt(std::u16string_view text) noexcept
 {
-    return to <= from || to >= s.size() ? std::string::npos
-                                        : search(s.substr(0, to + 1), what, from);
+    return {text.data(), static_cast<qsizetype>(text.size())};
 }
 
 std::size_t SkipWhitespace(std::string_view s, std::size_t pos) noexcept
@@ -121,34 +110,54 @@ std::size_t Find(const std::string& s, const std::string& sub, std::size_t pos) 
 
 std::size_t Find(const TString& s, char16_t c, std::size_t pos) noexcept
 {
-    return FindUnit(s.view(), c, pos);
+    if (pos >= s.view().size())
+        return std::string::npos;
+    return ToPosition(s.indexOf(c, static_cast<TString::size_type>(pos)));
 }
 
 std::size_t Find(const TString& s, const TString& sub, std::size_t pos) noexcept
 {
-    return FindUnits(s.view(), sub.view(), pos);
+    if (pos > s.view().size())
+        return std::string::npos;
+    return ToPosition(s.indexOf(sub, static_cast<TString::size_type>(pos)));
 }
 
 std::size_t FindInRange(const std::string& s, char c, std::size_t from, std::size_t to) noexcept
 {
-    return SearchRange(std::string_view(s), c, from, to, ByteScan::FindByte);
+    if (!IsRange(from, to, s.size()))
+        return std::string::npos;
+    return ByteScan::FindByte(std::string_view(s).substr(0, to + 1), c, from);
 }
 
 std::size_t FindInRange(const std::string& s, const std::string& sub, std::size_t from,
                         std::size_t to) noexcept
 {
-    return SearchRange(std::string_view(s), std::string_view(sub), from, to, ByteScan::FindText);
+    if (!IsRange(from, to, s.size()))
+        return std::string::npos;
+    return ByteScan::FindText(std::string_view(s).substr(0, to + 1), sub, from);
 }
 
 std::size_t FindInRange(const TString& s, char16_t c, std::size_t from, std::size_t to) noexcept
 {
-    return SearchRange(s.view(), c, from, to, FindUnit);
+    if (!IsRange(from, to, s.view().size()))
+        return std::string::npos;
+    return ToPosition(
+        ToQt(s.view().substr(0, to + 1)).indexOf(QChar(c), static_cast<qsizetype>(from)));
 }
 
 std::size_t FindInRange(const TString& s, const TString& sub, std::size_t from,
                         std::size_t to) noexcept
 {
-    return SearchRange(s.view(), sub.view(), from, to, FindUnits);
+    if (!IsRange(from, to, s.view().size()))
+        return std::string::npos;
+    // This search looks at the range alone, but may compare `sub` at every position of it.
+    constexpr TString::size_type c_longestCompared = 32;
+    if (sub.length() <= c_longestCompared)
+        return ToPosition(ToQt(s.view().substr(0, to + 1))
+                              .indexOf(ToQt(sub.view()), static_cast<qsizetype>(from)));
+    const std::size_t found = Find(s, sub, from);
+    return found != std::string::npos && found + sub.view().size() <= to + 1 ? found
+                                                                             : std::string::npos;
 }
 
 std::size_t AdvanceFromOpenToCloseBrace(const std::string& xml, std::size_t start)

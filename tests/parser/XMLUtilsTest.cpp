@@ -2,6 +2,7 @@
 
 #include "support/Assertions.h"
 #include "support/RandomBytes.h"
+#include "support/Repeat.h"
 #include "support/ScannerModel.h"
 
 #include <xercesc/util/XMLChar.hpp>
@@ -132,10 +133,15 @@ TEST(XMLUtils, FindsEveryByteEverywhere)
 
 TEST(XMLUtils, FindsInRepetitiveTextInLinearTime)
 {
-    const std::string text(4'000'000, 'a');
-    const std::string sub = std::string(100'000, 'a') + 'b';
+    const std::string text = Repeat("a", 4'000'000);
+    const std::string sub = Repeat("a", 100'000) + "b";
     EXPECT_EQ(XmlUtils::Find(text, sub, 0), c_npos);
     EXPECT_EQ(XmlUtils::Find(text + 'b', sub, 0), text.size() - 100'000);
+    const TString text16(4'000'000, u'a');
+    const TString sub16 = TString(100'000, u'a') + u"b";
+    EXPECT_EQ(XmlUtils::Find(text16, sub16, 0), c_npos);
+    EXPECT_EQ(XmlUtils::FindInRange(text16 + u"b", sub16, 1, 3'999'999), c_npos);
+    EXPECT_EQ(XmlUtils::FindInRange(text16 + u"b", sub16, 1, 4'000'000), text.size() - 100'000);
 }
 
 TEST(XMLUtils, TakesARangeOfOneCharacterForEmpty)
@@ -171,10 +177,11 @@ TEST(XMLUtils, SearchesRangesAsAModelDoes)
 {
     RandomBytes random(2);
     for (int round = 0; round < 20000; ++round) {
-        const std::string text = random.Of("ab", 12);
-        const std::string sub = random.Of("ab", 3);
-        const std::size_t from = random.Below(14);
-        const std::size_t to = random.Below(14);
+        const std::size_t scale = round % 2 == 0 ? 1 : 20;
+        const std::string text = random.Of("aaaab", 12 * scale);
+        const std::string sub = random.Of("aaaaaaab", 3 * scale);
+        const std::size_t from = random.Below(14 * scale);
+        const std::size_t to = random.Below(14 * scale);
         std::size_t expected = c_npos;
         std::size_t expectedByte = c_npos;
         if (to > from && to < text.size()) {
