@@ -40,51 +40,54 @@ inline char16_t* Copy(std::u16string_view text, char16_t* to) noexcept
     return to + count;
 }
 
+/// Writes what a unit that needs an escape is replaced by.
+inline char16_t* PutEscape(const EscapeTable& table, char16_t unit, char16_t* to) noexcept
+{
+    const EscapeTableEntry entry = unit < table.size() ? table[unit] : HexadecimalEscape(unit);
+    std::memcpy(to, entry.text.data(), sizeof(entry.text));
+    return to + entry.length;
+}
+
 /// Copies with all that needs it escaped. Long content stops at its first "<", because it is
 /// written another way then, and returns null.
 template <MappingTableType type>
-char16_t* CopyUnitsEscaped(const char16_t* from, std::size_t count, char16_t* to) noexcept
-{
-    constexpr const EscapeTable& table = c_escapeTable<type>;
-    for (std::size_t i = 0; i < count; ++i) {
-        const char16_t unit = from[i];
-        if (!NeedsEscape(table, unit)) {
-            *to++ = unit;
-            continue;
-        }
-        if (type == MappingTableType::LongContent && unit == u'<')
-            return nullptr;
-        const EscapeTableEntry entry = unit < table.size() ? table[unit] : HexadecimalEscape(unit);
-        std::memcpy(to, entry.text.data(), sizeof(entry.text));
-        to += entry.length;
-    }
-    return to;
-}
-
-template <MappingTableType type>
 char16_t* CopyEscaped(std::u16string_view text, char16_t* to) noexcept
 {
+    constexpr const EscapeTable& table = c_escapeTable<type>;
+    const auto endsText = [](char16_t unit) {
+        return type == MappingTableType::LongContent && unit == u'<';
+    };
     const char16_t* from = text.data();
-    std::size_t count = text.size();
-    for (; count >= UnitBlock::size; from += UnitBlock::size, count -= UnitBlock::size) {
+    const char16_t* const end = from + text.size();
+    while (end - from >= static_cast<std::ptrdiff_t>(UnitBlock::size)) {
         const UnitBlock block = UnitBlock::Load(from);
         block.Store(to);
         const std::size_t clean = block.FindEscape<type>();
         to += clean;
-        if (clean < UnitBlock::size) {
-            to = CopyUnitsEscaped<type>(from + clean, UnitBlock::size - clean, to);
-            if (type == MappingTableType::LongContent && to == nullptr)
-                return nullptr;
-        }
+        from += clean;
+        if (clean == UnitBlock::size)
+            continue;
+        if (endsText(*from))
+            return nullptr;
+        to = PutEscape(table, *from++, to);
     }
-    if (count >= UnitBlock::size / 2) {
-        const UnitBlock ends = UnitBlock::LoadEnds(from, count);
+    const auto rest = static_cast<std::size_t>(end - from);
+    if (rest >= UnitBlock::size / 2) {
+        const UnitBlock ends = UnitBlock::LoadEnds(from, rest);
         if (ends.FindEscape<type>() == UnitBlock::size) {
-            ends.StoreEnds(to, count);
-            return to + count;
+            ends.StoreEnds(to, rest);
+            return to + rest;
         }
     }
-    return CopyUnitsEscaped<type>(from, count, to);
+    for (; from != end; ++from) {
+        if (!NeedsEscape(table, *from))
+            *to++ = *from;
+        else if (endsText(*from))
+            return nullptr;
+        else
+            to = PutEscape(table, *from, to);
+    }
+    return to;
 }
 
 } // namespace UnitCopy

@@ -3,8 +3,8 @@
 #include <kesplatform/TString.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
+#include <stdexcept>
 #include <string_view>
 
 /// Appends text to a string in place, much faster than piece by piece. While the buffer lives the
@@ -56,6 +56,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t c_leastRoom = 200;
+
     void Grow(std::size_t units);
 
     TString& m_text;
@@ -67,15 +69,13 @@ private:
 inline void XMLTextBuffer::Grow(std::size_t units)
 {
     const TString::size_type used = GetLength();
-    const std::size_t needed = static_cast<std::size_t>(used) + units;
-    // A little less than a power of two, so that the string's allocation need not be the next one.
-    constexpr std::size_t overhead = 32;
-    constexpr std::size_t least = 512;
-    constexpr auto most = static_cast<std::size_t>(TString::maxLength);
-    std::size_t length = std::bit_ceil(std::max(needed + overhead, least)) - overhead;
-    if (length > most)
-        length = std::max(needed, most);
-    char16_t* first = m_text.resize(static_cast<TString::size_type>(length));
+    const auto most = static_cast<std::size_t>(TString::maxLength - used);
+    if (units > most)
+        throw std::length_error("XMLTextBuffer: the text is too long");
+    m_text.resize(used +
+                  static_cast<TString::size_type>(std::min(std::max(units, c_leastRoom), most)));
+    const TString::size_type length = std::min(m_text.capacity(), TString::maxLength);
+    char16_t* first = m_text.resize(length);
     m_to = first + used;
     m_roomEnd = first + length;
 }

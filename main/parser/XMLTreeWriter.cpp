@@ -15,8 +15,19 @@ namespace {
 /// might become.
 constexpr std::size_t c_escapeStep = 1024;
 
-/// Room for the punctuation of a tag.
+/// Room for the punctuation of a tag or an attribute.
 constexpr std::size_t c_tagRoom = 8;
+
+char16_t* CopyAttribute(std::u16string_view name, std::u16string_view value, char16_t* to) noexcept
+{
+    *to++ = u' ';
+    to = UnitCopy::Copy(name, to);
+    *to++ = u'=';
+    *to++ = u'\'';
+    to = UnitCopy::CopyEscaped<MappingTableType::Attribute>(value, to);
+    *to++ = u'\'';
+    return to;
+}
 
 } // namespace
 
@@ -48,7 +59,7 @@ void XMLTreeWriter::WriteElement(const DOMElement& element)
     } else if (element.HasText()) {
         m_buffer.Append(u'>');
         WriteText(element);
-        WriteCloseTag(element.GetName());
+        WriteCloseTag(element.GetName(), std::u16string_view());
     } else {
         WriteTagEnd(true);
     }
@@ -73,8 +84,7 @@ void XMLTreeWriter::CloseInnermost()
         WriteText(element);
     }
     m_indentLength -= m_style.indentUnit.size();
-    m_buffer.Append(GetIndent());
-    WriteCloseTag(element.GetName());
+    WriteCloseTag(element.GetName(), GetIndent());
     m_levels.pop_back();
 }
 
@@ -100,10 +110,11 @@ void XMLTreeWriter::WriteTagEnd(bool isEmptyElement)
     m_buffer.SetEnd(UnitCopy::Copy(m_style.newline, to));
 }
 
-void XMLTreeWriter::WriteCloseTag(const TString& name)
+void XMLTreeWriter::WriteCloseTag(const TString& name, std::u16string_view indent)
 {
     const auto length = static_cast<std::size_t>(name.length());
-    char16_t* to = m_buffer.Reserve(length + m_style.newline.size() + c_tagRoom);
+    char16_t* to = m_buffer.Reserve(indent.size() + length + m_style.newline.size() + c_tagRoom);
+    to = UnitCopy::Copy(indent, to);
     *to++ = u'<';
     *to++ = u'/';
     to = UnitCopy::Copy(name, to);
@@ -124,14 +135,28 @@ void XMLTreeWriter::WriteAttributes(const DOMElement& element)
 
 void XMLTreeWriter::WriteAttributes(const AttributeBlock& block)
 {
+    const AttributeNames& names = block.Names();
     std::array<std::u16string_view, AttributeNames::maxCount> values;
     std::size_t count = 0;
-    block.ForEach([&](const TString&, std::u16string_view value) { values[count++] = value; });
-    const AttributeNames& names = block.Names();
+    std::size_t nameUnits = 0;
+    std::size_t valueUnits = 0;
+    block.ForEach([&](const TString& name, std::u16string_view value) {
+        values[count++] = value;
+        nameUnits += static_cast<std::size_t>(name.length());
+        valueUnits += value.size();
+    });
+    if (valueUnits > c_escapeStep) {
+        for (std::size_t rank = 0; rank < count; ++rank)
+            WriteAttribute(names.Name(names.Sorted(rank)), values[names.Sorted(rank)]);
+        return;
+    }
+    char16_t* to =
+        m_buffer.Reserve(nameUnits + count * c_tagRoom + UnitCopy::EscapedRoom(valueUnits));
     for (std::size_t rank = 0; rank < count; ++rank) {
         const std::size_t index = names.Sorted(rank);
-        WriteAttribute(names.Name(index), values[index]);
+        to = CopyAttribute(names.Name(index), values[index], to);
     }
+    m_buffer.SetEnd(to);
 }
 
 void XMLTreeWriter::WriteAttributes(const XMLFormatter::AttributeMap& attributes)
@@ -147,22 +172,17 @@ void XMLTreeWriter::WriteAttributes(const XMLFormatter::AttributeMap& attributes
 
 void XMLTreeWriter::WriteAttribute(std::u16string_view name, std::u16string_view value)
 {
-    const bool isShort = value.size() <= c_escapeStep;
-    const std::size_t valueRoom = isShort ? UnitCopy::EscapedRoom(value.size()) : 0;
-    char16_t* to = m_buffer.Reserve(name.size() + valueRoom + c_tagRoom);
-    *to++ = u' ';
-    to = UnitCopy::Copy(name, to);
-    *to++ = u'=';
-    *to++ = u'\'';
-    if (isShort) {
-        to = UnitCopy::CopyEscaped<MappingTableType::Attribute>(value, to);
-        *to++ = u'\'';
-        m_buffer.SetEnd(to);
-    } else {
-        m_buffer.SetEnd(to);
-        WriteEscaped(value);
-        m_buffer.Append(u'\'');
+    if (value.size() <= c_escapeStep) {
+        char16_t* to =
+            m_buffer.Reserve(name.size() + c_tagRoom + UnitCopy::EscapedRoom(value.size()));
+        m_buffer.SetEnd(CopyAttribute(name, value, to));
+        return;
     }
+    m_buffer.Append(u' ');
+    m_buffer.Append(name);
+    m_buffer.Append(u"='");
+    WriteEscaped(value);
+    m_buffer.Append(u'\'');
 }
 
 // Text

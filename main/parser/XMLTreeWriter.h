@@ -47,7 +47,7 @@ private:
     void WriteAttributes(const XMLFormatter::AttributeMap& attributes);
     void WriteAttribute(std::u16string_view name, std::u16string_view value);
     void WriteTagEnd(bool isEmptyElement);
-    void WriteCloseTag(const TString& name);
+    void WriteCloseTag(const TString& name, std::u16string_view indent);
     void WriteText(const DOMElement& element);
     void WriteEscaped(std::u16string_view text);
     void WriteLong(std::u16string_view text);

@@ -78,4 +78,21 @@ TEST(TStringResize, RefusesWhatIsTooLongAndKeepsTheText)
     EXPECT_EQ(text, TString(u"abc"));
 }
 
+TEST(TStringResize, StaysInPlaceUpToTheCapacity)
+{
+    EXPECT_EQ(TString().capacity(), 0);
+    TString text;
+    for (TString::size_type length = 1; length < 3000000; length = text.capacity() + 1) {
+        text.resize(length);
+        ASSERT_GE(text.capacity(), length);
+        const char16_t* before = text.utf16();
+        const TString::size_type capacity = text.capacity();
+        ASSERT_EQ(text.resize(capacity), before);
+        EXPECT_EQ(text.capacity(), capacity);
+        text.resize(length);
+        EXPECT_EQ(text.capacity(), capacity);
+        EXPECT_EQ(text.utf16(), before);
+    }
+}
+
 } // namespace

@@ -41,13 +41,26 @@ std::size_t SpaceAtStart(std::u16string_view text) noexcept
 
 // Storage
 
+std::size_t TString::ExactBytes(size_type length) noexcept
+{
+    return sizeof(Rep) + (static_cast<std::size_t>(length) + 1) * c_unitSize;
+}
+
+std::size_t TString::GrowableBytes(size_type length) noexcept
+{
+    // What allocators add for themselves, and round up to whole pages, must not push a block over
+    // the power of two: from some power on they map and clear fresh pages each time.
+    const auto rounded = [](std::size_t power) { return power - power / 1024 - 32; };
+    const std::size_t exact = ExactBytes(length);
+    const std::size_t power = std::bit_ceil(exact + 32);
+    return rounded(power) >= exact ? rounded(power) : rounded(2 * power);
+}
+
 TString::Rep* TString::Allocate(size_type length, bool growable)
 {
     if (length > maxLength)
         throw std::length_error("TString: the text is too long");
-    std::size_t bytes = sizeof(Rep) + (static_cast<std::size_t>(length) + 1) * c_unitSize;
-    if (growable)
-        bytes = std::bit_ceil(bytes);
+    const std::size_t bytes = growable ? GrowableBytes(length) : ExactBytes(length);
     void* memory = std::malloc(bytes);
     if (memory == nullptr)
         throw std::bad_alloc();
@@ -77,13 +90,14 @@ bool TString::IsExclusive() const noexcept
     return m_rep != nullptr && m_rep->control.load(std::memory_order_acquire) == 1;
 }
 
-TString::size_type TString::Capacity() const noexcept
+TString::size_type TString::capacity() const noexcept
 {
-    const auto length = static_cast<std::size_t>(m_rep->Length());
+    if (m_rep == nullptr)
+        return 0;
+    const size_type length = m_rep->Length();
     if ((m_rep->lengthAndFlag & growableFlag) == 0)
-        return static_cast<size_type>(length);
-    const std::size_t bytes = std::bit_ceil(sizeof(Rep) + (length + 1) * c_unitSize);
-    return static_cast<size_type>((bytes - sizeof(Rep)) / c_unitSize - 1);
+        return length;
+    return static_cast<size_type>((GrowableBytes(length) - sizeof(Rep)) / c_unitSize - 1);
 }
 
 char16_t* TString::GrowBy(size_type count)
@@ -92,10 +106,8 @@ char16_t* TString::GrowBy(size_type count)
     if (count > maxLength - oldLength)
         throw std::length_error("TString: the text is too long");
     const size_type newLength = oldLength + count;
-    if (IsExclusive() && newLength > Capacity()) {
-        const std::size_t bytes =
-            std::bit_ceil(sizeof(Rep) + (static_cast<std::size_t>(newLength) + 1) * c_unitSize);
-        void* memory = std::realloc(static_cast<void*>(m_rep), bytes);
+    if (IsExclusive() && newLength > capacity()) {
+        void* memory = std::realloc(static_cast<void*>(m_rep), GrowableBytes(newLength));
         if (memory == nullptr)
             throw std::bad_alloc();
         m_rep = static_cast<Rep*>(memory);

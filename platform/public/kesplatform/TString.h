@@ -106,6 +106,8 @@ public:
     /// the next call. Growing is amortised constant time a unit, shortening a private text cannot
     /// fail and keeps the memory.
     char16_t* resize(size_type length);
+    /// The length up to which a private text grows without a new allocation.
+    size_type capacity() const noexcept;
 
     /// The first or last `count` units; a count that is negative or too large gives the whole text.
     TString left(size_type count) const;
@@ -193,7 +195,7 @@ private:
         /// A count of owners; or, with `embeddedFlag`, the distance in bytes back to the
         /// TStringBlock that the text is part of and that counts the owners.
         std::atomic<std::uint32_t> control;
-        /// The length; `growableFlag` says that the allocation's size is a power of two.
+        /// The length; `growableFlag` says that the allocation has GrowableBytes of it.
         std::uint32_t lengthAndFlag;
 
         size_type Length() const noexcept { return lengthAndFlag & ~growableFlag; }
@@ -220,12 +222,14 @@ private:
             ReleaseNonNull(rep);
     }
     static void ReleaseNonNull(Rep* rep) noexcept;
+    static std::size_t ExactBytes(size_type length) noexcept;
+    /// What a text that grows unit by unit takes: a little less than a power of two.
+    static std::size_t GrowableBytes(size_type length) noexcept;
     static Rep* Allocate(size_type length, bool growable);
     static TString Concatenate(std::u16string_view a, std::u16string_view b);
     static std::strong_ordering Compare(std::u16string_view a, std::u16string_view b) noexcept;
     void ShrinkTo(size_type length) noexcept;
     bool IsExclusive() const noexcept;
-    size_type Capacity() const noexcept;
     char16_t* GrowBy(size_type count);
 
     Rep* m_rep = nullptr;
