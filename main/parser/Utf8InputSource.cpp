@@ -52,7 +52,5 @@ std::int64_t Utf8InputSource::Size() const
 
 XercesInputSource Utf8InputSource::GetXercesInputSource(ColonProcessingMode mode)
 {
-    XercesInputSource source(m_data, m_start, Id(), mode);
-    source.ReadAsUtf8();
-    return source;
+    return XercesInputSource(m_data, m_start, Id(), mode, XercesEncoding::Utf8);
 }

@@ -1,5 +1,6 @@
 #include "XercesInputSource.h"
 
+#include "Utf8Guard.h"
 #include "XercesColonSanitizer.h"
 #include "XercesText.h"
 
@@ -24,35 +25,37 @@ std::shared_ptr<const std::string> Sanitize(const std::shared_ptr<const std::str
 } // namespace
 
 XercesInputSource::XercesInputSource(const std::shared_ptr<const std::string>& data,
-                                     std::size_t start, const TString& id, ColonProcessingMode mode)
+                                     std::size_t start, const TString& id, ColonProcessingMode mode,
+                                     XercesEncoding encoding)
     : m_data(data)
 {
-    SetupXercesBuffer(start, id, mode);
+    SetupXercesBuffer(start, id, mode, encoding);
 }
 
 XercesInputSource::XercesInputSource(std::shared_ptr<const std::string>&& data, std::size_t start,
-                                     const TString& id, ColonProcessingMode mode)
+                                     const TString& id, ColonProcessingMode mode,
+                                     XercesEncoding encoding)
     : m_data(std::move(data))
 {
-    SetupXercesBuffer(start, id, mode);
+    SetupXercesBuffer(start, id, mode, encoding);
 }
 
 XercesInputSource::~XercesInputSource() = default;
 
-void XercesInputSource::ReadAsUtf8()
-{
-    m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
-}
-
 void XercesInputSource::SetupXercesBuffer(std::size_t start, const TString& id,
-                                          ColonProcessingMode mode)
+                                          ColonProcessingMode mode, XercesEncoding encoding)
 {
     if (mode == ColonProcessingMode::EncodeColonAttributes)
         m_data = Sanitize(m_data);
+    if (encoding == XercesEncoding::Utf8 ||
+        Utf8Guard::IsReadAsUtf8(std::string_view(*m_data).substr(start)))
+        m_data = Utf8Guard::RefuseBeyondLastCharacter(m_data);
     auto* const manager = xercesc::XMLPlatformUtils::fgMemoryManager;
     const auto* const bytes = reinterpret_cast<const XMLByte*>(m_data->data());
     m_xercesSource.reset(new (manager) xercesc::MemBufInputSource(
         bytes + start, m_data->size() - start, GetInternalXMLChPtrFromTString(id), false, manager));
     // Streams that Xerces makes from the buffer read these very bytes.
     m_xercesSource->setCopyBufToStream(false);
+    if (encoding == XercesEncoding::Utf8)
+        m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
 }

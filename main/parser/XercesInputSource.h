@@ -10,6 +10,15 @@
 #include <memory>
 #include <string>
 
+/// How the bytes of a document are read.
+enum class XercesEncoding
+{
+    /// By their mark and their declaration.
+    Declared,
+    /// As UTF-8, whatever they declare.
+    Utf8
+};
+
 /// One document as a memory buffer of Xerces, together with the bytes that the buffer points into.
 /// Xerces must be initialised.
 class XercesInputSource
@@ -17,20 +26,20 @@ class XercesInputSource
 public:
     /// The buffer begins at the byte `start` of `data`; `id` becomes its system id.
     XercesInputSource(const std::shared_ptr<const std::string>& data, std::size_t start,
-                      const TString& id, ColonProcessingMode mode);
+                      const TString& id, ColonProcessingMode mode,
+                      XercesEncoding encoding = XercesEncoding::Declared);
     XercesInputSource(std::shared_ptr<const std::string>&& data, std::size_t start,
-                      const TString& id, ColonProcessingMode mode);
+                      const TString& id, ColonProcessingMode mode,
+                      XercesEncoding encoding = XercesEncoding::Declared);
     XercesInputSource(XercesInputSource&& other) noexcept = default;
     XercesInputSource& operator=(XercesInputSource&& other) = delete;
     ~XercesInputSource();
 
-    /// Makes Xerces read the bytes as UTF-8 whatever encoding they declare.
-    void ReadAsUtf8();
-
     xercesc::InputSource& operator()() const { return *m_xercesSource; }
 
 private:
-    void SetupXercesBuffer(std::size_t start, const TString& id, ColonProcessingMode mode);
+    void SetupXercesBuffer(std::size_t start, const TString& id, ColonProcessingMode mode,
+                           XercesEncoding encoding);
 
     std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
     std::shared_ptr<const std::string> m_data;

@@ -7,6 +7,8 @@
 #include <kescorexml/StringInputSource.h>
 #include <kescorexml/Utf8InputSource.h>
 
+#include <kesplatform/CorvinaException.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -49,6 +49,8 @@ const std::vector<Document>& Documents()
         {"<a xmlns='u' xml:space='preserve'> <p:b xmlns:p='v'/> </a>"},
         {"<a :b='1'/>"},
         {"<a>\xFF</a>"},
+        {"<?xml version='1.0' \xFF?><a/>"},
+        {"<?xml version='1.1'\xC3(?><a/>"},
     };
     return s_documents;
 }

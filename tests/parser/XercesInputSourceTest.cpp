@@ -155,6 +155,31 @@ TEST(XercesInputSource, IgnoresAMarkAndCountsColumnsBehindIt)
                 ElementsAre("<a>", "'\xEF\xBB\xBF'", "</>"));
 }
 
+TEST(XercesInputSource, RefusesSequencesBeyondTheLastCharacterWhereverTheyStand)
+{
+    const std::string bad = "\xF7\x80\x80\x80";
+    for (const std::size_t before : {0U, 1U, 20U, 40U, 1000U, 60000U}) {
+        for (const char* const start : {"", "\xEF\xBB\xBF", "<?xml version='1.0'?>",
+                                        "<?xml version='1.0' encoding = \"utf-8\" ?>"}) {
+            std::string text = start;
+            text.append("<a>").append(before, 'x').append(bad).append("</a>");
+            EXPECT_TRUE(ParseUtf8(text).fatal) << start << before;
+            EXPECT_TRUE(ParseBytes(text).fatal) << start << before;
+        }
+    }
+}
+
+TEST(XercesInputSource, KnowsTheSameBytesAsLettersOfOtherEncodings)
+{
+    for (const char* const mark : {"", "\xEF\xBB\xBF"}) {
+        EXPECT_THAT(
+            ParseBytes(mark + DocumentIn("ISO-8859-1", "\xF5\xF6\xF7")).events,
+            ElementsAre("<a b=\xC3\xB5\xC3\xB6\xC3\xB7>", "'\xC3\xB5\xC3\xB6\xC3\xB7'", "</>"));
+    }
+    const std::string utf16 = Utf16("<a>\xC3\xB5</a>", QStringConverter::Utf16LE, Mark::With);
+    EXPECT_THAT(ParseBytes(utf16).events, ElementsAre("<a>", "'\xC3\xB5'", "</>"));
+}
+
 TEST(XercesInputSource, CannotReadBytesInAnUnknownEncoding)
 {
     EXPECT_THAT(ParseBytes(DocumentIn("no-such-encoding", "x")).errors,

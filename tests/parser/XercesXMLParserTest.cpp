@@ -289,5 +289,6 @@ TEST(XercesXMLParser, ReportsItsScopes)
     EXPECT_THAT(metrics.GetLines(),
                 ElementsAre("+XercesXMLParser_PrepareParserState",
                             "-XercesXMLParser_PrepareParserState", "+XercesXMLParser_DoXercesParse",
+                            "+XercesColonSanitizer", "-XercesColonSanitizer",
                             "-XercesXMLParser_DoXercesParse"));
 }

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+/// The scanner drops, without a word, some sequences of four bytes that begin with F5 to F7: they
+/// would be characters beyond the last one. Here is what makes it see them.
+namespace Utf8Guard {
+
+/// Whether the scanner takes a document that comes as bytes for UTF-8: it begins neither with a
+/// mark nor with the pattern of another encoding, and its declaration, if any, names UTF-8 or
+/// nothing.
+bool IsReadAsUtf8(std::string_view bytes);
+
+/// The text as it is when it holds none of those bytes; else a copy that has, in place of each, a
+/// byte that the scanner always refuses.
+std::shared_ptr<const std::string>
+RefuseBeyondLastCharacter(const std::shared_ptr<const std::string>& utf8);
+
+} // namespace Utf8Guard
