@@ -4,7 +4,6 @@
 
 #include <kescorexml/DOM.h>
 
-#include <algorithm>
 #include <bit>
 #include <stdexcept>
 #include <utility>
@@ -37,33 +36,6 @@ T* FindStart(T& start, const TString& path)
     return dom == nullptr ? nullptr : dom->GetDocumentRoot();
 }
 
-/// A tree that was parsed lies scattered over memory, and the walk would wait for nearly every
-/// element twice: for the element itself and for the list of its children. So what the next
-/// siblings consist of is asked for some steps ahead.
-constexpr std::size_t c_elementAhead = 16;
-constexpr std::size_t c_listAhead = 8;
-
-void PrefetchElement(const DOMElement& element)
-{
-    __builtin_prefetch(&element.GetName());
-    __builtin_prefetch(&DOMElementAccess::Children(element));
-}
-
-void PrefetchAhead(const ElementList& siblings, std::size_t index)
-{
-    if (index + c_elementAhead < siblings.size())
-        PrefetchElement(*siblings[index + c_elementAhead]);
-    if (index + c_listAhead < siblings.size())
-        __builtin_prefetch(DOMElementAccess::Children(*siblings[index + c_listAhead]).begin());
-}
-
-void PrefetchFirst(const ElementList& siblings)
-{
-    const std::size_t count = std::min(siblings.size(), c_elementAhead);
-    for (std::size_t i = 1; i < count; ++i)
-        PrefetchElement(*siblings[i]);
-}
-
 /// False when there is no further sibling.
 template <typename T>
 inline bool StepToSibling(PathNode<T>& node)
@@ -73,7 +45,6 @@ inline bool StepToSibling(PathNode<T>& node)
     const ElementList& siblings = DOMElementAccess::Children(std::as_const(*node.parent));
     const auto next = static_cast<std::size_t>(++node.childIndex);
     if (next < siblings.size()) {
-        PrefetchAhead(siblings, next);
         node.element = siblings[next].get();
         return true;
     }
@@ -229,7 +200,6 @@ void Generator<T>::StepIntoCurrentNode(std::uint64_t carried)
 {
     T* element = m_stack.back().element;
     const ElementList& children = DOMElementAccess::Children(std::as_const(*element));
-    PrefetchFirst(children);
     m_stack.push_back({children[0].get(), element, 0, carried});
 }
 

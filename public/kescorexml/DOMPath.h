@@ -24,7 +24,9 @@
 /// first child of "a" and then sees its later children.
 ///
 /// Elements come in document order, each at most once. A subtree in which the path cannot match is
-/// not entered. Nothing recurses, and no element visited costs an allocation of its own.
+/// not entered. Nothing recurses, and no element visited costs an allocation of its own. A visit
+/// compares the element with each step that may come next there, so time is at most proportional
+/// to the elements visited times the steps of the path.
 ///
 /// T is DOMElement or DOMElement const. Different objects may be used from different threads.
 namespace DOMPath {
