@@ -19,6 +19,13 @@ bool IsAny(const TString& token)
     return token.view() == u"*";
 }
 
+/// Adds to an ascending list, of which the part from `from` on counts, unless it is there already.
+void AddPosition(std::vector<std::int32_t>& positions, std::size_t from, std::int32_t position)
+{
+    if (positions.size() == from || positions.back() != position)
+        positions.push_back(position);
+}
+
 /// The element at which a walk along `path` begins, or null.
 template <typename T>
 T* FindStart(T& start, const TString& path)
@@ -27,6 +34,24 @@ T* FindStart(T& start, const TString& path)
         return &start;
     auto* dom = start.GetDOMManager();
     return dom == nullptr ? nullptr : dom->GetDocumentRoot();
+}
+
+/// False when there is no further sibling.
+template <typename T>
+inline bool StepToSibling(PathNode<T>& node)
+{
+    if (node.parent == nullptr)
+        return false;
+    const ElementList& siblings = DOMElementAccess::Children(std::as_const(*node.parent));
+    const auto next = static_cast<std::size_t>(++node.childIndex);
+    if (next < siblings.size()) {
+        node.element = siblings[next].get();
+        return true;
+    }
+    // Fewer than were passed already: somebody removed children during the walk.
+    if (next > siblings.size())
+        throw std::out_of_range("DOMPath: the children of an element on the way were removed");
+    return false;
 }
 
 } // namespace
@@ -46,6 +71,7 @@ Generator<T>::Generator(T& start, const TString& path) : m_tokens(path.split(u'/
             m_emptyTokens |= std::uint64_t{m_tokens[i].IsEmpty()} << i;
             m_anyTokens |= std::uint64_t{IsAny(m_tokens[i])} << i;
         }
+        m_nameTokens = ~(m_emptyTokens | m_anyTokens);
         m_stack.push_back({first, nullptr, 0, std::uint64_t{1} << startPosition});
     } else {
         m_positions.push_back(startPosition);
@@ -64,75 +90,109 @@ Generator<T>::~Generator() = default;
 template <typename T>
 T* Generator<T>::Next()
 {
-    while (!m_stack.empty()) {
-        T* element = m_stack.back().element;
-        const Outcome outcome = IsShort() ? Visit(m_stack.back()) : VisitLong(m_stack.back());
-        if (outcome.hasCarried)
-            StepIntoCurrentNode(outcome.carried);
+    if (m_stack.empty())
+        return nullptr;
+    // Only a copy has no tokens; at() says so as for any other position.
+    if (m_tokens.empty())
+        static_cast<void>(m_tokens.at(0));
+    return IsShort() ? NextShort() : NextLong();
+}
+
+template <typename T>
+T* Generator<T>::NextShort()
+{
+    const std::uint64_t end = std::uint64_t{1} << m_tokens.size();
+    do {
+        PathNode<T>& node = m_stack.back();
+        T* element = node.element;
+        node.indices |= (node.indices & m_emptyTokens) << 1;
+        const std::uint64_t live = node.indices;
+        std::uint64_t advancing = live & m_anyTokens;
+        for (std::uint64_t names = live & m_nameTokens; names != 0; names &= names - 1) {
+            const auto position = static_cast<std::size_t>(std::countr_zero(names));
+            if (IsNamed(*element, position))
+                advancing |= std::uint64_t{1} << position;
+        }
+        const std::uint64_t carried = (live & m_emptyTokens) | (advancing << 1);
+        if ((carried & ~end) != 0 && element->HasChildren())
+            StepIntoCurrentNode(carried & ~end);
         else
             StepOverCurrentNode();
-        if (outcome.isMatch)
+        if ((carried & end) != 0)
             return element;
-    }
+    } while (!m_stack.empty());
     return nullptr;
 }
 
 template <typename T>
-typename Generator<T>::Outcome Generator<T>::Visit(PathNode<T>& node)
+T* Generator<T>::NextLong()
 {
-    // Only a copy has no tokens; this is the same failure as for any other position.
-    if (m_tokens.empty())
-        static_cast<void>(m_tokens.at(0));
-    node.indices |= (node.indices & m_emptyTokens) << 1;
-    const std::uint64_t live = node.indices;
-    const std::uint64_t staying = live & m_emptyTokens;
-    std::uint64_t advancing = live & m_anyTokens;
-    const TString& name = node.element->GetName();
-    for (std::uint64_t names = live & ~(m_emptyTokens | m_anyTokens); names != 0;
-         names &= names - 1) {
-        if (m_tokens[static_cast<std::size_t>(std::countr_zero(names))] == name)
-            advancing |= names & (~names + 1);
-    }
-    const std::uint64_t end = std::uint64_t{1} << m_tokens.size();
-    const std::uint64_t carried = staying | (advancing << 1);
-    return {(carried & end) != 0, (carried & ~end) != 0, carried & ~end};
+    do {
+        T* element = m_stack.back().element;
+        const std::size_t carried = ExpandPositions();
+        const bool isMatch = CarryPositions(*element);
+        if (m_positions.size() > carried && element->HasChildren()) {
+            StepIntoCurrentNode(carried);
+        } else {
+            m_positions.resize(carried);
+            StepOverCurrentNode();
+        }
+        if (isMatch)
+            return element;
+    } while (!m_stack.empty());
+    return nullptr;
 }
 
 template <typename T>
-typename Generator<T>::Outcome Generator<T>::VisitLong(const PathNode<T>& node)
+bool Generator<T>::IsNamed(const DOMElement& element, std::size_t position)
 {
-    const auto first = static_cast<std::size_t>(node.indices);
+    TString& token = m_tokens[position];
+    const TString& name = element.GetName();
+    if (token != name)
+        return false;
+    // The elements of a parsed document share the texts of their names. Once the token shares that
+    // text, too, equal names are the same address.
+    const std::uint64_t bit = std::uint64_t{1} << position;
+    if ((m_sharedTokens & bit) == 0) {
+        m_sharedTokens |= bit;
+        token = name;
+    }
+    return true;
+}
+
+template <typename T>
+std::size_t Generator<T>::ExpandPositions()
+{
+    const auto first = static_cast<std::size_t>(m_stack.back().indices);
     m_expanded.clear();
-    const auto add = [](std::vector<std::int32_t>& positions, std::size_t from,
-                        std::int32_t position) {
-        if (positions.size() == from || positions.back() != position)
-            positions.push_back(position);
-    };
-    const auto token = [this](std::int32_t position) -> const TString& {
-        return m_tokens[static_cast<std::size_t>(position)];
-    };
     for (std::size_t i = first; i < m_positions.size(); ++i) {
         const std::int32_t position = m_positions[i];
-        add(m_expanded, 0, position);
-        if (token(position).IsEmpty())
-            add(m_expanded, 0, position + 1);
+        AddPosition(m_expanded, 0, position);
+        if (m_tokens[static_cast<std::size_t>(position)].IsEmpty())
+            AddPosition(m_expanded, 0, position + 1);
     }
     m_positions.resize(first);
     m_positions.insert(m_positions.end(), m_expanded.begin(), m_expanded.end());
+    return m_positions.size();
+}
 
+template <typename T>
+bool Generator<T>::CarryPositions(const DOMElement& element)
+{
     const std::size_t carried = m_positions.size();
-    const TString& name = node.element->GetName();
+    const TString& name = element.GetName();
     for (const std::int32_t position : m_expanded) {
-        if (token(position).IsEmpty())
-            add(m_positions, carried, position);
-        else if (IsAny(token(position)) || token(position) == name)
-            add(m_positions, carried, position + 1);
+        const TString& token = m_tokens[static_cast<std::size_t>(position)];
+        if (token.IsEmpty())
+            AddPosition(m_positions, carried, position);
+        else if (IsAny(token) || token == name)
+            AddPosition(m_positions, carried, position + 1);
     }
     const bool isMatch = m_positions.size() > carried &&
                          m_positions.back() == static_cast<std::int32_t>(m_tokens.size());
     if (isMatch)
         m_positions.pop_back();
-    return {isMatch, m_positions.size() > carried, carried};
+    return isMatch;
 }
 
 template <typename T>
@@ -140,40 +200,20 @@ void Generator<T>::StepIntoCurrentNode(std::uint64_t carried)
 {
     T* element = m_stack.back().element;
     const ElementList& children = DOMElementAccess::Children(std::as_const(*element));
-    if (!children.empty()) {
-        m_stack.push_back({children[0].get(), element, 0, carried});
-        return;
-    }
-    if (!IsShort())
-        m_positions.resize(static_cast<std::size_t>(carried));
-    StepOverCurrentNode();
+    m_stack.push_back({children[0].get(), element, 0, carried});
 }
 
 template <typename T>
 void Generator<T>::StepOverCurrentNode()
 {
-    while (m_stack.back().parent != nullptr) {
-        PathNode<T>& node = m_stack.back();
-        const ElementList& siblings = DOMElementAccess::Children(std::as_const(*node.parent));
-        const auto next = static_cast<std::size_t>(++node.childIndex);
-        if (next < siblings.size()) {
-            node.element = siblings[next].get();
+    while (!StepToSibling(m_stack.back())) {
+        const bool isOver = m_stack.back().parent == nullptr;
+        if (!IsShort())
+            m_positions.resize(static_cast<std::size_t>(m_stack.back().indices));
+        m_stack.pop_back();
+        if (isOver)
             return;
-        }
-        // Fewer than were passed already: somebody removed children during the walk.
-        if (next > siblings.size())
-            throw std::out_of_range("DOMPath: the children of an element on the way were removed");
-        PopNode();
     }
-    PopNode();
-}
-
-template <typename T>
-void Generator<T>::PopNode()
-{
-    if (!IsShort())
-        m_positions.resize(static_cast<std::size_t>(m_stack.back().indices));
-    m_stack.pop_back();
 }
 
 template <typename T>

@@ -24,7 +24,9 @@
 /// first child of "a" and then sees its later children.
 ///
 /// Elements come in document order, each at most once. A subtree in which the path cannot match is
-/// not entered. Nothing recurses, and no element visited costs an allocation of its own.
+/// not entered. Nothing recurses, and no element visited costs an allocation of its own. A visit
+/// compares the element with each step that may come next there, so time is at most proportional
+/// to the elements visited times the steps of the path.
 ///
 /// T is DOMElement or DOMElement const. Different objects may be used from different threads.
 namespace DOMPath {
@@ -62,27 +64,23 @@ public:
     T* Next();
 
 private:
-    /// What an element does to the live positions.
-    struct Outcome
-    {
-        bool isMatch;
-        bool hasCarried;
-        /// The positions that live on below the element, in the form of PathNode::indices.
-        std::uint64_t carried;
-    };
-
     bool IsShort() const noexcept { return m_tokens.size() < 64; }
-    Outcome Visit(PathNode<T>& node);
-    Outcome VisitLong(const PathNode<T>& node);
+    T* NextShort();
+    T* NextLong();
+    bool IsNamed(const DOMElement& element, std::size_t position);
+    std::size_t ExpandPositions();
+    bool CarryPositions(const DOMElement& element);
     void StepIntoCurrentNode(std::uint64_t carried);
     void StepOverCurrentNode();
-    void PopNode();
 
     std::vector<PathNode<T>> m_stack;
     std::vector<TString> m_tokens;
-    /// For short paths: which tokens are empty, and which are "*".
+    /// For short paths: which tokens are empty, which are "*", and which are names, and of those
+    /// which share their text with an element.
     std::uint64_t m_emptyTokens = 0;
     std::uint64_t m_anyTokens = 0;
+    std::uint64_t m_nameTokens = 0;
+    std::uint64_t m_sharedTokens = 0;
     /// For long paths: the live positions of all levels, level by level, each in ascending order.
     std::vector<std::int32_t> m_positions;
     std::vector<std::int32_t> m_expanded;

@@ -1,0 +1,150 @@
+#include <kescorexml/StandaloneDOMParser.h>
+
+#include <kescorexml/BinaryInputSource.h>
+#include <kescorexml/InputSourceUtils.h>
+#include <kescorexml/LookupResource.h>
+#include <kescorexml/SAXInterface.h>
+#include <kescorexml/StringInputSource.h>
+#include <kescorexml/XercesXMLParser.h>
+
+#include <kesplatform/Metrics.h>
+#include <kesplatform/Resources.h>
+#include <kesplatform/TScanString.h>
+
+#include <cstdint>
+#include <utility>
+
+namespace {
+
+constexpr std::uint64_t c_metricsFlags = 0x80000000000;
+
+class StandaloneDOMBuilder : public SAXInterface
+{
+public:
+    explicit StandaloneDOMBuilder(bool keepWhitespaceText)
+        : m_root(std::make_unique<StandaloneDOMElement>(TString(u"Document"))),
+          m_keepWhitespaceText(keepWhitespaceText)
+    {
+        m_stack.emplace_back(*m_root);
+    }
+
+    void StartElement(TString&& name, StandaloneDOMElement::AttributeMap&& attributes) override
+    {
+        auto element = std::make_unique<StandaloneDOMElement>(std::move(name));
+        element->SetAttributes(std::move(attributes));
+        StandaloneDOMElement& parent = m_stack.back();
+        m_stack.emplace_back(*element);
+        parent.AppendChild(std::move(element));
+    }
+
+    void EndElement() override { m_stack.pop_back(); }
+
+    void TextContent(const TString& text) override
+    {
+        const std::u16string_view units = text.view();
+        if (m_keepWhitespaceText || TScanString::skipWhitespace(units) != units.size())
+            m_stack.back().get().AppendText(text);
+    }
+
+    std::unique_ptr<StandaloneDOMElement> TakeRoot() { return std::move(m_root); }
+
+private:
+    std::unique_ptr<StandaloneDOMElement> m_root;
+    std::vector<std::reference_wrapper<StandaloneDOMElement>> m_stack;
+    bool m_keepWhitespaceText;
+};
+
+} // namespace
+
+struct StandaloneDOMParser::State
+{
+    std::vector<std::unique_ptr<InputSource>> xsdSources;
+    std::function<void(const DOMParserStatistics&)> statisticsHandler;
+    bool allowEntityExpansion = false;
+};
+
+StandaloneDOMParser::StandaloneDOMParser() : m_state(std::make_unique<State>()) {}
+
+StandaloneDOMParser::~StandaloneDOMParser() = default;
+
+void StandaloneDOMParser::AddXSDResourceId(QtKesResourceId id)
+{
+    const TString name = LookupResource(id);
+    const UTF8StringTResource resource(name);
+    AddXSDInputSource(std::make_unique<StringInputSource>(resource.GetString(), name, false));
+}
+
+void StandaloneDOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
+{
+    m_state->xsdSources.push_back(std::move(source));
+}
+
+void StandaloneDOMParser::SetStatisticsEventHandler(
+    std::function<void(const DOMParserStatistics&)> handler)
+{
+    m_state->statisticsHandler = std::move(handler);
+}
+
+void StandaloneDOMParser::AllowEntityExpansion_Insecure()
+{
+    m_state->allowEntityExpansion = true;
+}
+
+StandaloneParseResult StandaloneDOMParser::ParseXmlInputSource(InputSource& source,
+                                                               bool keepWhitespaceText) const
+{
+    const Metrics::Scope scope("StandaloneDOMParser_ParseXmlInputSource", c_metricsFlags);
+    const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
+    const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
+    if (m_state->allowEntityExpansion)
+        parser->AllowEntityExpansion_Insecure();
+    for (const std::unique_ptr<InputSource>& schema : m_state->xsdSources) {
+        // The parse before this one has read it to its end.
+        schema->ResetToStart();
+        parser->LoadXSDSource(*schema);
+    }
+    parser->Parse();
+
+    StandaloneParseResult result;
+    if (parser->HasErrors())
+        result.errors = parser->GetErrors();
+    if (m_state->statisticsHandler) {
+        m_state->statisticsHandler(
+            DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});
+    }
+    result.root = builder->TakeRoot();
+    return result;
+}
+
+StandaloneParseResult StandaloneDOMParser::ParseXmlFile(const TString& path) const
+{
+    const Metrics::Scope scope("StandaloneDOMParser_ParseXmlFile", c_metricsFlags);
+    const std::unique_ptr<InputSource> source =
+        InputSourceUtils::InputSourceFromFileName(path, true);
+    return ParseXmlInputSource(*source, false);
+}
+
+StandaloneParseResult StandaloneDOMParser::ParseXmlString(const TString& xml, TString id) const
+{
+    const Metrics::Scope scope("StandaloneDOMParser_ParseXmlString", c_metricsFlags);
+    StringInputSource source(xml.trimLeft(), id, false);
+    return ParseXmlInputSource(source, false);
+}
+
+StandaloneParseResult StandaloneDOMParser::ParseXmlString(const std::string& utf8, TString id) const
+{
+    return ParseXmlString(TString::fromStdString(utf8), std::move(id));
+}
+
+StandaloneParseResult StandaloneDOMParser::ParseXmlString(const char* utf8, TString id) const
+{
+    return ParseXmlString(TString(utf8), std::move(id));
+}
+
+StandaloneParseResult
+StandaloneDOMParser::ParseXmlBytes(const std::vector<unsigned char>& bytes) const
+{
+    const Metrics::Scope scope("StandaloneDOMParser_ParseXmlBytes", c_metricsFlags);
+    BinaryInputSource source(bytes, TString(), false);
+    return ParseXmlInputSource(source, false);
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <kescorexml/DOMParserStatistics.h>
+#include <kescorexml/Export.h>
+#include <kescorexml/InputSource.h>
+#include <kescorexml/QtKesResourceId.h>
+#include <kescorexml/StandaloneDOMElement.h>
+
+#include <kesplatform/TString.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// What a parse gave.
+struct StandaloneParseResult
+{
+    /// An element "Document" that holds what the document has at its top level; never null. After
+    /// an error it holds what had been read until then.
+    std::unique_ptr<StandaloneDOMElement> root;
+    /// The messages of the parse, in order; empty on success.
+    std::vector<TString> errors;
+};
+
+/// Parses XML into a StandaloneDOMElement tree, without DOM, diagnostics by element and positions.
+///
+/// Problems of a document are listed in the result. What is thrown is what a source throws while it
+/// is read (a file that cannot be, for example) or a schema while it is loaded; no statistics are
+/// reported then. External entities fail the parse, and so do references to internal ones unless
+/// expansion is allowed. Text that is white space alone is dropped unless a call says otherwise,
+/// other text is kept whole. Different objects may be used from different threads.
+class KESCOREXML_EXPORT StandaloneDOMParser
+{
+public:
+    StandaloneDOMParser();
+    ~StandaloneDOMParser();
+    StandaloneDOMParser(const StandaloneDOMParser&) = delete;
+    StandaloneDOMParser& operator=(const StandaloneDOMParser&) = delete;
+
+    /// Adds a compiled-in schema that every further parse validates against. CorvinaException when
+    /// there is none for `id`.
+    void AddXSDResourceId(QtKesResourceId id);
+    /// Adds a schema of the caller. Its identifier must not be empty; each parse reads it from its
+    /// start.
+    void AddXSDInputSource(std::unique_ptr<InputSource> source);
+    /// Called at the end of every parse, on the thread that parses; what it throws passes through.
+    /// An empty function switches it off.
+    void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
+    /// Lets documents expand internal entities, which can cost much time and memory. There is no
+    /// way back.
+    void AllowEntityExpansion_Insecure();
+
+    StandaloneParseResult ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const;
+    /// Parses a file, white space at its start skipped.
+    StandaloneParseResult ParseXmlFile(const TString& path) const;
+    /// Parses a text, white space at its start skipped, whatever encoding its declaration names.
+    /// `id` names it in messages.
+    StandaloneParseResult ParseXmlString(const TString& xml, TString id) const;
+    StandaloneParseResult ParseXmlString(const std::string& utf8, TString id) const;
+    StandaloneParseResult ParseXmlString(const char* utf8, TString id) const;
+    /// Parses the bytes of a file in the encoding that their mark or their declaration names.
+    StandaloneParseResult ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
+
+private:
+    struct State;
+
+    std::unique_ptr<State> m_state;
+};
