@@ -1,0 +1,114 @@
+#include "support/FailingAllocations.h"
+
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__GLIBC__)
+#define KESCOREXML_TESTS_OWN_HEAP 0
+#else
+#define KESCOREXML_TESTS_OWN_HEAP 1
+#endif
+
+namespace {
+
+constexpr std::size_t c_unlimited = std::numeric_limits<std::size_t>::max();
+
+thread_local std::size_t s_allowed = c_unlimited;
+thread_local bool s_hasFailed = false;
+thread_local std::ptrdiff_t s_live = 0;
+
+/// Whether the next allocation is to succeed.
+bool Allow() noexcept
+{
+    if (s_allowed == c_unlimited)
+        return true;
+    if (s_allowed == 0) {
+        s_hasFailed = true;
+        return false;
+    }
+    --s_allowed;
+    return true;
+}
+
+} // namespace
+
+FailingAllocations::FailingAllocations(std::size_t allowed) noexcept
+{
+    s_hasFailed = false;
+    s_allowed = allowed;
+}
+
+FailingAllocations::~FailingAllocations()
+{
+    s_allowed = c_unlimited;
+}
+
+bool FailingAllocations::HasFailed() noexcept
+{
+    return s_hasFailed;
+}
+
+std::ptrdiff_t CountLiveAllocations() noexcept
+{
+    return s_live;
+}
+
+#if KESCOREXML_TESTS_OWN_HEAP
+
+// The C library's own heap under its other names.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+void __libc_free(void* memory);
+
+void* malloc(std::size_t size) noexcept
+{
+    void* memory = Allow() ? __libc_malloc(size) : nullptr;
+    s_live += memory != nullptr ? 1 : 0;
+    return memory;
+}
+
+void* calloc(std::size_t count, std::size_t size) noexcept
+{
+    void* memory = Allow() ? __libc_calloc(count, size) : nullptr;
+    s_live += memory != nullptr ? 1 : 0;
+    return memory;
+}
+
+void* realloc(void* old, std::size_t size) noexcept
+{
+    void* memory = Allow() ? __libc_realloc(old, size) : nullptr;
+    s_live += old == nullptr && memory != nullptr ? 1 : 0;
+    return memory;
+}
+
+void free(void* memory) noexcept
+{
+    s_live -= memory != nullptr ? 1 : 0;
+    __libc_free(memory);
+}
+}
+
+#else
+
+void* operator new(std::size_t size)
+{
+    void* memory = Allow() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+#endif

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+
+/// Lets memory run out for the calling thread: while one lives, every allocation from the
+/// `allowed`-th on fails. Only one at a time.
+///
+/// Without sanitizers all of the heap is under its control; with them, which have a heap of their
+/// own, only operator new.
+class FailingAllocations
+{
+public:
+    explicit FailingAllocations(std::size_t allowed) noexcept;
+    FailingAllocations(const FailingAllocations&) = delete;
+    FailingAllocations& operator=(const FailingAllocations&) = delete;
+    ~FailingAllocations();
+
+    /// Whether an allocation has failed.
+    static bool HasFailed() noexcept;
+};
+
+/// How many allocations of the calling thread are not freed yet, as far as they can be counted: a
+/// difference of two calls tells of leaks. Always 0 with sanitizers, which look for leaks
+/// themselves.
+std::ptrdiff_t CountLiveAllocations() noexcept;
