@@ -2,13 +2,11 @@
 
 #include "Utf8Bytes.h"
 
-#include <cstdint>
-#include <cstring>
 #include <ostream>
 
 namespace {
 
-using Utf8Bytes::c_step;
+using AsciiSteps::c_step;
 
 constexpr char16_t c_replacement = u'\uFFFD';
 
@@ -27,42 +25,14 @@ bool IsSurrogate(char16_t unit) noexcept
     return (unit & 0xF800) == 0xD800;
 }
 
-bool IsAsciiStep(const char16_t* units) noexcept
+/// Writes the units of a character and returns where the next ones go.
+char16_t* AppendUnits(char32_t character, char16_t* to) noexcept
 {
-    std::uint64_t words[c_step * sizeof(char16_t) / sizeof(std::uint64_t)];
-    std::memcpy(words, units, sizeof(words));
-    std::uint64_t all = 0;
-    for (const std::uint64_t word : words)
-        all |= word;
-    return (all & 0xFF80FF80FF80FF80U) == 0;
-}
-
-/// Copies a step's worth of characters that are known to be ASCII. The fixed count lets the
-/// compiler turn the loop into a few vector instructions.
-template <typename From, typename To>
-void CopyStep(const From* from, To* to) noexcept
-{
-    for (std::size_t i = 0; i < c_step; ++i)
-        to[i] = static_cast<To>(from[i]);
-}
-
-/// The UTF-16 units of a well-formed sequence of 2 to 4 bytes; returns where the next ones go.
-char16_t* DecodeSequence(std::string_view sequence, char16_t* to) noexcept
-{
-    const auto bits = [sequence](std::size_t i) { return sequence[i] & 0x3F; };
-    const auto lead = static_cast<unsigned char>(sequence[0]);
-    switch (sequence.size()) {
-    case 2:
-        *to++ = static_cast<char16_t>((lead & 0x1F) << 6 | bits(1));
-        break;
-    case 3:
-        *to++ = static_cast<char16_t>((lead & 0x0F) << 12 | bits(1) << 6 | bits(2));
-        break;
-    default: {
-        const int character = (lead & 0x07) << 18 | bits(1) << 12 | bits(2) << 6 | bits(3);
+    if (character < 0x10000) {
+        *to++ = static_cast<char16_t>(character);
+    } else {
         *to++ = static_cast<char16_t>(0xD7C0 + (character >> 10));
         *to++ = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
-    }
     }
     return to;
 }
@@ -72,8 +42,8 @@ char16_t* Decode(std::string_view utf8, char16_t* to) noexcept
 {
     std::size_t at = 0;
     while (at < utf8.size()) {
-        while (at + c_step <= utf8.size() && Utf8Bytes::IsAsciiStep(utf8.data() + at)) {
-            CopyStep(reinterpret_cast<const unsigned char*>(utf8.data()) + at, to);
+        while (at + c_step <= utf8.size() && AsciiSteps::IsAscii(utf8.data() + at)) {
+            AsciiSteps::Copy(utf8.data() + at, to);
             at += c_step;
             to += c_step;
         }
@@ -81,12 +51,15 @@ char16_t* Decode(std::string_view utf8, char16_t* to) noexcept
             *to++ = static_cast<unsigned char>(utf8[at++]);
         // Characters beyond ASCII come in runs.
         while (at < utf8.size() && static_cast<unsigned char>(utf8[at]) >= 0x80) {
-            const std::size_t length = Utf8Bytes::SequenceLength(utf8.substr(at));
-            if (length == 0)
+            char32_t character = 0;
+            const std::size_t length = Utf8Bytes::ReadSequence(utf8.substr(at), character);
+            if (length == 0) {
                 *to++ = c_replacement;
-            else
-                to = DecodeSequence(utf8.substr(at, length), to);
-            at += length == 0 ? 1 : length;
+                ++at;
+            } else {
+                to = AppendUnits(character, to);
+                at += length;
+            }
         }
     }
     return to;
@@ -96,34 +69,27 @@ char16_t* Decode(std::string_view utf8, char16_t* to) noexcept
 std::size_t CountUnits(std::string_view utf8) noexcept
 {
     std::size_t units = 0;
+    char32_t character = 0;
     for (std::size_t at = 0; at < utf8.size();) {
-        const std::size_t length = Utf8Bytes::SequenceLength(utf8.substr(at));
+        const std::size_t length = Utf8Bytes::ReadSequence(utf8.substr(at), character);
         units += length == 4 ? 2 : 1;
         at += length == 0 ? 1 : length;
     }
     return units;
 }
 
-/// The number of units at the start that are ASCII, to the last whole step; all when all are.
-std::size_t CountAscii(std::u16string_view units) noexcept
-{
-    std::size_t count = 0;
-    while (count + c_step <= units.size() && IsAsciiStep(units.data() + count))
-        count += c_step;
-    for (std::size_t i = count; i < units.size(); ++i) {
-        if (units[i] >= 0x80)
-            return count;
-    }
-    return units.size();
-}
-
 /// How many bytes Encode makes of a text.
 std::size_t CountBytes(std::u16string_view units) noexcept
 {
-    std::size_t bytes = 0;
+    std::size_t bytes = units.size();
     for (std::size_t i = 0; i < units.size(); ++i) {
         const char16_t unit = units[i];
-        bytes += 1U + (unit >= 0x80 ? 1U : 0U) + (unit >= 0x800 ? 1U : 0U);
+        if (unit < 0x80) {
+            while (i + 1 + c_step <= units.size() && AsciiSteps::IsAscii(units.data() + i + 1))
+                i += c_step;
+            continue;
+        }
+        bytes += unit >= 0x800 ? 2 : 1;
         // The halves of a pair count three each, but make four together.
         if (IsLow(unit) && i > 0 && IsHigh(units[i - 1]))
             bytes -= 2;
@@ -159,8 +125,8 @@ void Encode(std::u16string_view units, char* to) noexcept
     std::size_t at = 0;
     while (at < units.size()) {
         if (units[at] < 0x80) {
-            while (at + c_step <= units.size() && IsAsciiStep(units.data() + at)) {
-                CopyStep(units.data() + at, to);
+            while (at + c_step <= units.size() && AsciiSteps::IsAscii(units.data() + at)) {
+                AsciiSteps::Copy(units.data() + at, to);
                 at += c_step;
                 to += c_step;
             }
@@ -184,8 +150,7 @@ void Encode(std::u16string_view units, char* to) noexcept
 std::string TString::toStdString() const
 {
     const std::u16string_view units = view();
-    const std::size_t ascii = CountAscii(units);
-    std::string utf8(ascii + CountBytes(units.substr(ascii)), '\0');
+    std::string utf8(CountBytes(units), '\0');
     Encode(units, utf8.data());
     return utf8;
 }

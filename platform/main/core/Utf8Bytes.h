@@ -1,94 +1,75 @@
 #pragma once
 
+#include "AsciiSteps.h"
+
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
+#include <string>
 #include <string_view>
 
 /// The well-formed sequences of UTF-8, in one place for all that decode or check them.
 namespace Utf8Bytes {
 
-/// Bytes that the ASCII loops take at a time.
-constexpr std::size_t c_step = 16;
-
-inline bool IsAsciiStep(const char* bytes) noexcept
-{
-    std::uint64_t words[2];
-    std::memcpy(words, bytes, sizeof(words));
-    return ((words[0] | words[1]) & 0x8080808080808080U) == 0;
-}
-
-inline bool IsContinuation(unsigned char byte) noexcept
-{
-    return (byte & 0xC0) == 0x80;
-}
-
 /// The length that a lead byte announces; 0 for a byte that leads no sequence of several bytes.
 inline std::size_t AnnouncedLength(unsigned char lead) noexcept
 {
-    if (lead >= 0xC2 && lead <= 0xDF)
-        return 2;
-    if (lead >= 0xE0 && lead <= 0xEF)
+    if (lead < 0xE0)
+        return lead >= 0xC2 ? 2 : 0;
+    if (lead < 0xF0)
         return 3;
-    return lead >= 0xF0 && lead <= 0xF4 ? 4 : 0;
+    return lead < 0xF5 ? 4 : 0;
 }
 
-/// Whether `second` may follow `lead`: leaves out overlong forms, surrogates and what lies beyond
-/// U+10FFFF.
-inline bool IsSecond(unsigned char lead, unsigned char second) noexcept
-{
-    switch (lead) {
-    case 0xE0:
-        return second >= 0xA0 && second <= 0xBF;
-    case 0xED:
-        return second >= 0x80 && second <= 0x9F;
-    case 0xF0:
-        return second >= 0x90 && second <= 0xBF;
-    case 0xF4:
-        return second >= 0x80 && second <= 0x8F;
-    default:
-        return IsContinuation(second);
-    }
-}
-
-/// The length of the well-formed sequence of several bytes at the start of `text`, 0 when there is
-/// none. `text` is not empty.
-inline std::size_t SequenceLength(std::string_view text) noexcept
+/// Reads the well-formed sequence of several bytes at the start of `text`, which is not empty, and
+/// returns its length; 0 when there is none.
+inline std::size_t ReadSequence(std::string_view text, char32_t& character) noexcept
 {
     const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const std::size_t length = AnnouncedLength(byte(0));
-    if (length == 0 || length > text.size() || !IsSecond(byte(0), byte(1)))
+    if (length == 0 || length > text.size())
         return 0;
-    for (std::size_t i = 2; i < length; ++i) {
-        if (!IsContinuation(byte(i)))
-            return 0;
+    bool isWellFormed = (byte(1) & 0xC0) == 0x80;
+    const char32_t first = byte(0);
+    const char32_t second = byte(1) & 0x3FU;
+    if (length == 2) {
+        character = (first & 0x1F) << 6 | second;
+    } else if (length == 3) {
+        character = (first & 0x0F) << 12 | second << 6 | (byte(2) & 0x3FU);
+        // Neither longer than need be nor half of a pair.
+        isWellFormed = isWellFormed && (byte(2) & 0xC0) == 0x80 && character >= 0x800 &&
+                       (character & 0xF800) != 0xD800;
+    } else {
+        character =
+            (first & 0x07) << 18 | second << 12 | (byte(2) & 0x3FU) << 6 | (byte(3) & 0x3FU);
+        isWellFormed = isWellFormed && (byte(2) & 0xC0) == 0x80 && (byte(3) & 0xC0) == 0x80 &&
+                       character >= 0x10000 && character <= 0x10FFFF;
     }
-    return length;
+    return isWellFormed ? length : 0;
 }
 
 /// Whether `text` is the beginning of a well-formed sequence, but not the whole of one.
-inline bool IsCutSequence(std::string_view text) noexcept
+inline bool IsCutSequence(std::string_view text)
 {
-    const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    if (text.empty() || text.size() >= AnnouncedLength(byte(0)))
+    if (text.empty() || text.size() >= AnnouncedLength(static_cast<unsigned char>(text[0])))
         return false;
-    if (text.size() > 1 && !IsSecond(byte(0), byte(1)))
-        return false;
-    return text.size() < 3 || IsContinuation(byte(2));
+    // What can be completed at all can be so with the smallest or with the largest bytes.
+    char32_t character = 0;
+    return ReadSequence(std::string(text) + "\x80\x80\x80", character) != 0 ||
+           ReadSequence(std::string(text) + "\xBF\xBF\xBF", character) != 0;
 }
 
 /// The offset of the first byte that is part of no well-formed sequence, or the size.
 inline std::size_t FindInvalid(std::string_view text) noexcept
 {
     std::size_t at = 0;
+    char32_t character = 0;
     while (at < text.size()) {
         if (static_cast<unsigned char>(text[at]) < 0x80) {
             ++at;
-            while (at + c_step <= text.size() && IsAsciiStep(text.data() + at))
-                at += c_step;
+            while (at + AsciiSteps::c_step <= text.size() && AsciiSteps::IsAscii(text.data() + at))
+                at += AsciiSteps::c_step;
             continue;
         }
-        const std::size_t length = SequenceLength(text.substr(at));
+        const std::size_t length = ReadSequence(text.substr(at), character);
         if (length == 0)
             return at;
         at += length;
