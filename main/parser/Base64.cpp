@@ -83,7 +83,7 @@ void Encode(const unsigned char* bytes, std::size_t count, char16_t* out) noexce
 /// Lines that are made together share one allocation: one each would cost more than the encoding.
 constexpr unsigned int c_linesPerBlock = 16;
 
-class LineBlocks : public TStringBlock::Owner
+class LineBlocks final : public TStringBlock::Owner
 {
 public:
     void Destroy(TStringBlock* block) noexcept override
