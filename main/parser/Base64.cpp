@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 namespace {
@@ -77,6 +78,66 @@ void Encode(const unsigned char* bytes, std::size_t count, char16_t* out) noexce
     out[1] = u'=';
     if (count == 1)
         out[0] = u'=';
+}
+
+/// Lines that are made together share one allocation: one each would cost more than the encoding.
+constexpr unsigned int c_linesPerBlock = 16;
+
+class LineBlocks final : public TStringBlock::Owner
+{
+public:
+    void Destroy(TStringBlock* block) noexcept override
+    {
+        block->~TStringBlock();
+        ::operator delete(block);
+    }
+
+    /// Appends the full lines of `bytes` to `lines`, which has room for them.
+    void Append(const unsigned char* bytes, unsigned int lineCount, std::vector<TString>& lines)
+    {
+        constexpr std::size_t c_slotSize = TStringBlock::SlotSize(c_lineLength);
+        static_assert(sizeof(TStringBlock) % TStringBlock::slotAlignment == 0);
+        void* const memory = ::operator new(sizeof(TStringBlock) + lineCount * c_slotSize);
+        auto* const block = new (memory) TStringBlock(*this);
+        auto* slot = static_cast<std::byte*>(memory) + sizeof(TStringBlock);
+        for (unsigned int i = 0; i < lineCount; ++i) {
+            std::array<char16_t, c_lineLength> units;
+            Encode(bytes, c_bytesPerLine, units.data());
+            block->WriteSlot(slot, {units.data(), units.size()});
+            lines.push_back(TStringBlock::ShareSlot(slot));
+            bytes += c_bytesPerLine;
+            slot += c_slotSize;
+        }
+        block->Release();
+    }
+};
+
+LineBlocks s_lineBlocks;
+
+/// The encoding of `count` bytes as one text.
+TString EncodeLine(const unsigned char* bytes, unsigned int count)
+{
+    TString line;
+    const std::ptrdiff_t groups = count / 3 + (count % 3 != 0 ? 1 : 0);
+    Encode(bytes, count, line.resizeForOverwrite(groups * 4));
+    return line;
+}
+
+void EncodeLines(const unsigned char* bytes, unsigned int count, std::vector<TString>& lines)
+{
+    unsigned int lineCount = count / c_bytesPerLine;
+    const std::size_t needed = lines.size() + lineCount + 1;
+    // Growing by the exact number each time would make many small calls quadratic.
+    if (needed > lines.capacity())
+        lines.reserve(std::max(needed, 2 * lines.capacity()));
+    while (lineCount > 0) {
+        const unsigned int part = std::min(lineCount, c_linesPerBlock);
+        s_lineBlocks.Append(bytes, part, lines);
+        bytes += part * c_bytesPerLine;
+        lineCount -= part;
+    }
+    if (const unsigned int rest = count % c_bytesPerLine; rest != 0)
+        lines.push_back(EncodeLine(bytes, rest));
 }
 
 // Decoding
@@ -183,22 +244,15 @@ void Base64Encode(const unsigned char* bytes, unsigned int count, std::vector<TS
 {
     if (count == 0)
         return;
-    if (!splitLines) {
-        const unsigned int onethird = count / 3 + (count % 3 != 0 ? 1 : 0);
-        if (onethird > c_maxGroups)
-            ThrowAssertion(u"Base64", __LINE__, u"onethird <= 0x3FFFFFFF",
-                           KesErrorsError::LogicAssert_0xD5E47E3E());
-        TString line;
-        Encode(bytes, count,
-               line.resizeForOverwrite(static_cast<TString::size_type>(onethird) * 4));
-        lines.push_back(std::move(line));
+    if (splitLines) {
+        EncodeLines(bytes, count, lines);
         return;
     }
-    for (unsigned int done = 0; done < count;) {
-        const unsigned int part = std::min(count - done, c_bytesPerLine);
-        Encode(bytes + done, part, lines.emplace_back().resizeForOverwrite((part + 2) / 3 * 4));
-        done += part;
-    }
+    const unsigned int onethird = count / 3 + (count % 3 != 0 ? 1 : 0);
+    if (onethird > c_maxGroups)
+        ThrowAssertion(u"Base64", __LINE__, u"onethird <= 0x3FFFFFFF",
+                       KesErrorsError::LogicAssert_0xD5E47E3E());
+    lines.push_back(EncodeLine(bytes, count));
 }
 
 void Base64Decode(const TString& text, std::vector<unsigned char>& bytes)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstring>
@@ -9,24 +10,53 @@
 #include <emmintrin.h>
 #endif
 
-/// Searches over bytes, sixteen at a time where the processor has the instructions for it. What to
-/// look for is a pattern: a function object that tells whether there is a match at an address, and,
-/// as `Matches`, the same for sixteen neighbouring addresses at once.
+/// Searches over bytes, sixteen and more at a time where the processor has the instructions for it.
+/// What to look for is a pattern: a function object that tells whether there is a match at an
+/// address. For sixteen neighbouring addresses at once a pattern has two tests that may say yes too
+/// often: `MayMatch`, and `Hint`, which costs the least and is asked first for long stretches.
 namespace ByteScan {
 
 constexpr std::size_t c_npos = std::string_view::npos;
 
 #if defined(__SSE2__)
-inline __m128i Load(const char* p) noexcept
+
+using Block = __m128i;
+
+inline Block Load(const char* p) noexcept
 {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    return _mm_loadu_si128(reinterpret_cast<const Block*>(p));
 }
 
-inline __m128i Equal(__m128i bytes, char c) noexcept
+inline Block Equal(Block bytes, char c) noexcept
 {
     return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c));
 }
+
+/// Bit i stands for byte i.
+inline unsigned ToBits(Block matches) noexcept
+{
+    return static_cast<unsigned>(_mm_movemask_epi8(matches));
+}
+
 #endif
+
+/// One byte. For runs that are short as a rule; FindByte is better for long ones.
+struct Byte
+{
+    char c;
+
+    bool operator()(const char* p) const noexcept { return *p == c; }
+#if defined(__SSE2__)
+    Block MayMatch(const char* p) const noexcept
+    {
+        return Equal(Load(p), c);
+    }
+    Block Hint(const char* p) const noexcept
+    {
+        return MayMatch(p);
+    }
+#endif
+};
 
 /// One of several bytes.
 template <char First, char... Rest>
@@ -34,12 +64,16 @@ struct AnyOf
 {
     bool operator()(const char* p) const noexcept { return *p == First || (... || (*p == Rest)); }
 #if defined(__SSE2__)
-    __m128i Matches(const char* p) const noexcept
+    Block MayMatch(const char* p) const noexcept
     {
-        const __m128i bytes = Load(p);
-        __m128i found = Equal(bytes, First);
+        const Block bytes = Load(p);
+        Block found = Equal(bytes, First);
         ((found = _mm_or_si128(found, Equal(bytes, Rest))), ...);
         return found;
+    }
+    Block Hint(const char* p) const noexcept
+    {
+        return MayMatch(p);
     }
 #endif
 };
@@ -52,9 +86,13 @@ struct Pair
 
     bool operator()(const char* p) const noexcept { return p[0] == first && p[1] == second; }
 #if defined(__SSE2__)
-    __m128i Matches(const char* p) const noexcept
+    Block MayMatch(const char* p) const noexcept
     {
-        return _mm_and_si128(Equal(Load(p), first), Equal(Load(p + 1), second));
+        return _mm_and_si128(Equal(Load(p), first), Hint(p));
+    }
+    Block Hint(const char* p) const noexcept
+    {
+        return Equal(Load(p + 1), second);
     }
 #endif
 };
@@ -69,32 +107,60 @@ struct AfterWhitespace
         return *p == c && AnyOf<' ', '\t', '\n', '\r'>()(p - 1);
     }
 #if defined(__SSE2__)
-    __m128i Matches(const char* p) const noexcept
+    Block MayMatch(const char* p) const noexcept
     {
-        return _mm_and_si128(Equal(Load(p), c), AnyOf<' ', '\t', '\n', '\r'>().Matches(p - 1));
+        // White space is not above the blank, and hardly anything else is not.
+        const Block before = Load(p - 1);
+        const Block isLow = _mm_cmpeq_epi8(_mm_min_epu8(before, _mm_set1_epi8(' ')), before);
+        return _mm_and_si128(Hint(p), isLow);
+    }
+    Block Hint(const char* p) const noexcept
+    {
+        return Equal(Load(p), c);
     }
 #endif
 };
+
+#if defined(__SSE2__)
+
+/// The first of `from`, `from` + 64, ... whose 64 bytes may hold a match or reach over `end`.
+template <class Pattern>
+std::size_t SkipBlocks(const char* data, std::size_t from, std::size_t end,
+                       Pattern pattern) noexcept
+{
+    const auto any = [](auto test, const char* p) {
+        const Block low = _mm_or_si128(test(p), test(p + 16));
+        const Block high = _mm_or_si128(test(p + 32), test(p + 48));
+        return ToBits(_mm_or_si128(low, high)) != 0;
+    };
+    for (; end - from >= 64; from += 64) {
+        if (!any([&](const char* p) { return pattern.Hint(p); }, data + from)) [[likely]]
+            continue;
+        if (any([&](const char* p) { return pattern.MayMatch(p); }, data + from))
+            break;
+    }
+    return from;
+}
+
+#endif
 
 /// The first position in [`from`, `end`) that matches, or npos.
 template <class Pattern>
 std::size_t FindFirst(const char* data, std::size_t from, std::size_t end, Pattern pattern) noexcept
 {
+    if (from >= end)
+        return c_npos;
 #if defined(__SSE2__)
-    while (from < end && end - from >= 64) {
-        const __m128i low =
-            _mm_or_si128(pattern.Matches(data + from), pattern.Matches(data + from + 16));
-        const __m128i high =
-            _mm_or_si128(pattern.Matches(data + from + 32), pattern.Matches(data + from + 48));
-        if (_mm_movemask_epi8(_mm_or_si128(low, high)) != 0)
-            break;
-        from += 64;
-    }
-    while (from < end && end - from >= 16) {
-        const auto found = static_cast<unsigned>(_mm_movemask_epi8(pattern.Matches(data + from)));
-        if (found != 0)
-            return from + static_cast<std::size_t>(std::countr_zero(found));
+    // Most searches end within thirty-two bytes.
+    for (unsigned round = 0; end - from >= 16; ++round) {
+        for (unsigned bits = ToBits(pattern.MayMatch(data + from)); bits != 0; bits &= bits - 1) {
+            const std::size_t pos = from + static_cast<std::size_t>(std::countr_zero(bits));
+            if (pattern(data + pos))
+                return pos;
+        }
         from += 16;
+        if (round > 0)
+            from = SkipBlocks(data, from, end, pattern);
     }
 #endif
     for (; from < end; ++from) {
@@ -138,10 +204,11 @@ inline std::size_t FindText(std::string_view text, std::string_view sub, std::si
     if (sub.size() < 2)
         return sub.empty() ? from : FindByte(text, sub.front(), from);
     const std::size_t end = text.size() - sub.size() + 1;
+    const char* const rest = sub.data() + 2;
     std::size_t comparedInVain = 0;
     for (std::size_t pos = from;; ++pos) {
         pos = FindFirst(text.data(), pos, end, Pair{sub[0], sub[1]});
-        if (pos == c_npos || text.compare(pos + 2, sub.size() - 2, sub.substr(2)) == 0)
+        if (pos == c_npos || std::equal(rest, sub.data() + sub.size(), text.data() + pos + 2))
             return pos;
         comparedInVain += sub.size();
         // In repetitive text this way is quadratic. The C library's never is, but starts slower.

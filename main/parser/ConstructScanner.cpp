@@ -63,7 +63,8 @@ std::size_t ConstructScanner::FindCloseOfTag(std::string_view xml) noexcept
             m_openQuote = xml[found];
             m_next = found + 1;
         }
-        const std::size_t found = ByteScan::FindByte(xml, m_openQuote, m_next);
+        const std::size_t found =
+            ByteScan::FindFirst(xml.data(), m_next, xml.size(), ByteScan::Byte{m_openQuote});
         if (found == ByteScan::c_npos)
             break;
         m_openQuote = '\0';
@@ -84,7 +85,7 @@ void QuoteState::Advance(std::string_view piece) noexcept
                 return;
             m_open = piece[pos++];
         }
-        pos = ByteScan::FindByte(piece, m_open, pos);
+        pos = ByteScan::FindFirst(piece.data(), pos, piece.size(), ByteScan::Byte{m_open});
         if (pos == ByteScan::c_npos)
             return;
         m_open = '\0';

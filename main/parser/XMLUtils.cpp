@@ -2,11 +2,10 @@
 
 #include "Assertion.h"
 #include "ByteScan.h"
+#include "CharacterClasses.h"
 #include "ConstructScanner.h"
 #include "KesErrors.h"
 #include "RootTagFinder.h"
-
-#include <xercesc/util/XMLChar.hpp>
 
 #include <QStringView>
 
@@ -17,11 +16,6 @@ namespace {
 
 constexpr char c_openBrace = '<';
 constexpr char c_closeBrace = '>';
-
-char16_t WidenSigned(char c) noexcept
-{
-    return static_cast<char16_t>(static_cast<signed char>(c));
-}
 
 template <class View>
 bool ContainsAt(View s, View sub, std::size_t pos) noexcept
@@ -49,7 +43,7 @@ QStringView ToQt(std::u16string_view text) noexcept
 
 std::size_t SkipWhitespace(std::string_view s, std::size_t pos) noexcept
 {
-    while (pos < s.size() && XmlUtils::IsWhitespace(s[pos]))
+    while (pos < s.size() && CharacterClasses::IsWhitespace(s[pos]))
         ++pos;
     return pos;
 }
@@ -60,32 +54,32 @@ namespace XmlUtils {
 
 bool IsWhitespace(char c) noexcept
 {
-    return IsWhitespace(WidenSigned(c));
+    return CharacterClasses::IsWhitespace(c);
 }
 
 bool IsWhitespace(char16_t c) noexcept
 {
-    return xercesc::XMLChar1_0::isWhitespace(c);
+    return CharacterClasses::IsWhitespace(c);
 }
 
 bool IsFirstNameChar(char c) noexcept
 {
-    return IsFirstNameChar(WidenSigned(c));
+    return CharacterClasses::IsFirstNameChar(c);
 }
 
 bool IsFirstNameChar(char16_t c) noexcept
 {
-    return xercesc::XMLChar1_0::isFirstNameChar(c);
+    return CharacterClasses::IsFirstNameChar(c);
 }
 
 bool IsNameChar(char c) noexcept
 {
-    return IsNameChar(WidenSigned(c));
+    return CharacterClasses::IsNameChar(c);
 }
 
 bool IsNameChar(char16_t c) noexcept
 {
-    return xercesc::XMLChar1_0::isNameChar(c);
+    return CharacterClasses::IsNameChar(c);
 }
 
 bool ContainsSubstringAt(const std::string& s, const std::string& sub, std::size_t pos) noexcept
@@ -213,7 +207,7 @@ std::optional<std::string> FindAttributeValue(const std::string& xml, const std:
         if (hit == std::string::npos)
             return std::nullopt;
         next = hit + std::max<std::size_t>(name.size(), 1);
-        if (!IsWhitespace(text[hit - 1]))
+        if (!CharacterClasses::IsWhitespace(text[hit - 1]))
             continue;
         // What was read before is not read again: a value may be full of this name.
         quotes.Advance(text.substr(quotesRead, hit - quotesRead));

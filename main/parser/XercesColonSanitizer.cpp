@@ -2,6 +2,7 @@
 
 #include "Assertion.h"
 #include "ByteScan.h"
+#include "CharacterClasses.h"
 #include "KesErrors.h"
 #include "StartTagWalker.h"
 
@@ -77,9 +78,9 @@ private:
 std::size_t XercesColonSanitizerImpl::SkipNameAndWhitespace(std::size_t pos) const noexcept
 {
     const std::string& input = *m_input;
-    while (pos < input.size() && XmlUtils::IsNameChar(input[pos]))
+    while (pos < input.size() && CharacterClasses::IsNameChar(input[pos]))
         ++pos;
-    while (pos < input.size() && XmlUtils::IsWhitespace(input[pos]))
+    while (pos < input.size() && CharacterClasses::IsWhitespace(input[pos]))
         ++pos;
     return pos;
 }
@@ -142,9 +143,9 @@ std::size_t XercesColonSanitizerImpl::FindNamespaceInsertPoint() const
                        KesErrorsError::LogicAssert_0xE2B6083F());
     const std::string& input = *m_input;
     std::size_t pos = rootTag.start + 1;
-    while (pos < input.size() && XmlUtils::IsWhitespace(input[pos]))
+    while (pos < input.size() && CharacterClasses::IsWhitespace(input[pos]))
         ++pos;
-    while (pos < input.size() && XmlUtils::IsNameChar(input[pos]))
+    while (pos < input.size() && CharacterClasses::IsNameChar(input[pos]))
         ++pos;
     if (pos >= input.size())
         ThrowAssertion(u"XercesColonSanitizer", 62, u"xmlnsInsertPoint != string::npos",
