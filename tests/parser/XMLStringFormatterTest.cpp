@@ -5,6 +5,7 @@
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementChildren.h>
+#include <kescorexml/DOMParser.h>
 #include <kescorexml/XMLStringFormatter.h>
 
 #include <gtest/gtest.h>
@@ -81,6 +82,36 @@ TEST(XMLStringFormatter, WritesTreesAsThePiecesOfTheBaseClassWould)
                 }
             }
         }
+    }
+}
+
+// What a parse leaves in an element is kept, and written, another way than what callers set.
+TEST(XMLStringFormatter, WritesParsedTreesAsThePiecesOfTheBaseClassWould)
+{
+    const auto write = [](XMLFormatter& formatter, const DOMElement& element) {
+        formatter.SetFormatMode(FormatMode::Content);
+        formatter.OutputDOMElement(element);
+    };
+    RandomTree random(815);
+    for (int i = 0; i < 100; ++i) {
+        // A copy has no encoded text, which would not be well formed.
+        const DOMElement tree(*random.Tree(1 + random.Below(60)));
+        XMLStringFormatter source(u" ", false);
+        source.OutputDOMElement(tree);
+        const std::unique_ptr<DOM> document =
+            DOMParser().ParseXmlString(source.GetOutput(), TString());
+        ASSERT_FALSE(document->HasErrors()) << document->GetConcatenatedErrors();
+
+        const DOMElement& parsed = *document->GetDocumentRoot();
+        XMLStringFormatter asParsed(u"  ", false);
+        write(asParsed, parsed);
+        RecordingFormatter pieces;
+        write(pieces, parsed);
+        ASSERT_EQ(asParsed.GetOutput(), pieces.GetText());
+        // By now somebody has looked at the attributes.
+        XMLStringFormatter asLookedAt(u"  ", false);
+        write(asLookedAt, parsed);
+        ASSERT_EQ(asLookedAt.GetOutput(), pieces.GetText());
     }
 }
 
