@@ -1,11 +1,13 @@
 #include "support/SmallStack.h"
 #include "support/TemporaryFile.h"
 
+#include <kescorexml/DOMBuilder.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementTraversal.h>
 #include <kescorexml/DOMParser.h>
 #include <kescorexml/StringInputSource.h>
 #include <kescorexml/Utf8InputSource.h>
+#include <kescorexml/XercesXMLParser.h>
 
 #include <kesplatform/CorvinaException.h>
 
@@ -39,6 +41,22 @@ std::vector<std::string> ErrorsOf(const DOMElement& element)
     for (const TString& error : errors)
         result.push_back(error.toStdString());
     return result;
+}
+
+void ExpectSamePlaces(const DOMElement& a, const DOMElement& b)
+{
+    using Traversal = DOMElementTraversal::PreorderTraversalTemplate<const DOMElement>;
+    const auto place = [](const DOMElement& element) {
+        return std::vector<int>{element.GetStartLine(), element.GetStartColumn(),
+                                element.GetEndLine(), element.GetEndColumn()};
+    };
+    const Traversal other(b);
+    auto element = other.begin();
+    for (const DOMElement& own : Traversal(a)) {
+        ASSERT_TRUE(element != other.end());
+        EXPECT_EQ(place(own), place(*element)) << own.GetName();
+        ++element;
+    }
 }
 
 const std::string c_accents = "<a b='\xC3\xA9'>\xE2\x82\xAC</a>";
@@ -307,6 +325,43 @@ TEST(DOMParser, ParsesAndDestroysAMillionLevelsOnASmallStack)
             ++levels;
         EXPECT_EQ(levels, c_levels);
     });
+}
+
+TEST(DOMParser, BuildsWhatTheExportedBuilderBuilds)
+{
+    std::string many = "<a>";
+    for (int i = 0; i < 3000; ++i) {
+        const std::string number = std::to_string(i);
+        many += "<n" + number + " k" + number + "='" + number + "' l='\xE2\x82\xAC'> t" + number +
+                "<n/>\n</n" + number + ">";
+    }
+    const std::vector<std::string> documents = {
+        "<a/>",
+        "<a b='' c='1' d=' &lt;&#10; '> x <e/> y <e f='2'>\n</e>&amp;<![CDATA[<]]></a>",
+        "<r :a='1' xmlns:p='u' p:b='2'><p:s :c='3'>\xF0\x9F\x98\x80</p:s></r>",
+        "<r IllegalColon:a='1' xmlns:IllegalColon='u'>t</r>",
+        "<!DOCTYPE a [<!ATTLIST a z CDATA 'def'>]><a> <a z='own'/></a>",
+        "<a>text <b c='d'>more</c></a>",
+        "<a><b c='d'>text",
+        many + "</a>",
+        many,
+    };
+    DOMParser parser;
+    parser.SetEnableLineNumbersOnElements(true);
+    for (const std::string& document : documents) {
+        for (const bool keepWhitespaceText : {false, true}) {
+            Utf8InputSource source(document, u"id", false);
+            const auto dom = parser.ParseXmlInputSource(source, keepWhitespaceText);
+            DOM expected;
+            const auto builder = std::make_shared<DOMBuilder>(expected, keepWhitespaceText);
+            const auto driver = XercesXMLParser::Create(source, builder);
+            builder->SetLocationInterface(driver.get());
+            driver->Parse();
+            EXPECT_TRUE(*dom == expected) << document.substr(0, 100);
+            EXPECT_EQ(ErrorsOf(*dom).size(), driver->GetErrors().size());
+            ExpectSamePlaces(*dom->GetRoot(), *expected.GetRoot());
+        }
+    }
 }
 
 TEST(DOMParser, DocumentsOutliveTheirParser)
