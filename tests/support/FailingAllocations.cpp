@@ -4,7 +4,14 @@
 #include <limits>
 #include <new>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__GLIBC__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define KESCOREXML_TESTS_OWN_HEAP 0
+#endif
+#endif
+
+#ifdef KESCOREXML_TESTS_OWN_HEAP
+#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__GLIBC__)
 #define KESCOREXML_TESTS_OWN_HEAP 0
 #else
 #define KESCOREXML_TESTS_OWN_HEAP 1
