@@ -2,6 +2,7 @@
 
 #include "ParseArena.h"
 
+#include <kescorexml/Export.h>
 #include <kesplatform/TString.h>
 
 #include <array>
@@ -15,7 +16,7 @@
 /// these names. Immutable.
 ///
 /// Safe to use from several threads.
-class AttributeNames
+class KESCOREXML_EXPORT AttributeNames
 {
 public:
     /// More attributes than this are kept in a map from the start: look-up in a block is linear.
@@ -47,7 +48,7 @@ private:
 
 /// The attributes of one element, packed: where their names are, then the values one after the
 /// other. Lives in a slab, whose references count for it. Immutable once written.
-class AttributeBlock
+class KESCOREXML_EXPORT AttributeBlock
 {
 public:
     /// The values in the order of `names`, with one reference, the caller's; null when they take

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kescorexml/Export.h>
 #include <kesplatform/TString.h>
 
 #include <cstddef>
@@ -53,7 +54,7 @@ private:
 
 /// Hands out memory from slabs, each bigger than the one before up to ParseSlab::maxBytes. One
 /// parse uses one arena, on one thread; what came out of it may end on any.
-class ParseArena
+class KESCOREXML_EXPORT ParseArena
 {
 public:
     /// What is larger is not worth a place in a slab.

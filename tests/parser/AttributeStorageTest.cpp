@@ -13,9 +13,10 @@ namespace {
 
 using Pairs = std::vector<std::pair<TString, TString>>;
 
-/// A block with one reference of the caller.
+/// A block with one reference, the caller's.
 AttributeBlock* MakeBlock(const Pairs& pairs)
 {
+    ParseArena arena;
     std::vector<TString> names;
     std::vector<std::u16string_view> values;
     for (const auto& [name, value] : pairs) {
@@ -23,7 +24,7 @@ AttributeBlock* MakeBlock(const Pairs& pairs)
         values.push_back(value.view());
     }
     auto* list = new AttributeNames(names);
-    AttributeBlock* block = AttributeBlock::Create(*list, values);
+    AttributeBlock* block = AttributeBlock::Create(arena, *list, values);
     list->Release();
     return block;
 }
@@ -45,7 +46,8 @@ AttributeStorage MakeMapped(const Pairs& pairs)
 /// An element as a parse makes it.
 std::unique_ptr<DOMElement> MakeParsed(DOM& dom, const Pairs& pairs)
 {
-    return DOMElementAccess::NewParsedElement(TString(u"a"), MakePacked(pairs), &dom,
+    ParseArena arena;
+    return DOMElementAccess::NewParsedElement(arena, TString(u"a"), MakePacked(pairs), &dom,
                                               *dom.GetRoot());
 }
 
@@ -317,9 +319,10 @@ TEST(AttributeBlock, HoldsNamesAndValuesInOrder)
 
 TEST(AttributeBlock, IsNotMadeBeyondItsLargestSize)
 {
-    const TString large(AttributeBlock::maxBytes / sizeof(char16_t), u'x');
-    const TString fits(AttributeBlock::maxBytes / sizeof(char16_t) - 100, u'x');
+    const TString large(ParseArena::maxObject / sizeof(char16_t), u'x');
+    const TString fits(ParseArena::maxObject / sizeof(char16_t) - 100, u'x');
     EXPECT_EQ(MakeBlock({{u"k", large}}), nullptr);
+    EXPECT_EQ(MakeBlock({{u"k", TString(1'000'000, u'x')}}), nullptr);
     EXPECT_EQ(MakeBlock({{u"k", fits}, {u"l", fits}}), nullptr);
     AttributeBlock* block = MakeBlock({{u"k", fits}});
     ASSERT_NE(block, nullptr);
@@ -331,6 +334,7 @@ TEST(AttributeBlock, SharesOneListOfNamesAmongMany)
 {
     const std::array<TString, 2> names{TString(u"a"), TString(u"b")};
     auto* list = new AttributeNames(names);
+    auto arena = std::make_unique<ParseArena>();
     std::mt19937 random(3);
     std::vector<AttributeBlock*> blocks;
     std::vector<std::array<std::u16string, 2>> expected;
@@ -338,9 +342,11 @@ TEST(AttributeBlock, SharesOneListOfNamesAmongMany)
         expected.push_back(
             {std::u16string(random() % 20, u'x'), std::u16string(random() % 20, u'y')});
         const std::array<std::u16string_view, 2> values{expected.back()[0], expected.back()[1]};
-        blocks.push_back(AttributeBlock::Create(*list, values));
+        blocks.push_back(AttributeBlock::Create(*arena, *list, values));
     }
+    // The blocks keep what they need.
     list->Release();
+    arena.reset();
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         EXPECT_EQ(&blocks[i]->Names(), &blocks[0]->Names());
         EXPECT_EQ(blocks[i]->Value(0), expected[i][0]);
