@@ -36,6 +36,18 @@ DOMElement::~DOMElement()
     DOMElementAccess::ForgetElement(*this);
 }
 
+// Not inline: compilers that see through to the global operators take those of this class for ones
+// that do not go together.
+void* DOMElement::operator new(std::size_t bytes)
+{
+    return ::operator new(bytes);
+}
+
+void DOMElement::operator delete(void* memory) noexcept
+{
+    ::operator delete(memory);
+}
+
 void DOMElement::operator delete(DOMElement* element, std::destroying_delete_t) noexcept
 {
     const std::uint32_t slabOffset = element->m_slabOffset;

@@ -54,9 +54,9 @@ public:
     /// is cleared. `other` may be in the same tree: the result is that of a copy made beforehand.
     DOMElement& operator=(const DOMElement& other);
     // Elements of a parse live in memory that they share.
-    static void* operator new(std::size_t bytes) { return ::operator new(bytes); }
+    static void* operator new(std::size_t bytes);
     static void* operator new(std::size_t, void* memory) noexcept { return memory; }
-    static void operator delete(void* memory) noexcept { ::operator delete(memory); }
+    static void operator delete(void* memory) noexcept;
     static void operator delete(void*, void*) noexcept {}
     static void operator delete(DOMElement* element, std::destroying_delete_t) noexcept;
 

@@ -260,7 +260,8 @@ TEST(StandaloneDOMParser, ValidatesAgainstCompiledInSchemas)
 TEST(StandaloneDOMParser, AnUnknownSchemaResourceIsRefused)
 {
     StandaloneDOMParser parser;
-    EXPECT_THROW(parser.AddXSDResourceId(static_cast<QtKesResourceId>(0x12345678)), CorvinaException);
+    EXPECT_THROW(parser.AddXSDResourceId(static_cast<QtKesResourceId>(0x12345678)),
+                 CorvinaException);
     EXPECT_THAT(parser.ParseXmlString(TString(u"<a/>"), u"id").errors, IsEmpty());
 }
 
