@@ -11,6 +11,7 @@
 /// Appends the encoding of `count` bytes to `lines`: one line, or with `splitLines` lines of 72
 /// characters and a last one with the rest, without line ends. No bytes give no line; `bytes` may
 /// then be null. More than 0x3FFFFFFF groups of three bytes in one line are a logic assertion.
+/// Up to sixteen neighbouring lines share one allocation, which the last of them to go frees.
 KESCOREXML_EXPORT void Base64Encode(const unsigned char* bytes, unsigned int count,
                                     std::vector<TString>& lines, bool splitLines);
 

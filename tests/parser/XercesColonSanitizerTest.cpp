@@ -238,7 +238,8 @@ TEST(XercesColonSanitizer, PassesAMillionCandidatesThatAreNoneInLinearTime)
           "<r a='>'" + Repeat(" :a='>'", 1'000'000) + "></r>", "<!DOCTYPE r [" + colons + "]><r/>",
           "<!-- " + colons + "--><r/>", "<r>" + Repeat(" :a=><!", 1'000'000) + "</r>",
           "<?p" + colons + ">?><r/>", "<r>" + Repeat(" :", 1'000'000) + "</r>",
-          "<r>" + Repeat(" :a= >\n", 1'000'000) + "</r>", Repeat(" :", 1) + Repeat("a", 5'000'000) + "=>"}) {
+          "<r>" + Repeat(" :a= >\n", 1'000'000) + "</r>",
+          Repeat(" :", 1) + Repeat("a", 5'000'000) + "=>"}) {
         const auto input = std::make_shared<const std::string>(text);
         EXPECT_EQ(XercesColonSanitizer::EncodeColonAttributeNames(input), input)
             << text.substr(0, 30);
