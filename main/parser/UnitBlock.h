@@ -66,7 +66,8 @@ inline void UnitBlock::Store(char16_t* to) const noexcept
 inline void UnitBlock::StoreEnds(char16_t* to, std::size_t count) const noexcept
 {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(to), m_units);
-    _mm_storeh_pd(reinterpret_cast<double*>(to + count - size / 2), _mm_castsi128_pd(m_units));
+    const __m128i last = _mm_unpackhi_epi64(m_units, m_units);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(to + count - size / 2), last);
 }
 
 template <MappingTableType type>
