@@ -8,6 +8,7 @@
 #include <memory>
 
 /// A parser that reads one source and reports to one sink.
+/// Different objects may be used from different threads.
 class KESCOREXML_EXPORT AbstractXMLParser : public Parser, public SAXFileLocation
 {
 public:

@@ -381,6 +381,18 @@ TEST(AbstractXMLParser, TakesTheDocumentTypeOfASchemaForEmpty)
     EXPECT_THAT(session.Parse().errors, IsEmpty());
 }
 
+TEST(AbstractXMLParser, RefusesAnExternalDocumentTypeWhenItValidates)
+{
+    const TemporaryFolder folder;
+    const std::string dtd = folder.Write("a.dtd", "<!ELEMENT a ANY>").toStdString();
+    Session session("<!DOCTYPE a SYSTEM '" + dtd + "'><a/>");
+    session.parser->LoadXSDString(c_schema, u"s.xsd");
+    const ParseOutcome outcome = session.Parse();
+    EXPECT_THAT(outcome.errors, ElementsAre(HasSubstr("unable to open DTD document")));
+    EXPECT_TRUE(outcome.fatal);
+    EXPECT_THAT(outcome.events, IsEmpty());
+}
+
 TEST(AbstractXMLParser, FollowsNoSchemaLocationOfADocument)
 {
     const TemporaryFolder folder;

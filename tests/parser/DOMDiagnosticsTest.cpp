@@ -1,5 +1,6 @@
 #include <kescorexml/DOM.h>
 
+#include "support/FailingAllocations.h"
 #include "support/SmallStack.h"
 #include "support/TreeTesting.h"
 
@@ -498,6 +499,21 @@ TEST_F(DOMDiagnostics, AnElementAtAUsedAddressNeverShowsAStrangersMessages)
         EXPECT_FALSE(other.HasErrors());
     }
     RecordProperty("addresses used again", static_cast<int>(reused));
+}
+
+TEST_F(DOMDiagnostics, DestroyedElementsLeaveNothingInTheRegistry)
+{
+    std::ptrdiff_t before = 0;
+    for (int round = 0; round < 100; ++round) {
+        DOMElement* element = At("a").AddNewChild(u"x");
+        AddError(*element, "e");
+        AddWarning(*element, "w");
+        At("a").RemoveChild(*element).reset();
+        // The first round makes room in the registries.
+        if (round == 0)
+            before = CountLiveAllocations();
+    }
+    EXPECT_EQ(CountLiveAllocations(), before);
 }
 
 TEST_F(DOMDiagnostics, MessagesLeftBehindByADetachedElementEndWithIt)

@@ -1,0 +1,214 @@
+#include "ParseArena.h"
+
+#include "DOMElementAccess.h"
+#include "support/FailingAllocations.h"
+#include "support/SmallStack.h"
+#include "support/TreeTesting.h"
+
+#include <cstdint>
+#include <new>
+#include <optional>
+#include <random>
+
+namespace {
+
+std::unique_ptr<DOMElement> MakeElement(ParseArena& arena, DOM& dom, DOMElement& parent,
+                                        const char* name)
+{
+    return DOMElementAccess::NewParsedElement(arena, TString(name), AttributeStorage(), &dom,
+                                              parent);
+}
+
+/// Puts `count` children named by their number below the root, as a parse does.
+void FillIn(ParseArena& arena, DOM& dom, int count)
+{
+    std::vector<std::unique_ptr<DOMElement>> children;
+    for (int i = 0; i < count; ++i) {
+        children.push_back(MakeElement(arena, dom, *dom.GetRoot(), std::to_string(i).c_str()));
+        DOMElementAccess::AppendText(arena, *children.back(), u"text");
+    }
+    DOMElementAccess::AttachChildren(arena, *dom.GetRoot(), children);
+}
+
+std::string Numbers(int count)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += (i > 0 ? "," : "") + std::to_string(i);
+    return text;
+}
+
+} // namespace
+
+TEST(ParseArena, HandsOutAlignedRoomThatDoesNotOverlap)
+{
+    std::mt19937 random(5);
+    ParseArena arena;
+    struct Piece
+    {
+        std::byte* memory;
+        std::size_t size;
+        ParseSlab* slab;
+    };
+    std::vector<Piece> pieces;
+    for (int i = 0; i < 2000; ++i) {
+        const std::size_t size = 1 + random() % ParseArena::maxObject;
+        ParseSlab* slab = nullptr;
+        std::byte* memory = arena.Allocate(size, slab);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory) % alignof(void*), 0U);
+        std::fill_n(memory, size, std::byte(i % 251));
+        EXPECT_EQ(&ParseSlab::At(memory, slab->OffsetOf(memory)), slab);
+        pieces.push_back({memory, size, slab});
+    }
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        const auto expected = std::byte(i % 251);
+        EXPECT_TRUE(std::all_of(pieces[i].memory, pieces[i].memory + pieces[i].size,
+                                [&](std::byte byte) { return byte == expected; }));
+        pieces[i].slab->Release();
+    }
+}
+
+TEST(ParseArena, TextsOutliveTheArenaAndMayGrow)
+{
+    std::vector<TString> texts;
+    {
+        ParseArena arena;
+        for (const TString::size_type length : {0, 1, 10, 400, 508, 509, 600, 100'000})
+            texts.push_back(arena.MakeText(TString(length, u'x').view()));
+    }
+    for (TString& text : texts) {
+        const TString before = text;
+        EXPECT_EQ(text, TString(text.length(), u'x'));
+        text.append(u'y');
+        EXPECT_EQ(text, before + TString(u"y"));
+    }
+}
+
+TEST(ParseArena, ElementsOutliveTheArena)
+{
+    DOM dom;
+    {
+        ParseArena arena;
+        FillIn(arena, dom, 50);
+    }
+    EXPECT_EQ(Outline(*dom.GetRoot()), "Document(" + Numbers(50) + ")");
+    EXPECT_EQ(dom.GetDocumentRoot()->GetText(), TString(u"text"));
+}
+
+TEST(ParseArena, ListsFromAParseGrowAndShrinkLikeOthers)
+{
+    for (const int count : {1, 2, 100, 127, 128, 129, 1000}) {
+        DOM dom;
+        ParseArena arena;
+        FillIn(arena, dom, count);
+        std::string expected = Numbers(count);
+        EXPECT_EQ(Outline(*dom.GetRoot()), "Document(" + expected + ")");
+        dom.GetRoot()->AddNewChild(u"x");
+        EXPECT_EQ(Outline(*dom.GetRoot()), "Document(" + expected + ",x)");
+        dom.GetRoot()->RemoveChild(u"x");
+        dom.GetRoot()->AddNewChild(u"y", dom.GetDocumentRoot());
+        EXPECT_EQ(Outline(*dom.GetRoot()), "Document(y," + expected + ")");
+        EXPECT_EQ(dom.GetRoot()->RemoveChildren().size(), static_cast<std::size_t>(count) + 1);
+        dom.GetRoot()->AddNewChild(u"z");
+        EXPECT_EQ(Outline(*dom.GetRoot()), "Document(z)");
+    }
+}
+
+TEST(ParseArena, AListFromAParseHasRoomForWhatWasTakenOut)
+{
+    DOM dom;
+    ParseArena arena;
+    FillIn(arena, dom, 4);
+    for (int i = 0; i < 20; ++i)
+        dom.GetRoot()->GetChildren().back().MoveToFront();
+    EXPECT_EQ(Outline(*dom.GetRoot()), "Document(0,1,2,3)");
+}
+
+TEST(ParseArena, AttachingAppendsToChildrenThatAreThere)
+{
+    DOM dom;
+    ParseArena arena;
+    AddChildren(*dom.GetRoot(), "a,b");
+    FillIn(arena, dom, 3);
+    EXPECT_EQ(Outline(*dom.GetRoot()), "Document(a,b,0,1,2)");
+    FillIn(arena, dom, 2);
+    EXPECT_EQ(Outline(*dom.GetRoot()), "Document(a,b,0,1,2,0,1)");
+}
+
+TEST(ParseArena, ParsedElementsMayBeRemovedAndOutliveTheirDocument)
+{
+    std::vector<std::unique_ptr<DOMElement>> removed;
+    {
+        DOM dom;
+        ParseArena arena;
+        FillIn(arena, dom, 100);
+        AddError(dom.GetRoot()->GetChildren()[7], "seven");
+        while (dom.GetRoot()->GetChildren().size() > 50)
+            removed.push_back(dom.GetRoot()->RemoveChild(dom.GetRoot()->GetChildren()[1]));
+        EXPECT_TRUE(dom.HasErrors());
+    }
+    for (const auto& element : removed) {
+        EXPECT_EQ(element->GetDOMManager(), nullptr);
+        EXPECT_EQ(element->GetText(), TString(u"text"));
+    }
+    DOM other;
+    other.GetRoot()->AppendChild(std::move(removed[6]));
+    EXPECT_EQ(Outline(*other.GetRoot()), "Document(7)");
+}
+
+TEST(ParseArena, CopiesOfParsedElementsAreOfTheHeap)
+{
+    std::optional<DOMElement> copy;
+    auto dom = std::make_unique<DOM>();
+    {
+        ParseArena arena;
+        FillIn(arena, *dom, 30);
+    }
+    copy.emplace(*dom->GetRoot());
+    EXPECT_TRUE(*copy == *dom->GetRoot());
+    dom.reset();
+    EXPECT_EQ(Outline(*copy), "Document(" + Numbers(30) + ")");
+}
+
+TEST(ParseArena, IsAsBeforeWhenMemoryRunsOut)
+{
+    DOM dom;
+    ParseArena arena;
+    std::size_t made = 0;
+    std::vector<std::unique_ptr<DOMElement>> elements;
+    elements.reserve(1000);
+    const TString name(u"a");
+    for (int i = 0; i < 1000; ++i) {
+        const FailingAllocations failing(i % 3 == 0 ? 100 : 0);
+        try {
+            elements.push_back(DOMElementAccess::NewParsedElement(arena, name, AttributeStorage(),
+                                                                  &dom, *dom.GetRoot()));
+            ++made;
+        } catch (const std::bad_alloc&) {
+        }
+    }
+    EXPECT_GT(made, 333U);
+    EXPECT_EQ(elements.size(), made);
+    DOMElementAccess::AttachChildren(arena, *dom.GetRoot(), elements);
+    EXPECT_EQ(dom.GetRoot()->GetChildren().size(), made);
+}
+
+TEST(ParseArena, ADeepParsedTreeEndsOnASmallStack)
+{
+    RunOnSmallStack([] {
+        DOM dom;
+        ParseArena arena;
+        std::unique_ptr<DOMElement> inner;
+        for (int i = 0; i < 1'000'000; ++i) {
+            auto outer = MakeElement(arena, dom, *dom.GetRoot(), "e");
+            if (inner != nullptr)
+                DOMElementAccess::AttachChildren(arena, *outer, std::span(&inner, 1));
+            inner = std::move(outer);
+        }
+        DOMElementAccess::AttachChildren(arena, *dom.GetRoot(), std::span(&inner, 1));
+        DOM other;
+        dom.GetDocumentRoot()->Move(*other.GetRoot(), nullptr);
+        EXPECT_FALSE(dom.GetRoot()->HasChildren());
+        EXPECT_TRUE(other.GetRoot()->HasChildren());
+    });
+}
