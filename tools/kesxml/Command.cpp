@@ -10,6 +10,7 @@ std::span<const Command> GetCommands()
     static constexpr std::array s_commands{
         Command{"format", "Write a document formatted to standard output.", RunFormat},
         Command{"check", "Report the errors and warnings of documents.", RunCheck},
+        Command{"query", "Print the elements that a path finds.", RunQuery},
     };
     return s_commands;
 }
