@@ -39,3 +39,4 @@ int FailUsage(const QStringList& arguments, const QString& reason);
 int RunFormat(const QStringList& arguments);
 int RunCheck(const QStringList& arguments);
 int RunQuery(const QStringList& arguments);
+int RunVersion(const QStringList& arguments);
