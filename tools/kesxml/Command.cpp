@@ -12,6 +12,7 @@ std::span<const Command> GetCommands()
         Command{"check", "Report the errors and warnings of documents.", RunCheck},
         Command{"query", "Print the elements that a path finds.", RunQuery},
         Command{"version", "Print the version that a document names.", RunVersion},
+        Command{"stats", "Count what is in a document and what it costs.", RunStats},
     };
     return s_commands;
 }

@@ -40,3 +40,4 @@ int RunFormat(const QStringList& arguments);
 int RunCheck(const QStringList& arguments);
 int RunQuery(const QStringList& arguments);
 int RunVersion(const QStringList& arguments);
+int RunStats(const QStringList& arguments);
