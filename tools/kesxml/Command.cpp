@@ -13,6 +13,7 @@ std::span<const Command> GetCommands()
         Command{"query", "Print the elements that a path finds.", RunQuery},
         Command{"version", "Print the version that a document names.", RunVersion},
         Command{"stats", "Count what is in a document and what it costs.", RunStats},
+        Command{"tree", "Draw the elements and texts of a document.", RunTree},
     };
     return s_commands;
 }

@@ -41,3 +41,4 @@ int RunCheck(const QStringList& arguments);
 int RunQuery(const QStringList& arguments);
 int RunVersion(const QStringList& arguments);
 int RunStats(const QStringList& arguments);
+int RunTree(const QStringList& arguments);
