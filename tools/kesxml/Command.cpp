@@ -10,30 +10,43 @@ std::span<const Command> GetCommands()
     static constexpr std::array s_commands{
         Command{"format", "Write a document formatted to standard output.", RunFormat},
         Command{"check", "Report the errors and warnings of documents.", RunCheck},
+        Command{"query", "Print the elements that a path finds.", RunQuery},
+        Command{"version", "Print the version that a document names.", RunVersion},
+        Command{"stats", "Count what is in a document and what it costs.", RunStats},
+        Command{"tree", "Draw the elements and texts of a document.", RunTree},
     };
     return s_commands;
 }
 
 bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype least,
-                   qsizetype most)
+                   qsizetype most, const char* examples)
 {
     const QCommandLineOption help({"h", "help"}, "Show this help.");
     parser.addOption(help);
     const auto fail = [&](const QString& reason) {
-        PrintError(arguments.front() + ": " + reason);
-        PrintError("Try '" + arguments.front() + " --help'.");
+        FailUsage(arguments, reason);
         return false;
     };
     if (!parser.parse(arguments))
         return fail(parser.errorText());
     if (parser.isSet(help)) {
-        Print(parser.helpText());
+        // The parser knows nothing of subcommands and puts the name of the program here.
+        QString text = parser.helpText();
+        text.replace(0, text.indexOf(" [options]"), "Usage: " + arguments.front());
+        Print(text + "\nExamples:\n" + examples);
         std::exit(FlushOutput() ? Fine : UsageOrUnreadable);
     }
     const qsizetype count = parser.positionalArguments().size();
     if (count < least)
-        return fail("a file is missing.");
+        return fail("an argument is missing.");
     if (most > 0 && count > most)
         return fail("'" + parser.positionalArguments().at(most) + "' is one argument too many.");
     return true;
+}
+
+int FailUsage(const QStringList& arguments, const QString& reason)
+{
+    PrintError(arguments.front() + ": " + reason);
+    PrintError("Try '" + arguments.front() + " --help'.");
+    return UsageOrUnreadable;
 }

@@ -7,10 +7,16 @@
 #include <span>
 
 /// What every subcommand ends with.
-enum ExitStatus { Fine = 0, DocumentHasErrors = 1, UsageOrUnreadable = 2 };
+enum ExitStatus
+{
+    Fine = 0,
+    DocumentHasErrors = 1,
+    NothingFound = 1,
+    UsageOrUnreadable = 2
+};
 
 /// A subcommand: its name, what it does in one line, and the function that does it, which gets its
-/// arguments with "kesxml NAME" in front.
+/// arguments with "kesxml NAME" in front. What it throws is reported as an unreadable file.
 struct Command
 {
     const char* name;
@@ -21,11 +27,18 @@ struct Command
 /// All subcommands, in the order in which help lists them.
 std::span<const Command> GetCommands();
 
-/// Reads the arguments of a subcommand. Prints help and ends the process when asked to. Returns
-/// false, after saying what is wrong, when an option is unknown or the number of positional
-/// arguments is not within the limits (`most` 0: no upper limit).
+/// Reads the arguments of a subcommand. Prints help, which ends with `examples`, and ends the
+/// process when asked to. Returns false, after saying what is wrong, when an option is unknown or
+/// the number of positional arguments is not within the limits (`most` 0: no upper limit).
 bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype least,
-                   qsizetype most);
+                   qsizetype most, const char* examples);
+
+/// Says what is wrong with the arguments of a subcommand; returns the status to end with.
+int FailUsage(const QStringList& arguments, const QString& reason);
 
 int RunFormat(const QStringList& arguments);
 int RunCheck(const QStringList& arguments);
+int RunQuery(const QStringList& arguments);
+int RunVersion(const QStringList& arguments);
+int RunStats(const QStringList& arguments);
+int RunTree(const QStringList& arguments);

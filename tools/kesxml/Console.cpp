@@ -1,26 +1,51 @@
 #include "Console.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include <unistd.h>
 
+namespace {
+
+/// Why standard output stopped taking what it is given; 0 while it takes it.
+int s_outputError = 0;
+
+} // namespace
+
 void Print(const TString& text)
 {
+    if (s_outputError != 0)
+        return;
     const std::string utf8 = text.toStdString();
-    std::fwrite(utf8.data(), 1, utf8.size(), stdout);
+    if (std::fwrite(utf8.data(), 1, utf8.size(), stdout) != utf8.size())
+        s_outputError = errno;
 }
 
 void PrintError(const TString& line)
 {
-    std::fflush(stdout);
+    if (s_outputError == 0 && std::fflush(stdout) != 0)
+        s_outputError = errno;
     const std::string utf8 = line.toStdString() + '\n';
     std::fwrite(utf8.data(), 1, utf8.size(), stderr);
 }
 
 bool FlushOutput()
 {
-    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    if (s_outputError == 0 && std::fflush(stdout) != 0)
+        s_outputError = errno;
+    if (s_outputError == 0 || s_outputError == EPIPE)
+        return true;
+    PrintError(TString(u"kesxml: standard output: ") + TString(std::strerror(s_outputError)));
+    return false;
+}
+
+bool HasColours()
+{
+    const QByteArray terminal = qgetenv("TERM");
+    return isatty(STDOUT_FILENO) != 0 && qEnvironmentVariableIsEmpty("NO_COLOR") &&
+           !terminal.isEmpty() && terminal != "dumb";
 }
 
 bool HasProgressLine()

@@ -10,8 +10,11 @@
 void Print(const TString& text);
 /// Writes a line to standard error, after what was printed so far.
 void PrintError(const TString& line);
-/// Writes out what is buffered; false when standard output does not take it.
+/// Writes out what is buffered. False, after saying why, when standard output did not take all; a
+/// reader that has gone away has had enough, and that is true.
 bool FlushOutput();
+/// Whether standard output is a terminal that shows colours, and these are wanted.
+bool HasColours();
 /// Whether standard error is a terminal that shows a line which is written over and over.
 bool HasProgressLine();
 /// Shows `line` in place of the one shown before; an empty one removes it.

@@ -1,100 +1,92 @@
 #include "Document.h"
 
+#include "SchemaSink.h"
+
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/DOMBuilder.h>
 #include <kescorexml/InputSourceUtils.h>
-#include <kescorexml/XercesXMLParser.h>
 #include <kesplatform/CorvinaException.h>
 
 #include <QFile>
-#include <QRegularExpression>
+#include <QStringConverter>
 
-#include <algorithm>
 #include <cstdio>
 
 namespace {
 
-std::vector<unsigned char> ReadStandardInput()
+QByteArray ReadStandardInput()
 {
     QFile input;
     if (!input.open(stdin, QIODevice::ReadOnly))
         throw CorvinaException(TString(u"standard input: ") + TString(input.errorString()));
-    const QByteArray bytes = input.readAll();
+    QByteArray bytes = input.readAll();
     if (input.error() != QFileDevice::NoError)
         throw CorvinaException(TString(u"standard input: ") + TString(input.errorString()));
-    return {bytes.begin(), bytes.end()};
+    return bytes;
 }
 
-/// Takes a message apart: "Fatal Error(3,7): message (id: name)" or "message(3,7) 'entity'".
-Diagnostic ToDiagnostic(const TString& text, const TString& id, bool isError)
+/// UTF-16 and UTF-32, which nothing that looks at single bytes could read.
+bool DecodeWideUnits(const QByteArray& bytes, TString& text)
 {
-    static const QRegularExpression s_kindAndPosition(
-        "^(?:Warning|Error|Fatal Error)(?:\\((\\d+),(\\d+)\\))?: ");
-    static const QRegularExpression s_positionAndName("\\((\\d+),(\\d+)\\) '");
-    Diagnostic diagnostic;
-    diagnostic.isError = isError;
-    QString message = text;
-    if (const auto match = s_kindAndPosition.match(message); match.hasMatch()) {
-        diagnostic.line = match.captured(1).toInt();
-        diagnostic.column = match.captured(2).toInt();
-        message.remove(0, match.capturedLength());
-        const QString name = " (id: " + QString(id) + ")";
-        if (message.endsWith(name))
-            message.chop(name.size());
-    } else if (const auto position = s_positionAndName.match(message); position.hasMatch()) {
-        diagnostic.line = position.captured(1).toInt();
-        diagnostic.column = position.captured(2).toInt();
-        message.replace(position.capturedStart(), position.capturedLength(), " '");
-    }
-    diagnostic.message = message;
-    return diagnostic;
+    const auto encoding = QStringConverter::encodingForData(bytes, u'<');
+    if (!encoding || *encoding == QStringConverter::Utf8)
+        return false;
+    QStringDecoder decoder(*encoding);
+    const QString decoded = decoder.decode(bytes);
+    text = decoded;
+    return !decoder.hasError();
 }
 
 } // namespace
 
-bool ReadDocument::HasErrors() const
-{
-    return std::any_of(diagnostics.begin(), diagnostics.end(),
-                       [](const Diagnostic& diagnostic) { return diagnostic.isError; });
-}
-
 std::unique_ptr<InputSource> OpenDocument(const QString& file)
 {
-    if (file == "-")
-        return std::make_unique<BinaryInputSource>(ReadStandardInput(), QString("stdin"), false);
-    return InputSourceUtils::InputSourceFromFileName(file, true);
+    if (file == "-") {
+        const QByteArray bytes = ReadStandardInput();
+        if (TString text; DecodeWideUnits(bytes, text))
+            return std::make_unique<StringInputSource>(text, file, false);
+        return std::make_unique<BinaryInputSource>(
+            std::vector<unsigned char>(bytes.begin(), bytes.end()), file, false);
+    }
+    // White space that was skipped would be missing from all positions.
+    return InputSourceUtils::InputSourceFromFileName(file, false);
 }
 
-ReadDocument Read(InputSource& source, const ReadOptions& options)
+DocumentReader::DocumentReader(const ReadOptions& options)
+    : m_options(options), m_schemaSink(std::make_shared<SchemaSink>()), m_nothing(u"", u"", false),
+      m_parser(XercesXMLParser::Create(m_nothing, m_schemaSink))
+{
+    if (options.allowEntities)
+        m_parser->AllowEntityExpansion_Insecure();
+}
+
+DocumentReader::~DocumentReader() = default;
+
+Diagnostics DocumentReader::LoadSchema(const QString& file)
+{
+    const std::unique_ptr<InputSource> source = OpenDocument(file);
+    m_parser->ClearErrorsAndWarnings();
+    m_parser->LoadXSDSource(*source);
+    m_schemaSink->AddLoaded(source->Id());
+    Diagnostics diagnostics = m_schemaSink->TakeDiagnostics();
+    std::vector<TString> files{source->Id()};
+    files.insert(files.end(), m_schemaSink->GetFiles().begin(), m_schemaSink->GetFiles().end());
+    AddDiagnostics(diagnostics, m_parser->GetWarnings(), false, files);
+    AddDiagnostics(diagnostics, m_parser->GetErrors(), true, files);
+    return diagnostics;
+}
+
+ReadDocument DocumentReader::Read(InputSource& source)
 {
     ReadDocument document;
     document.dom = std::make_unique<DOM>();
     const auto builder = std::make_shared<DOMBuilder>(*document.dom, false);
-    const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
-    if (options.allowEntities)
-        parser->AllowEntityExpansion_Insecure();
-    if (options.lineNumbers)
-        builder->SetLocationInterface(parser.get());
-    parser->Parse();
-    for (const TString& warning : parser->GetWarnings())
-        document.diagnostics.push_back(ToDiagnostic(warning, source.Id(), false));
-    TString last;
-    for (const TString& error : parser->GetErrors()) {
-        // A parse that was given up is recorded twice, as error and as fatal error.
-        if (!(error == last))
-            document.diagnostics.push_back(ToDiagnostic(error, source.Id(), true));
-        last = error;
-    }
+    if (m_options.lineNumbers)
+        builder->SetLocationInterface(m_parser.get());
+    m_parser->Reload(source, builder);
+    m_parser->Parse();
+    AddDiagnostics(document.diagnostics, m_parser->GetWarnings(), false, {source.Id()});
+    AddDiagnostics(document.diagnostics, m_parser->GetErrors(), true, {source.Id()});
+    m_parser->Reload(m_nothing, m_schemaSink);
     return document;
-}
-
-TString ToText(const QString& file, const Diagnostic& diagnostic)
-{
-    QString text = file;
-    if (diagnostic.line > 0)
-        text += ':' + QString::number(diagnostic.line);
-    if (diagnostic.line > 0 && diagnostic.column > 0)
-        text += ':' + QString::number(diagnostic.column);
-    return text + (diagnostic.isError ? ": error: " : ": warning: ") +
-           QString(diagnostic.message);
 }

@@ -1,30 +1,23 @@
 #pragma once
 
+#include "Diagnostic.h"
+
 #include <kescorexml/DOM.h>
 #include <kescorexml/InputSource.h>
+#include <kescorexml/StringInputSource.h>
+#include <kescorexml/XercesXMLParser.h>
 
 #include <QString>
 
 #include <memory>
-#include <vector>
 
-/// One message of a parse. Line and column count from 1; 0 means unknown.
-struct Diagnostic
-{
-    bool isError = true;
-    int line = 0;
-    int column = 0;
-    /// Without kind, position and name of the document.
-    TString message;
-};
+class SchemaSink;
 
-/// A document as it was read, with everything that was said about it, in order.
+/// A document as it was read, with everything that was said about it.
 struct ReadDocument
 {
     std::unique_ptr<DOM> dom;
-    std::vector<Diagnostic> diagnostics;
-
-    bool HasErrors() const;
+    Diagnostics diagnostics;
 };
 
 struct ReadOptions
@@ -33,9 +26,28 @@ struct ReadOptions
     bool lineNumbers = false;
 };
 
-/// Opens a file or, for "-", standard input. What cannot be read is a CorvinaException.
+/// Opens a file or, for "-", standard input. The source bears the name of the file. What cannot be
+/// read is a CorvinaException.
 std::unique_ptr<InputSource> OpenDocument(const QString& file);
-ReadDocument Read(InputSource& source, const ReadOptions& options);
 
-/// "FILE:LINE:COLUMN: error: MESSAGE"; what is unknown of the position is left out.
-TString ToText(const QString& file, const Diagnostic& diagnostic);
+/// Reads documents one after the other, and validates them once it has a schema.
+class DocumentReader
+{
+public:
+    explicit DocumentReader(const ReadOptions& options);
+    DocumentReader(const DocumentReader&) = delete;
+    DocumentReader& operator=(const DocumentReader&) = delete;
+    ~DocumentReader();
+
+    /// Loads a schema with all that it refers to and returns what there was to say about it. What
+    /// cannot be read is a CorvinaException.
+    Diagnostics LoadSchema(const QString& file);
+    ReadDocument Read(InputSource& source);
+
+private:
+    ReadOptions m_options;
+    std::shared_ptr<SchemaSink> m_schemaSink;
+    /// What the parser is bound to between documents.
+    StringInputSource m_nothing;
+    std::unique_ptr<XercesXMLParser> m_parser;
+};

@@ -4,11 +4,12 @@
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementTraversal.h>
-#include <kescorexml/XMLDomFormatter.h>
 #include <kescorexml/XMLStringFormatter.h>
-#include <kesplatform/CorvinaException.h>
 
 namespace {
+
+constexpr const char* c_examples = "  kesxml format settings.xml >pretty.xml\n"
+                                   "  kesxml format --no-header - <fragment.xml\n";
 
 /// An element keeps one text, so text between its children cannot be written back where it was.
 const DOMElement* FindMixedContent(const DOM& document)
@@ -40,26 +41,21 @@ int RunFormat(const QStringList& arguments)
         "escape-all", "Write text with references only, and tabs and line ends as references.");
     const QCommandLineOption noHeader("no-header", "Leave the XML declaration out.");
     parser.addOptions({escapeAll, noHeader});
-    if (!ReadArguments(parser, arguments, 1, 1))
+    if (!ReadArguments(parser, arguments, 1, 1, c_examples))
         return UsageOrUnreadable;
 
     const QString file = parser.positionalArguments().front();
-    std::unique_ptr<InputSource> source;
-    try {
-        source = OpenDocument(file);
-    } catch (const CorvinaException& e) {
-        PrintError(TString(u"kesxml: ") + e.GetConcatenatedMessages());
-        return UsageOrUnreadable;
-    }
-    const ReadDocument document = Read(*source, {});
-    for (const Diagnostic& diagnostic : document.diagnostics)
-        PrintError(ToText(file, diagnostic));
-    if (document.HasErrors())
+    const std::unique_ptr<InputSource> source = OpenDocument(file);
+    const ReadDocument document = DocumentReader({}).Read(*source);
+    PrintDiagnostics(document.diagnostics);
+    if (HasErrors(document.diagnostics))
         return DocumentHasErrors;
-    if (const DOMElement* mixed = FindMixedContent(*document.dom))
-        PrintError(ToText(file, {false, 0, 0,
-                                 TString(u"text between child elements is written after them (in <") +
-                                     mixed->GetName() + u">)"}));
+    if (const DOMElement* mixed = FindMixedContent(*document.dom)) {
+        const TString message =
+            TString(u"text between child elements is written after them (in <") + mixed->GetName() +
+            u">)";
+        PrintDiagnostics({{false, file, 0, 0, message, {}}});
+    }
     Print(Format(*document.dom, parser.isSet(escapeAll), !parser.isSet(noHeader)));
     return Fine;
 }

@@ -13,13 +13,15 @@ namespace {
 QString GetHelp()
 {
     QString help = "Usage: kesxml COMMAND [OPTIONS] FILE...\n"
-                   "Reads, checks and writes XML documents.\n\nCommands:\n";
+                   "Reads, checks, queries and writes XML documents.\n\nCommands:\n";
     for (const Command& command : GetCommands())
         help += "  " + QString(command.name).leftJustified(10) + command.summary + "\n";
     help += "\nOptions:\n"
             "  -h, --help     Show this help; after a command, that of the command.\n"
             "  -v, --version  Show the version.\n"
-            "\nExit status: 0 fine, 1 a document has errors, 2 usage or an unreadable file.\n";
+            "\nExit status: 0 fine, 1 a document has errors or nothing was found, 2 usage or an "
+            "unreadable file.\n"
+            "\nExample:\n  kesxml check *.xml\n";
     return help;
 }
 
@@ -39,7 +41,7 @@ int Run(const QStringList& arguments)
         return first == QLatin1String(c.name);
     });
     if (command == commands.end()) {
-        PrintError(first.isEmpty()          ? QString("kesxml: a command is missing.")
+        PrintError(first.isEmpty()         ? QString("kesxml: a command is missing.")
                    : first.startsWith('-') ? "kesxml: unknown option '" + first + "'."
                                            : "kesxml: unknown command '" + first + "'.");
         PrintError(QString("Try 'kesxml --help'."));

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <kesplatform/TString.h>
+
+#include <vector>
+
+/// One message of a parse. Line and column count from 1; 0 means unknown.
+struct Diagnostic
+{
+    bool isError = true;
+    /// The document, or the schema, that the message is about.
+    TString file;
+    int line = 0;
+    int column = 0;
+    /// Without kind, position and name of the file.
+    TString message;
+    /// The path of the element in which the position lies; empty when that is not known.
+    TString path;
+};
+
+using Diagnostics = std::vector<Diagnostic>;
+
+/// Adds what a parser recorded. `files` are the names that it may have read, the document first.
+void AddDiagnostics(Diagnostics& diagnostics, const std::vector<TString>& messages, bool areErrors,
+                    const std::vector<TString>& files);
+
+bool HasErrors(const Diagnostics& diagnostics);
+
+/// "FILE:LINE:COLUMN: error: MESSAGE in PATH"; what is unknown is left out.
+TString ToText(const Diagnostic& diagnostic);
+/// Writes each diagnostic as a line to standard error.
+void PrintDiagnostics(const Diagnostics& diagnostics);
+/// "FILE: 1 error, 2 warnings" or "FILE: fine".
+TString Summarise(const TString& file, const Diagnostics& diagnostics);
