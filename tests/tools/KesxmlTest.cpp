@@ -1,166 +1,197 @@
-#include <gmock/gmock.h>
+#include "support/KesxmlProcess.h"
 
-#include <QProcess>
-#include <QStringList>
-#include <QTemporaryDir>
-
-#include <string>
+#include <QRegularExpression>
 
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
-struct Outcome
+/// A command with arguments that make it read `file`.
+std::vector<QStringList> AllCommandsOn(const QString& file)
 {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-Outcome RunKesxml(const QStringList& arguments, const QByteArray& input = {})
-{
-    QProcess process;
-    process.start(KESXML_PATH, arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    process.waitForFinished(-1);
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
+    return {{"format", file},  {"check", file}, {"query", "//a", file},
+            {"version", file}, {"stats", file}, {"tree", file}};
 }
 
-/// Files that live as long as the test.
-class Kesxml : public ::testing::Test
+std::vector<QString> AllCommands()
 {
-protected:
-    QString Write(const char* name, const QByteArray& content)
-    {
-        const QString path = m_directory.filePath(name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        return path;
-    }
+    return {"format", "check", "query", "version", "stats", "tree"};
+}
 
-    QTemporaryDir m_directory;
+class Kesxml : public KesxmlTest
+{
 };
 
 } // namespace
 
-TEST_F(Kesxml, FormatsAFile)
+TEST_F(Kesxml, NamesAFileThatCannotBeRead)
 {
-    const QString file = Write("a.xml", "<a y='2' x='1&amp;'><b>t</b></a>");
-    const Outcome outcome = RunKesxml({"format", file});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.out, "<?xml version='1.0' encoding='utf-8' ?>\n\n"
-                           "<a x='1&amp;' y='2'>\n  <b>t</b>\n</a>\n");
-    EXPECT_EQ(outcome.err, "");
+    const QString missing = m_directory.filePath("missing.xml");
+    for (const QStringList& arguments : AllCommandsOn(missing)) {
+        const KesxmlOutcome outcome = RunKesxml(arguments);
+        EXPECT_EQ(outcome.status, 2) << arguments.front().toStdString();
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_THAT(outcome.err, HasSubstr(missing.toStdString()));
+    }
+    for (const QStringList& arguments : AllCommandsOn(m_directory.path()))
+        EXPECT_EQ(RunKesxml(arguments).status, 2) << arguments.front().toStdString();
 }
 
-TEST_F(Kesxml, FormatsStandardInputWithoutHeader)
+TEST_F(Kesxml, ReadsStandardInput)
 {
-    const Outcome outcome = RunKesxml({"format", "--no-header", "-"}, "<a><b/></a>");
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.out, "<a>\n  <b />\n</a>\n");
+    for (const QStringList& arguments : AllCommandsOn("-")) {
+        const KesxmlOutcome outcome = RunKesxml(arguments, "<a version='1.2'>text</a>");
+        EXPECT_EQ(outcome.status, 0) << arguments.front().toStdString();
+        EXPECT_NE(outcome.out, "");
+        EXPECT_EQ(outcome.err, "");
+    }
 }
 
-TEST_F(Kesxml, KeepsLineEndsOfLongTextsUnlessAskedToEscapeAll)
+TEST_F(Kesxml, ReadsEveryEncodingFromFilesAndFromStandardInput)
 {
-    const QByteArray text = "a text of more than thirty-two units,\nin two lines";
-    const QByteArray document = "<a>" + text + "</a>";
-    EXPECT_THAT(RunKesxml({"format", "-"}, document).out, HasSubstr("units,\nin"));
-    EXPECT_THAT(RunKesxml({"format", "--escape-all", "-"}, document).out, HasSubstr("units,&#10;in"));
+    const QString text = QString::fromUtf8("<a version='1.2'>\u00E9\u0142</a>");
+    QByteArray utf16("\xFF\xFE");
+    QByteArray bigEndian;
+    for (const QChar unit : text) {
+        const char low = static_cast<char>(unit.unicode() & 0xFF);
+        const char high = static_cast<char>(unit.unicode() >> 8);
+        utf16.append(low).append(high);
+        bigEndian.append(high).append(low);
+    }
+    bigEndian.prepend("\xFE\xFF");
+    for (const QByteArray& document :
+         {text.toUtf8(), "\xEF\xBB\xBF" + text.toUtf8(), utf16, bigEndian}) {
+        const QString file = Write("a.xml", document);
+        for (const QStringList& arguments : AllCommandsOn(file))
+            EXPECT_EQ(RunKesxml(arguments).status, 0) << arguments.front().toStdString();
+        for (const QStringList& arguments : AllCommandsOn("-"))
+            EXPECT_EQ(RunKesxml(arguments, document).status, 0) << arguments.front().toStdString();
+        EXPECT_THAT(RunKesxml({"query", "a", "-"}, document).out, HasSubstr("\u00E9\u0142"));
+    }
 }
 
-TEST_F(Kesxml, WarnsWhenFormattingMovesText)
+TEST_F(Kesxml, ReportsAnErrorOfADocumentInEveryCommandThatParses)
 {
-    const Outcome outcome = RunKesxml({"format", "--no-header", "-"}, "<a>x<b/>y</a>");
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.err,
-              "-: warning: text between child elements is written after them (in <a>)\n");
+    const QString file = Write("bad.xml", "<a>\n  <b></c>\n</a>");
+    for (const QStringList& arguments : AllCommandsOn(file)) {
+        if (arguments.front() == "version")
+            continue;
+        const KesxmlOutcome outcome = RunKesxml(arguments);
+        EXPECT_EQ(outcome.status, 1) << arguments.front().toStdString();
+        EXPECT_THAT(outcome.err, StartsWith(file.toStdString() + ":2:"));
+        EXPECT_THAT(outcome.err, AllOf(HasSubstr(": error: "), Not(HasSubstr("(id: "))));
+    }
 }
 
-TEST_F(Kesxml, DoesNotFormatADocumentWithErrors)
+TEST_F(Kesxml, CountsTheLinesBeforeTheDocument)
 {
-    const QString file = Write("bad.xml", "<a>\n<b></a>");
-    const Outcome outcome = RunKesxml({"format", file});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.out, "");
-    EXPECT_THAT(outcome.err, StartsWith(file.toStdString() + ":2:"));
-}
-
-TEST_F(Kesxml, ReportsEachErrorWithPositionAndEachFileInALine)
-{
-    const QString good = Write("good.xml", "<a/>");
-    const QString bad = Write("bad.xml", "<a>\n  <b></c>\n</a>");
-    const Outcome outcome = RunKesxml({"check", good, bad});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.out, good.toStdString() + ": fine\n" + bad.toStdString() + ": 1 error\n");
-    EXPECT_THAT(outcome.err, StartsWith(bad.toStdString() + ":2:"));
-    EXPECT_THAT(outcome.err, HasSubstr(": error: "));
-    EXPECT_THAT(outcome.err, ::testing::Not(HasSubstr("(id: ")));
+    const QString file = Write("late.xml", "\n\n<a></b>");
+    EXPECT_THAT(RunKesxml({"check", file}).err, StartsWith(file.toStdString() + ":3:"));
+    EXPECT_THAT(RunKesxml({"check", "-"}, "\n\n<a></b>").err, StartsWith("-:3:"));
 }
 
 TEST_F(Kesxml, RefusesEntitiesUnlessAllowed)
 {
     const QByteArray document = "<!DOCTYPE a [<!ENTITY e 'text'>]><a>&e;</a>";
-    EXPECT_EQ(RunKesxml({"check", "-"}, document).status, 1);
-    EXPECT_EQ(RunKesxml({"check", "--allow-entities", "-"}, document).status, 0);
+    for (const QStringList& arguments :
+         {QStringList{"check", "-"}, QStringList{"query", "a", "-"}, QStringList{"tree", "-"}}) {
+        EXPECT_EQ(RunKesxml(arguments, document).status, 1) << arguments.front().toStdString();
+        QStringList allowing = arguments;
+        allowing.insert(1, "--allow-entities");
+        EXPECT_EQ(RunKesxml(allowing, document).status, 0) << arguments.front().toStdString();
+    }
 }
 
 TEST_F(Kesxml, ReportsARefusedExternalEntityOnce)
 {
-    const Outcome outcome =
-        RunKesxml({"check", "-"}, "<!DOCTYPE a [<!ENTITY e SYSTEM 'f'>]>\n<a>&e;</a>");
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.out, "-: 1 error\n");
-    EXPECT_THAT(outcome.err, StartsWith("-:1:"));
-    EXPECT_THAT(outcome.err,
-                HasSubstr("error: XML External <!ENTITY> definitions are not allowed. 'e'"));
-}
-
-TEST_F(Kesxml, NamesAFileThatCannotBeRead)
-{
-    const QString missing = m_directory.filePath("missing.xml");
-    for (const char* command : {"format", "check"}) {
-        const Outcome outcome = RunKesxml({command, missing});
-        EXPECT_EQ(outcome.status, 2);
-        EXPECT_THAT(outcome.err, HasSubstr(missing.toStdString()));
-        EXPECT_EQ(RunKesxml({command, m_directory.path()}).status, 2);
+    const QByteArray document = "<!DOCTYPE a [<!ENTITY e SYSTEM 'f'>]>\n<a>&e;</a>";
+    for (const QString command : {"check", "stats", "tree"}) {
+        const KesxmlOutcome outcome = RunKesxml({command, "-"}, document);
+        EXPECT_EQ(outcome.status, 1);
+        ASSERT_EQ(outcome.ErrLines().size(), 1U) << outcome.err;
+        EXPECT_THAT(outcome.err, StartsWith("-:1:"));
+        EXPECT_THAT(outcome.err,
+                    HasSubstr("error: XML External <!ENTITY> definitions are not allowed. 'e'"));
     }
 }
 
-TEST_F(Kesxml, GoesOnCheckingAfterAFileThatCannotBeRead)
+TEST_F(Kesxml, ExplainsWhatIsWrongWithTheArguments)
 {
-    const QString good = Write("good.xml", "<a/>");
-    const Outcome outcome = RunKesxml({"check", m_directory.filePath("missing.xml"), good});
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(outcome.out, good.toStdString() + ": fine\n");
-}
-
-TEST_F(Kesxml, ExplainsWhatIsWrongWithAnOption)
-{
-    for (const char* command : {"format", "check"}) {
-        const Outcome outcome = RunKesxml({command, "--nonsense", "x"});
+    for (const QString& command : AllCommands()) {
+        const KesxmlOutcome outcome = RunKesxml({command, "--nonsense", "x", "y"});
         EXPECT_EQ(outcome.status, 2);
         EXPECT_THAT(outcome.err, HasSubstr("nonsense"));
+        EXPECT_THAT(outcome.err, HasSubstr("Try 'kesxml " + command.toStdString() + " --help'."));
+        EXPECT_EQ(RunKesxml({command}).status, 2);
+        if (command != "check") {
+            EXPECT_THAT(RunKesxml({command, "x", "y", "z"}).err,
+                        HasSubstr("is one argument too many"));
+        }
     }
     EXPECT_THAT(RunKesxml({"nonsense"}).err, HasSubstr("unknown command 'nonsense'"));
+    EXPECT_THAT(RunKesxml({"--nonsense"}).err, HasSubstr("unknown option '--nonsense'"));
     EXPECT_EQ(RunKesxml({}).status, 2);
-    EXPECT_EQ(RunKesxml({"format"}).status, 2);
-    EXPECT_EQ(RunKesxml({"format", "a", "b"}).status, 2);
 }
 
-TEST_F(Kesxml, ShowsHelpAndVersion)
+TEST_F(Kesxml, ShowsHelpWithAnExampleAndVersion)
 {
-    const Outcome help = RunKesxml({"--help"});
+    const KesxmlOutcome help = RunKesxml({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* command : {"format", "check"}) {
-        EXPECT_THAT(help.out, HasSubstr(command));
-        const Outcome own = RunKesxml({command, "--help"});
+    EXPECT_THAT(help.out, HasSubstr("Example"));
+    for (const QString& command : AllCommands()) {
+        EXPECT_THAT(help.out, HasSubstr("\n  " + command.toStdString() + " "));
+        const KesxmlOutcome own = RunKesxml({command, "--help"});
+        const std::string call = "kesxml " + command.toStdString() + " ";
         EXPECT_EQ(own.status, 0);
-        EXPECT_THAT(own.out, HasSubstr(std::string("Usage: kesxml ") + command));
+        EXPECT_THAT(own.out, StartsWith("Usage: " + call + "[options]"));
+        EXPECT_THAT(own.out.substr(own.out.find("Examples:")), HasSubstr(call));
+        EXPECT_EQ(own.err, "");
     }
     EXPECT_THAT(RunKesxml({"--version"}).out, StartsWith("kesxml 1."));
+}
+
+TEST_F(Kesxml, HasAManualPageOfAllCommandsAndOptions)
+{
+    QFile file(TESTS_SOURCE_DIR "/../docs/kesxml.1");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString page = file.readAll();
+    for (const QString& command : AllCommands()) {
+        EXPECT_TRUE(page.contains("\n.SS " + command + "\n")) << command.toStdString();
+        const QString help = QString::fromStdString(RunKesxml({command, "--help"}).out);
+        static const QRegularExpression s_option("--([a-z-]+)");
+        for (auto match = s_option.globalMatch(help); match.hasNext();) {
+            const QString option = match.next().captured(1).replace("-", "\\-");
+            EXPECT_TRUE(page.contains("\\-\\-" + option)) << option.toStdString();
+        }
+    }
+}
+
+TEST_F(Kesxml, IsSilentWhenNobodyReadsOn)
+{
+    const QString file =
+        Write("big.xml", "<r>" + QByteArray("<a>text</a>\n").repeated(20000) + "</r>");
+    for (const QStringList& arguments : AllCommandsOn(file)) {
+        // Both with the signal that ends a process, and in a shell that ignores it.
+        for (const QString prefix : {"", "trap '' PIPE; "}) {
+            const QString command = "'" KESXML_PATH "' '" + arguments.join("' '") + "'";
+            const KesxmlOutcome outcome = RunProgram("/bin/sh", {"-c", prefix + command + " | :"});
+            EXPECT_EQ(outcome.err, "") << command.toStdString();
+        }
+    }
+}
+
+TEST_F(Kesxml, SaysWhyItsOutputIsNotTaken)
+{
+    if (!QFile::exists("/dev/full"))
+        GTEST_SKIP() << "there is no device that is always full";
+    for (const QString arguments :
+         {"tree -", "format -", "check -", "stats -", "--help", "check --help"}) {
+        const KesxmlOutcome outcome = RunProgram(
+            "/bin/sh", {"-c", "echo '<a/>' | '" KESXML_PATH "' " + arguments + " >/dev/full"});
+        EXPECT_EQ(outcome.status, 2) << arguments.toStdString();
+        EXPECT_THAT(outcome.err, StartsWith("kesxml: standard output: "));
+    }
 }

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+/// What a run of the command did.
+struct KesxmlOutcome
+{
+    int status;
+    std::string out;
+    std::string err;
+
+    /// The lines that were printed, without their ends.
+    std::vector<std::string> OutLines() const { return ToLines(out); }
+    std::vector<std::string> ErrLines() const { return ToLines(err); }
+
+private:
+    static std::vector<std::string> ToLines(const std::string& text)
+    {
+        std::vector<std::string> lines;
+        for (std::size_t start = 0; start < text.size();) {
+            const std::size_t end = std::min(text.find('\n', start), text.size());
+            lines.push_back(text.substr(start, end - start));
+            start = end + 1;
+        }
+        return lines;
+    }
+};
+
+/// Runs a program to its end.
+inline KesxmlOutcome RunProgram(const QString& program, const QStringList& arguments,
+                                const QByteArray& input = {}, const QString& directory = {})
+{
+    QProcess process;
+    process.setWorkingDirectory(directory);
+    process.start(program, arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    process.waitForFinished(-1);
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
+            process.readAllStandardError().toStdString()};
+}
+
+inline KesxmlOutcome RunKesxml(const QStringList& arguments, const QByteArray& input = {},
+                               const QString& directory = {})
+{
+    return RunProgram(KESXML_PATH, arguments, input, directory);
+}
+
+/// Files that live as long as the test.
+class KesxmlTest : public ::testing::Test
+{
+protected:
+    /// Writes a file and returns its path. `name` may hold folders that exist.
+    QString Write(const QString& name, const QByteArray& content)
+    {
+        const QString path = m_directory.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        return path;
+    }
+
+    QTemporaryDir m_directory;
+};

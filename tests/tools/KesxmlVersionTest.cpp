@@ -1,0 +1,47 @@
+#include "support/KesxmlProcess.h"
+
+namespace {
+
+using ::testing::HasSubstr;
+
+class KesxmlVersion : public KesxmlTest
+{
+};
+
+} // namespace
+
+TEST_F(KesxmlVersion, PrintsTheVersionOfTheDocumentElement)
+{
+    const QByteArray document = "<?xml version='1.0'?><!-- <x version='2'/> --><a version='10.4'/>";
+    EXPECT_EQ(RunKesxml({"version", Write("a.xml", document)}).out, "10.4\n");
+    const KesxmlOutcome outcome = RunKesxml({"version", "-"}, document);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "10.4\n");
+    EXPECT_EQ(RunKesxml({"version", "-"}, "<a version='10.4.1-beta'/>").out, "10.4.1-beta\n");
+}
+
+TEST_F(KesxmlVersion, LooksAtAnotherAttributeWhenAskedTo)
+{
+    const QByteArray document = "<a version='1.0' schema-version='2.5'/>";
+    EXPECT_EQ(RunKesxml({"version", "--attribute", "schema-version", "-"}, document).out, "2.5\n");
+    EXPECT_EQ(RunKesxml({"version", "--attribute", "other", "-"}, document).status, 1);
+}
+
+TEST_F(KesxmlVersion, PrintsNothingWithStatusOneWhenThereIsNone)
+{
+    for (const char* document :
+         {"<a/>", "<a><b version='1.0'/></a>", "", "text", "<a version='1"}) {
+        const KesxmlOutcome outcome = RunKesxml({"version", "-"}, document);
+        EXPECT_EQ(outcome.status, 1) << document;
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err, "");
+    }
+}
+
+TEST_F(KesxmlVersion, ReadsNoFurtherThanTheFirstTag)
+{
+    // What follows is neither XML nor UTF-8.
+    const QString file =
+        Write("a.xml", "<a version='3.1'>" + QByteArray(5000, ' ') + QByteArray(5000, '\xFF'));
+    EXPECT_EQ(RunKesxml({"version", file}).out, "3.1\n");
+}
