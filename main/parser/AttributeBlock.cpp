@@ -33,8 +33,8 @@ AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
                                        std::span<const std::u16string_view> values)
 {
     constexpr std::size_t valuesAt = offsetof(AttributeBlock, m_slots);
-    constexpr std::size_t mostBytes = ParseArena::maxObject - sizeof(ParseSlab::KeptNames) -
-                                      alignof(ParseSlab::KeptNames);
+    constexpr std::size_t mostBytes =
+        ParseArena::maxObject - sizeof(ParseSlab::KeptNames) - alignof(ParseSlab::KeptNames);
     std::size_t bytes = valuesAt;
     for (const std::u16string_view value : values) {
         if (value.size() > mostBytes)
@@ -44,8 +44,7 @@ AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
     if (bytes > mostBytes)
         return nullptr;
     ParseSlab* slab = nullptr;
-    std::byte* memory =
-        arena.AllocateNamed(std::max(bytes, sizeof(AttributeBlock)), names, slab);
+    std::byte* memory = arena.AllocateNamed(std::max(bytes, sizeof(AttributeBlock)), names, slab);
     auto* block = new (memory) AttributeBlock(names, slab->OffsetOf(memory));
     std::byte* slot = memory + valuesAt;
     for (const std::u16string_view value : values) {

@@ -66,4 +66,8 @@ void CompactDOMBuilder::Finish()
     while (m_open.size() > 1)
         CloseTop();
     CloseTop();
+    // A parser may hold on to its last sink for long.
+    std::vector<std::unique_ptr<DOMElement>>().swap(m_waiting);
+    std::vector<OpenElement>().swap(m_open);
+    m_arena.Close();
 }

@@ -50,6 +50,10 @@ public:
     std::shared_ptr<XercesXMLParser>
     CreateOrReuseExistingXercesParser(InputSource& source, std::shared_ptr<SAXInterface> sink);
 
+    /// All of a parse but the report of its statistics.
+    std::unique_ptr<DOM> Parse(InputSource& source, bool keepWhitespaceText);
+    void ReportStatistics(const InputSource& source) const;
+
     std::shared_ptr<XercesXMLParser> m_cachedParser;
     std::vector<std::unique_ptr<InputSource>> m_xsdSources;
     bool m_enableLineNumbersOnElements = false;
@@ -119,9 +123,23 @@ void DOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStat
 std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source,
                                                     bool keepWhitespaceText) const
 {
-    const Metrics::Scope scope(m_impl->m_xsdSources.empty()
-                                   ? "DOMParser_ParseXmlInputSource"
-                                   : "DOMParser_ParseXmlInputSource_withXSD");
+    std::unique_ptr<DOM> dom = m_impl->Parse(source, keepWhitespaceText);
+    m_impl->ReportStatistics(source);
+    return dom;
+}
+
+void DOMParser::Impl::ReportStatistics(const InputSource& source) const
+{
+    if (m_statisticsEventHandler) {
+        m_statisticsEventHandler(
+            DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});
+    }
+}
+
+std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhitespaceText)
+{
+    const Metrics::Scope scope(m_xsdSources.empty() ? "DOMParser_ParseXmlInputSource"
+                                                    : "DOMParser_ParseXmlInputSource_withXSD");
     if (scope.IsOpen()) {
         scope.Emit("'xmls'", source.Size());
         std::string sample;
@@ -129,13 +147,13 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source,
         scope.Emit("'xmlt'", sample);
         source.ResetToStart();
     }
-    auto dom = std::make_unique<DOM>(m_impl->m_restrictExternalPaths);
+    auto dom = std::make_unique<DOM>(m_restrictExternalPaths);
     DOMElement& root = *dom->GetRoot();
     const auto builder = std::make_shared<CompactDOMBuilder>(*dom, keepWhitespaceText);
-    const auto parser = m_impl->CreateOrReuseExistingXercesParser(source, builder);
-    if (m_impl->m_enableLineNumbersOnElements)
+    const auto parser = CreateOrReuseExistingXercesParser(source, builder);
+    if (m_enableLineNumbersOnElements)
         builder->SetLocationInterface(parser.get());
-    for (const auto& xsdSource : m_impl->m_xsdSources) {
+    for (const auto& xsdSource : m_xsdSources) {
         // The parse before this one may have read it to its end.
         xsdSource->ResetToStart();
         parser->LoadXSDSource(*xsdSource);
@@ -144,10 +162,6 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source,
     parser->Parse();
     builder->Finish();
     CopyParserErrorsToElement(*parser, root);
-    if (m_impl->m_statisticsEventHandler) {
-        m_impl->m_statisticsEventHandler(
-            DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});
-    }
     return dom;
 }
 
@@ -200,12 +214,16 @@ std::unique_ptr<DOM> DOMParser::ParseXmlFile(const TString& fileName) const
 {
     art::ActivityScope activity("dom-parser.parse-xml-file");
     activity.AddAttribute(u"filename", fileName);
+    std::unique_ptr<InputSource> source;
+    std::unique_ptr<DOM> dom;
     try {
-        const auto source = InputSourceUtils::InputSourceFromFileName(fileName, true);
+        source = InputSourceUtils::InputSourceFromFileName(fileName, true);
         if (!activity.IsClosed())
             activity.AddAttribute(u"source-size", source->Size());
-        return ParseXmlInputSource(*source, false);
+        dom = m_impl->Parse(*source, false);
     } catch (const TIO::Exception& exception) {
         return MakeErrorDocument(exception.GetConcatenatedMessages());
     }
+    m_impl->ReportStatistics(*source);
+    return dom;
 }

@@ -84,8 +84,8 @@ void ElementList::FillIn(ParseArena& arena, Owner* elements, std::size_t count)
     std::byte* memory = arena.Allocate(bytes, slab);
     static_assert(ParseSlab::maxBytes < 1U << slabOffsetBits);
     const auto size = static_cast<std::uint32_t>(count);
-    m_header = new (memory)
-        Header{size, slabFlag | size << slabOffsetBits | slab->OffsetOf(memory)};
+    m_header =
+        new (memory) Header{size, slabFlag | size << slabOffsetBits | slab->OffsetOf(memory)};
     std::uninitialized_move_n(elements, count, First());
 }
 

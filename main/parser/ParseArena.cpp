@@ -47,7 +47,7 @@ void ParseArena::OpenSlab(std::size_t bytes)
 {
     const std::size_t needed = sizeof(ParseSlab) + bytes;
     ParseSlab* slab = ParseSlab::Create(std::max(m_nextSlabBytes, needed));
-    CloseSlab();
+    Close();
     m_slab = slab;
     m_next = slab->Begin();
     m_end = slab->End();
@@ -56,7 +56,7 @@ void ParseArena::OpenSlab(std::size_t bytes)
     m_nextSlabBytes = std::min(m_nextSlabBytes * 2, ParseSlab::maxBytes);
 }
 
-void ParseArena::CloseSlab() noexcept
+void ParseArena::Close() noexcept
 {
     if (ParseSlab* slab = std::exchange(m_slab, nullptr))
         slab->Release(m_references + 1);
@@ -88,7 +88,7 @@ std::byte* ParseArena::AllocateNamed(std::size_t bytes, AttributeNames& names, P
     }
     std::byte* object = Allocate(keptAt + sizeof(ParseSlab::KeptNames), slab);
     names.Retain();
-    slab->FirstKeptNames() = new (object + keptAt)
-        ParseSlab::KeptNames{slab->FirstKeptNames(), &names};
+    slab->FirstKeptNames() =
+        new (object + keptAt) ParseSlab::KeptNames{slab->FirstKeptNames(), &names};
     return object;
 }

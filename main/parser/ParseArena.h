@@ -63,7 +63,7 @@ public:
     ParseArena() = default;
     ParseArena(const ParseArena&) = delete;
     ParseArena& operator=(const ParseArena&) = delete;
-    ~ParseArena() { CloseSlab(); }
+    ~ParseArena() { Close(); }
 
     /// Room for one object, aligned for pointers, with a reference to `slab` that goes with it.
     /// REQUIRES: at most maxObject bytes.
@@ -79,6 +79,9 @@ public:
         return object;
     }
 
+    /// Lets go of the slab in use; what is in it stays.
+    void Close() noexcept;
+
     TString MakeText(std::u16string_view text);
     /// Room for attributes named by `names`, which `slab` keeps alive.
     std::byte* AllocateNamed(std::size_t bytes, AttributeNames& names, ParseSlab*& slab);
@@ -87,7 +90,6 @@ private:
     static constexpr std::size_t c_firstSlabBytes = 1024;
 
     void OpenSlab(std::size_t bytes);
-    void CloseSlab() noexcept;
 
     ParseSlab* m_slab = nullptr;
     std::byte* m_next = nullptr;

@@ -22,8 +22,7 @@ class ParsedNames
 public:
     struct Entry
     {
-        Entry(TString text, std::uint32_t textHash) noexcept
-            : name(std::move(text)), hash(textHash)
+        Entry(TString text, std::uint32_t textHash) noexcept : name(std::move(text)), hash(textHash)
         {
         }
         Entry(const Entry&) = delete;

@@ -1,6 +1,7 @@
 #include <kescorexml/XMLDomFormatter.h>
 
 #include "Assertion.h"
+#include "DOMElementAccess.h"
 #include "KesErrors.h"
 
 #include <kescorexml/Base64.h>
@@ -162,7 +163,15 @@ void XMLDomFormatter::OutputAttributes(const AttributeMap& attributes)
 void XMLDomFormatter::OutputDOMElement(const DOMElement& element)
 {
     DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xD26E62DD);
-    top.AppendChild(std::make_unique<DOMElement>(element));
+    // A copy made first would belong to the document of what it is a copy of, whose diagnostics it
+    // would take along if it could not be appended.
+    DOMElement* child = top.AddNewChild(TString());
+    try {
+        *child = element;
+    } catch (...) {
+        DOMElementAccess::Children(top).PopBack();
+        throw;
+    }
 }
 
 // Text

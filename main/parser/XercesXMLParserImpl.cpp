@@ -18,6 +18,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include <array>
 #include <utility>
 
 using xercesc::XMLUni;
@@ -193,11 +194,24 @@ void XercesXMLParserImpl::PrepareParserState()
                             {XMLUni::fgXercesValidationErrorAsFatal, false}});
 }
 
+void XercesXMLParserImpl::SwitchToValidating()
+{
+    m_noSchemaLoaded = false;
+    try {
+        PrepareParserState();
+    } catch (...) {
+        // A parser that went on without the base schemas would not validate, and say nothing.
+        m_noSchemaLoaded = true;
+        m_xsdNames.clear();
+        throw;
+    }
+}
+
 void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 {
     const Metrics::Scope scope("XercesXMLParser_LoadXSDSource");
-    if (std::exchange(m_noSchemaLoaded, false))
-        PrepareParserState();
+    if (m_noSchemaLoaded)
+        SwitchToValidating();
     if (xsdSource.Id().IsEmpty())
         ThrowAssertion(u"XercesXMLParser", 302, u"!xsdSource.Id().IsEmpty()",
                        KesErrorsError::LogicAssert_0xC83A570E());
@@ -208,6 +222,8 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
     const XercesInputSource schema =
         xercesableSource->GetXercesInputSource(ColonProcessingMode::None);
     {
+        // What a schema that could not be loaded has left belongs to no other.
+        m_handler->resetErrors();
         const LoadingSchemaScope loading(*m_handler);
         m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
     }
@@ -300,8 +316,17 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
 /// one. A new one, with the settings of the old, knows of no document before.
 void XercesXMLParserImpl::ForgetXmlVersion()
 {
+    // A new scanner does not take all of them over by itself.
+    std::array settings{Feature{XMLUni::fgXercesLoadExternalDTD, false},
+                        Feature{XMLUni::fgXercesDisableDefaultEntityResolution, true},
+                        Feature{XMLUni::fgXercesSkipDTDValidation, false},
+                        Feature{XMLUni::fgXercesHandleMultipleImports, false}};
+    for (Feature& setting : settings)
+        setting.value = m_reader->getFeature(setting.name);
     m_handler->ForgetLocator();
     m_reader->setProperty(XMLUni::fgXercesScannerName, const_cast<XMLCh*>(XMLUni::fgIGXMLScanner));
+    for (const Feature& setting : settings)
+        m_reader->setFeature(setting.name, setting.value);
     m_xmlVersionSticks = false;
 }
 

@@ -36,6 +36,7 @@ private:
     void SetXercesXMLHandler(XercesXMLHandler& handler);
     void SetEntityResolver();
     void PrepareParserState();
+    void SwitchToValidating();
     void DoXercesParse();
     void ScanDocument(const XercesInputSource& document);
     bool ScanProlog(const XercesInputSource& document, xercesc::XMLPScanToken& token);

@@ -32,7 +32,7 @@ public:
     /// Adds a compiled-in schema that every further parse validates against. CorvinaException when
     /// there is none for `id`.
     void AddXSDResourceId(QtKesResourceId id);
-    /// Adds a schema of the caller. Its identifier must not be empty.
+    /// Adds a schema of the caller. REQUIRES: a source, with an identifier that is not empty.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
 
     /// Whether elements record line and column of the ends of their tags. Off at first; costs a few

@@ -8,6 +8,13 @@
 
 #include <kesplatform/LogicException.h>
 
+#include <QFile>
+#include <QTemporaryDir>
+#include <kescorexml/DOM.h>
+#include <kesplatform/CorvinaException.h>
+#include <kesplatform/Resources.h>
+#include <kesplatform/TFile.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -152,4 +159,56 @@ TEST(DOMParserSchema, KeepsNothingOfAnEarlierParseInAReusedParser)
     EXPECT_FALSE(dom->GetDocumentRoot()->HasText());
     EXPECT_FALSE(parser.ParseXmlString("<?xml version='1.1'?><a>&#1;</a>", u"id")->HasErrors());
     EXPECT_TRUE(parser.ParseXmlString("<a>&#1;</a>", u"id")->HasErrors());
+}
+
+TEST(DOMParserSchema, OpensNoExternalDocumentTypeAfterADocumentOfVersion11)
+{
+    QTemporaryDir directory;
+    const QString dtd = directory.filePath("a.dtd");
+    QFile file(dtd);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("<!ELEMENT a EMPTY>");
+    file.close();
+
+    DOMParser parser;
+    parser.ParseXmlString("<?xml version='1.1'?><a/>", u"first");
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>(
+        TString(u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                u"<xs:element name='a'/></xs:schema>"),
+        u"a.xsd", false));
+    const TString document = TString(u"<!DOCTYPE a SYSTEM '") + TString(dtd) + u"'><a/>";
+    const std::unique_ptr<DOM> dom = parser.ParseXmlString(document, u"second");
+    EXPECT_THAT(dom->GetConcatenatedErrors().toStdString(),
+                ::testing::HasSubstr("unable to open DTD document"));
+}
+
+TEST(DOMParserSchema, ThatCouldNotBeSetUpDoesNotSwitchValidationOffInSilence)
+{
+    auto& names = ResourceRegistrationCache::GetInstance();
+    const TString base = u"KQRC_FILEFORMAT_XML_XSD";
+    DOMParser parser;
+    parser.ParseXmlString("<a/>", u"before");
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>(
+        TString(u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                u"<xs:element name='a' type='xs:int'/></xs:schema>"),
+        u"a.xsd", false));
+    names.Register(base, TString(), u"no such resource");
+    EXPECT_THROW(parser.ParseXmlString("<a>1</a>", u"broken"), CorvinaException);
+    names.Unregister(base, TString());
+    EXPECT_TRUE(parser.ParseXmlString("<a>x</a>", u"after")->HasErrors());
+    EXPECT_FALSE(parser.ParseXmlString("<a>1</a>", u"after")->HasErrors());
+}
+
+TEST(DOMParserSchema, LetsWhatTheStatisticsHandlerThrowsOutOfAFileParse)
+{
+    QTemporaryDir directory;
+    const QString path = directory.filePath("a.xml");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("<a/>");
+    file.close();
+    DOMParser parser;
+    parser.SetStatisticsEventHandler(
+        [](const DOMParserStatistics&) { throw TIO::Exception(TPath(u"elsewhere"), u"no room"); });
+    EXPECT_THROW(parser.ParseXmlFile(path), TIO::Exception);
 }
