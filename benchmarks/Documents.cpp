@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr std::array<std::string_view, 12> c_words{"alpha", "north",  "measure", "of",
-                                                   "value", "sum",    "region",  "the",
-                                                   "sales", "forecast", "by",    "quarter"};
+constexpr std::array<std::string_view, 12> c_words{"alpha", "north",    "measure", "of",
+                                                   "value", "sum",      "region",  "the",
+                                                   "sales", "forecast", "by",      "quarter"};
 
 class Writer
 {

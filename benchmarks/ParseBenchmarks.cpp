@@ -89,9 +89,8 @@ std::unique_ptr<xercesc::XercesDOMParser> MakeXercesDom(const Document& document
 {
     auto tree = std::make_unique<xercesc::XercesDOMParser>();
     tree->setLoadExternalDTD(false);
-    const xercesc::MemBufInputSource source(
-        reinterpret_cast<const XMLByte*>(document.bytes.data()), document.bytes.size(),
-        "document");
+    const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(document.bytes.data()),
+                                            document.bytes.size(), "document");
     tree->parse(source);
     return tree;
 }
@@ -109,8 +108,8 @@ void MeasureHeap(const std::string& name, const Document& document, Make&& make)
     const std::size_t before = GetHeapInUse();
     auto tree = make();
     const std::size_t after = GetHeapInUse();
-    AddValue(name, static_cast<double>(after - before) /
-                       static_cast<double>(document.bytes.size()));
+    AddValue(name,
+             static_cast<double>(after - before) / static_cast<double>(document.bytes.size()));
 }
 
 } // namespace
@@ -161,8 +160,7 @@ void MeasureHeaps()
             MeasureHeap(full, document, make);
             AddRatio({"heap, bytes a source byte", document.name, full, "1", limit});
         };
-        measure("kescorexml", 6,
-                [&] { return parser.ParseXmlString(document.bytes, TString()); });
+        measure("kescorexml", 6, [&] { return parser.ParseXmlString(document.bytes, TString()); });
         measure("pugixml", 0, [&] { return MakePugixml(document); });
         measure("libxml2", 0, [&] { return MakeLibxml2(document); });
         measure("tinyxml2", 0, [&] { return MakeTinyxml2(document); });

@@ -66,19 +66,18 @@ void RegisterWriteBenchmarks()
 {
     for (const Document& document : GetDocuments()) {
         const std::string suffix = "/" + document.name;
-        const auto add = [&](const char* name, void (*function)(benchmark::State&,
-                                                                const Document&)) {
-            benchmark::RegisterBenchmark((name + suffix).c_str(),
-                                         [function, &document](benchmark::State& state) {
-                                             function(state, document);
-                                         })
-                ->Unit(benchmark::kMillisecond);
+        const auto add = [&](const char* name,
+                             void (*function)(benchmark::State&, const Document&)) {
+            benchmark::RegisterBenchmark((name + suffix).c_str(), [function, &document](
+                                                                      benchmark::State& state) {
+                function(state, document);
+            })->Unit(benchmark::kMillisecond);
         };
         add("write", Ours);
         add("write:pugixml", Pugixml);
         add("write:libxml2", Libxml2);
-        AddRatio({"RenderAsXMLString", document.name, "write" + suffix, "write:pugixml" + suffix,
-                  1.5});
+        AddRatio(
+            {"RenderAsXMLString", document.name, "write" + suffix, "write:pugixml" + suffix, 1.5});
         AddRatio({"dump of libxml2, formatted", document.name, "write:libxml2" + suffix,
                   "write:pugixml" + suffix, 0});
     }

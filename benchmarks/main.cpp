@@ -29,8 +29,7 @@ int main(int argc, char** argv)
     MeasureHeaps();
     RegisterParseBenchmarks();
     RegisterWriteBenchmarks();
-    const int exceeded =
-        RunAndPrintRatios(static_cast<int>(arguments.size()), arguments.data());
+    const int exceeded = RunAndPrintRatios(static_cast<int>(arguments.size()), arguments.data());
     if (exceeded > 0)
         std::fprintf(stderr, "%d ratios are above their limits\n", exceeded);
     return check && exceeded > 0 ? 1 : 0;

@@ -28,6 +28,5 @@ private:
 };
 
 /// Throws a LogicException made of the arguments.
-[[noreturn]] KESPLATFORM_EXPORT void ThrowLogicException(const TString& file, int line,
-                                                         const TString& text,
-                                                         const CorvinaError& error);
+[[noreturn]] KESPLATFORM_EXPORT void
+ThrowLogicException(const TString& file, int line, const TString& text, const CorvinaError& error);

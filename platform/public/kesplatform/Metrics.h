@@ -15,8 +15,7 @@ class KESPLATFORM_EXPORT Sink
 public:
     virtual ~Sink();
     virtual void ScopeOpened(std::string_view name, std::uint64_t flags) = 0;
-    virtual void ValueEmitted(std::string_view scope, std::string_view key,
-                              std::int64_t value) = 0;
+    virtual void ValueEmitted(std::string_view scope, std::string_view key, std::int64_t value) = 0;
     virtual void BytesEmitted(std::string_view scope, std::string_view key,
                               std::string_view bytes) = 0;
     virtual void ScopeClosed(std::string_view name, std::int64_t nanoseconds) = 0;

@@ -31,11 +31,8 @@ private:
     static TString ToText(const TString& text) { return text; }
     static TString ToText(const char16_t* text) { return text; }
     template <typename Number>
-        requires std::is_arithmetic_v<Number>
-    static TString ToText(Number number)
-    {
-        return TString::number(number);
-    }
+    requires std::is_arithmetic_v<Number>
+    static TString ToText(Number number) { return TString::number(number); }
 
     TString Replace(std::span<const TString> arguments) const;
 

@@ -9,7 +9,15 @@
 
 namespace TLog {
 
-enum AnySeverity { Trace = 0, Debug = 1, Info = 2, Warning = 3, Error = 4, Fatal = 5 };
+enum AnySeverity
+{
+    Trace = 0,
+    Debug = 1,
+    Info = 2,
+    Warning = 3,
+    Error = 4,
+    Fatal = 5
+};
 
 /// One message on its way to the sink. The references end with the call of the sink.
 struct Record
