@@ -28,5 +28,5 @@ add_custom_command(
   DEPENDS ${translation_dir}/kescorexml.qrc ${translation_files}
   VERBATIM)
 
-target_sources(kescorexml PRIVATE ${resource_source})
-target_include_directories(kescorexml PRIVATE ${PROJECT_SOURCE_DIR}/resources)
+target_sources(kescorexml_objects PRIVATE ${resource_source})
+target_include_directories(kescorexml_objects PRIVATE ${PROJECT_SOURCE_DIR}/resources)

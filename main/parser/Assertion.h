@@ -1,8 +1,12 @@
 #pragma once
 
-#include <kesplatform/TError.h>
+#include <kesplatform/LogicException.h>
 
 /// Throws the LogicException of a broken contract that was noticed in the source file
 /// `source` (its name without extension) of this module.
-[[noreturn]] void ThrowAssertion(const char16_t* source, int line, const TString& text,
-                                 const CorvinaError& error);
+[[noreturn]] inline void ThrowAssertion(const char16_t* source, int line, const TString& text,
+                                        const CorvinaError& error)
+{
+    ThrowLogicException(TString(u"modules/platform/kescorexml/main/parser/") + source, line, text,
+                        error);
+}

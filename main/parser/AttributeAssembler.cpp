@@ -3,7 +3,9 @@
 #include "XercesColonSanitizer.h"
 #include "XercesText.h"
 
+#include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 
 namespace {
@@ -13,6 +15,23 @@ namespace {
 bool MayBeSanitized(std::u16string_view name)
 {
     return name.starts_with(u"IllegalColon:") || name.starts_with(u"xmlns:IllegalColon");
+}
+
+/// Null gives the empty text.
+const char16_t* ToTerminated(const XMLCh* text) noexcept
+{
+    return text == nullptr ? u"" : reinterpret_cast<const char16_t*>(text);
+}
+
+/// The list of these names, all of which the attributes keep; null when they are left to the map.
+AttributeNames* FindOrMakeNames(ParsedNames& names, ParsedNames::Entry& element,
+                                std::span<const char16_t* const> qualifiedNames)
+{
+    if (AttributeNames* list = ParsedNames::FindAttributeNames(element, qualifiedNames))
+        return list;
+    if (std::any_of(qualifiedNames.begin(), qualifiedNames.end(), MayBeSanitized))
+        return nullptr;
+    return names.MakeAttributeNames(element, qualifiedNames);
 }
 
 } // namespace
@@ -41,23 +60,19 @@ AttributeStorage PackAttributes(ParseArena& arena, ParsedNames& names, ParsedNam
     AttributeStorage storage;
     if (count == 0)
         return storage;
-    std::array<std::u16string_view, AttributeNames::maxCount> qualifiedNames;
-    std::array<std::u16string_view, AttributeNames::maxCount> values;
-    bool packable = count <= AttributeNames::maxCount;
-    for (XMLSize_t i = 0; packable && i < count; ++i) {
-        qualifiedNames[i] = ViewXMLCh(attributes.getQName(i));
-        values[i] = ViewXMLCh(attributes.getValue(i));
-        packable = !MayBeSanitized(qualifiedNames[i]);
-    }
-    if (packable) {
-        AttributeNames* list =
-            names.FindAttributeNames(element, std::span(qualifiedNames.data(), count));
-        AttributeBlock* block =
-            list == nullptr ? nullptr
-                            : AttributeBlock::Create(arena, *list, std::span(values.data(), count));
-        if (block != nullptr) {
-            storage.Adopt(block);
-            return storage;
+    if (count <= AttributeNames::maxCount) {
+        // Not initialised, which would cost more than to fill in the few that are used.
+        std::array<const char16_t*, AttributeNames::maxCount> texts;
+        const std::span<const char16_t* const> used(texts.data(), count);
+        for (XMLSize_t i = 0; i < count; ++i)
+            texts[i] = ToTerminated(attributes.getQName(i));
+        if (AttributeNames* list = FindOrMakeNames(names, element, used)) {
+            for (XMLSize_t i = 0; i < count; ++i)
+                texts[i] = ToTerminated(attributes.getValue(i));
+            if (AttributeBlock* block = AttributeBlock::Create(arena, *list, used)) {
+                storage.Adopt(block);
+                return storage;
+            }
         }
     }
     storage.Replace(ToAttributeMap(names, attributes));

@@ -2,7 +2,6 @@
 
 #include "ParseArena.h"
 
-#include <kescorexml/Export.h>
 #include <kesplatform/TString.h>
 
 #include <array>
@@ -13,10 +12,10 @@
 #include <string_view>
 
 /// The names of an element's attributes in one order, shared by all the blocks that have just
-/// these names. Immutable.
+/// these names. Immutable, but for what the parse that it comes from notes down.
 ///
 /// Safe to use from several threads.
-class KESCOREXML_EXPORT AttributeNames
+class AttributeNames
 {
 public:
     /// More attributes than this are kept in a map from the start: look-up in a block is linear.
@@ -34,6 +33,10 @@ public:
     const TString& Name(std::size_t index) const noexcept { return m_names[index]; }
     /// The index of the name that comes `rank`-th in ascending order.
     std::size_t Sorted(std::size_t rank) const noexcept { return m_sorted[rank]; }
+    /// Whether the slab of this number was told to keep the names alive. Part of a parse: for one
+    /// thread at a time.
+    bool IsKeptIn(const ParseArena::SlabNumber& slab) const noexcept { return m_keptIn == slab; }
+    void SetKeptIn(const ParseArena::SlabNumber& slab) noexcept { m_keptIn = slab; }
     /// The index of `name`, or Count().
     std::size_t Find(const TString& name) const noexcept;
 
@@ -42,24 +45,31 @@ private:
 
     std::atomic<std::uint32_t> m_references{1};
     std::uint32_t m_count;
+    /// The last slab that keeps the names alive.
+    ParseArena::SlabNumber m_keptIn;
     std::array<TString, maxCount> m_names;
     std::array<std::uint8_t, maxCount> m_sorted{};
 };
 
 /// The attributes of one element, packed: where their names are, then the values one after the
 /// other. Lives in a slab, whose references count for it. Immutable once written.
-class KESCOREXML_EXPORT AttributeBlock
+class AttributeBlock
 {
 public:
     /// The values in the order of `names`, with one reference, the caller's; null when they take
     /// more room than an arena gives to one object. The slab keeps `names` alive.
     static AttributeBlock* Create(ParseArena& arena, AttributeNames& names,
                                   std::span<const std::u16string_view> values);
+    /// The same for zero-terminated values.
+    static AttributeBlock* Create(ParseArena& arena, AttributeNames& names,
+                                  std::span<const char16_t* const> values);
     AttributeBlock(const AttributeBlock&) = delete;
     AttributeBlock& operator=(const AttributeBlock&) = delete;
 
     void Retain() noexcept { Slab().Retain(); }
     void Release() noexcept { Slab().Release(); }
+    /// The slab in which the block lies.
+    ParseSlab& GetSlab() const noexcept { return Slab(); }
 
     const AttributeNames& Names() const noexcept { return *m_names; }
     std::size_t Count() const noexcept { return m_names->Count(); }
@@ -90,6 +100,9 @@ private:
         : m_names(&names), m_slabOffset(slabOffset)
     {
     }
+
+    static AttributeBlock* CreateInRoom(ParseArena& arena, AttributeNames& names,
+                                        std::span<const char16_t* const> values);
 
     ParseSlab& Slab() const noexcept { return ParseSlab::At(this, m_slabOffset); }
     const std::byte* Slot(std::size_t index) const noexcept

@@ -34,6 +34,14 @@ void AttributeStorage::Adopt(AttributeBlock* block) noexcept
     m_state.store(reinterpret_cast<std::uintptr_t>(block), std::memory_order_relaxed);
 }
 
+AttributeBlock* AttributeStorage::TakeBlock() noexcept
+{
+    AttributeBlock* block = ToBlock(m_state.load(std::memory_order_acquire));
+    if (block != nullptr)
+        m_state.store(0, std::memory_order_relaxed);
+    return block;
+}
+
 AttributeStorage::AttributeStorage(const AttributeStorage& other)
 {
     const std::uintptr_t state = other.m_state.load(std::memory_order_acquire);
@@ -48,8 +56,10 @@ AttributeStorage::AttributeStorage(const AttributeStorage& other)
 }
 
 AttributeStorage::AttributeStorage(AttributeStorage&& other) noexcept
-    : m_state(other.m_state.exchange(0, std::memory_order_relaxed))
+    : m_state(other.m_state.load(std::memory_order_relaxed))
 {
+    // Nobody else may look at what is moved from: no exchange is needed, which would lock.
+    other.m_state.store(0, std::memory_order_relaxed);
 }
 
 void AttributeStorage::Destroy() noexcept
@@ -183,6 +193,6 @@ void AttributeStorage::Take(AttributeStorage&& replacement) noexcept
         box->map = std::move(ToBox(replacement.m_state.load(std::memory_order_relaxed))->map);
         return;
     }
-    m_state.store(replacement.m_state.exchange(own, std::memory_order_relaxed),
-                  std::memory_order_release);
+    m_state.store(replacement.m_state.load(std::memory_order_relaxed), std::memory_order_release);
+    replacement.m_state.store(own, std::memory_order_relaxed);
 }

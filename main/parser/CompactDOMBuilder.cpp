@@ -14,11 +14,11 @@ CompactDOMBuilder::CompactDOMBuilder(DOM& dom, bool keepWhitespaceText)
     m_open.push_back({nullptr, dom.GetRoot(), 0});
 }
 
-void CompactDOMBuilder::StartCompactElement(const TString& name, AttributeStorage&& attributes)
+void CompactDOMBuilder::StartCompactElement(TString&& name, AttributeStorage&& attributes)
 {
     DOMElement& parent = *m_open.back().element;
-    std::unique_ptr<DOMElement> element =
-        DOMElementAccess::NewParsedElement(m_arena, name, std::move(attributes), &m_dom, parent);
+    std::unique_ptr<DOMElement> element = DOMElementAccess::NewParsedElement(
+        m_arena, std::move(name), std::move(attributes), &m_dom, parent);
     if (m_location != nullptr) {
         int line = 0;
         int column = 0;

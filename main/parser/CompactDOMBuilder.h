@@ -18,7 +18,7 @@ public:
 
     void SetLocationInterface(SAXFileLocation* location) noexcept { m_location = location; }
     ParseArena& GetArena() override { return m_arena; }
-    void StartCompactElement(const TString& name, AttributeStorage&& attributes) override;
+    void StartCompactElement(TString&& name, AttributeStorage&& attributes) override;
     void CompactTextContent(std::u16string_view text) override;
     void EndCompactElement() override;
 

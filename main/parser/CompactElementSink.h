@@ -17,7 +17,7 @@ public:
 
     /// Where the attributes that come next are packed into.
     virtual ParseArena& GetArena() = 0;
-    virtual void StartCompactElement(const TString& name, AttributeStorage&& attributes) = 0;
+    virtual void StartCompactElement(TString&& name, AttributeStorage&& attributes) = 0;
     /// `text` is valid during the call.
     virtual void CompactTextContent(std::u16string_view text) = 0;
     virtual void EndCompactElement() = 0;

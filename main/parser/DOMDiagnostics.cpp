@@ -360,14 +360,21 @@ TString DOM::GetConcatenatedWarnings() const
     return Join(messages);
 }
 
-template KESCOREXML_EXPORT void DOM::GetErrors(const DOMElement&, std::list<TString>&) const;
-template KESCOREXML_EXPORT void DOM::GetErrors(const DOMElement&,
+// Named in full, for there are overloads of these names that are no templates.
+template KESCOREXML_EXPORT void DOM::GetErrors<std::list<TString>>(const DOMElement&,
+                                                                   std::list<TString>&) const;
+template KESCOREXML_EXPORT void
+DOM::GetErrors<std::list<TError::ErrorInfo>>(const DOMElement&,
+                                             std::list<TError::ErrorInfo>&) const;
+template KESCOREXML_EXPORT void DOM::GetErrors<std::vector<TString>>(const DOMElement&,
+                                                                     std::vector<TString>&) const;
+template KESCOREXML_EXPORT void DOM::GetWarnings<std::list<TString>>(const DOMElement&,
+                                                                     std::list<TString>&) const;
+template KESCOREXML_EXPORT void
+DOM::GetWarnings<std::list<TError::ErrorInfo>>(const DOMElement&,
                                                std::list<TError::ErrorInfo>&) const;
-template KESCOREXML_EXPORT void DOM::GetErrors(const DOMElement&, std::vector<TString>&) const;
-template KESCOREXML_EXPORT void DOM::GetWarnings(const DOMElement&, std::list<TString>&) const;
-template KESCOREXML_EXPORT void DOM::GetWarnings(const DOMElement&,
-                                                 std::list<TError::ErrorInfo>&) const;
-template KESCOREXML_EXPORT void DOM::GetWarnings(const DOMElement&, std::vector<TString>&) const;
+template KESCOREXML_EXPORT void DOM::GetWarnings<std::vector<TString>>(const DOMElement&,
+                                                                       std::vector<TString>&) const;
 
 // Clearing and moving
 

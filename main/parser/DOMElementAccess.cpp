@@ -1,6 +1,9 @@
 #include "DOMElementAccess.h"
 
+#include "AttributeBlock.h"
+
 #include <algorithm>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -144,6 +147,31 @@ void DOMElementAccess::ForgetElement(DOMElement& element) noexcept
     identity->Release();
 }
 
+void DOMElementAccess::DestroyLeaf(std::unique_ptr<DOMElement> element,
+                                   SlabReferences& references) noexcept
+{
+    if (element == nullptr || element->m_slabOffset == 0)
+        return;
+    DOMElement* leaf = element.release();
+    ParseSlab& slab = ParseSlab::At(leaf, leaf->m_slabOffset);
+    references.Add(TStringBlock::TakeReference(leaf->m_name));
+    references.Add(TStringBlock::TakeReference(leaf->m_text));
+    if (const AttributeBlock* block = leaf->m_attributes.TakeBlock())
+        references.Add(&block->GetSlab());
+    references.Add(leaf->m_children.TakeSlab());
+    if (leaf->m_parent == nullptr || Identity(*leaf) != nullptr) {
+        leaf->~DOMElement();
+    } else {
+        // All that the destructor has left to do for an element that nobody remembers.
+        std::destroy_at(&leaf->m_name);
+        std::destroy_at(&leaf->m_text);
+        std::destroy_at(&leaf->m_attributes);
+        if (leaf->m_children.HasMemory())
+            std::destroy_at(&leaf->m_children);
+    }
+    references.Add(&slab);
+}
+
 void DOMElementAccess::AttachChildren(ParseArena& arena, DOMElement& parent,
                                       std::span<std::unique_ptr<DOMElement>> children)
 {
@@ -152,14 +180,13 @@ void DOMElementAccess::AttachChildren(ParseArena& arena, DOMElement& parent,
     parent.m_children.FillIn(arena, children.data(), children.size());
 }
 
-std::unique_ptr<DOMElement> DOMElementAccess::NewParsedElement(ParseArena& arena,
-                                                               const TString& name,
+std::unique_ptr<DOMElement> DOMElementAccess::NewParsedElement(ParseArena& arena, TString name,
                                                                AttributeStorage&& attributes,
                                                                DOM* dom, DOMElement& parent)
 {
     ParseSlab* slab = nullptr;
     std::byte* memory = arena.Allocate(sizeof(DOMElement), slab);
-    std::unique_ptr<DOMElement> element(::new (memory) DOMElement(name));
+    std::unique_ptr<DOMElement> element(::new (memory) DOMElement(std::move(name)));
     element->m_slabOffset = slab->OffsetOf(memory);
     element->m_attributes.Take(std::move(attributes));
     element->m_dom = dom;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ParseArena.h"
+#include "SlabReferences.h"
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
@@ -10,7 +11,7 @@
 #include <span>
 
 /// What the module's own sources may do with an element that callers may not.
-class KESCOREXML_EXPORT DOMElementAccess
+class DOMElementAccess
 {
 public:
     static const AttributeStorage& Attributes(const DOMElement& element) noexcept
@@ -55,6 +56,10 @@ public:
     static void NameNoParent(DOMElement& element) noexcept;
     /// Detaches every loose element of a document that ends.
     static void DetachAllLoose(DOM& dom) noexcept;
+    /// Destroys an element without children, or null, and leaves to `references` what it referred
+    /// to.
+    static void DestroyLeaf(std::unique_ptr<DOMElement> element,
+                            SlabReferences& references) noexcept;
     /// Tells those who remember the element that it is gone.
     static void ForgetElement(DOMElement& element) noexcept;
 
@@ -63,7 +68,7 @@ public:
     static void AttachChildren(ParseArena& arena, DOMElement& parent,
                                std::span<std::unique_ptr<DOMElement>> children);
     /// A new element of a parse, attached to `dom`, in no list yet; `parent` is its parent to be.
-    static std::unique_ptr<DOMElement> NewParsedElement(ParseArena& arena, const TString& name,
+    static std::unique_ptr<DOMElement> NewParsedElement(ParseArena& arena, TString name,
                                                         AttributeStorage&& attributes, DOM* dom,
                                                         DOMElement& parent);
     static void AppendText(ParseArena& arena, DOMElement& element, std::u16string_view text);

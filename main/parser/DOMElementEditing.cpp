@@ -57,6 +57,9 @@ std::size_t DOMElement::FindInsertionIndex(const DOMElement* before) const
 
 DOMElement* DOMElement::InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before)
 {
+    if (child == nullptr)
+        ThrowAssertion(u"DOMElement", __LINE__, u"child != nullptr",
+                       KesErrorsError::LogicAssert_0xC4A61D58());
     // Most children are new, and nothing leads up to these.
     DOMElement* stale = nullptr;
     if (child.get() == this || child->HasChildren() || DOMElementAccess::IsRemembered(*child))

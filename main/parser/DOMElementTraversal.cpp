@@ -1,6 +1,33 @@
 #include <kescorexml/DOMElementTraversal.h>
 
+#include "DOMElementAccess.h"
+#include "PrefetchSiblings.h"
+
+#include <utility>
+
 namespace DOMElementTraversal {
+
+template <typename T>
+PreorderGeneratorTemplate<T>::PreorderGeneratorTemplate(T& start)
+{
+    m_stack.reserve(128);
+    m_stack.push_back(&start);
+}
+
+template <typename T>
+T* PreorderGeneratorTemplate<T>::Next()
+{
+    if (m_stack.empty())
+        return nullptr;
+    T* element = m_stack.back();
+    m_stack.pop_back();
+    if (m_stack.size() >= c_prefetchDistance)
+        PrefetchElement(*m_stack[m_stack.size() - c_prefetchDistance]);
+    const ElementList& children = DOMElementAccess::Children(std::as_const(*element));
+    for (const auto& child : children)
+        m_stack.push_back(child.get());
+    return element;
+}
 
 template <typename T>
 PreorderIteratorTemplate<T>::PreorderIteratorTemplate(T& start)

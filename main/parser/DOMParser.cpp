@@ -1,6 +1,7 @@
 #include <kescorexml/DOMParser.h>
 
 #include "Assertion.h"
+#include "BorrowedUtf8Source.h"
 #include "CompactDOMBuilder.h"
 #include "KesErrors.h"
 #include "XercesXMLParserImpl.h"
@@ -44,14 +45,15 @@ std::unique_ptr<DOM> MakeErrorDocument(const TString& message)
 
 } // namespace
 
-class DOMParser::Impl
+class KESCOREXML_NO_EXPORT DOMParser::Impl
 {
 public:
     std::shared_ptr<XercesXMLParser>
     CreateOrReuseExistingXercesParser(InputSource& source, std::shared_ptr<SAXInterface> sink);
 
     /// All of a parse but the report of its statistics.
-    std::unique_ptr<DOM> Parse(InputSource& source, bool keepWhitespaceText);
+    std::unique_ptr<DOM> Parse(InputSource& source, bool keepWhitespaceText,
+                               const ParseLimits& limits);
     void ReportStatistics(const InputSource& source) const;
 
     std::shared_ptr<XercesXMLParser> m_cachedParser;
@@ -123,7 +125,7 @@ void DOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStat
 std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source,
                                                     bool keepWhitespaceText) const
 {
-    std::unique_ptr<DOM> dom = m_impl->Parse(source, keepWhitespaceText);
+    std::unique_ptr<DOM> dom = m_impl->Parse(source, keepWhitespaceText, *this);
     m_impl->ReportStatistics(source);
     return dom;
 }
@@ -136,7 +138,8 @@ void DOMParser::Impl::ReportStatistics(const InputSource& source) const
     }
 }
 
-std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhitespaceText)
+std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhitespaceText,
+                                            const ParseLimits& limits)
 {
     const Metrics::Scope scope(m_xsdSources.empty() ? "DOMParser_ParseXmlInputSource"
                                                     : "DOMParser_ParseXmlInputSource_withXSD");
@@ -151,6 +154,7 @@ std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhites
     DOMElement& root = *dom->GetRoot();
     const auto builder = std::make_shared<CompactDOMBuilder>(*dom, keepWhitespaceText);
     const auto parser = CreateOrReuseExistingXercesParser(source, builder);
+    static_cast<ParseLimits&>(*parser) = limits;
     if (m_enableLineNumbersOnElements)
         builder->SetLocationInterface(parser.get());
     for (const auto& xsdSource : m_xsdSources) {
@@ -181,15 +185,16 @@ std::unique_ptr<DOM> DOMParser::ParseXmlString(TString&& text, const TString& id
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(const std::string& utf8, const TString& id) const
 {
-    return ParseXmlString(std::string(utf8), id);
+    const Metrics::Scope scope("DOMParser_ParseXmlString");
+    scope.Emit("'xmls'", static_cast<std::int64_t>(utf8.size()));
+    BorrowedUtf8Source source(utf8, id, true);
+    return ParseXmlInputSource(source, false);
 }
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(std::string&& utf8, const TString& id) const
 {
-    const Metrics::Scope scope("DOMParser_ParseXmlString");
-    scope.Emit("'xmls'", static_cast<std::int64_t>(utf8.size()));
-    Utf8InputSource source(std::move(utf8), id, true);
-    return ParseXmlInputSource(source, false);
+    const std::string taken = std::move(utf8);
+    return ParseXmlString(taken, id);
 }
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(const char* utf8, const TString& id) const
@@ -220,7 +225,7 @@ std::unique_ptr<DOM> DOMParser::ParseXmlFile(const TString& fileName) const
         source = InputSourceUtils::InputSourceFromFileName(fileName, true);
         if (!activity.IsClosed())
             activity.AddAttribute(u"source-size", source->Size());
-        dom = m_impl->Parse(*source, false);
+        dom = m_impl->Parse(*source, false, *this);
     } catch (const TIO::Exception& exception) {
         return MakeErrorDocument(exception.GetConcatenatedMessages());
     }

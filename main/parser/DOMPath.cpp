@@ -1,6 +1,7 @@
 #include <kescorexml/DOMPath.h>
 
 #include "DOMElementAccess.h"
+#include "PrefetchSiblings.h"
 
 #include <kescorexml/DOM.h>
 
@@ -45,6 +46,7 @@ inline bool StepToSibling(PathNode<T>& node)
     const ElementList& siblings = DOMElementAccess::Children(std::as_const(*node.parent));
     const auto next = static_cast<std::size_t>(++node.childIndex);
     if (next < siblings.size()) {
+        PrefetchNext(siblings, next);
         node.element = siblings[next].get();
         return true;
     }
@@ -200,6 +202,7 @@ void Generator<T>::StepIntoCurrentNode(std::uint64_t carried)
 {
     T* element = m_stack.back().element;
     const ElementList& children = DOMElementAccess::Children(std::as_const(*element));
+    PrefetchFirst(children);
     m_stack.push_back({children[0].get(), element, 0, carried});
 }
 

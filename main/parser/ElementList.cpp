@@ -10,6 +10,7 @@
 #include <limits>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 ElementList::~ElementList()
 {
@@ -31,6 +32,13 @@ void ElementList::FreeMemory() noexcept
         ParseSlab::At(m_header, offset).Release();
     else
         std::free(m_header);
+}
+
+ParseSlab* ElementList::TakeSlab() noexcept
+{
+    assert(empty());
+    const std::uint32_t offset = m_header == nullptr ? 0 : SlabOffset();
+    return offset == 0 ? nullptr : &ParseSlab::At(std::exchange(m_header, nullptr), offset);
 }
 
 std::size_t ElementList::Capacity() const noexcept

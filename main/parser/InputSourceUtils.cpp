@@ -1,23 +1,19 @@
 #include <kescorexml/InputSourceUtils.h>
 
+#include "FileSizeLimit.h"
+
 #include <kescorexml/FileInputSource.h>
 #include <kescorexml/StringInputSource.h>
 
 #include <kesplatform/Metrics.h>
 #include <kesplatform/TFile.h>
 
-namespace {
-
-constexpr std::int64_t c_largestFileInMemory = 0x3FFFFFFF;
-
-} // namespace
-
 std::unique_ptr<InputSource> InputSourceUtils::InputSourceFromFileName(const TString& fileName,
                                                                        bool skipLeadingWhitespace)
 {
     const Metrics::Scope scope("InputSourceFromFileName");
     const TPath path(fileName);
-    if (GetFileSize(path) > c_largestFileInMemory)
+    if (!FitsInMemory(GetFileSize(path)))
         return std::make_unique<FileInputSource>(fileName);
     return std::unique_ptr<InputSource>(new StringInputSource(StringInputSource::FromUtf8(),
                                                               TFile::LoadTextFileAsUtf8(path, 1),

@@ -46,6 +46,11 @@ inline CorvinaError LogicAssert_0x5B1D0C37()
     return {0x5B1D0C37, u"LogicException_LogicAssert_0x5B1D0C37"};
 }
 
+inline CorvinaError LogicAssert_0xC4A61D58()
+{
+    return {0xC4A61D58, u"LogicException_LogicAssert_0xC4A61D58"};
+}
+
 inline CorvinaError LogicAssert_0x7A94E2F1()
 {
     return {0x7A94E2F1, u"LogicException_LogicAssert_0x7A94E2F1"};

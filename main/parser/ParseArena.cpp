@@ -3,6 +3,7 @@
 #include "AttributeBlock.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 #include <utility>
@@ -11,6 +12,9 @@ namespace {
 
 /// The least that anything handed out takes of a slab.
 constexpr std::size_t c_smallestObject = alignof(void*);
+
+/// How many arenas there were.
+std::atomic<std::uint64_t> s_arenas{0};
 
 class SlabOwner final : public TStringBlock::Owner
 {
@@ -43,6 +47,11 @@ ParseSlab* ParseSlab::Create(std::size_t bytes)
     return new (memory) ParseSlab(bytes);
 }
 
+ParseArena::ParseArena() noexcept
+    : m_slabNumber{1 + s_arenas.fetch_add(1, std::memory_order_relaxed), 0}
+{
+}
+
 void ParseArena::OpenSlab(std::size_t bytes)
 {
     const std::size_t needed = sizeof(ParseSlab) + bytes;
@@ -52,25 +61,26 @@ void ParseArena::OpenSlab(std::size_t bytes)
     m_next = slab->Begin();
     m_end = slab->End();
     m_references = static_cast<std::size_t>(m_end - m_next) / c_smallestObject;
-    slab->Retain(m_references);
+    // What the parse makes is not seen by other threads before the arena is closed.
+    slab->RetainUnshared(m_references);
     m_nextSlabBytes = std::min(m_nextSlabBytes * 2, ParseSlab::maxBytes);
 }
 
 void ParseArena::Close() noexcept
 {
     if (ParseSlab* slab = std::exchange(m_slab, nullptr))
-        slab->Release(m_references + 1);
+        slab->ReleaseUnshared(m_references + 1);
+    ++m_slabNumber.slab;
     m_next = nullptr;
     m_end = nullptr;
 }
 
 TString ParseArena::MakeText(std::u16string_view text)
 {
-    const std::size_t bytes = TStringBlock::SlotSize(text.size());
-    if (text.empty() || bytes > maxObject)
+    if (!IsTextForSlab(text))
         return TString(text);
     ParseSlab* slab = nullptr;
-    std::byte* slot = Allocate(bytes, slab);
+    std::byte* slot = Allocate(TStringBlock::SlotSize(text.size()), slab);
     slab->WriteSlot(slot, text);
     return TStringBlock::AdoptSlot(slot);
 }
@@ -80,14 +90,11 @@ std::byte* ParseArena::AllocateNamed(std::size_t bytes, AttributeNames& names, P
     // One piece for both, so that they come into the same slab.
     const std::size_t keptAt = (bytes + alignof(void*) - 1) & ~(alignof(void*) - 1);
     const bool fits = static_cast<std::size_t>(m_end - m_next) >= keptAt;
-    if (fits) {
-        for (auto* kept = m_slab->FirstKeptNames(); kept != nullptr; kept = kept->next) {
-            if (kept->names == &names)
-                return Allocate(bytes, slab);
-        }
-    }
+    if (fits && names.IsKeptIn(m_slabNumber))
+        return Allocate(bytes, slab);
     std::byte* object = Allocate(keptAt + sizeof(ParseSlab::KeptNames), slab);
     names.Retain();
+    names.SetKeptIn(m_slabNumber);
     slab->FirstKeptNames() =
         new (object + keptAt) ParseSlab::KeptNames{slab->FirstKeptNames(), &names};
     return object;

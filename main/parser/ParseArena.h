@@ -1,10 +1,12 @@
 #pragma once
 
-#include <kescorexml/Export.h>
+#include "Prefetch.h"
+
 #include <kesplatform/TString.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 class AttributeNames;
@@ -53,14 +55,15 @@ private:
 };
 
 /// Hands out memory from slabs, each bigger than the one before up to ParseSlab::maxBytes. One
-/// parse uses one arena, on one thread; what came out of it may end on any.
-class KESCOREXML_EXPORT ParseArena
+/// parse uses one arena, on one thread, and what comes out of it stays there until the arena is
+/// closed; from then on it may end on any.
+class ParseArena
 {
 public:
     /// What is larger is not worth a place in a slab.
     static constexpr std::size_t maxObject = ParseSlab::maxBytes / 8;
 
-    ParseArena() = default;
+    ParseArena() noexcept;
     ParseArena(const ParseArena&) = delete;
     ParseArena& operator=(const ParseArena&) = delete;
     ~ParseArena() { Close(); }
@@ -76,13 +79,41 @@ public:
         slab = m_slab;
         std::byte* object = m_next;
         m_next += bytes;
+        PrefetchAhead(bytes);
         return object;
     }
 
     /// Lets go of the slab in use; what is in it stays.
     void Close() noexcept;
 
+    /// Whether MakeText puts a text into a slab; it makes others as TString does.
+    static bool IsTextForSlab(std::u16string_view text) noexcept
+    {
+        return !text.empty() && TStringBlock::SlotSize(text.size()) <= maxObject;
+    }
     TString MakeText(std::u16string_view text);
+    /// A text that stands in the slab in use, made by MakeText or FinishSlot before.
+    TString ShareText(const std::byte* slot) noexcept
+    {
+        --m_references;
+        return TStringBlock::AdoptSlot(slot);
+    }
+
+    /// The slab in use, or null.
+    ParseSlab* GetSlab() const noexcept { return m_slab; }
+    /// What is left of it: there begins the next object that is not larger.
+    std::span<std::byte> GetRoom() const noexcept { return {m_next, m_end}; }
+    /// A number that no other slab has or had.
+    struct SlabNumber
+    {
+        std::uint64_t arena = 0;
+        std::uint64_t slab = 0;
+
+        bool operator==(const SlabNumber&) const = default;
+    };
+    /// The number of the slab in use, or to be used next.
+    const SlabNumber& GetSlabNumber() const noexcept { return m_slabNumber; }
+
     /// Room for attributes named by `names`, which `slab` keeps alive.
     std::byte* AllocateNamed(std::size_t bytes, AttributeNames& names, ParseSlab*& slab);
 
@@ -90,11 +121,22 @@ private:
     static constexpr std::size_t c_firstSlabBytes = 1024;
 
     void OpenSlab(std::size_t bytes);
+    /// Memory that is written for the first time in long is waited for; so it is asked for while
+    /// what comes before it is filled in.
+    void PrefetchAhead(std::size_t bytes) const noexcept
+    {
+        constexpr std::size_t distance = 1024;
+        constexpr std::size_t line = 64;
+        for (std::size_t i = 0; i < bytes; i += line)
+            PrefetchForWriting(m_next + distance + i);
+    }
 
     ParseSlab* m_slab = nullptr;
+    SlabNumber m_slabNumber;
     std::byte* m_next = nullptr;
     std::byte* m_end = nullptr;
-    /// References to the slab that were taken at once and not given out yet.
+    /// References to the slab that were taken at once and not given out yet: one for each of the
+    /// smallest objects that it could hold. Elements, being larger, leave enough for their names.
     std::size_t m_references = 0;
     std::size_t m_nextSlabBytes = c_firstSlabBytes;
 };

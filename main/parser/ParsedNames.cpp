@@ -1,5 +1,7 @@
 #include "ParsedNames.h"
 
+#include "TerminatedText.h"
+
 #include <QHashFunctions>
 
 #include <algorithm>
@@ -9,12 +11,12 @@ namespace {
 
 constexpr std::size_t c_initialSlots = 64;
 
-bool HasNames(const AttributeNames& list, std::span<const std::u16string_view> names)
+bool HasNames(const AttributeNames& list, std::span<const char16_t* const> names)
 {
     if (list.Count() != names.size())
         return false;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (list.Name(i).view() != names[i])
+        if (!TerminatedText::Equals(names[i], list.Name(i).view()))
             return false;
     }
     return true;
@@ -57,7 +59,8 @@ ParsedNames::Entry& ParsedNames::Find(std::u16string_view name)
     std::size_t mask = m_slots.size() - 1;
     std::size_t slot = hash & mask;
     while (Entry* entry = m_slots[slot]) {
-        if (entry->hash == hash && entry->name.view() == name)
+        if (entry->hash == hash && entry->name.view().size() == name.size() &&
+            std::memcmp(entry->name.utf16(), name.data(), name.size() * sizeof(char16_t)) == 0)
             return *entry;
         slot = (slot + 1) & mask;
     }
@@ -72,6 +75,32 @@ ParsedNames::Entry& ParsedNames::Find(std::u16string_view name)
     m_slots[slot] = &made;
     m_units += name.size();
     return made;
+}
+
+ParsedNames::Entry& ParsedNames::FindNextElement(const char16_t* name)
+{
+    Entry* const expected = m_lastElement == nullptr ? nullptr : m_lastElement->successor;
+    if (expected != nullptr && TerminatedText::Equals(name, expected->name.view())) {
+        m_lastElement = expected;
+        return *expected;
+    }
+    Entry& found = Find(name);
+    if (m_lastElement != nullptr)
+        m_lastElement->successor = &found;
+    m_lastElement = &found;
+    return found;
+}
+
+TString ParsedNames::GetNameIn(ParseArena& arena, Entry& entry)
+{
+    if (entry.slabNumber == arena.GetSlabNumber())
+        return arena.ShareText(entry.slot);
+    if (!ParseArena::IsTextForSlab(entry.name.view()))
+        return entry.name;
+    TString name = arena.MakeText(entry.name.view());
+    entry.slot = TStringBlock::SlotOf(name);
+    entry.slabNumber = arena.GetSlabNumber();
+    return name;
 }
 
 void ParsedNames::Grow()
@@ -92,19 +121,27 @@ void ParsedNames::Forget() noexcept
     std::fill(m_slots.begin(), m_slots.end(), nullptr);
     m_entries.clear();
     m_units = 0;
+    m_lastElement = nullptr;
 }
 
 AttributeNames* ParsedNames::FindAttributeNames(Entry& element,
-                                                std::span<const std::u16string_view> names)
+                                                std::span<const char16_t* const> names)
 {
     auto& lists = element.attributeNames;
     for (std::size_t i = 0; i < lists.size() && lists[i] != nullptr; ++i) {
         if (HasNames(*lists[i], names)) {
-            std::rotate(lists.begin(), lists.begin() + static_cast<std::ptrdiff_t>(i),
-                        lists.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+            if (i > 0)
+                std::rotate(lists.begin(), lists.begin() + static_cast<std::ptrdiff_t>(i),
+                            lists.begin() + static_cast<std::ptrdiff_t>(i) + 1);
             return lists[0];
         }
     }
+    return nullptr;
+}
+
+AttributeNames* ParsedNames::MakeAttributeNames(Entry& element,
+                                                std::span<const char16_t* const> names)
+{
     std::array<TString, AttributeNames::maxCount> texts;
     for (std::size_t i = 0; i < names.size(); ++i) {
         texts[i] = Find(names[i]).name;
@@ -113,6 +150,7 @@ AttributeNames* ParsedNames::FindAttributeNames(Entry& element,
             return nullptr;
     }
     auto* made = new AttributeNames(std::span<const TString>(texts.data(), names.size()));
+    auto& lists = element.attributeNames;
     if (lists.back() != nullptr)
         lists.back()->Release();
     std::rotate(lists.begin(), lists.end() - 1, lists.end());

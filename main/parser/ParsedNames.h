@@ -33,16 +33,32 @@ public:
         std::uint32_t hash;
         /// For an element: the attribute lists that elements of this name had, the latest first.
         std::array<AttributeNames*, 4> attributeNames{};
+        /// For an element: the one that began after the last of this name.
+        Entry* successor = nullptr;
+        /// The last copy of the name that was put into a slab, and the number of that slab.
+        const std::byte* slot = nullptr;
+        ParseArena::SlabNumber slabNumber;
     };
 
     ParsedNames();
 
     /// The entry of a name, made on first use; valid until the next ForgetIfLarge.
     Entry& Find(std::u16string_view name);
-    /// The list of these attribute names on elements of the name `element`. REQUIRES: at most
-    /// AttributeNames::maxCount names. Null when two of them are equal. The list is valid until the
-    /// next call; whoever keeps it retains it.
-    AttributeNames* FindAttributeNames(Entry& element, std::span<const std::u16string_view> names);
+    /// The same for the zero-terminated name of the element that begins next. Quick when names
+    /// follow upon each other as they did before.
+    Entry& FindNextElement(const char16_t* name);
+    /// The name of an entry, where it fits with a reference to the slab in use, which other things
+    /// that are made for an element refer to, too.
+    static TString GetNameIn(ParseArena& arena, Entry& entry);
+
+    /// The list of just these zero-terminated attribute names that elements of the name `element`
+    /// had not long ago, or null. The list is valid until MakeAttributeNames is called; whoever
+    /// keeps it retains it.
+    static AttributeNames* FindAttributeNames(Entry& element,
+                                              std::span<const char16_t* const> names);
+    /// A new such list. Null when two of the names are equal. REQUIRES: at most
+    /// AttributeNames::maxCount names.
+    AttributeNames* MakeAttributeNames(Entry& element, std::span<const char16_t* const> names);
 
     /// Between elements: bounds what a document of very many names can make this hold.
     void ForgetIfLarge() noexcept
@@ -67,6 +83,8 @@ private:
 
     std::uint64_t m_seed;
     std::size_t m_units = 0;
+    /// The element that began last; null before the first.
+    Entry* m_lastElement = nullptr;
     std::deque<Entry> m_entries;
     /// Open addressing with linear probing, at most half full; its size is a power of two.
     std::vector<Entry*> m_slots;

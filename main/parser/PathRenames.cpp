@@ -9,6 +9,8 @@ void PathRenames::SetCRC(const TPath& path, const TPath& target, int crc)
 {
     if (path.IsEmpty())
         return;
+    // `target` may be a path of the map, which is written to below.
+    const TPath targetDirectory = target.RemoveFilename();
     const auto [known, isNew] = m_targetsByChecksum.try_emplace(crc, target);
     if (!isNew)
         SetRename(path, known->second);
@@ -16,7 +18,6 @@ void PathRenames::SetCRC(const TPath& path, const TPath& target, int crc)
     const TPath directory = path.RemoveFilename();
     if (directory.IsEmpty())
         return;
-    const TPath targetDirectory = target.RemoveFilename();
     if (m_directories.insert(directory).second) {
         SetRename(directory, targetDirectory);
         return;

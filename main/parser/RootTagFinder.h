@@ -2,7 +2,6 @@
 
 #include "ConstructScanner.h"
 
-#include <kescorexml/Export.h>
 #include <kescorexml/XMLUtils.h>
 
 #include <cstddef>
@@ -13,7 +12,7 @@
 /// answer is that of XmlUtils::FindRootTag for all of the text so far; the time that all calls take
 /// together is linear in the length of the text, however small the pieces.
 /// Different objects may be used from different threads.
-class KESCOREXML_EXPORT RootTagFinder
+class RootTagFinder
 {
 public:
     /// `headSoFar` is the text from its very beginning, at least as long as in the call before.

@@ -96,6 +96,7 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlInputSource(InputSource& sour
     const Metrics::Scope scope("StandaloneDOMParser_ParseXmlInputSource", c_metricsFlags);
     const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
     const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
+    static_cast<ParseLimits&>(*parser) = *this;
     if (m_state->allowEntityExpansion)
         parser->AllowEntityExpansion_Insecure();
     for (const std::unique_ptr<InputSource>& schema : m_state->xsdSources) {

@@ -1,16 +1,33 @@
 #include "Utf8Guard.h"
 
+#include "ByteScan.h"
+
 #include <algorithm>
 
 namespace {
 
 constexpr std::string_view c_whitespace = " \t\r\n";
 
-bool BeginsBeyondLastCharacter(char byte) noexcept
+struct BeginsBeyondLastCharacter
 {
-    const auto value = static_cast<unsigned char>(byte);
-    return value >= 0xF5 && value <= 0xF7;
-}
+    bool operator()(const char* p) const noexcept
+    {
+        const auto value = static_cast<unsigned char>(*p);
+        return value >= 0xF5 && value <= 0xF7;
+    }
+#if defined(__SSE2__)
+    ByteScan::Block MayMatch(const char* p) const noexcept
+    {
+        // Well-formed text has no byte from F5 on.
+        const ByteScan::Block bytes = ByteScan::Load(p);
+        return _mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8('\xF5')), bytes);
+    }
+    ByteScan::Block Hint(const char* p) const noexcept
+    {
+        return MayMatch(p);
+    }
+#endif
+};
 
 /// Removes `prefix` and the white space behind it, if the text begins with it.
 bool Take(std::string_view& text, std::string_view prefix)
@@ -64,15 +81,10 @@ bool Utf8Guard::IsReadAsUtf8(std::string_view bytes)
            EqualsIgnoringCase(encoding, "UTF8");
 }
 
-std::shared_ptr<const std::string>
-Utf8Guard::RefuseBeyondLastCharacter(const std::shared_ptr<const std::string>& utf8)
+void Utf8Guard::RefuseBeyondLastCharacter(std::span<char> bytes) noexcept
 {
-    bool found = false;
-    for (const char byte : *utf8)
-        found |= BeginsBeyondLastCharacter(byte);
-    if (!found)
-        return utf8;
-    auto copy = std::make_shared<std::string>(*utf8);
-    std::replace_if(copy->begin(), copy->end(), BeginsBeyondLastCharacter, '\xFF');
-    return copy;
+    std::size_t found = 0;
+    while ((found = ByteScan::FindFirst(bytes.data(), found, bytes.size(),
+                                        BeginsBeyondLastCharacter{})) != ByteScan::c_npos)
+        bytes[found++] = '\xFF';
 }

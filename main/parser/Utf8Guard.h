@@ -1,7 +1,6 @@
 #pragma once
 
-#include <memory>
-#include <string>
+#include <span>
 #include <string_view>
 
 /// The scanner drops, without a word, some sequences of four bytes that begin with F5 to F7: they
@@ -13,9 +12,7 @@ namespace Utf8Guard {
 /// nothing.
 bool IsReadAsUtf8(std::string_view bytes);
 
-/// The text as it is when it holds none of those bytes; else a copy that has, in place of each, a
-/// byte that the scanner always refuses.
-std::shared_ptr<const std::string>
-RefuseBeyondLastCharacter(const std::shared_ptr<const std::string>& utf8);
+/// Puts, in place of each of those bytes, one that the scanner always refuses.
+void RefuseBeyondLastCharacter(std::span<char> bytes) noexcept;
 
 } // namespace Utf8Guard

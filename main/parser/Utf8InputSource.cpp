@@ -12,7 +12,14 @@ Utf8InputSource::Utf8InputSource(const std::string& utf8, const TString& id,
 }
 
 Utf8InputSource::Utf8InputSource(std::string&& utf8, const TString& id, bool skipLeadingWhitespace)
-    : InputSource(id), m_data(std::make_shared<const std::string>(std::move(utf8))),
+    : Utf8InputSource(std::make_shared<const std::string>(std::move(utf8)), id,
+                      skipLeadingWhitespace)
+{
+}
+
+Utf8InputSource::Utf8InputSource(std::shared_ptr<const std::string> utf8, const TString& id,
+                                 bool skipLeadingWhitespace)
+    : InputSource(id), m_data(std::move(utf8)),
       m_position(skipLeadingWhitespace ? SkipLeadingWhitespace(*m_data) : 0), m_start(m_position)
 {
 }

@@ -1,6 +1,7 @@
 #include <kescorexml/XMLDomFormatter.h>
 
 #include "Assertion.h"
+#include "CompleteStringFormatter.h"
 #include "DOMElementAccess.h"
 #include "KesErrors.h"
 
@@ -113,6 +114,11 @@ DOMElement* XMLDomFormatter::GetDocumentRoot() const
 DOMElement* XMLDomFormatter::GetElement(const TString& name) const
 {
     return m_document == nullptr ? nullptr : m_document->GetElement(name);
+}
+
+void XMLDomFormatter::Indent()
+{
+    IndentWithoutLimit();
 }
 
 // Tags and trees
@@ -252,7 +258,7 @@ void XMLDomFormatter::Format(XMLFormatter& target, const DOMElement& element)
 
 TString XMLDomFormatter::GetOutput(FormatMode mode)
 {
-    XMLStringFormatter formatter(c_indentUnit, false);
+    CompleteStringFormatter formatter(c_indentUnit, false);
     formatter.SetFormatMode(mode);
     if (m_hasHeader)
         formatter.OutputHeader();

@@ -1,9 +1,9 @@
 #include "XMLEscaping.h"
 
+#include "TableEscaping.h"
 #include "UnitBlock.h"
 
-#include <kesplatform/TFormatString.h>
-#include <kesplatform/TLog.h>
+#include <QStringView>
 
 #include <algorithm>
 
@@ -41,52 +41,6 @@ std::size_t FindEscapeWith(std::u16string_view text) noexcept
     return std::u16string_view::npos;
 }
 
-std::size_t CountExtraUnits(std::u16string_view text, const EscapeTable& table) noexcept
-{
-    std::size_t extra = 0;
-    for (const char16_t unit : text) {
-        if (unit < table.size() && table[unit].length != 0)
-            extra += table[unit].length - 1U;
-        else if (unit >= 0x81 && !CorePlatformUtils::IsValidCharacter(unit))
-            extra += HexadecimalEscape(unit).length - 1U;
-    }
-    return extra;
-}
-
-/// Writes the escaped text as far as there is room, and returns the length it should have had.
-std::size_t WriteEscaped(std::u16string_view text, const EscapeTable& table, char16_t* to,
-                         std::size_t room) noexcept
-{
-    std::size_t written = 0;
-    const auto append = [&](std::u16string_view piece) {
-        if (written < room)
-            std::copy_n(piece.data(), std::min(piece.size(), room - written), to + written);
-        written += piece.size();
-    };
-    for (const char16_t unit : text) {
-        if (unit < table.size() && table[unit].length != 0)
-            append(table[unit].View());
-        else if (unit >= 0x80 && !CorePlatformUtils::IsValidCharacter(unit))
-            append(HexadecimalEscape(unit).View());
-        else
-            append({&unit, 1});
-    }
-    return written;
-}
-
-[[noreturn]] void ThrowLengthMismatch(const TString& text, const TString& encoded,
-                                      std::size_t written)
-{
-    LogMessage(TLog::Info,
-               TFormatString(u"Encoded string length doesn't match the total encoded character "
-                             u"count. Input string is \"%1\". Encoded string is \"%2\". Encoded "
-                             u"string length is %3. Character count after encoding is %4.")
-                   .Format(text, encoded, encoded.length(), written));
-    ThrowAssertion(u"XMLFormatter", __LINE__,
-                   u"Encoded string length doesn't match the total encoded character count.",
-                   KesErrorsError::LogicAssert_0xF6B4AF4C());
-}
-
 } // namespace
 
 namespace XMLEscaping {
@@ -106,15 +60,22 @@ TString EncodeStringWithTable(const TString& text, MappingTableType type)
     const EscapeTable& table = type == MappingTableType::Attribute
                                    ? c_escapeTable<MappingTableType::Attribute>
                                    : c_escapeTable<MappingTableType::LongContent>;
-    const std::u16string_view rest = text.view().substr(clean);
-    const std::size_t length = text.view().size() + CountExtraUnits(rest, table);
-    TString encoded;
-    char16_t* units = encoded.resizeForOverwrite(static_cast<TString::size_type>(length));
-    std::copy_n(text.utf16(), clean, units);
-    const std::size_t written = clean + WriteEscaped(rest, table, units + clean, length - clean);
-    if (written != length)
-        ThrowLengthMismatch(text, encoded, written);
-    return encoded;
+    return TableEscaping::Encode(text, clean, table, [](char16_t unit) {
+        return CorePlatformUtils::IsValidCharacter(unit);
+    });
+}
+
+std::size_t FindCDataClose(std::u16string_view text) noexcept
+{
+    // Qt's search for one unit looks at many at a time; the standard library's does not.
+    const QStringView view(text.data(), static_cast<qsizetype>(text.size()));
+    qsizetype at = 0;
+    while ((at = view.indexOf(QChar(c_cdataClose.front()), at)) >= 0) {
+        if (text.substr(static_cast<std::size_t>(at)).starts_with(c_cdataClose))
+            return static_cast<std::size_t>(at);
+        ++at;
+    }
+    return std::u16string_view::npos;
 }
 
 TString EncodeCData(std::u16string_view text)

@@ -28,6 +28,9 @@ constexpr bool IsLongContent(std::u16string_view text) noexcept
     return text.size() >= 32;
 }
 
+/// The position of the first end mark of a CDATA section, or npos.
+std::size_t FindCDataClose(std::u16string_view text) noexcept;
+
 /// Hands the pieces of the CDATA form of a text to `append`, in order.
 template <typename Append>
 void VisitCData(std::u16string_view text, Append&& append)
@@ -38,7 +41,7 @@ void VisitCData(std::u16string_view text, Append&& append)
         append(c_quote);
     }
     append(c_cdataOpen);
-    for (std::size_t end; (end = text.find(c_cdataClose)) != std::u16string_view::npos;) {
+    for (std::size_t end; (end = FindCDataClose(text)) != std::u16string_view::npos;) {
         append(text.substr(0, end));
         append(c_cdataSplitter);
         text.remove_prefix(end + c_cdataClose.size());

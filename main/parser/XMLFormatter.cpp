@@ -39,12 +39,15 @@ XMLFormatter::~XMLFormatter() = default;
 void XMLFormatter::Indent()
 {
     RequireIndentLength(m_indent.length() + m_indentUnit.length());
-    m_indent += m_indentUnit;
+    IndentWithoutLimit();
 }
 
 void XMLFormatter::Undent()
 {
-    m_indent = m_indent.left(m_indent.length() - m_indentUnit.length());
+    // In place: a chain of open tags is as often undone as it is deep.
+    const TString::size_type length = m_indent.length() - m_indentUnit.length();
+    if (length >= 0)
+        m_indent.resize(length);
 }
 
 const TString& XMLFormatter::GetIndent() const

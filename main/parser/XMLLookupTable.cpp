@@ -1,15 +1,11 @@
 #include <kescorexml/XMLLookupTable.h>
 
+#include "CompleteStringFormatter.h"
+
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMParser.h>
-#include <kescorexml/XMLStringFormatter.h>
-
-namespace {
-
-constexpr const char16_t* c_packTag = u"pack";
-
-} // namespace
+#include <kescorexml/XMLTokens.h>
 
 namespace XmlUtils {
 
@@ -18,9 +14,9 @@ TString PackStringLookupTableIntoXML(const std::unordered_map<TString, TString>&
 {
     if (map.empty())
         return {};
-    XMLStringFormatter formatter(TString(), suppressNewlines);
+    CompleteStringFormatter formatter(TString(), suppressNewlines);
     {
-        const XMLFormatter::Indenter pack(formatter, c_packTag, map);
+        const XMLFormatter::Indenter pack(formatter, XMLTokens::tagPack, map);
     }
     return formatter.GetOutput();
 }
@@ -32,7 +28,7 @@ std::unordered_map<TString, TString> UnpackStringLookupTableFromXML(const TStrin
     const std::unique_ptr<DOM> document = DOMParser().ParseXmlString(xml, TString());
     if (document->HasErrors())
         return {};
-    const DOMElement* pack = std::as_const(*document).GetRoot()->GetChild(c_packTag);
+    const DOMElement* pack = std::as_const(*document).GetRoot()->GetChild(XMLTokens::tagPack);
     return pack == nullptr ? std::unordered_map<TString, TString>() : pack->GetAttributes();
 }
 

@@ -33,7 +33,7 @@ XMLRangeType GetType(std::string_view region) noexcept
 
 } // namespace
 
-struct XMLRangeTable::XMLRangeTableImpl
+struct KESCOREXML_NO_EXPORT XMLRangeTable::XMLRangeTableImpl
 {
     /// Index of the first range that may still hold a position.
     std::size_t cursor = 0;

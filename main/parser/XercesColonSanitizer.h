@@ -1,6 +1,5 @@
 #pragma once
 
-#include <kescorexml/Export.h>
 #include <kesplatform/TString.h>
 
 #include <memory>
@@ -15,10 +14,10 @@ namespace XercesColonSanitizer {
 /// and declares that prefix in the root start tag. Nothing before the root element's name changes,
 /// so an offset into leading white space stays valid. A text without such names is returned as it
 /// is: the same pointer, nothing copied. Linear for every text, well formed or not.
-KESCOREXML_EXPORT std::shared_ptr<const std::string>
+std::shared_ptr<const std::string>
 EncodeColonAttributeNames(const std::shared_ptr<const std::string>& input);
 
 /// The name as it stood in the document; empty for the declaration that the encoding added.
-KESCOREXML_EXPORT TString RestoreEncodedAttributeNames(TString name);
+TString RestoreEncodedAttributeNames(TString name);
 
 } // namespace XercesColonSanitizer

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 
 /// How the bytes of a document are read.
 enum class XercesEncoding
@@ -33,9 +34,12 @@ public:
                       XercesEncoding encoding = XercesEncoding::Declared);
     XercesInputSource(XercesInputSource&& other) noexcept = default;
     XercesInputSource& operator=(XercesInputSource&& other) = delete;
-    ~XercesInputSource();
+    ~XercesInputSource() = default;
 
     xercesc::InputSource& operator()() const { return *m_xercesSource; }
+    /// What the buffer holds; lives as long as this object.
+    std::string_view GetBytes() const noexcept { return std::string_view(*m_data).substr(m_start); }
+    XercesEncoding GetEncoding() const noexcept { return m_encoding; }
 
 private:
     void SetupXercesBuffer(std::size_t start, const TString& id, ColonProcessingMode mode,
@@ -43,4 +47,6 @@ private:
 
     std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
     std::shared_ptr<const std::string> m_data;
+    std::size_t m_start;
+    XercesEncoding m_encoding;
 };

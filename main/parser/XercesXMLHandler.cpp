@@ -48,9 +48,10 @@ std::unique_ptr<xercesc::InputSource> MakeSchemaSource(const TString& text, cons
 
 } // namespace
 
-XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> sink, ParsedNames& names)
+XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> sink, ParsedNames& names,
+                                   ParseBudget& budget)
     : m_sink(std::move(sink)), m_compactSink(dynamic_cast<CompactElementSink*>(m_sink.get())),
-      m_names(names)
+      m_names(names), m_budget(budget)
 {
 }
 
@@ -68,6 +69,7 @@ void XercesXMLHandler::GetCurrentLocationHandler(int& line, int& column) const
 
 void XercesXMLHandler::characters(const XMLCh* chars, XMLSize_t length)
 {
+    m_budget.AddText(length);
     m_pendingText.append(ViewXMLCh(chars, length));
 }
 
@@ -87,15 +89,17 @@ void XercesXMLHandler::FlushPendingText()
         m_pendingText.shrink_to_fit();
 }
 
-void XercesXMLHandler::startElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
-                                    const XMLCh* qName, const xercesc::Attributes& attributes)
+void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qName,
+                                    const xercesc::Attributes& attributes)
 {
     FlushPendingText();
     m_names.ForgetIfLarge();
-    ParsedNames::Entry& name = m_names.Find(ViewXMLCh(qName));
+    ParsedNames::Entry& name = m_names.FindNextElement(reinterpret_cast<const char16_t*>(qName));
+    m_budget.StartElement(name.name.view(), uri, localName, attributes);
     if (m_compactSink != nullptr) {
-        m_compactSink->StartCompactElement(
-            name.name, PackAttributes(m_compactSink->GetArena(), m_names, name, attributes));
+        ParseArena& arena = m_compactSink->GetArena();
+        AttributeStorage packed = PackAttributes(arena, m_names, name, attributes);
+        m_compactSink->StartCompactElement(ParsedNames::GetNameIn(arena, name), std::move(packed));
         return;
     }
     m_sink->StartElement(TString(name.name), ToAttributeMap(m_names, attributes));
@@ -106,6 +110,7 @@ void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName
                                   const XMLCh* /*qName*/)
 {
     FlushPendingText();
+    m_budget.EndElement();
     if (m_compactSink != nullptr) {
         m_compactSink->EndCompactElement();
         return;
@@ -117,6 +122,29 @@ void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName
 void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
 {
     m_locator = locator;
+    m_budget.SetLocator(locator);
+}
+
+void XercesXMLHandler::startPrefixMapping(const XMLCh* /*prefix*/, const XMLCh* /*uri*/)
+{
+    m_budget.OpenNamespaceScope();
+}
+
+void XercesXMLHandler::endPrefixMapping(const XMLCh* /*prefix*/)
+{
+    m_budget.CloseNamespaceScope();
+}
+
+void XercesXMLHandler::internalEntityDecl(const XMLCh* /*name*/, const XMLCh* /*value*/)
+{
+    m_budget.DeclareEntity();
+}
+
+void XercesXMLHandler::attributeDecl(const XMLCh* elementName, const XMLCh* /*name*/,
+                                     const XMLCh* /*type*/, const XMLCh* /*mode*/,
+                                     const XMLCh* /*value*/)
+{
+    m_budget.DeclareAttribute(ViewXMLCh(elementName));
 }
 
 // Diagnostics

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CompactElementSink.h"
+#include "ParseBudget.h"
 #include "ParsedNames.h"
 
 #include <kescorexml/SAXInterface.h>
@@ -19,8 +20,8 @@
 class XercesXMLHandler : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver
 {
 public:
-    /// `names` must outlive the handler; it may have served other handlers before.
-    XercesXMLHandler(std::shared_ptr<SAXInterface> sink, ParsedNames& names);
+    /// `names` and `budget` must outlive the handler; they may have served other handlers before.
+    XercesXMLHandler(std::shared_ptr<SAXInterface> sink, ParsedNames& names, ParseBudget& budget);
     ~XercesXMLHandler() override;
 
     /// Leaves both as they are before the first document has begun.
@@ -67,6 +68,13 @@ public:
     void externalEntityDecl(const XMLCh* name, const XMLCh* publicId,
                             const XMLCh* systemId) override;
 
+    // For the accounts of the parse alone.
+    void startPrefixMapping(const XMLCh* prefix, const XMLCh* uri) override;
+    void endPrefixMapping(const XMLCh* prefix) override;
+    void internalEntityDecl(const XMLCh* name, const XMLCh* value) override;
+    void attributeDecl(const XMLCh* elementName, const XMLCh* name, const XMLCh* type,
+                       const XMLCh* mode, const XMLCh* value) override;
+
     using DefaultHandler::resolveEntity;
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* id) override;
 
@@ -86,4 +94,5 @@ private:
     bool m_sawFatalError = false;
     bool m_loadingSchema = false;
     ParsedNames& m_names;
+    ParseBudget& m_budget;
 };

@@ -1,5 +1,6 @@
 #include <kescorexml/XercesXMLParser.h>
 
+#include "XercesMemory.h"
 #include "XercesXMLParserImpl.h"
 
 #include <kesplatform/Resources.h>
@@ -9,7 +10,8 @@ XercesXMLParser::~XercesXMLParser() = default;
 std::unique_ptr<XercesXMLParser> XercesXMLParser::Create(InputSource& source,
                                                          std::shared_ptr<SAXInterface> sink)
 {
-    return std::make_unique<XercesXMLParserImpl>(source, std::move(sink));
+    return WithXercesMemory(
+        [&] { return std::make_unique<XercesXMLParserImpl>(source, std::move(sink)); });
 }
 
 void XercesXMLParser::LoadXSDResource(const TString& resourceAlias)

@@ -1,8 +1,10 @@
 #include "XercesXMLParserImpl.h"
 
 #include "Assertion.h"
+#include "DocumentEnd.h"
 #include "KesErrors.h"
 #include "XercesInputSource.h"
+#include "XercesMemory.h"
 #include "XercesText.h"
 #include "XmlVersionWatch.h"
 
@@ -32,8 +34,10 @@ class XercesGlobalState
 public:
     XercesGlobalState()
     {
-        xercesc::XMLPlatformUtils::Initialize(XMLUni::fgXercescDefaultLocale, nullptr, nullptr,
-                                              nullptr);
+        WithXercesMemory([] {
+            xercesc::XMLPlatformUtils::Initialize(XMLUni::fgXercescDefaultLocale, nullptr, nullptr,
+                                                  nullptr);
+        });
     }
     ~XercesGlobalState() { xercesc::XMLPlatformUtils::Terminate(); }
     XercesGlobalState(const XercesGlobalState&) = delete;
@@ -130,11 +134,11 @@ void EnsureXercesIsInitialised()
 
 XercesXMLParserImpl::XercesXMLParserImpl(InputSource& source, std::shared_ptr<SAXInterface> sink)
     : XercesXMLParser(source, sink),
-      m_handler(std::make_unique<XercesXMLHandler>(std::move(sink), m_names))
+      m_handler(std::make_unique<XercesXMLHandler>(std::move(sink), m_names, m_budget))
 {
     EnsureXercesIsInitialised();
-    m_reader.reset(
-        xercesc::XMLReaderFactory::createXMLReader(xercesc::XMLPlatformUtils::fgMemoryManager));
+    m_memory = std::make_unique<ScannerMemory>(m_budget);
+    m_reader.reset(xercesc::XMLReaderFactory::createXMLReader(m_memory.get()));
     m_securityManager = std::make_unique<xercesc::SecurityManager>();
     m_securityManager->setEntityExpansionLimit(0);
     m_reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
@@ -211,7 +215,7 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 {
     const Metrics::Scope scope("XercesXMLParser_LoadXSDSource");
     if (m_noSchemaLoaded)
-        SwitchToValidating();
+        WithXercesMemory([this] { SwitchToValidating(); });
     if (xsdSource.Id().IsEmpty())
         ThrowAssertion(u"XercesXMLParser", 302, u"!xsdSource.Id().IsEmpty()",
                        KesErrorsError::LogicAssert_0xC83A570E());
@@ -225,7 +229,14 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
         // What a schema that could not be loaded has left belongs to no other.
         m_handler->resetErrors();
         const LoadingSchemaScope loading(*m_handler);
-        m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
+        BeginBudget(schema, false);
+        try {
+            WithXercesMemory([&] {
+                m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
+            });
+        } catch (const LimitExceeded& exceeded) {
+            RecordLimit(exceeded, xsdSource.Id());
+        }
     }
     m_xsdNames.push_back(xsdSource.Id());
     CollectHandlerErrors();
@@ -239,7 +250,7 @@ void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
 void XercesXMLParserImpl::Reload(InputSource& source, std::shared_ptr<SAXInterface> sink)
 {
     m_names.ForgetUnlessSmall();
-    auto handler = std::make_unique<XercesXMLHandler>(sink, m_names);
+    auto handler = std::make_unique<XercesXMLHandler>(sink, m_names, m_budget);
     XercesXMLParser::Reload(source, std::move(sink));
     SetXercesXMLHandler(*handler);
     m_handler = std::move(handler);
@@ -271,10 +282,14 @@ void XercesXMLParserImpl::DoXercesParse()
     const XercesInputSource document =
         xercesableSource->GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
     const auto noError = TError::ErrorInfo::NoError();
+    BeginBudget(document, !m_noSchemaLoaded);
     try {
         ScanDocument(document);
         if (m_handler->SawErrors())
             CollectHandlerErrors();
+    } catch (const LimitExceeded& exceeded) {
+        RecordLimit(exceeded, GetSource().Id());
+        CollectHandlerErrors();
     } catch (const xercesc::OutOfMemoryException&) {
         Error(u"OutOfMemoryException", noError);
     } catch (const XMLParseException& exception) {
@@ -294,8 +309,22 @@ void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)
     if (!ScanProlog(document, token))
         return;
     ScanInProgress scan(*m_reader, token);
-    while (!m_handler->IsDone() && scan.Next()) {
+    while (!m_handler->IsDone()) {
+        if (!scan.Next()) {
+            CheckEnd(document);
+            return;
+        }
     }
+}
+
+void XercesXMLParserImpl::CheckEnd(const XercesInputSource& document)
+{
+    if (m_handler->SawFatalError())
+        return;
+    const auto flaw =
+        DocumentEnd::FindFlaw(document.GetBytes(), document.GetEncoding() == XercesEncoding::Utf8);
+    if (flaw)
+        m_handler->RecordFatalError(flaw->message, GetSource().Id(), flaw->line, flaw->column);
 }
 
 bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
@@ -307,9 +336,16 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
     m_xmlVersionSticks = true;
     XmlVersionWatch watch;
     const WatchedProlog watched(*m_reader, watch);
-    const bool complete = m_reader->parseFirst(document(), token);
-    m_xmlVersionSticks = !complete || watch.SawOtherVersion();
-    return complete;
+    try {
+        const bool complete = m_reader->parseFirst(document(), token);
+        m_xmlVersionSticks = !complete || watch.SawOtherVersion();
+        return complete;
+    } catch (const xercesc::XMLException& exception) {
+        // An XML declaration that the scanner cannot even decode, before anything has a position.
+        m_handler->RecordFatalError(GetTStringFromXMLChPtr(exception.getMessage(), -1),
+                                    GetSource().Id(), 1, 1);
+        return false;
+    }
 }
 
 /// A scanner reads a document without XML declaration in the version of the last document that had
@@ -328,6 +364,17 @@ void XercesXMLParserImpl::ForgetXmlVersion()
     for (const Feature& setting : settings)
         m_reader->setFeature(setting.name, setting.value);
     m_xmlVersionSticks = false;
+}
+
+void XercesXMLParserImpl::BeginBudget(const XercesInputSource& input, bool isValidating)
+{
+    m_memory->Reset();
+    m_budget.Begin(*this, input.GetBytes().size(), isValidating);
+}
+
+void XercesXMLParserImpl::RecordLimit(const LimitExceeded& exceeded, const TString& id)
+{
+    m_handler->RecordFatalError(exceeded.message, id, exceeded.line, exceeded.column);
 }
 
 void XercesXMLParserImpl::CollectHandlerErrors()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ParseBudget.h"
+#include "ScannerMemory.h"
 #include "XercesXMLHandler.h"
 
 #include <kescorexml/XercesXMLParser.h>
@@ -41,9 +43,15 @@ private:
     void ScanDocument(const XercesInputSource& document);
     bool ScanProlog(const XercesInputSource& document, xercesc::XMLPScanToken& token);
     void ForgetXmlVersion();
+    void CheckEnd(const XercesInputSource& document);
+    /// Opens the accounts of a parse or of a load of a schema.
+    void BeginBudget(const XercesInputSource& input, bool isValidating);
+    void RecordLimit(const LimitExceeded& exceeded, const TString& id);
     void CollectHandlerErrors();
 
     ParsedNames m_names;
+    ParseBudget m_budget;
+    std::unique_ptr<ScannerMemory> m_memory;
     std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     std::unique_ptr<XercesXMLHandler> m_handler;

@@ -153,7 +153,7 @@ public:
     /// The child's subtree becomes attached to this element's document, and its diagnostics move
     /// there; when the child came from directly under another document's root, the diagnostics of
     /// that root move onto this document's root, too. When this throws, `child` still owns.
-    /// Inserting an element into its own subtree is a logic assertion.
+    /// Inserting nothing, or an element into its own subtree, is a logic assertion.
     DOMElement* InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
     DOMElement* AppendChild(std::unique_ptr<DOMElement>&& child);
     DOMElement* AddNewChild(const TString& name, const DOMElement* before = nullptr);

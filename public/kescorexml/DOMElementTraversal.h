@@ -20,23 +20,10 @@ template <typename T>
 class PreorderGeneratorTemplate
 {
 public:
-    explicit PreorderGeneratorTemplate(T& start)
-    {
-        m_stack.reserve(128);
-        m_stack.push_back(&start);
-    }
+    explicit PreorderGeneratorTemplate(T& start);
 
     /// The next element, or null when the walk is over.
-    T* Next()
-    {
-        if (m_stack.empty())
-            return nullptr;
-        T* element = m_stack.back();
-        m_stack.pop_back();
-        for (const auto& child : element->GetChildren())
-            m_stack.push_back(child.get());
-        return element;
-    }
+    T* Next();
 
 private:
     std::vector<T*> m_stack;

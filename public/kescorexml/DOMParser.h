@@ -4,6 +4,7 @@
 #include <kescorexml/DOMParserStatistics.h>
 #include <kescorexml/Export.h>
 #include <kescorexml/InputSource.h>
+#include <kescorexml/ParseLimits.h>
 #include <kescorexml/QtKesResourceId.h>
 
 #include <functional>
@@ -16,12 +17,14 @@
 /// Whatever is wrong with a document, or with a schema that it is checked against, becomes an error
 /// on the root element of the DOM that is returned, in the order reported; nothing of it is thrown.
 /// The tree then holds what came before the parse stopped. Warnings are dropped. The caller owns
-/// the DOM. White space alone between tags is dropped unless stated.
+/// the DOM. What a parse may cost is limited. White space alone between tags is dropped unless
+/// stated. With schemas, attributes that they give by default are added, and texts and attributes
+/// have their white space as their types have it.
 ///
 /// Parsing many documents with one object is cheaper than with many, unless schemas are in use.
 /// An object is for one thread at a time, its const operations too.
 /// Different objects may be used from different threads.
-class KESCOREXML_EXPORT DOMParser
+class KESCOREXML_EXPORT DOMParser : public ParseLimits
 {
 public:
     DOMParser();

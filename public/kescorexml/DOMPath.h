@@ -50,7 +50,10 @@ struct PathNode
 /// A copy stands where the original does but does not know the path: its Next() is
 /// std::out_of_range unless the walk is over. The tree may change between two calls of Next() as
 /// long as the elements that the walk stands at (those above the next one to visit, and that one)
-/// stay.
+/// stay. The walk has then left the last match already: it stands at the match's first child or,
+/// where there is nothing to look for or no child, at the next element beside or above. It goes by
+/// positions, so removing an earlier sibling passes over a later one, and removing more of them
+/// than there are later ones is std::out_of_range.
 template <typename T>
 class KESCOREXML_EXPORT Generator
 {

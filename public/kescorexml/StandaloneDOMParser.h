@@ -3,6 +3,7 @@
 #include <kescorexml/DOMParserStatistics.h>
 #include <kescorexml/Export.h>
 #include <kescorexml/InputSource.h>
+#include <kescorexml/ParseLimits.h>
 #include <kescorexml/QtKesResourceId.h>
 #include <kescorexml/StandaloneDOMElement.h>
 
@@ -25,12 +26,13 @@ struct StandaloneParseResult
 
 /// Parses XML into a StandaloneDOMElement tree, without DOM, diagnostics by element and positions.
 ///
-/// Problems of a document are listed in the result. What is thrown is what a source throws while it
-/// is read (a file that cannot be, for example) or a schema while it is loaded; no statistics are
-/// reported then. External entities fail the parse, and so do references to internal ones unless
-/// expansion is allowed. Text that is white space alone is dropped unless a call says otherwise,
-/// other text is kept whole. Different objects may be used from different threads.
-class KESCOREXML_EXPORT StandaloneDOMParser
+/// Problems of a document are listed in the result, those of a schema are not (DOMParser lists
+/// both). What is thrown is what a source throws while it is read (a file that cannot be, for
+/// example) or a schema while it is loaded; no statistics are reported then. External entities fail
+/// the parse, and so do references to internal ones unless expansion is allowed. What a parse may
+/// cost is limited. Text that is white space alone is dropped unless a call says otherwise, other
+/// text is kept whole. Different objects may be used from different threads.
+class KESCOREXML_EXPORT StandaloneDOMParser : public ParseLimits
 {
 public:
     StandaloneDOMParser();

@@ -27,6 +27,10 @@ public:
     XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override;
 
 protected:
+    /// Shares the text.
+    Utf8InputSource(std::shared_ptr<const std::string> utf8, const TString& id,
+                    bool skipLeadingWhitespace);
+
     const std::shared_ptr<const std::string>& GetData() const noexcept { return m_data; }
     std::uint64_t GetStart() const noexcept { return m_start; }
 

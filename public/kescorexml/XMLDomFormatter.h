@@ -24,6 +24,9 @@ public:
     explicit XMLDomFormatter(std::unique_ptr<DOM> document);
     ~XMLDomFormatter() override;
 
+    /// Without limit: a tree may be deeper than a text can be indented.
+    void Indent() override;
+
     using XMLFormatter::OutputContent;
     /// The four-argument form writes its tag as text into the current element, whose attributes
     /// and text it replaces on the way; for a child element use the three-argument form.
@@ -59,10 +62,13 @@ public:
     DOMElement* GetElement(const TString& name) const;
 
     /// The text of what was built: the header if it was asked for, the comments in the order of
-    /// their arrival, then the first child of the root.
+    /// their arrival, then the first child of the root. Changes nothing of what was built.
+    /// std::length_error for a tree deeper than XMLFormatter::c_maxIndentLength allows.
     TString GetOutput(FormatMode mode);
-    /// Writes an element and all below it to `target`, at any depth without recursion. The text of
-    /// an element that has children is indented as this formatter stands, not as `target` does.
+    /// Writes an element and all below it to `target`, without recursion, as deep as `target` can
+    /// indent. The text of an element that has children is indented as this formatter stands, not
+    /// as `target` does. What `target` throws leaves the call; every tag that is open by then is
+    /// closed.
     void Format(XMLFormatter& target, const DOMElement& element);
 
     /// The text of a document or of an element and all below it, indented by two blanks a level,

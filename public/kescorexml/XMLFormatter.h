@@ -145,6 +145,10 @@ public:
     static void FormatDOM(XMLFormatter& formatter, const DOMElement& element, TString* comment,
                           bool header);
 
+protected:
+    /// Indent for formatters that do not write their indentation into every line.
+    void IndentWithoutLimit() { m_indent += m_indentUnit; }
+
 private:
     static void FormatProlog(XMLFormatter& formatter, const TString* comment, bool header);
 

@@ -28,7 +28,7 @@ enum class XmlFileType
 namespace XSDResources {
 
 /// Whether documents of that type and version can be validated. Only major and minor count; a type
-/// whose schema has no versions says yes to any.
+/// whose schema has no versions says yes to any, even where no schema is found for it below.
 KESCOREXML_EXPORT bool IsThereAnXSDResource(XmlFileType type, const VersionNumber& version);
 
 /// The name of the schema resource, for example "KQRC_FILEFORMAT_ZAP_XSD_10_2"; empty when there is

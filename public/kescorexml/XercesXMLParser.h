@@ -1,15 +1,18 @@
 #pragma once
 
 #include <kescorexml/AbstractXMLParser.h>
+#include <kescorexml/ParseLimits.h>
 
 /// The library's parser. It checks documents for well-formedness and, from the first schema that
 /// it loads on, validates them; there is no way back from that.
 ///
 /// Nothing is read but the source: external DTDs are not loaded, external entity declarations fail
 /// the parse, and so do references to internal entities unless expansion is allowed. A sink that is
-/// done stops the parse where it stands. No problem of a document is thrown; what a source throws
-/// while it is read passes through. Different objects may be used from different threads.
-class KESCOREXML_EXPORT XercesXMLParser : public AbstractXMLParser
+/// done stops the parse where it stands. What a parse may cost is limited; limits that are set take
+/// part from the next parse or load of a schema on. No problem of a document is thrown; what a
+/// source throws while it is read passes through. Different objects may be used from different
+/// threads.
+class KESCOREXML_EXPORT XercesXMLParser : public AbstractXMLParser, public ParseLimits
 {
 public:
     /// See AbstractXMLParser for how long `source` must live.

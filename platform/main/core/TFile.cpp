@@ -37,6 +37,9 @@ namespace {
 // What a file of unknown size is given to begin with; doubled as long as more comes.
 constexpr std::int64_t c_firstRoom = 16 * 1024;
 
+// What a file that tells no size may hold at most: some devices never end.
+constexpr std::size_t c_mostWithoutSize = 0x3FFFFFFF;
+
 /// The name by which Qt and the system find the file. Qt takes names that begin with a colon for
 /// compiled-in resources, and the system would take a name to end at a zero character.
 QString DiskName(const TPath& path)
@@ -59,6 +62,8 @@ std::string ReadAll(TFile& file)
         length += count;
         if (count == 0)
             break;
+        if (size <= 0 && length > c_mostWithoutSize)
+            throw TIO::Exception(file.GetPath(), u"the file has no size and does not end");
         if (length == bytes.size())
             bytes.resize(bytes.size() * 2);
     }

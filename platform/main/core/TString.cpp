@@ -378,11 +378,10 @@ TString& TString::replace(const TString& before, const TString& after)
 
 void TStringBlock::WriteSlot(std::byte* slot, std::u16string_view text) noexcept
 {
-    const auto offset = static_cast<std::uint32_t>(slot - reinterpret_cast<std::byte*>(this));
-    auto* rep = new (slot)
-        TString::Rep{TString::embeddedFlag | offset, static_cast<std::uint32_t>(text.size())};
-    CopyUnits(rep->Units(), text);
-    rep->Units()[text.size()] = u'\0';
+    char16_t* units = UnitsOfSlot(slot);
+    CopyUnits(units, text);
+    units[text.size()] = u'\0';
+    FinishSlot(slot, text.size());
 }
 
 TString TStringBlock::AdoptSlot(const std::byte* slot) noexcept

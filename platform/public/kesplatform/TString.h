@@ -11,6 +11,7 @@
 #include <cstring>
 #include <functional>
 #include <iosfwd>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -185,6 +186,14 @@ public:
         a.append(b);
         return std::move(a);
     }
+    // Without these a UTF-8 literal would have to choose between this class and QString.
+    friend TString operator+(const TString& a, const char* utf8) { return a + TString(utf8); }
+    friend TString operator+(TString&& a, const char* utf8)
+    {
+        a.append(TString(utf8));
+        return std::move(a);
+    }
+    friend TString operator+(const char* utf8, const TString& b) { return TString(utf8) + b; }
 
 private:
     friend class TStringBlock;
@@ -269,11 +278,31 @@ public:
 
     void Retain(std::size_t count = 1) noexcept;
     void Release(std::size_t count = 1) noexcept;
+    /// The same while no other thread can refer to the block, which costs less.
+    void RetainUnshared(std::size_t count) noexcept
+    {
+        m_references.store(m_references.load(std::memory_order_relaxed) + count,
+                           std::memory_order_relaxed);
+    }
+    void ReleaseUnshared(std::size_t count) noexcept
+    {
+        const std::size_t left = m_references.load(std::memory_order_relaxed) - count;
+        m_references.store(left, std::memory_order_relaxed);
+        if (left == 0)
+            m_owner->Destroy(this);
+    }
     bool IsExclusive() const noexcept { return m_references.load(std::memory_order_acquire) == 1; }
     Owner& GetOwner() const noexcept { return *m_owner; }
 
     /// Puts a text into the slot at `slot`, which lies inside the allocation of this block.
     void WriteSlot(std::byte* slot, std::u16string_view text) noexcept;
+    /// The same in two steps: a caller writes units and a terminating zero to where UnitsOfSlot
+    /// says, and then FinishSlot makes a text of them.
+    static char16_t* UnitsOfSlot(std::byte* slot) noexcept
+    {
+        return reinterpret_cast<char16_t*>(slot + sizeof(TString::Rep));
+    }
+    void FinishSlot(std::byte* slot, std::size_t length) noexcept;
     /// The text of a slot, valid as long as the block.
     static std::u16string_view ViewSlot(const std::byte* slot) noexcept
     {
@@ -284,6 +313,14 @@ public:
     static TString ShareSlot(const std::byte* slot) noexcept;
     /// The same, taking over a reference that the caller holds.
     static TString AdoptSlot(const std::byte* slot) noexcept;
+    /// The slot that a text stands in. REQUIRES: one that stands in a block.
+    static const std::byte* SlotOf(const TString& text) noexcept
+    {
+        return reinterpret_cast<const std::byte*>(text.m_rep);
+    }
+    /// The reverse of AdoptSlot: empties a text that stands in a block and leaves its reference to
+    /// the caller. Null, and nothing is changed, for a text that stands in none.
+    static TStringBlock* TakeReference(TString& text) noexcept;
 
 private:
     std::atomic<std::size_t> m_references{1};
@@ -300,6 +337,24 @@ inline void TStringBlock::Release(std::size_t count) noexcept
     if (m_references.load(std::memory_order_acquire) == count ||
         m_references.fetch_sub(count, std::memory_order_acq_rel) == count)
         m_owner->Destroy(this);
+}
+
+inline void TStringBlock::FinishSlot(std::byte* slot, std::size_t length) noexcept
+{
+    const auto offset = static_cast<std::uint32_t>(slot - reinterpret_cast<std::byte*>(this));
+    new (slot) TString::Rep{TString::embeddedFlag | offset, static_cast<std::uint32_t>(length)};
+}
+
+inline TStringBlock* TStringBlock::TakeReference(TString& text) noexcept
+{
+    if (text.m_rep == nullptr)
+        return nullptr;
+    const std::uint32_t control = text.m_rep->control.load(std::memory_order_relaxed);
+    if ((control & TString::embeddedFlag) == 0)
+        return nullptr;
+    auto* base = reinterpret_cast<std::byte*>(text.m_rep) - (control & ~TString::embeddedFlag);
+    text.m_rep = nullptr;
+    return reinterpret_cast<TStringBlock*>(base);
 }
 
 inline void TString::Retain(Rep* rep) noexcept

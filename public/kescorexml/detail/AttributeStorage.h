@@ -54,6 +54,9 @@ public:
 
     /// Takes over one reference to `block`, which may be null. REQUIRES: an empty storage.
     void Adopt(AttributeBlock* block) noexcept;
+    /// The reverse: leaves the reference to a block to the caller, and nothing here. Null, and
+    /// nothing is changed, when there is none or the map is the truth.
+    AttributeBlock* TakeBlock() noexcept;
     /// Replaces everything, the maximum load factor included; the map that references lead to
     /// stays the same object once there is one.
     void Replace(AttributeMap&& attributes);

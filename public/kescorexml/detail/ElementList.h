@@ -8,6 +8,7 @@
 
 class DOMElement;
 class ParseArena;
+class ParseSlab;
 
 /// The owned children of an element: a contiguous sequence behind one pointer, so that an element
 /// without children pays for nothing else. Not copyable.
@@ -49,6 +50,10 @@ public:
     void Insert(std::size_t index, Owner* elements, std::size_t count) noexcept;
     Owner Take(std::size_t index) noexcept;
     Owner PopBack() noexcept;
+    /// Leaves the memory of an empty list, and the reference to its slab, to the caller. Null, and
+    /// nothing is changed, when it lies in no slab.
+    ParseSlab* TakeSlab() noexcept;
+    bool HasMemory() const noexcept { return m_header != nullptr; }
     void Swap(ElementList& other) noexcept { std::swap(m_header, other.m_header); }
 
 private:

@@ -1,0 +1,131 @@
+#include "DocumentEnd.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace {
+
+constexpr std::size_t c_npos = std::string_view::npos;
+constexpr std::string_view c_whitespace = " \t\r\n";
+
+const char16_t* const c_nullCharacter = u"invalid character (Unicode: 0x0)";
+const char16_t* const c_incompleteCharacter = u"incomplete character at the end of the document";
+
+/// How bytes make units: one, two or four bytes each.
+struct Units
+{
+    std::size_t size = 1;
+    bool isBigEndian = false;
+    /// Whether units below 0x80 are ASCII.
+    bool isAscii = true;
+
+    std::uint32_t Read(std::string_view bytes, std::size_t offset) const noexcept
+    {
+        std::uint32_t unit = 0;
+        for (std::size_t i = 0; i < size; ++i) {
+            const std::size_t place = isBigEndian ? i : size - 1 - i;
+            unit = unit << 8 | static_cast<unsigned char>(bytes[offset + place]);
+        }
+        return unit;
+    }
+};
+
+/// By the first bytes, as the scanner does. The longer patterns come first.
+Units DetectUnits(std::string_view bytes)
+{
+    using namespace std::string_view_literals;
+    struct Pattern
+    {
+        std::string_view bytes;
+        Units units;
+    };
+    constexpr Pattern c_patterns[] = {
+        {"\xFF\xFE\0\0"sv, {4, false}},
+        {"\0\0\xFE\xFF"sv, {4, true}},
+        {"<\0\0\0"sv, {4, false}},
+        {"\0\0\0<"sv, {4, true}},
+        {"\xFF\xFE"sv, {2, false}},
+        {"\xFE\xFF"sv, {2, true}},
+        {"<\0?\0"sv, {2, false}},
+        {"\0<\0?"sv, {2, true}},
+        {"\x4C\x6F\xA7\x94"sv, {1, false, false}},
+    };
+    for (const Pattern& pattern : c_patterns) {
+        if (bytes.starts_with(pattern.bytes))
+            return pattern.units;
+    }
+    return {};
+}
+
+std::size_t FindNull(std::string_view bytes, const Units& units)
+{
+    if (units.size == 1)
+        return bytes.find('\0');
+    for (std::size_t at = 0; at + units.size <= bytes.size(); at += units.size) {
+        if (units.Read(bytes, at) == 0)
+            return at;
+    }
+    return c_npos;
+}
+
+/// Where a character begins that the end of the bytes has cut off. Behind the root element stand
+/// only white space and markup, and markup ends with ">".
+std::size_t FindIncomplete(std::string_view bytes, const Units& units)
+{
+    if (units.size > 1)
+        return bytes.size() % units.size == 0 ? c_npos : bytes.size() - bytes.size() % units.size;
+    if (!units.isAscii)
+        return c_npos;
+    std::size_t at = bytes.rfind('>') + 1;
+    while (at < bytes.size()) {
+        const std::string_view rest = bytes.substr(at);
+        if (c_whitespace.find(rest.front()) != c_npos || rest.front() == '\x85')
+            at += 1;
+        // Line ends of version 1.1.
+        else if (rest.starts_with("\xC2\x85"))
+            at += 2;
+        else if (rest.starts_with("\xE2\x80\xA8"))
+            at += 3;
+        else
+            break;
+    }
+    const bool isIncomplete = std::any_of(
+        bytes.begin() + static_cast<std::ptrdiff_t>(std::min(at, bytes.size())), bytes.end(),
+        [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
+    return isIncomplete ? at : c_npos;
+}
+
+DocumentEnd::Flaw Locate(const char16_t* message, std::string_view bytes, const Units& units,
+                         std::size_t offset)
+{
+    DocumentEnd::Flaw flaw{message, 1, 1};
+    std::uint32_t previous = 0;
+    for (std::size_t at = 0; at < offset; at += units.size) {
+        const std::uint32_t unit = units.Read(bytes, at);
+        const bool continuesLineEnd = unit == '\n' && previous == '\r';
+        const bool continuesCharacter = units.size == 1 && (unit & 0xC0) == 0x80;
+        if (!continuesLineEnd && (unit == '\n' || unit == '\r')) {
+            ++flaw.line;
+            flaw.column = 1;
+        } else if (!continuesLineEnd && !continuesCharacter) {
+            ++flaw.column;
+        }
+        previous = unit;
+    }
+    return flaw;
+}
+
+} // namespace
+
+std::optional<DocumentEnd::Flaw> DocumentEnd::FindFlaw(std::string_view bytes, bool isUtf8)
+{
+    const Units units = isUtf8 ? Units() : DetectUnits(bytes);
+    const std::size_t null = FindNull(bytes, units);
+    if (null != c_npos)
+        return Locate(c_nullCharacter, bytes, units, null);
+    const std::size_t incomplete = FindIncomplete(bytes, units);
+    if (incomplete != c_npos)
+        return Locate(c_incompleteCharacter, bytes, units, incomplete);
+    return std::nullopt;
+}

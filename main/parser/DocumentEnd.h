@@ -1,0 +1,25 @@
+#pragma once
+
+#include <kesplatform/TString.h>
+
+#include <optional>
+#include <string_view>
+
+/// What the scanner passes over in silence behind the root element: it takes a null character for
+/// the end of the document, and drops a character that the end of the bytes has cut off.
+namespace DocumentEnd {
+
+struct Flaw
+{
+    TString message;
+    /// From 1, in lines of the document and characters of the line.
+    unsigned long long line = 0;
+    unsigned long long column = 0;
+};
+
+/// The flaw of a document that the scanner has read to its end without a fatal error. `isUtf8` is
+/// true when it was told to take the bytes for UTF-8; else the encoding is that of their mark or
+/// their declaration.
+std::optional<Flaw> FindFlaw(std::string_view bytes, bool isUtf8);
+
+} // namespace DocumentEnd

@@ -1,0 +1,53 @@
+#include "GuardedUtf8Source.h"
+
+#include "Utf8Guard.h"
+#include "XercesText.h"
+
+#include <xercesc/util/BinInputStream.hpp>
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+
+namespace {
+
+class GuardedUtf8Stream final : public xercesc::BinInputStream
+{
+public:
+    explicit GuardedUtf8Stream(std::string_view bytes) noexcept : m_bytes(bytes) {}
+
+    XMLFilePos curPos() const override { return m_position; }
+
+    XMLSize_t readBytes(XMLByte* const to, const XMLSize_t mostBytes) override
+    {
+        const std::size_t count = std::min<std::size_t>(m_bytes.size() - m_position, mostBytes);
+        if (count == 0)
+            return 0;
+        auto* const copied = reinterpret_cast<char*>(to);
+        std::memcpy(copied, m_bytes.data() + m_position, count);
+        m_position += count;
+        Utf8Guard::RefuseBeyondLastCharacter(std::span(copied, count));
+        return count;
+    }
+
+    const XMLCh* getContentType() const override { return nullptr; }
+
+private:
+    std::string_view m_bytes;
+    std::size_t m_position = 0;
+};
+
+} // namespace
+
+GuardedUtf8Source::GuardedUtf8Source(std::string_view bytes, const TString& id,
+                                     xercesc::MemoryManager* manager)
+    : MemBufInputSource(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
+                        GetInternalXMLChPtrFromTString(id), false, manager),
+      m_bytes(bytes)
+{
+}
+
+xercesc::BinInputStream* GuardedUtf8Source::makeStream() const
+{
+    return new (getMemoryManager()) GuardedUtf8Stream(m_bytes);
+}

@@ -1,0 +1,126 @@
+#include "ScannerMemory.h"
+
+#include <xercesc/internal/XMLReader.hpp>
+#include <xercesc/util/BinMemInputStream.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+
+#include <cstring>
+
+using xercesc::BinMemInputStream;
+using xercesc::XMLPlatformUtils;
+
+// For each entity, internal or not, in content, in an attribute's value, in a default value or
+// among declarations, the scanner makes a stream over the replacement text and then, as the next
+// thing, a reader for the stream. Readers hold their buffers, which makes their size unlike any
+// other.
+
+namespace {
+
+/// What a block begins with: the address of its manager.
+XMLSize_t GetHeaderSize() noexcept
+{
+    return XMLPlatformUtils::alignPointerForNewBlockAllocation(sizeof(xercesc::MemoryManager*));
+}
+
+template <typename Type>
+XMLSize_t GetBlockSize() noexcept
+{
+    return GetHeaderSize() + sizeof(Type);
+}
+
+/// The address of a polymorphic object's type information, which objects begin with.
+const void* ReadType(const void* object) noexcept
+{
+    const void* type = nullptr;
+    std::memcpy(&type, object, sizeof(type));
+    return type;
+}
+
+const void* GetStreamType()
+{
+    const BinMemInputStream sample(nullptr, 0, BinMemInputStream::BufOpt_Reference);
+    return ReadType(&sample);
+}
+
+} // namespace
+
+ScannerMemory::ScannerMemory(ParseBudget& budget) : m_budget(budget), m_streamType(GetStreamType())
+{
+}
+
+ScannerMemory::~ScannerMemory()
+{
+    Reset();
+}
+
+void ScannerMemory::Reset() noexcept
+{
+    m_readers.clear();
+    m_topReader = nullptr;
+    if (m_refusedStream != nullptr)
+        deallocate(m_refusedStream);
+}
+
+xercesc::MemoryManager* ScannerMemory::getExceptionMemoryManager()
+{
+    // An exception may outlive the scanner.
+    return XMLPlatformUtils::fgMemoryManager;
+}
+
+void* ScannerMemory::allocate(XMLSize_t size)
+{
+    const bool isReader = size == GetBlockSize<xercesc::XMLReader>();
+    if (isReader) [[unlikely]]
+        OpenReader();
+    void* const block = XMLPlatformUtils::fgMemoryManager->allocate(size);
+    if (isReader) [[unlikely]]
+        NoteReader(block);
+    m_latest = block;
+    m_latestSize = size;
+    return block;
+}
+
+void ScannerMemory::deallocate(void* block)
+{
+    if (block == nullptr)
+        return;
+    if (block == m_latest)
+        m_latest = nullptr;
+    if (block == m_refusedStream)
+        m_refusedStream = nullptr;
+    if (block == m_topReader) [[unlikely]] {
+        m_readers.pop_back();
+        m_topReader = m_readers.empty() ? nullptr : m_readers.back();
+    }
+    XMLPlatformUtils::fgMemoryManager->deallocate(block);
+}
+
+bool ScannerMemory::IsStreamOfEntity() const noexcept
+{
+    return m_latest != nullptr && m_latestSize == GetBlockSize<BinMemInputStream>() &&
+           ReadType(static_cast<const std::byte*>(m_latest) + GetHeaderSize()) == m_streamType;
+}
+
+void ScannerMemory::OpenReader()
+{
+    // The document's own stream comes from elsewhere.
+    if (!IsStreamOfEntity())
+        return;
+    const auto* const stream = reinterpret_cast<const BinMemInputStream*>(
+        static_cast<const std::byte*>(m_latest) + GetHeaderSize());
+    // The scanner lets go of the stream without deleting it when it gets no reader for it.
+    m_refusedStream = m_latest;
+    m_budget.AddExpansion(stream->getSize() / sizeof(XMLCh), m_readers.size());
+    m_refusedStream = nullptr;
+}
+
+void ScannerMemory::NoteReader(void* block)
+{
+    try {
+        m_readers.push_back(block);
+    } catch (...) {
+        XMLPlatformUtils::fgMemoryManager->deallocate(block);
+        throw;
+    }
+    m_topReader = block;
+}

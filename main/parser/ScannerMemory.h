@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ParseBudget.h"
+
+#include <xercesc/framework/MemoryManager.hpp>
+
+#include <cstddef>
+#include <vector>
+
+/// The memory of one scanner: all of it comes from Xerces's own memory manager. On the way it sees
+/// what no event tells, every entity that the scanner begins to read, and puts it on the account of
+/// the parse.
+class ScannerMemory final : public xercesc::MemoryManager
+{
+public:
+    /// `budget` must outlive this object, and this object all that is allocated. Xerces must be
+    /// initialised.
+    explicit ScannerMemory(ParseBudget& budget);
+    ScannerMemory(const ScannerMemory&) = delete;
+    ScannerMemory& operator=(const ScannerMemory&) = delete;
+    ~ScannerMemory() override;
+
+    /// No entity is open. Call it between parses.
+    void Reset() noexcept;
+
+    xercesc::MemoryManager* getExceptionMemoryManager() override;
+    /// LimitExceeded when the block is for an entity that the budget does not allow.
+    void* allocate(XMLSize_t size) override;
+    void deallocate(void* block) override;
+
+private:
+    void OpenReader();
+    void NoteReader(void* block);
+    bool IsStreamOfEntity() const noexcept;
+
+    ParseBudget& m_budget;
+    /// What an object of the type of an entity's stream begins with.
+    const void* m_streamType;
+    /// The block allocated last, unless it is gone.
+    void* m_latest = nullptr;
+    XMLSize_t m_latestSize = 0;
+    std::vector<void*> m_readers;
+    /// The last of m_readers, or null.
+    void* m_topReader = nullptr;
+    /// A stream that nobody took over because its entity was refused.
+    void* m_refusedStream = nullptr;
+};
