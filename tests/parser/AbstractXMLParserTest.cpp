@@ -1,5 +1,6 @@
 #include "support/ParseOutcome.h"
 #include "support/RecordingMetrics.h"
+#include "support/ServingSink.h"
 #include "support/TemporaryFile.h"
 
 #include <kescorexml/LookupResource.h>
@@ -58,27 +59,6 @@ struct Session
     Utf8InputSource source;
     std::shared_ptr<RecordingSink> sink;
     std::unique_ptr<XercesXMLParser> parser;
-};
-
-/// Serves schema documents from a folder and writes down what it is asked.
-class ServingSink : public BasicRecordingSink<SAXInterfaceExtension>
-{
-public:
-    TString ResolveSchemaLocation(const TString& baseUri, const TString& systemId) override
-    {
-        requests.push_back(baseUri.toStdString() + " asks for " + systemId.toStdString());
-        return resolve ? resolve(systemId) : TString();
-    }
-    TString FilterSchemaText(const TString& text, const TString& path) override
-    {
-        filtered.push_back(path.toStdString() + ": " + text.toStdString());
-        return filter ? filter(text) : text;
-    }
-
-    std::function<TString(const TString&)> resolve;
-    std::function<TString(const TString&)> filter;
-    std::vector<std::string> requests;
-    std::vector<std::string> filtered;
 };
 
 ParseOutcome LoadServed(const std::shared_ptr<ServingSink>& sink, const std::string& schema)

@@ -1,6 +1,7 @@
 #include <kescorexml/Base64.h>
 
 #include "support/Assertions.h"
+#include "support/Base64Model.h"
 #include "support/RandomBytes.h"
 
 #include <QByteArray>
@@ -40,38 +41,6 @@ TString EncodeByQt(const Bytes& bytes)
 Bytes ToBytes(std::string_view text)
 {
     return Bytes(text.begin(), text.end());
-}
-
-/// The decoding, group by group.
-Bytes DecodeByModel(const TString& text)
-{
-    static const std::string c_alphabet =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const std::u16string units(text.trimmed().view());
-    Bytes bytes;
-    for (std::size_t position = 0; position < units.size();) {
-        std::vector<std::size_t> values;
-        std::size_t skipped = 0;
-        int padding = 0;
-        while (values.size() < 4 && position + values.size() + skipped < units.size()) {
-            const char c = static_cast<char>(units[position + values.size() + skipped] & 0xFF);
-            const std::size_t value = c_alphabet.find(c);
-            if (value != std::string::npos) {
-                values.push_back(value);
-                continue;
-            }
-            padding += c == '=';
-            ++skipped;
-        }
-        values.resize(4);
-        bytes.push_back(static_cast<unsigned char>(values[0] << 2 | values[1] >> 4));
-        if (padding < 2)
-            bytes.push_back(static_cast<unsigned char>(values[1] << 4 | values[2] >> 2));
-        if (padding == 0)
-            bytes.push_back(static_cast<unsigned char>(values[2] << 6 | values[3]));
-        position += 4 + skipped;
-    }
-    return bytes;
 }
 
 TEST(Base64, EncodesNothingAsNoLine)
@@ -237,7 +206,7 @@ TEST(Base64, DecodesAsAModelDoes)
         for (const char c : bytes)
             units += static_cast<char16_t>(c | (random.Below(8) == 0 ? 0x0100 : 0));
         const TString text(units);
-        ASSERT_EQ(Base64Decode(text), DecodeByModel(text)) << bytes;
+        ASSERT_EQ(Base64Decode(text), Base64Model::Decode(text)) << bytes;
     }
 }
 

@@ -1,5 +1,6 @@
 #include <kescorexml/CoreXml.h>
 
+#include "support/FailingAllocations.h"
 #include "support/TranslationSources.h"
 
 #include <kescorexml/ExtensionXmlTokens.h>
@@ -239,6 +240,19 @@ TEST_F(CoreXmlStrings, AreEmptyForAnUnknownId)
         EXPECT_TRUE(CoreXml::LookupTStrDefaultLang(id).IsEmpty());
         EXPECT_TRUE(CoreXml::LookupTFmtStr(id).GetFormat().IsEmpty());
     }
+}
+
+TEST_F(CoreXmlStrings, RememberThatThereIsNothingForALanguage)
+{
+    const TString language(u"xx_QQ");
+    EXPECT_EQ(CoreXml::LookupTStr(StringId::IDS_ERR_XML_ENTITY, language), c_entityText);
+    TString text;
+    {
+        // Room for two short texts, none for another look at the translations.
+        const FailingAllocations failing(2);
+        text = CoreXml::LookupTStr(StringId::IDS_ERR_XML_ENTITY, language);
+    }
+    EXPECT_EQ(text, c_entityText);
 }
 
 TEST_F(CoreXmlStrings, MayBeLookedUpBySeveralThreads)

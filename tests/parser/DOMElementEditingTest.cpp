@@ -98,6 +98,15 @@ TEST(DOMElementEditing, TheInsertedElementIsNoInsertionPointForItself)
     EXPECT_EQ(log.Count(), 1U);
 }
 
+TEST(DOMElementEditing, ThereMustBeAnElementToInsert)
+{
+    auto root = MakeTree("r(a)");
+    ExpectAssertion([&] { root->InsertChild(nullptr, nullptr); }, "child != nullptr");
+    ExpectAssertion([&] { root->InsertChild(nullptr, root->GetChild(u"a")); }, "child != nullptr");
+    ExpectAssertion([&] { root->AppendChild(nullptr); }, "child != nullptr");
+    EXPECT_EQ(Outline(*root), "r(a)");
+}
+
 TEST(DOMElementEditing, AddNewChildMakesADetachedElementAndInsertsIt)
 {
     DOM dom;

@@ -109,6 +109,12 @@ TEST(DOMParserSchema, DropsWarnings)
         parser.ParseXmlString("<!DOCTYPE a [<!ATTLIST z d CDATA 'x'>]><a>x</a>", u"id");
     EXPECT_THAT(ErrorsOf(*dom), testing::Not(IsEmpty()));
     EXPECT_FALSE(dom->HasWarnings());
+
+    const auto valid =
+        parser.ParseXmlString("<!DOCTYPE a [<!ATTLIST z d CDATA 'x'>]><a>5</a>", u"id");
+    EXPECT_FALSE(valid->HasErrors());
+    EXPECT_FALSE(valid->HasWarnings());
+    EXPECT_EQ(valid->GetDocumentRoot()->GetText(), u"5");
 }
 
 TEST(DOMParserSchema, ReadsASchemaFileAgainForEachParse)

@@ -1,3 +1,4 @@
+#include "XercesInputSource.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryFile.h"
 
@@ -5,6 +6,7 @@
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementTraversal.h>
 #include <kescorexml/DOMParser.h>
+#include <kescorexml/FileInputSource.h>
 #include <kescorexml/StringInputSource.h>
 #include <kescorexml/Utf8InputSource.h>
 #include <kescorexml/XercesXMLParser.h>
@@ -246,6 +248,42 @@ TEST(DOMParser, ReportsStatisticsOfEveryParse)
     parser.SetStatisticsEventHandler(nullptr);
     parser.ParseXmlString("<a/>", u"id");
     EXPECT_THAT(seen, SizeIs(4));
+}
+
+TEST(DOMParser, ReportsStatisticsOfFinishedParsesOnly)
+{
+    DOMParser parser;
+    std::size_t reads = 0;
+    std::vector<std::size_t> seen;
+    parser.SetStatisticsEventHandler([&](const DOMParserStatistics&) { seen.push_back(reads); });
+    const TemporaryFolder folder;
+    FileInputSource unsupported(folder.Write("a.xml", std::string("\xFF\xFE<\0a\0/\0>\0", 10)));
+    EXPECT_THROW(parser.ParseXmlInputSource(unsupported, false), CorvinaException);
+    EXPECT_THAT(seen, IsEmpty());
+
+    /// Counts how often it was handed to a scanner.
+    class CountingSource : public StringInputSource
+    {
+    public:
+        CountingSource(const TString& text, std::size_t& count)
+            : StringInputSource(text, u"id", false), m_count(count)
+        {
+        }
+        XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override
+        {
+            ++m_count;
+            return StringInputSource::GetXercesInputSource(mode);
+        }
+
+    private:
+        std::size_t& m_count;
+    };
+    CountingSource broken(u"<a><b></a>", reads);
+    EXPECT_TRUE(parser.ParseXmlInputSource(broken, false)->HasErrors());
+    EXPECT_THAT(seen, ElementsAre(1U));
+    CountingSource good(u"<a/>", reads);
+    EXPECT_FALSE(parser.ParseXmlInputSource(good, false)->HasErrors());
+    EXPECT_THAT(seen, ElementsAre(1U, 2U));
 }
 
 TEST(DOMParser, LetsExceptionsOfTheStatisticsHandlerPassAndGoesOnAfterwards)

@@ -1,6 +1,8 @@
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMPath.h>
 
+#include "support/FailingAllocations.h"
+#include "support/PathModel.h"
 #include "support/RandomNameTree.h"
 #include "support/SmallStack.h"
 
@@ -10,7 +12,6 @@
 #include <memory>
 #include <stdexcept>
 #include <type_traits>
-#include <unordered_set>
 
 namespace {
 
@@ -18,57 +19,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr int c_deepLevels = 1'000'000;
-
-/// The rules of the walk, written down as plainly as possible: a set of positions for each level,
-/// shared by all siblings, and recursion.
-class PathModel
-{
-public:
-    PathModel(const DOMElement& start, const TString& path) : m_tokens(path.split(u'/'))
-    {
-        if (m_tokens.back().IsEmpty())
-            return;
-        std::unordered_set<int> positions{0};
-        const DOMElement* first = &start;
-        if (path[0] == u'/') {
-            positions = {1};
-            if (path[1] != u'/')
-                first = start.GetDOMManager() ? start.GetDOMManager()->GetDocumentRoot() : nullptr;
-        }
-        if (first != nullptr)
-            Visit(*first, positions);
-    }
-
-    const std::vector<const DOMElement*>& Matches() const { return m_matches; }
-
-private:
-    void Visit(const DOMElement& element, std::unordered_set<int>& positions)
-    {
-        const std::unordered_set<int> before = positions;
-        for (const int i : before) {
-            if (Token(i).IsEmpty())
-                positions.insert(i + 1);
-        }
-        std::unordered_set<int> carried;
-        for (const int i : positions) {
-            if (Token(i).IsEmpty())
-                carried.insert(i);
-            else if (Token(i) == u"*" || Token(i) == element.GetName())
-                carried.insert(i + 1);
-        }
-        if (carried.erase(static_cast<int>(m_tokens.size())) > 0)
-            m_matches.push_back(&element);
-        if (carried.empty())
-            return;
-        for (const auto& child : element.GetChildren())
-            Visit(*child, carried);
-    }
-
-    const TString& Token(int i) const { return m_tokens.at(static_cast<std::size_t>(i)); }
-
-    std::vector<TString> m_tokens;
-    std::vector<const DOMElement*> m_matches;
-};
 
 /// <r> <a> <b/> <c> <b/> </c> </a> <b> <a/> </b> <a/> </r>, attached to a document.
 class DOMPathTest : public testing::Test
@@ -144,7 +94,7 @@ TEST(DOMPath, AgreesWithTheRulesOnRandomTreesAndPaths)
     RandomNameTree random(20240);
     std::size_t matches = 0;
     for (int round = 0; round < 6000; ++round) {
-        const auto tree = random.Make({u"a", u"b", u"*"}, 5, 4);
+        const auto tree = random.Make({u"a", u"b", u"*", u""}, 5, 4);
         const TString path = MakePath(random, 1 + random.Below(7));
         ASSERT_NO_FATAL_FAILURE(ExpectAgreement(*tree, path));
         matches += DOMPath::GetAll(*tree, path).size();
@@ -230,8 +180,12 @@ TEST_F(DOMPathTest, NamesAreComparedExactly)
     EXPECT_THAT(DOMPath::GetAll(*r, u"r/A"), IsEmpty());
     EXPECT_THAT(DOMPath::GetAll(*r, u"r/a*"), IsEmpty());
     EXPECT_THAT(DOMPath::GetAll(*r, u"r/ a"), IsEmpty());
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r/*a"), IsEmpty());
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r/**"), IsEmpty());
     DOMElement* starred = r->AddNewChild(u"a*");
     EXPECT_THAT(DOMPath::GetAll(*r, u"r/a*"), ElementsAre(starred));
+    DOMElement* twice = r->AddNewChild(u"**");
+    EXPECT_THAT(DOMPath::GetAll(*r, u"r/**"), ElementsAre(twice));
 }
 
 TEST_F(DOMPathTest, StarIsAnyOneElement)
@@ -330,6 +284,81 @@ TEST_F(DOMPathTest, AppendingSiblingsDuringTheWalkDoesNotDisturbIt)
     EXPECT_EQ(visited, 102);
 }
 
+TEST_F(DOMPathTest, TheWalkHasLeftAMatchBeforeItIsSeen)
+{
+    // b1 has no children when it is found, so the walk goes on beside it; a3 is entered later.
+    std::vector<DOMElement*> matches;
+    for (DOMElement& match : DOMPath::Walk(*r, u"r//b")) {
+        matches.push_back(&match);
+        if (&match == b1) {
+            b1->AddNewChild(u"b");
+            matches.push_back(a3->AddNewChild(u"b"));
+        }
+    }
+    ASSERT_EQ(matches.size(), 5U);
+    EXPECT_EQ(matches[1], matches[4]) << "what was added below a3 is found, below b1 is not";
+    matches.erase(matches.begin() + 1);
+    EXPECT_THAT(matches, ElementsAre(b1, b2, b3, a3->GetChildren().begin()->get()));
+}
+
+TEST(DOMPath, RemovingAnEarlierSiblingDuringTheWalkPassesOverALaterOne)
+{
+    DOMElement top(u"top");
+    for (const char16_t* name : {u"a", u"b", u"c", u"d"})
+        top.AddNewChild(name);
+    DOMPath::Generator<DOMElement> generator(top, u"top/*");
+    EXPECT_EQ(generator.Next()->GetName(), u"a");
+    EXPECT_EQ(generator.Next()->GetName(), u"b");
+    top.RemoveChild(u"a");
+    EXPECT_EQ(generator.Next()->GetName(), u"c");
+    EXPECT_EQ(generator.Next(), nullptr);
+}
+
+template <typename T>
+void ExpectRemovalIsNoticed()
+{
+    DOMElement top(u"top");
+    for (const char16_t* name : {u"a", u"b", u"c", u"d"})
+        top.AddNewChild(name);
+    DOMPath::Generator<T> generator(top, u"top/*");
+    generator.Next();
+    generator.Next();
+    top.RemoveChild(u"a");
+    top.RemoveChild(u"b");
+    EXPECT_THROW(generator.Next(), std::out_of_range);
+}
+
+TEST(DOMPath, RemovingMoreEarlierSiblingsThanRemainIsOutOfRange)
+{
+    ExpectRemovalIsNoticed<DOMElement>();
+    ExpectRemovalIsNoticed<DOMElement const>();
+}
+
+TEST(DOMPath, AVisitAllocatesNothing)
+{
+    DOMElement top(u"top");
+    for (int i = 0; i < 1000; ++i)
+        top.AddNewChild(u"a")->AddNewChild(u"b")->AddNewChild(u"c");
+    const TString path(u"top//a//c");
+    DOMPath::Generator<DOMElement const> generator(top, path);
+    int matches = 0;
+    {
+        const FailingAllocations failing(0);
+        while (generator.Next() != nullptr)
+            ++matches;
+        EXPECT_FALSE(FailingAllocations::HasFailed());
+    }
+    EXPECT_EQ(matches, 1000);
+
+    TString longPath(u"top");
+    for (int i = 0; i < 100; ++i)
+        longPath += u"//*";
+    DOMPath::Generator<DOMElement const> longWalk(top, longPath);
+    const FailingAllocations failing(40);
+    EXPECT_EQ(longWalk.Next(), nullptr);
+    EXPECT_FALSE(FailingAllocations::HasFailed());
+}
+
 TEST_F(DOMPathTest, AnIteratorWithoutMatchIsTheEndAtOnce)
 {
     const TString path(u"none");
@@ -379,6 +408,36 @@ TEST_F(DOMPathTest, ACopiedIteratorShowsItsElementButCannotAdvance)
     EXPECT_EQ(&*original, b3);
 }
 
+TEST_F(DOMPathTest, AnIteratorAssignedToItselfGoesOn)
+{
+    DOMPath::IteratorTemplate<DOMElement> iterator(*r, u"//b");
+    const DOMPath::IteratorTemplate<DOMElement>& self = iterator;
+    iterator = self;
+    EXPECT_EQ(&*iterator, b1);
+    ++iterator;
+    EXPECT_EQ(&*iterator, b2);
+}
+
+TEST_F(DOMPathTest, ACopyOfTheEndIsTheEnd)
+{
+    const DOMPath::IteratorTemplate<DOMElement> end;
+    DOMPath::IteratorTemplate<DOMElement> copy(end);
+    EXPECT_TRUE(copy == end);
+    DOMPath::IteratorTemplate<DOMElement> assigned(*r, u"//b");
+    assigned = end;
+    EXPECT_TRUE(assigned == end);
+    EXPECT_TRUE(assigned++ == end);
+}
+
+TEST_F(DOMPathTest, AdvancingPastTheLastMatchReturnsItAndEnds)
+{
+    DOMPath::IteratorTemplate<DOMElement> iterator(*r, u"r/b");
+    const DOMPath::IteratorTemplate<DOMElement> last = iterator++;
+    EXPECT_EQ(&*last, b3);
+    EXPECT_TRUE(iterator == DOMPath::IteratorTemplate<DOMElement>());
+    EXPECT_TRUE(last != iterator);
+}
+
 TEST_F(DOMPathTest, ACopyOfALongWalkCannotAdvanceEither)
 {
     const auto chain = MakeChain(100, u"e");
@@ -414,6 +473,9 @@ TEST_F(DOMPathTest, AMovedIteratorGoesOn)
     DOMPath::IteratorTemplate<DOMElement> original(*r, path);
     DOMPath::IteratorTemplate<DOMElement> moved(std::move(original));
     EXPECT_EQ(&*moved, b1);
+    EXPECT_EQ(&*original, b1) << "what was moved from still shows its element";
+    ++original;
+    EXPECT_EQ(&*original, b1) << "and stays there";
     ++moved;
     DOMPath::IteratorTemplate<DOMElement> assigned(*r, path);
     assigned = std::move(moved);
@@ -437,6 +499,15 @@ TEST_F(DOMPathTest, AConstRangeHandsOutConstElements)
         matches.push_back(&match);
     EXPECT_THAT(matches, ElementsAre(a1, a3));
     EXPECT_TRUE(walk.cbegin() != walk.cend());
+    EXPECT_TRUE(constant.begin() != constant.end());
+
+    const DOMElement& constRoot = *r;
+    DOMPath::IterableTemplate<DOMElement const> constWalk = DOMPath::Walk(constRoot, path);
+    EXPECT_TRUE((std::is_same_v<decltype(*constWalk.begin()), DOMElement const&>));
+    EXPECT_EQ(&*constWalk.begin(), a1);
+    EXPECT_EQ(&*std::as_const(constWalk).begin(), a1);
+    EXPECT_EQ(&*constWalk.cbegin(), a1);
+    EXPECT_TRUE(constWalk.begin() != constWalk.end());
 }
 
 TEST_F(DOMPathTest, ARangeRefersToThePathOfItsCaller)
@@ -487,6 +558,16 @@ TEST_F(DOMPathTest, ForeachMayChangeTheTree)
     });
     EXPECT_EQ(calls, 8);
     EXPECT_EQ(r->GetChildren().size(), 8U);
+}
+
+TEST_F(DOMPathTest, ForeachCollectsConstMatchesFirstToo)
+{
+    int calls = 0;
+    DOMPath::Foreach(std::as_const(*r), u"r/*", [&calls, this](const DOMElement&) {
+        if (++calls < 100)
+            r->AddNewChild(u"more");
+    });
+    EXPECT_EQ(calls, 3);
 }
 
 TEST_F(DOMPathTest, ForeachWithoutAFunctionFailsOnlyAtAMatch)

@@ -129,6 +129,7 @@ TEST(DOMRenames, TheDataSourceIsRenamedBeforeTheField)
 
 TEST(DOMRenames, ADetachedElementGivesNamesBack)
 {
+    DOMElement::FieldNameCache cache;
     DOMElement element(TString(u"a"));
     element.SetAttribute(u"k", u"d.f");
     element.SetText(u"d.t");
@@ -138,6 +139,9 @@ TEST(DOMRenames, ADetachedElementGivesNamesBack)
     EXPECT_EQ(element.RenameMapSource(u"x"), TString(u"x"));
     EXPECT_EQ(element.GetFieldName(u"k"), Field(u"d", u"f"));
     EXPECT_EQ(element.GetTextAsFieldName(), Field(u"d", u"t"));
+    EXPECT_EQ(element.GetFieldName(u"k", cache), Field(u"d", u"f"));
+    EXPECT_EQ(element.GetTextAsFieldName(cache), Field(u"d", u"t"));
+    EXPECT_EQ(cache.size(), 2U);
     EXPECT_TRUE(element.GetFieldName(u"absent").IsEmpty());
 }
 

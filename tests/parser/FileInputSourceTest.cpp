@@ -118,6 +118,23 @@ TEST(FileInputSource, JoinsAPairOfLineEndingsThatChunksPart)
     const TemporaryFolder folder;
     FileInputSource source(folder.Write("a.xml", PadBefore(2047, "\r\ny")));
     EXPECT_EQ(ReadAll(source, 10000), PadBefore(2047, "\ny"));
+    source.ResetToStart();
+    std::string line;
+    EXPECT_TRUE(source.GetNextLine(line));
+    EXPECT_EQ(line, PadBefore(2047, "\n"));
+    EXPECT_TRUE(source.GetNextLine(line));
+    EXPECT_EQ(line, "y");
+}
+
+TEST(FileInputSource, TakesAPairOfLineEndingsThatCallsPartForTwo)
+{
+    const TemporaryFolder folder;
+    FileInputSource source(folder.Write("a.xml", PadBefore(2047, "\r\ny")));
+    std::string bytes;
+    EXPECT_TRUE(source.GetBytes(bytes, 2048));
+    EXPECT_EQ(bytes, PadBefore(2047, "\n"));
+    EXPECT_TRUE(source.GetBytes(bytes, 2048));
+    EXPECT_EQ(bytes, "\ny");
 }
 
 TEST(FileInputSource, MixesLinesAndBytes)

@@ -1,3 +1,4 @@
+#include "FileSizeLimit.h"
 #include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
 
@@ -47,6 +48,14 @@ TEST(InputSourceUtils, DecodesByMarkAndDeclaration)
     const std::string utf16("\xFE\xFF\0<\0a\0>\0\xE9\0<\0/\0a\0>", 18);
     EXPECT_EQ(ReadAll(*InputSourceFromFileName(folder.Write("u.xml", utf16), false)),
               "<a>\xC3\xA9</a>");
+}
+
+TEST(InputSourceUtils, TakesAGibibyteForTooLargeAndAByteLessNot)
+{
+    static_assert(FitsInMemory(0) && FitsInMemory(1073741823));
+    static_assert(!FitsInMemory(1073741824) && !FitsInMemory(0x100000000));
+    EXPECT_TRUE(FitsInMemory(0x3FFFFFFF));
+    EXPECT_FALSE(FitsInMemory(0x40000000));
 }
 
 TEST(InputSourceUtils, StreamsWhatIsTooLargeForMemoryAndSkipsNothingThere)

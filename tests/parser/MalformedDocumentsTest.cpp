@@ -11,10 +11,13 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::StartsWith;
 
 const std::string c_document = "<?xml version='1.0' encoding='UTF-8'?>\n"
                                "<!DOCTYPE a [<!ATTLIST b z CDATA 'def'>]>\n"
@@ -83,16 +86,8 @@ TEST(MalformedDocuments, InvalidUtf8AnywhereIsAnError)
         for (std::size_t at = 0; at <= end; ++at) {
             SCOPED_TRACE(at);
             const std::string spoilt = c_document.substr(0, at) + bad + c_document.substr(at);
-            for (const ParseOutcome& outcome : {ParseUtf8(spoilt), ParseBytes(spoilt)}) {
-                // In the declaration the scanner gives up with an exception, which is no fatal
-                // error.
-                if (at < c_declarationSize && !outcome.fatal) {
-                    EXPECT_THAT(outcome.errors, SizeIs(1));
-                    EXPECT_THAT(outcome.events, IsEmpty());
-                } else {
-                    ExpectBeginningOf(whole, outcome);
-                }
-            }
+            for (const ParseOutcome& outcome : {ParseUtf8(spoilt), ParseBytes(spoilt)})
+                ExpectBeginningOf(whole, outcome);
             if (at % 8 != 0)
                 continue;
             // The chunked reader refuses such a file, the decoding one says where it is wrong.
@@ -117,6 +112,107 @@ TEST(MalformedDocuments, ANulByteAnywhereBehindTheDeclarationIsAFatalError)
         StringInputSource source(TString::fromStdString(spoilt), u"id", false);
         ExpectBeginningOf(whole, ParseSource(source));
     }
+}
+
+TEST(MalformedDocuments, ADeclarationThatCannotBeDecodedIsAFatalErrorWithPosition)
+{
+    const std::string tooLong = "<?xml version='1.0'" + std::string(16384, ' ') + "?><a/>";
+    const auto expectRefusal = [](const ParseOutcome& outcome) {
+        EXPECT_TRUE(outcome.fatal);
+        EXPECT_THAT(outcome.errors,
+                    ElementsAre(AllOf(StartsWith("Fatal Error(1,"), EndsWith(" (id: id)"))));
+        EXPECT_THAT(outcome.events, IsEmpty());
+    };
+    for (const std::string& text : {std::string("<?xml version='1.0' \xC3\xA9?><a/>"),
+                                    std::string("<?xml version='1.1' \xFF?><a/>")}) {
+        SCOPED_TRACE(text);
+        expectRefusal(ParseUtf8(text));
+        expectRefusal(ParseBytes(text));
+    }
+    // Where the encoding is known, the declaration need not be decoded before all else.
+    EXPECT_THAT(ParseUtf8(tooLong).errors, IsEmpty());
+    expectRefusal(ParseBytes(tooLong));
+    expectRefusal(ParseBytes("<?xml version='1.0' encoding='UTF-8\xC3\xA9'?><a/>"));
+    const std::string longest = "<?xml version='1.0'" + std::string(16300, ' ') + "?><a/>";
+    EXPECT_THAT(ParseBytes(longest).errors, IsEmpty());
+}
+
+TEST(MalformedDocuments, WhatTheScannerDropsBehindTheRootElementIsAFatalError)
+{
+    const std::pair<std::string, std::string> endings[] = {
+        {std::string("\0", 1), "(1,5): invalid character (Unicode: 0x0)"},
+        {std::string("\n\0\0\0", 4), "(2,1): invalid character (Unicode: 0x0)"},
+        {std::string("\0<b/>", 5), "(1,5): invalid character (Unicode: 0x0)"},
+        {std::string("<!--\xC3\xA9-->\r\n \0 </a>", 18), "(2,2): invalid character (Unicode: 0x0)"},
+        {"\xC3", "(1,5): incomplete character at the end of the document"},
+        {"\xE2\x82", "(1,5): incomplete character at the end of the document"},
+        {"\xF0\x9F\x98", "(1,5): incomplete character at the end of the document"},
+        {"\xFE", "(1,5): incomplete character at the end of the document"},
+        {"\r \xFE", "(2,2): incomplete character at the end of the document"},
+        {"<?p ?>\n\n\xF0\x9F", "(3,1): incomplete character at the end of the document"},
+    };
+    const TemporaryFolder folder;
+    for (const auto& [ending, message] : endings) {
+        SCOPED_TRACE(message);
+        const std::string text = "<a/>" + ending;
+        const ParseOutcome expected = {
+            {"<a>", "</>"}, {"Fatal Error" + message + " (id: id)"}, {}, true};
+        EXPECT_EQ(ParseUtf8(text), expected);
+        EXPECT_EQ(ParseBytes(text), expected);
+    }
+    // In files too: those that are read in chunks, the last one behind several of them.
+    for (const std::string& space : {std::string(), std::string(10000, ' ')}) {
+        for (const std::string& ending : {std::string("\0", 1), std::string("\xC3")}) {
+            const std::string text = "<a/>" + space + ending;
+            FileInputSource source(folder.Write("a.xml", text));
+            EXPECT_TRUE(ParseSource(source).fatal) << text.size();
+        }
+    }
+    // A file that is decoded is refused where its bytes are bad, and holds nulls as they are.
+    EXPECT_THROW(InputSourceUtils::InputSourceFromFileName(folder.Write("b.xml", "<a/>\xC3"), true),
+                 TIO::Exception);
+    const auto decoded = InputSourceUtils::InputSourceFromFileName(
+        folder.Write("c.xml", std::string("<a/>\0", 5)), true);
+    EXPECT_TRUE(ParseSource(*decoded).fatal);
+}
+
+TEST(MalformedDocuments, WhatTheScannerDropsIsFoundInOtherEncodings)
+{
+    const auto widen = [](const std::string& mark, const std::string& ascii, std::size_t size,
+                          bool isBigEndian) {
+        std::string bytes = mark;
+        for (const char c : ascii) {
+            std::string unit(size, '\0');
+            unit[isBigEndian ? size - 1 : 0] = c;
+            bytes += unit;
+        }
+        return bytes;
+    };
+    const std::string utf16 = "<?xml version='1.0' encoding='UTF-16'?><a/>\n";
+    const std::string good[] = {
+        widen("\xFF\xFE", utf16, 2, false),
+        widen("\xFE\xFF", utf16, 2, true),
+        widen("", utf16, 2, false),
+        widen("", utf16, 2, true),
+        widen(std::string("\xFF\xFE\0\0", 4), "<?xml version='1.0'?><a/>\n", 4, false),
+        widen(std::string("\0\0\xFE\xFF", 4), "<?xml version='1.0'?><a/>\n", 4, true),
+        "<?xml version='1.0' encoding='ISO-8859-1'?><!--\xE9--><a/>\n",
+        "<?xml version='1.0' encoding='Shift_JIS'?><!--\x83\x41--><a/>\n",
+        "<?xml version='1.1'?><a/>\xC2\x85\xE2\x80\xA8\n",
+        "<?xml version='1.1' encoding='ISO-8859-1'?><a/>\x85\n",
+        "\xEF\xBB\xBF<a/>\r\n",
+    };
+    for (const std::string& bytes : good)
+        EXPECT_THAT(ParseBytes(bytes).errors, IsEmpty()) << bytes;
+
+    const std::string null(4, '\0');
+    for (const std::string& bytes : good)
+        EXPECT_TRUE(ParseBytes(bytes + null).fatal) << bytes;
+    for (const std::string& bytes : {good[0], good[1], good[2], good[3], good[4], good[5]})
+        EXPECT_TRUE(ParseBytes(bytes + "x").fatal) << bytes;
+    EXPECT_TRUE(ParseBytes(good[7] + "\x83").fatal);
+    EXPECT_THAT(ParseBytes(good[1] + null).errors,
+                ElementsAre("Fatal Error(2,1): invalid character (Unicode: 0x0) (id: id)"));
 }
 
 TEST(MalformedDocuments, AnySingleByteCanBeMissingWithoutHarm)

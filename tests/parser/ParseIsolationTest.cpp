@@ -1,8 +1,14 @@
 #include "support/ParseOutcome.h"
 
+#include "support/Repeat.h"
+
 #include <kescorexml/BinaryInputSource.h>
+#include <kescorexml/DOMParser.h>
+#include <kescorexml/XMLDomFormatter.h>
 
 #include <gtest/gtest.h>
+
+#include <random>
 
 namespace {
 
@@ -51,8 +57,50 @@ const std::vector<Document>& Documents()
         {"<a>\xFF</a>"},
         {"<?xml version='1.0' \xFF?><a/>"},
         {"<?xml version='1.1'\xC3(?><a/>"},
+        {"<a/>\xC3"},
+        {std::string("<?xml version='1.1'?><a/>\0<b/>", 29)},
     };
     return s_documents;
+}
+
+/// Documents that the limits of LowerLimits end, where they are on their own and everywhere else.
+const std::vector<Document>& HostileDocuments()
+{
+    static const std::vector<Document> s_documents = {
+        {"<!DOCTYPE a [<!ENTITY % e ' '>" + Repeat("%e;", 100) + "]><a/>"},
+        {"<?xml version='1.1'?><!DOCTYPE a [<!ENTITY % e ''><!ENTITY % f '" +
+         Repeat("&#37;e;", 50) + "'>%f;]><a/>"},
+        {"<!DOCTYPE a [<!ENTITY e 'text'><!ATTLIST a b CDATA '" + Repeat("&e;", 60) + "'>]><a/>"},
+        {"<!DOCTYPE a [<!ENTITY e '<b>text</b>'>]><a>text" + Repeat("&e;", 60) + "</a>"},
+        {"<!DOCTYPE a [<!ENTITY e 'text'>]><a><b c='" + Repeat("&e;", 60) + "'/></a>"},
+        {"<!DOCTYPE a [<!ATTLIST b x CDATA 'default' y CDATA 'default'>]><a>text" +
+         Repeat("<b/>", 100) + "</a>"},
+        {"<a>" + Repeat("text<b/>", 300) + "</a>"},
+        {Repeat("<a>", 30) + Repeat("</a>", 30)},
+        {"<a>" + Repeat("<b><c/></b>", 30) + "</a>"},
+    };
+    return s_documents;
+}
+
+void LowerLimits(ParseLimits& limits)
+{
+    limits.SetAmplificationLimit(0, 1000);
+    limits.SetExpansionLimit(0, 2000);
+    limits.SetValidationDepthLimit(20);
+    limits.SetValidationWorkLimit(0, 500);
+}
+
+const TString c_schema(u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                       "<xs:element name='a'><xs:complexType mixed='true'><xs:sequence>"
+                       "<xs:any processContents='lax' minOccurs='0' maxOccurs='unbounded'/>"
+                       "</xs:sequence><xs:attribute name='d' type='xs:string' default='added'/>"
+                       "</xs:complexType></xs:element></xs:schema>");
+
+std::vector<Document> AllDocuments()
+{
+    std::vector<Document> documents = Documents();
+    documents.insert(documents.end(), HostileDocuments().begin(), HostileDocuments().end());
+    return documents;
 }
 
 std::shared_ptr<RecordingSink> MakeSink(const Document& document)
@@ -156,4 +204,84 @@ TEST(ParseIsolation, PermissionToExpandEntitiesOutlastsAReload)
     parser->Parse();
     EXPECT_FALSE(ParseAfterReload(*parser, document).fatal);
     EXPECT_TRUE(ParseAlone(document).fatal);
+}
+
+TEST(ParseIsolation, RandomSequencesGiveWhatFreshParsersGive)
+{
+    const std::vector<Document> documents = AllDocuments();
+    const auto makeParser = [](InputSource& source, const std::shared_ptr<RecordingSink>& sink,
+                               bool isValidating) {
+        auto parser = XercesXMLParser::Create(source, sink);
+        LowerLimits(*parser);
+        parser->AllowEntityExpansion_Insecure();
+        if (isValidating)
+            parser->LoadXSDString(c_schema, u"schema");
+        return parser;
+    };
+    std::mt19937 random(20240601);
+    std::uniform_int_distribution<std::size_t> pick(0, documents.size() - 1);
+    for (const bool isValidating : {false, true}) {
+        std::vector<ParseOutcome> alone;
+        std::size_t limited = 0;
+        for (const Document& document : documents) {
+            BinaryInputSource source = MakeSource(document);
+            const auto sink = MakeSink(document);
+            const auto parser = makeParser(source, sink, isValidating);
+            parser->Parse();
+            alone.push_back(GetOutcome(*parser, *sink));
+            const bool isLimited = !alone.back().errors.empty() &&
+                                   alone.back().errors.back().find("Limit)") != std::string::npos;
+            limited += isLimited ? 1 : 0;
+        }
+        EXPECT_GE(limited, HostileDocuments().size() - (isValidating ? 0 : 2));
+
+        BinaryInputSource first = MakeSource(documents[0]);
+        const auto parser = makeParser(first, std::make_shared<RecordingSink>(), isValidating);
+        std::string before = "nothing";
+        for (int step = 0; step < 3000; ++step) {
+            const std::size_t next = pick(random);
+            SCOPED_TRACE(before + " before " + documents[next].text);
+            ASSERT_EQ(ParseAfterReload(*parser, documents[next]), alone[next]);
+            before = documents[next].text;
+        }
+    }
+}
+
+TEST(ParseIsolation, RandomSequencesGiveTheTreesThatFreshDOMParsersGive)
+{
+    const std::vector<Document> documents = AllDocuments();
+    const auto parse = [](const DOMParser& parser, const Document& document) {
+        const auto dom = parser.ParseXmlBytes(
+            std::vector<unsigned char>(document.text.begin(), document.text.end()));
+        std::string outcome =
+            XMLDomFormatter::RenderAsXMLString(*dom, nullptr, false).toStdString();
+        for (const TString& error : dom->GetErrors())
+            outcome += "\n" + error.toStdString();
+        return outcome;
+    };
+    const auto configure = [](DOMParser& parser, bool isValidating) {
+        LowerLimits(parser);
+        if (isValidating)
+            parser.AddXSDInputSource(
+                std::make_unique<StringInputSource>(c_schema, u"schema", false));
+    };
+    std::mt19937 random(20240602);
+    std::uniform_int_distribution<std::size_t> pick(0, documents.size() - 1);
+    for (const bool isValidating : {false, true}) {
+        std::vector<std::string> alone;
+        for (const Document& document : documents) {
+            DOMParser parser;
+            configure(parser, isValidating);
+            alone.push_back(parse(parser, document));
+        }
+        DOMParser parser;
+        configure(parser, isValidating);
+        std::string before = "nothing";
+        for (int step = 0; step < (isValidating ? 300 : 3000); ++step) {
+            const std::size_t next = pick(random);
+            SCOPED_TRACE(before + " before " + documents[next].text);
+            ASSERT_EQ(parse(parser, documents[next]), alone[next]);
+            before = documents[next].text;
+        }
+    }
 }

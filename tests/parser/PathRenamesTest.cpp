@@ -130,6 +130,60 @@ TEST(PathRenames, TheDirectoryFollowsTheArgumentNotTheChecksum)
               (PathRenames::PathMap{{u"a", u"b"}, {u"d", u"e"}, {u"d/y", u"b/x"}}));
 }
 
+TEST(PathRenames, ANewChecksumLeavesTheRenameOfItsFileAlone)
+{
+    PathRenames renames;
+    renames.SetRename(u"a/x", u"kept");
+    renames.SetCRC(u"a/x", u"b/x", 7);
+    EXPECT_EQ(renames.GetPathMap(), (PathRenames::PathMap{{u"a", u"b"}, {u"a/x", u"kept"}}));
+}
+
+TEST(PathRenames, AKnownChecksumOverwritesTheRenameOfItsFile)
+{
+    PathRenames renames;
+    renames.SetCRC(u"x", u"y", -7);
+    renames.SetRename(u"z", u"lost");
+    renames.SetCRC(u"z", u"elsewhere", -7);
+    EXPECT_EQ(renames.GetPathMap(), (PathRenames::PathMap{{u"z", u"y"}}));
+    renames.SetCRC(u"w", u"elsewhere", -7);
+    EXPECT_EQ(Text(renames.RenamePath(u"w")), "y") << "the first target stays";
+}
+
+TEST(PathRenames, TheFirstFileOfADirectoryOverwritesItsRename)
+{
+    PathRenames renames;
+    renames.SetRename(u"a", u"lost");
+    renames.SetCRC(u"a/x", u"b/x", 7);
+    EXPECT_EQ(renames.GetPathMap(), (PathRenames::PathMap{{u"a", u"b"}}));
+}
+
+TEST(PathRenames, ALaterFileIsHeldAgainstTheRenameThatItsDirectoryHasNow)
+{
+    PathRenames renames;
+    renames.SetCRC(u"a/x", u"b/x", 1);
+    renames.SetRename(u"a", u"c");
+    renames.SetCRC(u"a/y", u"c/y", 2);
+    EXPECT_EQ(renames.GetPathMap(), (PathRenames::PathMap{{u"a", u"c"}}));
+    renames.SetCRC(u"a/z", u"b/z", 3);
+    EXPECT_TRUE(renames.GetPathMap().empty());
+}
+
+TEST(PathRenames, ATargetWithoutDirectorySendsTheDirectoryToTheEmptyPath)
+{
+    PathRenames renames;
+    renames.SetCRC(u"a/x", u"x", 7);
+    EXPECT_EQ(renames.GetPathMap(), (PathRenames::PathMap{{u"a", TPath()}}));
+}
+
+TEST(PathRenames, ATargetMayBeAPathOfTheMap)
+{
+    PathRenames renames;
+    renames.SetCRC(u"k", u"first/k", 7);
+    renames.SetRename(u"a/x", u"b/x");
+    renames.SetCRC(u"a/x", renames.GetPathMap().at(u"a/x"), 7);
+    EXPECT_EQ(renames.GetPathMap(), (PathRenames::PathMap{{u"a", u"b"}, {u"a/x", u"first/k"}}));
+}
+
 TEST(PathRenames, AnEmptyPathIsIgnored)
 {
     PathRenames renames;

@@ -202,6 +202,22 @@ TEST(StandaloneDOMElement, TheLastAppendDecidesTheEncodedMark)
     EXPECT_FALSE(element.IsEncoded());
 }
 
+TEST(StandaloneDOMElement, OnlyTextChangesTheEncodedMark)
+{
+    StandaloneDOMElement element(TString(u"e"));
+    element.AppendText(u"a", true);
+    StandaloneDOMElement& child = AddChild(element, u"c");
+    element.InsertChildBefore(MakeElement(u"b"), child);
+    element.SetAttribute(u"k", u"v");
+    element.RemoveChild(child);
+    element.RemoveChildren();
+    EXPECT_TRUE(element.IsEncoded());
+    element.EraseAllChildNodes();
+    EXPECT_TRUE(element.IsEncoded());
+    element.AppendText(TString());
+    EXPECT_FALSE(element.IsEncoded()) << "an empty text counts as one";
+}
+
 TEST(StandaloneDOMElement, AllTextLeavesOutTheTextOfDescendants)
 {
     StandaloneDOMElement element(TString(u"e"));
@@ -370,6 +386,32 @@ TEST(StandaloneDOMElement, InsertsInFrontOfTheFirstEqualChild)
     EXPECT_EQ(Content(element), "<other>'text'<new><c><c>");
     element.InsertChildBefore(MakeElement(u"newer"), second);
     EXPECT_EQ(Content(element), "<other>'text'<new><newer><c><c>") << "by value, not by identity";
+}
+
+TEST(StandaloneDOMElement, InsertsAtTheVeryFrontAndBetweenTexts)
+{
+    StandaloneDOMElement element(TString(u"e"));
+    AddChild(element, u"c");
+    element.InsertChildBefore(MakeElement(u"first"), StandaloneDOMElement(TString(u"c")));
+    EXPECT_EQ(Content(element), "<first><c>");
+    element.AppendText(u"text");
+    StandaloneDOMElement& last = AddChild(element, u"last");
+    ElementPtr inserted = MakeElement(u"new");
+    const StandaloneDOMElement* address = inserted.get();
+    element.InsertChildBefore(std::move(inserted), last);
+    EXPECT_EQ(Content(element), "<first><c>'text'<new><last>");
+    EXPECT_EQ(element.GetChild(u"new"), address) << "the very element that was given";
+}
+
+TEST(StandaloneDOMElement, AnEqualGrandchildIsNoPlaceToInsertBefore)
+{
+    StandaloneDOMElement element(TString(u"e"));
+    StandaloneDOMElement& grandchild = AddChild(AddChild(element, u"c"), u"d");
+    ExpectAssertion([&] { element.InsertChildBefore(MakeElement(u"new"), grandchild); }, 318,
+                    u"Can't insert child", 0xAD7AC3BE, u"LogicException_LogicAssert_0xAD7AC3BE");
+    ExpectAssertion([&] { element.RemoveChild(grandchild); }, 344, u"Can't remove child",
+                    0x108BF60C, u"LogicException_LogicAssert_0x108BF60C");
+    EXPECT_EQ(Content(element), "<c>");
 }
 
 TEST(StandaloneDOMElement, InsertingBeforeNoChildIsAnAssertion)

@@ -23,6 +23,7 @@
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -79,6 +80,14 @@ public:
     void ScopeClosed(std::string_view, std::int64_t) override {}
 
     std::vector<std::pair<std::string, std::uint64_t>> opened;
+};
+
+/// A document that says that it is very large.
+class HugeInputSource : public StringInputSource
+{
+public:
+    HugeInputSource() : StringInputSource(u"<a/>", u"huge", false) {}
+    std::int64_t Size() const override { return 5'000'000'000; }
 };
 
 /// The scopes of this class that a call opens and closes, in order.
@@ -218,6 +227,73 @@ TEST(StandaloneDOMParser, AnUnreadableFileIsThrownAndNotReported)
     const TemporaryFolder folder;
     EXPECT_THROW(parser.ParseXmlFile(folder.GetPath("none.xml")), TIO::Exception);
     EXPECT_EQ(reports, 0);
+}
+
+TEST(StandaloneDOMParser, WhatASourceOrASchemaThrowsPassesAndIsNotReported)
+{
+    const TemporaryFolder folder;
+    // Not UTF-8, which a source that reads the file itself insists on.
+    const TString path = folder.Write("a.xml", std::string("\xFF\xFE<\0a\0/\0>\0", 10));
+    StandaloneDOMParser parser;
+    int reports = 0;
+    parser.SetStatisticsEventHandler([&reports](const DOMParserStatistics&) { ++reports; });
+    FileInputSource file(path);
+    EXPECT_THROW(parser.ParseXmlInputSource(file, false), CorvinaException);
+    ScriptedInputSource unsuitable("<a/>");
+    EXPECT_THROW(parser.ParseXmlInputSource(unsuitable, false), LogicException);
+    EXPECT_EQ(reports, 0);
+    EXPECT_EQ(Describe(parser.ParseXmlString("<a/>", u"id")), "Document(a())") << "usable again";
+    EXPECT_EQ(reports, 1);
+
+    parser.AddXSDInputSource(std::make_unique<FileInputSource>(path));
+    EXPECT_THROW(parser.ParseXmlString("<a/>", u"id"), CorvinaException);
+    EXPECT_EQ(reports, 1);
+}
+
+TEST(StandaloneDOMParser, ReportsTheWholeSizeOfLargeSources)
+{
+    StandaloneDOMParser parser;
+    std::uint64_t size = 0;
+    parser.SetStatisticsEventHandler(
+        [&size](const DOMParserStatistics& statistics) { size = statistics.sourceSize; });
+    HugeInputSource source;
+    parser.ParseXmlInputSource(source, false);
+    EXPECT_EQ(size, 5'000'000'000U);
+}
+
+TEST(StandaloneDOMParser, MessagesNameTheSource)
+{
+    const StandaloneDOMParser parser;
+    const auto errorOf = [](const StandaloneParseResult& result) {
+        return result.errors.empty() ? "none" : result.errors.front().toStdString();
+    };
+    EXPECT_THAT(errorOf(parser.ParseXmlString("<a>", u"the id")), EndsWith(" (id: the id)"));
+    EXPECT_THAT(errorOf(parser.ParseXmlBytes(ToBytes("<a>"))), EndsWith(" (id: )"));
+    const TemporaryFolder folder;
+    const TString path = folder.Write("a.xml", "<a>");
+    EXPECT_THAT(errorOf(parser.ParseXmlFile(path)), EndsWith(" (id: " + path.toStdString() + ")"));
+}
+
+TEST(StandaloneDOMParser, ListsARefusedExternalEntityTwice)
+{
+    const StandaloneParseResult result = StandaloneDOMParser().ParseXmlString(
+        "<!DOCTYPE a [<!ENTITY e SYSTEM 'file:///etc/hostname'>]><a>&e;</a>", u"id");
+    ASSERT_EQ(result.errors.size(), 2U);
+    EXPECT_EQ(result.errors[0], result.errors[1]);
+    EXPECT_THAT(result.errors[0].toStdString(), HasSubstr("'e'"));
+    EXPECT_EQ(Describe(result), "Document()");
+}
+
+TEST(StandaloneDOMParser, ListsWhatADocumentBreaksAndNotWhatIsWrongWithASchema)
+{
+    StandaloneDOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>(
+        u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+        u"<xs:element name='n' type='none'/></xs:schema>",
+        u"broken.xsd", false));
+    EXPECT_THAT(parser.ParseXmlString("<n/>", u"id").errors, IsEmpty());
+    EXPECT_THAT(parser.ParseXmlString("<m/>", u"id").errors,
+                ElementsAre(u"Error(1,5): no declaration found for element 'm' (id: id)"));
 }
 
 TEST(StandaloneDOMParser, ValidatesAgainstTheSchemasOfTheCallerInEveryParse)

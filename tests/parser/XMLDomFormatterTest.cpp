@@ -1,6 +1,8 @@
+#include "support/FailingAllocations.h"
 #include "support/RandomTree.h"
 #include "support/RecordingFormatter.h"
 #include "support/SmallStack.h"
+#include "support/TreeTesting.h"
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
@@ -15,8 +17,10 @@
 
 #include <functional>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -236,19 +240,96 @@ TEST(XMLDomFormatter, IndentsByTwoBlanks)
     EXPECT_TRUE(formatter.GetIndent().IsEmpty());
 }
 
-TEST(XMLDomFormatter, StaysBalancedWhenTheIndentationEnds)
+TEST(XMLDomFormatter, TakesAHundredThousandLevelsOfOpenTags)
+{
+    constexpr int levels = 100000;
+    XMLDomFormatter formatter;
+    {
+        std::vector<std::unique_ptr<XMLFormatter::Indenter>> open;
+        for (int i = 0; i < levels; ++i)
+            open.push_back(std::make_unique<XMLFormatter::Indenter>(formatter, u"e"));
+        EXPECT_EQ(formatter.GetIndent().length(), 2 * levels);
+        while (!open.empty())
+            open.pop_back();
+    }
+    EXPECT_TRUE(formatter.GetIndent().IsEmpty());
+    int depth = 0;
+    const DOMElement* last = formatter.GetRoot();
+    while (last->HasChildren()) {
+        last = &last->GetChildren().front();
+        ++depth;
+    }
+    EXPECT_EQ(depth, levels);
+    XMLDomFormatter copy;
+    copy.Format(copy, First(formatter));
+    EXPECT_TRUE(First(copy) == First(formatter));
+}
+
+TEST(XMLDomFormatter, EncodesNothingInAFourArgumentContentTag)
 {
     XMLDomFormatter formatter;
-    const std::function<void(int)> nest = [&](int levels) {
-        const XMLFormatter::Indenter indenter(formatter, TString::number(levels % 10));
-        if (levels > 0)
-            nest(levels - 1);
-    };
-    for (TString::size_type i = 2; i < XMLFormatter::c_maxIndentLength; i += 2)
-        formatter.Indent();
-    EXPECT_THROW(nest(5), std::length_error);
-    formatter.OutputTag(u"after", {});
-    EXPECT_EQ(formatter.GetRoot()->GetChildren().back().GetName(), u"after");
+    formatter.OutputOpenTag(u"a", {{u"k", u"v"}});
+    formatter.OutputContentTag(u"t", {{u"l", u"w"}}, u"x<y", true);
+    EXPECT_EQ(First(formatter).GetText(), u"x<y</t>\n");
+    EXPECT_EQ(First(formatter).GetAttributes(), (Attributes{{u"l", u"w"}}));
+    EXPECT_FALSE(First(formatter).HasChildren());
+    EXPECT_FALSE(First(formatter).IsEncoded());
+}
+
+/// A document whose elements bear errors and warnings.
+std::unique_ptr<DOM> MakeDocumentWithDiagnostics()
+{
+    auto document = std::make_unique<DOM>(false);
+    AddChildren(*document->GetRoot(), "a(b(c),d)");
+    for (const char* name : {"a", "b", "c", "d"}) {
+        AddError(Find(*document, name), name);
+        AddWarning(Find(*document, name), name);
+    }
+    return document;
+}
+
+TEST(XMLDomFormatter, CopiesAnElementOfAnotherDocumentWithItsDiagnostics)
+{
+    const std::unique_ptr<DOM> source = MakeDocumentWithDiagnostics();
+    const std::string errors = ErrorsOf(*source);
+    const std::string warnings = WarningsOf(*source);
+    XMLDomFormatter formatter;
+    formatter.OutputDOMElement(*source->GetDocumentRoot());
+    EXPECT_TRUE(First(formatter) == *source->GetDocumentRoot());
+    EXPECT_EQ(First(formatter).GetDOMManager(), formatter.GetDocument());
+    EXPECT_EQ(ErrorsOf(*formatter.GetDocument()), errors);
+    EXPECT_EQ(WarningsOf(*formatter.GetDocument()), warnings);
+    EXPECT_EQ(ErrorsOf(*source), errors);
+    EXPECT_EQ(WarningsOf(*source), warnings);
+    EXPECT_EQ(Outline(*source->GetRoot()), "Document(a(b(c),d))");
+}
+
+TEST(XMLDomFormatter, LeavesBothDocumentsAloneWhenMemoryRunsOutInACopy)
+{
+    const std::unique_ptr<DOM> source = MakeDocumentWithDiagnostics();
+    const std::string errors = ErrorsOf(*source);
+    const std::string warnings = WarningsOf(*source);
+    bool isDone = false;
+    for (std::size_t allowed = 0; !isDone; ++allowed) {
+        ASSERT_LT(allowed, 1000U);
+        XMLDomFormatter formatter;
+        formatter.OutputTag(u"before", {});
+        {
+            const FailingAllocations failing(allowed);
+            try {
+                formatter.OutputDOMElement(*source->GetDocumentRoot());
+                isDone = true;
+            } catch (const std::bad_alloc&) {
+            }
+        }
+        ASSERT_EQ(ErrorsOf(*source), errors) << allowed;
+        ASSERT_EQ(WarningsOf(*source), warnings) << allowed;
+        ASSERT_EQ(Outline(*source->GetRoot()), "Document(a(b(c),d))") << allowed;
+        ASSERT_EQ(Outline(*formatter.GetRoot()),
+                  isDone ? "Document(before,a(b(c),d))" : "Document(before)")
+            << allowed;
+        ASSERT_EQ(ErrorsOf(*formatter.GetDocument()), isDone ? errors : "") << allowed;
+    }
 }
 
 // Assertions
@@ -341,6 +422,23 @@ TEST(XMLDomFormatter, PutsHeaderAndCommentsBeforeTheDocumentElement)
                              u"<!-- two-&45; -->\n<a>\n  <b />\n</a>\n";
     EXPECT_EQ(formatter.GetOutput(FormatMode::Content), expected);
     EXPECT_EQ(formatter.GetOutput(FormatMode::Content), expected);
+}
+
+TEST(XMLDomFormatter, RendersWithoutAnyChangeToTheTree)
+{
+    RandomTree random(34);
+    XMLDomFormatter formatter;
+    formatter.OutputDOMElement(*random.Tree(50));
+    AddError(First(formatter), "error");
+    formatter.OutputOpenTag(u"open", {});
+    const DOMElement before(*formatter.GetRoot());
+    const std::string errors = ErrorsOf(*formatter.GetDocument());
+    const TString output = formatter.GetOutput(FormatMode::Content);
+    formatter.GetOutput(FormatMode::EscapeAll);
+    EXPECT_EQ(formatter.GetOutput(FormatMode::Content), output);
+    EXPECT_TRUE(*formatter.GetRoot() == before);
+    EXPECT_EQ(ErrorsOf(*formatter.GetDocument()), errors);
+    formatter.OutputCloseTag(u"open");
 }
 
 TEST(XMLDomFormatter, RendersOnlyTheFirstOfSeveralElements)

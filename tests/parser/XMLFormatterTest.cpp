@@ -263,6 +263,17 @@ TEST(XMLFormatter, GrowsAndShrinksTheIndentationByOneUnit)
     EXPECT_EQ(formatter.GetIndent(), c_empty);
 }
 
+TEST(XMLFormatter, LeavesACopyOfItsIndentationAsItWas)
+{
+    RecordingFormatter formatter;
+    formatter.Indent();
+    formatter.Indent();
+    const TString copy = formatter.GetIndent();
+    formatter.Undent();
+    EXPECT_EQ(copy, u"    ");
+    EXPECT_EQ(formatter.GetIndent(), u"  ");
+}
+
 TEST(XMLFormatter, RefusesAnIndentationBeyondTheLimitAndKeepsWhatItHas)
 {
     RecordingFormatter formatter;
@@ -493,6 +504,7 @@ TEST(XMLFormatter, WritesTheChildrenOfAnElement)
 class CallNamingFormatter : public RecordingFormatter
 {
 public:
+    using RecordingFormatter::RecordingFormatter;
     const TString& GetIndent() const override { return m_ownIndent; }
     void OutputAttributes(const Attributes&) override { OutputString(u"[attributes]"); }
     void OutputDOMElement(const DOMElement& element) override
@@ -539,6 +551,21 @@ TEST(XMLFormatter, GoesThroughTheOperationsThatASubclassMayReplace)
     EXPECT_THAT(formatter.TakePieces(), ElementsAre(u"[indent]", u"<!--", u" c ", u"[line -->]"));
     formatter.OutputDOMElements(element.GetChildren());
     EXPECT_EQ(formatter.GetPieces().front(), TString(u"[element b]"));
+}
+
+TEST(XMLFormatter, EndsTagsHeaderAndBytesByLinesThatASubclassMayReplace)
+{
+    CallNamingFormatter formatter(u"  ");
+    formatter.Indent();
+    formatter.OutputTag(u"t", {});
+    EXPECT_THAT(formatter.TakePieces(),
+                ElementsAre(u"  ", u"<", u"t", u"[attributes]", u"[line  />]"));
+    formatter.OutputHeader();
+    EXPECT_THAT(formatter.TakePieces(),
+                ElementsAre(u"[line <?xml version='1.0' encoding='utf-8' ?>]", u"[line ]"));
+    const unsigned char bytes[] = {0, 0, 0};
+    formatter.OutputBinary(bytes, 3);
+    EXPECT_THAT(formatter.TakePieces(), ElementsAre(u"  ", u"[line AAAA]"));
 }
 
 /// Breaks after a number of pieces, once.

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace {
 
 using Map = std::unordered_map<TString, TString>;
@@ -50,6 +52,38 @@ TEST(XMLLookupTable, ReadsBackWhatItPacked)
             ASSERT_EQ(XmlUtils::UnpackStringLookupTableFromXML(
                           XmlUtils::PackStringLookupTableIntoXML(map, suppressNewlines)),
                       map);
+    }
+}
+
+TEST(XMLLookupTable, KeysMayHoldColonsAlsoAtTheirBeginning)
+{
+    const Map map{{u":a", u"1"}, {u"a:b", u"2"}, {u"a", u"3"}, {u"xmlns:n", u"4"}};
+    for (const bool suppressNewlines : {false, true})
+        EXPECT_EQ(XmlUtils::UnpackStringLookupTableFromXML(
+                      XmlUtils::PackStringLookupTableIntoXML(map, suppressNewlines)),
+                  map);
+}
+
+TEST(XMLLookupTable, ValuesKeepTheirWhiteSpaceAndMarkup)
+{
+    const Map map{{u"lines", u" one\n\ttwo\r\n "}, {u"markup", u"<a b='c' d=\"e\">&amp;]]></a>"}};
+    EXPECT_EQ(XmlUtils::UnpackStringLookupTableFromXML(
+                  XmlUtils::PackStringLookupTableIntoXML(map, false)),
+              map);
+}
+
+TEST(XMLLookupTable, NeverThrowsForDamagedText)
+{
+    const std::string packed =
+        XmlUtils::PackStringLookupTableIntoXML({{u"a", u"x<y"}, {u"b", u"\u00E9"}}, false)
+            .toStdString();
+    std::mt19937 random(1);
+    for (int round = 0; round < 2000; ++round) {
+        std::string damaged = packed;
+        for (int i = 0; i < 2; ++i)
+            damaged[random() % damaged.size()] = static_cast<char>(random() % 256);
+        EXPECT_NO_THROW(XmlUtils::UnpackStringLookupTableFromXML(TString::fromStdString(damaged)))
+            << damaged;
     }
 }
 

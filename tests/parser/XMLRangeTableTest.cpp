@@ -2,6 +2,7 @@
 
 #include "support/Assertions.h"
 #include "support/RandomBytes.h"
+#include "support/RangeModel.h"
 #include "support/Repeat.h"
 
 #include <gtest/gtest.h>
@@ -12,57 +13,9 @@
 
 namespace {
 
-constexpr std::size_t c_untouched = 12345;
-
-struct Answer
-{
-    XMLRangeType type;
-    std::size_t end;
-
-    friend bool operator==(const Answer&, const Answer&) = default;
-    friend void PrintTo(const Answer& answer, std::ostream* out)
-    {
-        *out << static_cast<std::uint32_t>(answer.type) << " to " << answer.end;
-    }
-};
-
-Answer Ask(XMLRangeTable& table, std::size_t position)
-{
-    std::size_t end = c_untouched;
-    const XMLRangeType type = table.GetRangeTypeAt(position, end);
-    return {type, end};
-}
-
-constexpr Answer c_none{XMLRangeType::None, c_untouched};
-
-/// The answers for all positions of a text, by definition.
-std::vector<Answer> MakeModel(const std::string& xml)
-{
-    std::vector<Answer> answers(xml.size() + 2, c_none);
-    for (std::size_t from = 0; from < xml.size();) {
-        std::size_t mark = xml.find('!', from);
-        while (mark != std::string::npos && mark > 0 && xml[mark - 1] != '<')
-            mark = xml.find('!', mark + 1);
-        if (mark == std::string::npos || mark == 0)
-            break;
-        const std::string rest = xml.substr(mark - 1);
-        XMLRangeType type = XMLRangeType::Declaration;
-        std::string terminator = ">";
-        if (rest.starts_with("<![CDATA[")) {
-            type = XMLRangeType::CData;
-            terminator = "]]>";
-        } else if (rest.starts_with("<!--")) {
-            type = XMLRangeType::Comment;
-            terminator = "-->";
-        }
-        const std::size_t found = xml.find(terminator, mark);
-        const std::size_t end = found == std::string::npos ? xml.size() : found + terminator.size();
-        for (std::size_t i = mark - 1; i < end; ++i)
-            answers[i] = {type, end};
-        from = end;
-    }
-    return answers;
-}
+using RangeModel::Answer;
+using RangeModel::Ask;
+using RangeModel::c_none;
 
 TEST(XMLRangeTable, NumbersItsKinds)
 {
@@ -179,7 +132,7 @@ TEST(XMLRangeTable, AnswersAsAModelDoes)
                            : random.Join({"<!", "<!--", "-->", "<![CDATA[", "]]>", ">", "!", "-",
                                           "]", "text that is longer than a register "},
                                          14);
-        const std::vector<Answer> model = MakeModel(xml);
+        const std::vector<Answer> model = RangeModel::ListAnswers(xml);
         XMLRangeTable table(xml);
         for (std::size_t i = 0; i < model.size(); i += 1 + random.Below(4))
             ASSERT_EQ(Ask(table, i), model[i]) << xml << " at " << i;

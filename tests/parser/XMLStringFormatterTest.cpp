@@ -1,3 +1,4 @@
+#include "support/EscapingModel.h"
 #include "support/RandomTree.h"
 #include "support/RecordingFormatter.h"
 #include "support/SmallStack.h"
@@ -6,13 +7,17 @@
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementChildren.h>
 #include <kescorexml/DOMParser.h>
+#include <kescorexml/XMLDomFormatter.h>
 #include <kescorexml/XMLStringFormatter.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <stdexcept>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -113,6 +118,87 @@ TEST(XMLStringFormatter, WritesParsedTreesAsThePiecesOfTheBaseClassWould)
         write(asLookedAt, parsed);
         ASSERT_EQ(asLookedAt.GetOutput(), pieces.GetText());
     }
+}
+
+TEST(XMLStringFormatter, TreatsAnyOtherModeAsContentInTreesToo)
+{
+    DOMElement element(u"a");
+    element.SetText(TString(32, u'\n'));
+    XMLStringFormatter formatter(u"  ", false);
+    formatter.SetFormatMode(static_cast<FormatMode>(7));
+    formatter.OutputDOMElement(element);
+    EXPECT_EQ(formatter.GetOutput(), u"<a>" + TString(32, u'\n') + u"</a>\n");
+}
+
+TEST(XMLStringFormatter, SortsAttributesByTheCodeUnitsOfTheirNames)
+{
+    // A character beyond the basic plane sorts by the first half of its pair.
+    const std::vector<TString> names = {
+        u"A",       u"A1",     u"Aa",         u"B",          u"Z",      u"_",
+        u"a",       u"a-",     u"a.",         u"a0",         u"a1",     u"a10",
+        u"a2",      u"aB",     u"ab",         u"z",          u"\u00C9", u"\u00E9",
+        u"\u00E9a", u"\u3042", u"\U00010000", u"\U000EFFFF", u"\uF900", u"\uFFFD"};
+    TString expected = u"<e";
+    TString shuffled = u"<?xml version='1.1'?><e";
+    DOMElement element(u"e");
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        expected += u" " + names[i] + u"='v'";
+        const TString& other = names[i * 7 % names.size()];
+        shuffled += u" " + other + u"='v'";
+        element.SetAttribute(other, u"v");
+    }
+    expected += u" />\n";
+    shuffled += u"/>";
+
+    XMLStringFormatter formatter(u"  ", false);
+    formatter.OutputDOMElement(element);
+    EXPECT_EQ(formatter.GetOutput(), expected);
+
+    const std::unique_ptr<DOM> document = DOMParser().ParseXmlString(shuffled, TString());
+    ASSERT_FALSE(document->HasErrors()) << document->GetConcatenatedErrors();
+    XMLStringFormatter asParsed(u"  ", false);
+    asParsed.OutputDOMElement(*document->GetDocumentRoot());
+    EXPECT_EQ(asParsed.GetOutput(), expected);
+}
+
+TEST(XMLStringFormatter, WritesOneDocumentFromSeveralThreads)
+{
+    RandomTree random(1009);
+    const DOMElement tree(*random.Tree(300));
+    XMLStringFormatter source(u" ", false);
+    source.OutputDOMElement(tree);
+    const std::unique_ptr<DOM> document = DOMParser().ParseXmlString(source.GetOutput(), TString());
+    const std::unique_ptr<DOM> other = DOMParser().ParseXmlString(source.GetOutput(), TString());
+    ASSERT_FALSE(document->HasErrors()) << document->GetConcatenatedErrors();
+    const TString expected = XMLDomFormatter::RenderAsXMLString(*other, nullptr, true);
+    const TString text = source.GetOutput();
+    const TString attribute = EscapingModel::EscapeAttribute(text);
+    const TString content = EscapingModel::EscapeContent(text);
+
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < 5; ++round) {
+                // Half of the threads make the elements build their attribute maps meanwhile.
+                if ((i + round) % 2 == 0) {
+                    RecordingFormatter pieces;
+                    pieces.SetFormatMode(FormatMode::Content);
+                    TString* const noComment = nullptr;
+                    XMLFormatter::FormatDOM(pieces, *document, noComment, true);
+                    wrong += pieces.GetText() == expected ? 0 : 1;
+                }
+                wrong += XMLDomFormatter::RenderAsXMLString(*document, nullptr, true) == expected
+                             ? 0
+                             : 1;
+                wrong += XMLFormatter::EncodeAttributeString(text) == attribute ? 0 : 1;
+                wrong += XMLFormatter::EncodeContentString(text) == content ? 0 : 1;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 /// A string formatter in all but its type.

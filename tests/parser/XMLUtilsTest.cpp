@@ -46,6 +46,22 @@ TEST(XMLUtils, KnowsNamesAndWhitespaceOfAscii)
         EXPECT_FALSE(XmlUtils::IsFirstNameChar(c) || XmlUtils::IsNameChar(c)) << c;
 }
 
+TEST(XMLUtils, KnowsNamesAndWhitespaceBeyondAscii)
+{
+    // Next line, no-break space, line separator and ideographic space.
+    for (const char16_t c : {u'\x85', u'\xA0', u'\u2028', u'\u3000'})
+        EXPECT_FALSE(XmlUtils::IsWhitespace(c)) << static_cast<unsigned>(c);
+    for (const char16_t c : {u'\u00C0', u'\u0100', u'\u0660', u'\u20AC', u'\u4E00', u'\uAC00'})
+        EXPECT_TRUE(XmlUtils::IsFirstNameChar(c) && XmlUtils::IsNameChar(c))
+            << static_cast<unsigned>(c);
+    for (const char16_t c : {u'\u00B7', u'\u0300', u'\u203F'})
+        EXPECT_TRUE(!XmlUtils::IsFirstNameChar(c) && XmlUtils::IsNameChar(c))
+            << static_cast<unsigned>(c);
+    for (const char16_t c : {u'\u00D7', u'\u00F7', u'\u037E', u'\u2000', u'\uFFFE'})
+        EXPECT_FALSE(XmlUtils::IsFirstNameChar(c) || XmlUtils::IsNameChar(c))
+            << static_cast<unsigned>(c);
+}
+
 TEST(XMLUtils, WidensBytesAsSignedValues)
 {
     for (unsigned byte = 0; byte < 256; ++byte) {

@@ -27,6 +27,7 @@ TEST(XMLValueParsers, ReadsIntegers)
 {
     EXPECT_EQ(XMLValueParsers::ParseInt(u"-2147483648"), -2147483647 - 1);
     EXPECT_EQ(XMLValueParsers::ParseInt(u" 42\n"), 42);
+    EXPECT_EQ(XMLValueParsers::ParseInt(u"010"), 10) << "always decimal";
     for (const char16_t* text : {u"", u"x", u"0x10", u"1.5", u"2147483648", u"1 2"})
         EXPECT_EQ(XMLValueParsers::ParseInt(text), 0) << TString(text);
 }
@@ -36,7 +37,8 @@ TEST(XMLValueParsers, KeepsTheLowBitsOfUnsignedNumbers)
     EXPECT_EQ(XMLValueParsers::ParseUInt32(u"4294967295"), 4294967295U);
     EXPECT_EQ(XMLValueParsers::ParseUInt32(u"4294967297"), 1U);
     EXPECT_EQ(XMLValueParsers::ParseUInt32(u"18446744073709551615"), 4294967295U);
-    for (const char16_t* text : {u"", u"x", u"18446744073709551616"})
+    EXPECT_EQ(XMLValueParsers::ParseUInt32(u"010"), 10U) << "always decimal";
+    for (const char16_t* text : {u"", u"x", u"0x10", u"1.5", u"18446744073709551616"})
         EXPECT_EQ(XMLValueParsers::ParseUInt32(text), 0U) << TString(text);
 }
 

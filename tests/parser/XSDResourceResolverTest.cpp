@@ -13,6 +13,7 @@
 
 #include <dlfcn.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -218,19 +219,30 @@ TEST_F(XSDResourceResolver, OpenAsSourcesOfTheirTextNamedAfterTheResource)
 
 TEST_F(XSDResourceResolver, AssertThatTheCurrentSchemaWasBuiltIn)
 {
-    t_hideResources = true;
-    try {
-        GetVersionedXsdResourceName(XmlFileType::Zil, Version("18.1"));
-        t_hideResources = false;
-        FAIL() << "nothing was thrown";
-    } catch (const LogicException& e) {
-        t_hideResources = false;
-        EXPECT_EQ(e.GetFile(), u"modules/platform/kescorexml/main/parser/XSDResourceResolver");
-        EXPECT_EQ(e.GetLine(), 69);
-        EXPECT_EQ(e.GetText(), u"Resource 'KQRC_FILEFORMAT_ZIL_XSD' did not resolve.");
-        EXPECT_EQ(e.GetErrorInfo().GetError().GetIdentifier(),
-                  u"LogicException_LogicAssert_0xABCA807E");
+    const auto current = Version("18.1");
+    ScriptedInputSource document("<zil version='18.1'/>");
+    const std::function<void()> calls[] = {
+        [&] { GetVersionedXsdResourceName(XmlFileType::Zil, current); },
+        [&] { GetVersionedXsdInputSource(XmlFileType::Zil, current); },
+        [&] { GetVersionedXsdInputSourceForDocument(XmlFileType::Zil, document, TString()); },
+    };
+    for (const std::function<void()>& call : calls) {
+        t_hideResources = true;
+        try {
+            call();
+            t_hideResources = false;
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const LogicException& e) {
+            t_hideResources = false;
+            EXPECT_EQ(e.GetFile(), u"modules/platform/kescorexml/main/parser/XSDResourceResolver");
+            EXPECT_EQ(e.GetLine(), 69);
+            EXPECT_EQ(e.GetText(), u"Resource 'KQRC_FILEFORMAT_ZIL_XSD' did not resolve.");
+            EXPECT_EQ(e.GetErrorInfo().GetError(),
+                      CorvinaError(0xABCA807E, u"LogicException_LogicAssert_0xABCA807E"));
+        }
     }
+    EXPECT_TRUE(GetLog().Messages().empty());
+    EXPECT_TRUE(IsThereAnXSDResource(XmlFileType::Zil, current)) << "does not look";
 }
 
 TEST_F(XSDResourceResolver, AreNotAssertedForOtherVersions)

@@ -126,6 +126,28 @@ TEST(XercesColonSanitizer, FindsTheRootBehindEntitiesThatHoldTags)
               doctype + "<r" + c_declaration + " IllegalColon:a='1'/>");
 }
 
+TEST(XercesColonSanitizer, KnowsTheRootTagWhereverItFindsAnAttribute)
+{
+    // All short texts: whatever looks like an attribute in one, there is a start tag around it.
+    constexpr std::string_view bytes = "<>:=a /!?'";
+    int changed = 0;
+    for (std::size_t number = 0; number < 1000000; ++number) {
+        std::string text = "<a";
+        for (std::size_t rest = number; rest != 0; rest /= bytes.size())
+            text += bytes[rest % bytes.size()];
+        changed += Encode(text) != text;
+        Encode(text.substr(1));
+        Encode(text.substr(2));
+    }
+    EXPECT_GT(changed, 0);
+    RandomBytes random(3);
+    for (int round = 0; round < 100000; ++round)
+        Encode(random.Join({"<r",        "</r",       "<!--", "-->", "<![CDATA[", "]]>",  "<?p",
+                            "?>",        "<!DOCTYPE", "[",    "]",   ">",         "/>",   " :a='1'",
+                            " :a='1'/>", "'",         "\"",   " ",   ":",         " :a=", "x"},
+                           16));
+}
+
 TEST(XercesColonSanitizer, EncodesAsAModelDoes)
 {
     RandomBytes random(1);

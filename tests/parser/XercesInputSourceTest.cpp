@@ -1,3 +1,4 @@
+#include "XercesInputSource.h"
 #include "support/ParseOutcome.h"
 #include "support/TemporaryFile.h"
 
@@ -6,6 +7,8 @@
 #include <kescorexml/InputSourceUtils.h>
 
 #include <QStringEncoder>
+
+#include <xercesc/util/BinInputStream.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -217,6 +220,66 @@ TEST(XercesInputSource, OfAFileHoldsSeveralMebibytes)
         text[i] = static_cast<char>('a' + i % 26);
     EXPECT_THAT(ParseFileInChunks("<a>" + text + "</a>").events,
                 ElementsAre("<a>", "'" + text + "'", "</>"));
+}
+
+/// A source that shows the text that it holds.
+class OpenSource : public Utf8InputSource
+{
+public:
+    using Utf8InputSource::Utf8InputSource;
+    /// The bytes themselves: these are not const.
+    char& At(std::size_t index) const { return const_cast<char&>((*GetData())[index]); }
+    long GetOwners() const { return GetData().use_count(); }
+};
+
+std::string ReadBuffer(const XercesInputSource& buffer)
+{
+    const std::unique_ptr<xercesc::BinInputStream> stream(buffer().makeStream());
+    std::string bytes(1000, '\0');
+    bytes.resize(stream->readBytes(reinterpret_cast<XMLByte*>(bytes.data()), bytes.size()));
+    return bytes;
+}
+
+TEST(XercesInputSource, ReferencesTheTextOfItsSource)
+{
+    // Xerces is initialised by the first parser.
+    ParseUtf8("<a/>");
+    const std::string text = "<a b='c'>a text that is too long for the string itself</a>";
+    for (const ColonProcessingMode mode :
+         {ColonProcessingMode::None, ColonProcessingMode::EncodeColonAttributes}) {
+        OpenSource source("  " + text, u"the id", true);
+        const XercesInputSource first = source.GetXercesInputSource(mode);
+        const XercesInputSource second = source.GetXercesInputSource(mode);
+        EXPECT_EQ(source.GetOwners(), 3);
+        EXPECT_EQ(ReadBuffer(first), text);
+        EXPECT_EQ(TString(reinterpret_cast<const char16_t*>(first().getSystemId())), u"the id");
+        source.At(3) = 'A';
+        for (const XercesInputSource* const buffer : {&first, &second})
+            EXPECT_EQ(ReadBuffer(*buffer), "<A" + text.substr(2));
+    }
+}
+
+TEST(XercesInputSource, EncodesColonAttributesInDocumentsOnly)
+{
+    ParseUtf8("<a/>");
+    const std::string text = "<a :b='c'/>";
+    OpenSource source(text, u"id", true);
+    const XercesInputSource schema = source.GetXercesInputSource(ColonProcessingMode::None);
+    const XercesInputSource document =
+        source.GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
+    EXPECT_EQ(ReadBuffer(schema), text);
+    EXPECT_THAT(ReadBuffer(document), HasSubstr(" IllegalColon:b='c'"));
+    EXPECT_EQ(source.GetOwners(), 2);
+}
+
+TEST(XercesInputSource, LeavesATextWithoutRootTagToTheScanner)
+{
+    for (const char* const text :
+         {" :a='1'/>", "x :a='1'>", "<!x :a='1'>", "<!-- --> :a='1'/>", "<? :a='1'?>",
+          "</r :a='1'>", "< :a='1'", "<!DOCTYPE r [ :a='1'> ]> :b='1'/>"}) {
+        EXPECT_TRUE(ParseUtf8(text).fatal) << text;
+        EXPECT_TRUE(ParseBytes(text).fatal) << text;
+    }
 }
 
 TEST(XercesInputSource, MayOutliveItsSource)

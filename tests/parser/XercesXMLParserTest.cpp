@@ -16,6 +16,7 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -171,10 +172,6 @@ TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
         {[] { throw 42; }, "Unexpected exception"},
         {[] { throw CorvinaException(u"x"); }, "Unexpected exception"},
         {[] { throw xercesc::OutOfMemoryException(); }, "OutOfMemoryException"},
-        {[] {
-             throw xercesc::RuntimeException("file", 1, xercesc::XMLExcepts::CPtr_PointerIsZero);
-         },
-         ""},
     };
     for (const char* const event : {"<a>", "'x'", "<b>", "</>"}) {
         for (const Case& entry : cases) {
@@ -184,8 +181,10 @@ TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
                     entry.thrower();
             };
             const ParseOutcome outcome = session.Parse();
-            ASSERT_EQ(outcome.errors.size(), 1U);
-            EXPECT_THAT(outcome.errors[0], HasSubstr(entry.message));
+            EXPECT_THAT(outcome.errors, ElementsAre(entry.message));
+            EXPECT_FALSE(outcome.fatal);
+            EXPECT_THAT(session.parser->GetMetadataForErrors(),
+                        ElementsAre(TError::ErrorInfo::NoError()));
             EXPECT_FALSE(outcome.events.empty());
             EXPECT_EQ(outcome.events.back(), event);
 
@@ -195,6 +194,33 @@ TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
             EXPECT_EQ(session.Parse(),
                       (ParseOutcome{{"<a>", "'x'", "<b>", "</>", "</>"}, {}, {}, false}));
         }
+    }
+}
+
+TEST(XercesXMLParser, RecordsAnExceptionOfTheScannersOwnKindAsItsFatalError)
+{
+    for (const char* const event : {"<a>", "'x'", "<b>", "</>"}) {
+        Session session("<a>x<b></b></a>");
+        std::string message;
+        session.sink->onEvent = [&](const std::string& seen) {
+            if (seen != event)
+                return;
+            const xercesc::RuntimeException exception("file", 1,
+                                                      xercesc::XMLExcepts::CPtr_PointerIsZero);
+            message =
+                TString(reinterpret_cast<const char16_t*>(exception.getMessage())).toStdString();
+            throw exception;
+        };
+        const ParseOutcome outcome = session.Parse();
+        ASSERT_FALSE(message.empty());
+        // The scanner catches it before anybody else, and says where it stands.
+        EXPECT_THAT(outcome.errors,
+                    ElementsAre(AllOf(testing::StartsWith("Fatal Error(1,"),
+                                      testing::EndsWith("): " + message + " (id: id)"))));
+        EXPECT_TRUE(outcome.fatal);
+        EXPECT_THAT(session.parser->GetMetadataForErrors(),
+                    ElementsAre(TError::ErrorInfo::NoError()));
+        EXPECT_EQ(outcome.events.back(), event);
     }
 }
 

@@ -154,6 +154,24 @@ TEST(TStringBlock, IsNotTouchedByChangesOfItsTexts)
     EXPECT_EQ(1, owner.GetDestroyed());
 }
 
+TEST(TStringBlock, TakesAReferenceBackFromATextThatStandsInIt)
+{
+    CountingOwner owner;
+    const LaidOutBlock laidOut(owner, {u"one"});
+    TString text = laidOut.Share(0);
+    EXPECT_EQ(&laidOut.GetBlock(), TStringBlock::TakeReference(text));
+    EXPECT_TRUE(text.IsEmpty());
+    EXPECT_EQ(nullptr, TStringBlock::TakeReference(text));
+    laidOut.GetBlock().Release();
+    EXPECT_EQ(0, owner.GetDestroyed());
+    laidOut.GetBlock().ReleaseUnshared(1);
+    EXPECT_EQ(1, owner.GetDestroyed());
+
+    TString alone(u"alone");
+    EXPECT_EQ(nullptr, TStringBlock::TakeReference(alone));
+    EXPECT_EQ(TString(u"alone"), alone);
+}
+
 TEST(TStringBlock, CountsReferencesAcrossThreads)
 {
     CountingOwner owner;

@@ -243,6 +243,20 @@ TEST(TString, GivesRoomToOverwrite)
     EXPECT_TRUE(text.IsEmpty());
 }
 
+TEST(TString, ConcatenatesUtf8Literals)
+{
+    const TString text(u"a");
+    EXPECT_EQ(text + "\xC3\xA9", u"a\u00E9");
+    EXPECT_EQ("\xC3\xA9" + text, u"\u00E9a");
+    EXPECT_EQ(TString(u"b") + "c" + "d" + text, u"bcda");
+    EXPECT_EQ("c" + TString(u"b"), u"cb");
+    EXPECT_EQ(text + "", text);
+    TString sum = text;
+    sum += "b";
+    EXPECT_EQ(sum, u"ab");
+    EXPECT_EQ(QString("q") + "r", QString("qr"));
+}
+
 TEST(TString, ConcatenatesAndSharesWhereOneSideIsEmpty)
 {
     const TString a(u"left");

@@ -22,6 +22,7 @@ namespace {
 constexpr std::size_t c_unlimited = std::numeric_limits<std::size_t>::max();
 
 thread_local std::size_t s_allowed = c_unlimited;
+thread_local std::size_t s_failures = 0;
 thread_local bool s_hasFailed = false;
 thread_local std::ptrdiff_t s_live = 0;
 
@@ -30,19 +31,23 @@ bool Allow() noexcept
 {
     if (s_allowed == c_unlimited)
         return true;
-    if (s_allowed == 0) {
-        s_hasFailed = true;
-        return false;
+    if (s_allowed > 0) {
+        --s_allowed;
+        return true;
     }
-    --s_allowed;
-    return true;
+    if (s_failures == 0)
+        return true;
+    --s_failures;
+    s_hasFailed = true;
+    return false;
 }
 
 } // namespace
 
-FailingAllocations::FailingAllocations(std::size_t allowed) noexcept
+FailingAllocations::FailingAllocations(std::size_t allowed, std::size_t failures) noexcept
 {
     s_hasFailed = false;
+    s_failures = failures;
     s_allowed = allowed;
 }
 
@@ -106,6 +111,12 @@ void* operator new(std::size_t size)
     if (memory == nullptr)
         throw std::bad_alloc();
     return memory;
+}
+
+// The sanitizer's own would not call the one above. A test may have one of its own.
+[[gnu::weak]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return Allow() ? std::malloc(size == 0 ? 1 : size) : nullptr;
 }
 
 void operator delete(void* memory) noexcept

@@ -1,16 +1,19 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 
-/// Lets memory run out for the calling thread: while one lives, every allocation from the
-/// `allowed`-th on fails. Only one at a time.
+/// Lets memory run out for the calling thread: while one lives, `allowed` allocations succeed, the
+/// next `failures` fail, and all after them succeed again. Only one at a time.
 ///
 /// Without sanitizers all of the heap is under its control; with them, which have a heap of their
 /// own, only operator new.
 class FailingAllocations
 {
 public:
-    explicit FailingAllocations(std::size_t allowed) noexcept;
+    explicit FailingAllocations(
+        std::size_t allowed,
+        std::size_t failures = std::numeric_limits<std::size_t>::max()) noexcept;
     FailingAllocations(const FailingAllocations&) = delete;
     FailingAllocations& operator=(const FailingAllocations&) = delete;
     ~FailingAllocations();

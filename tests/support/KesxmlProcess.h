@@ -22,6 +22,13 @@ struct KesxmlOutcome
     /// The lines that were printed, without their ends.
     std::vector<std::string> OutLines() const { return ToLines(out); }
     std::vector<std::string> ErrLines() const { return ToLines(err); }
+    /// What was said on standard error, without the lines of documents that it is about.
+    std::vector<std::string> Reports() const
+    {
+        std::vector<std::string> lines = ErrLines();
+        std::erase_if(lines, [](const std::string& line) { return line.starts_with("  "); });
+        return lines;
+    }
 
 private:
     static std::vector<std::string> ToLines(const std::string& text)

@@ -48,6 +48,21 @@ TEST(KesxmlQuery, FindsNothingWithStatusOne)
     }
 }
 
+TEST(KesxmlQuery, SaysThatAPathHasNoConditionsAndAttributes)
+{
+    const struct
+    {
+        const char* path;
+        const char* culprit;
+    } cases[] = {{"/r/a[1]", "'['"}, {"//@x", "'@'"}, {"//a/text()", "'('"}};
+    for (const auto& c : cases) {
+        const KesxmlOutcome outcome = Query(c.path);
+        EXPECT_EQ(outcome.status, 2) << c.path;
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_THAT(outcome.err, HasSubstr(std::string(c.culprit) + " in the path"));
+    }
+}
+
 TEST(KesxmlQuery, CountsOnlyWhenAskedTo)
 {
     const KesxmlOutcome three = RunKesxml({"query", "--count", "//a", "-"}, c_document);

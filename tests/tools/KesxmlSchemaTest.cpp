@@ -99,7 +99,7 @@ TEST_F(KesxmlSchema, ValidatesEveryDocument)
     EXPECT_THAT(outcome.OutLines(),
                 ElementsAre(EndsWith("bad.xml: 1 error"), EndsWith("good.xml: fine"),
                             EndsWith("bad.xml: 1 error")));
-    EXPECT_THAT(outcome.ErrLines(),
+    EXPECT_THAT(outcome.Reports(),
                 Each(AllOf(StartsWith(bad.toStdString() + ":2:7: error: "), EndsWith(" in /n"))));
     EXPECT_EQ(RunKesxml({"check", bad, good}).status, 0);
     EXPECT_EQ(RunKesxml({"check", "--xsd", m_numbers, "-"}, "<n>3</n>").status, 0);
@@ -121,7 +121,7 @@ TEST_F(KesxmlSchema, FindsTheElementOfEachOfManyErrors)
     for (unsigned int seed = 1; seed <= 20; ++seed) {
         const DocumentWithErrors expected(seed);
         total += expected.reports.size();
-        EXPECT_EQ(RunKesxml({"check", "--xsd", schema, "-"}, expected.document).ErrLines(),
+        EXPECT_EQ(RunKesxml({"check", "--xsd", schema, "-"}, expected.document).Reports(),
                   expected.reports)
             << expected.document.toStdString();
     }
@@ -194,7 +194,7 @@ TEST_F(KesxmlSchema, ReportsErrorsOfASchemaUnderItsNameAndChecksNothing)
     const KesxmlOutcome outcome = RunKesxml({"check", "--xsd", m_numbers, "--xsd", broken, good});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, broken.toStdString() + ": 1 error\n");
-    EXPECT_THAT(outcome.ErrLines(),
+    EXPECT_THAT(outcome.Reports(),
                 ElementsAre(AllOf(StartsWith(broken.toStdString() + ":4:"), HasSubstr(": error: "),
                                   HasSubstr("nonsense"), Not(HasSubstr("(id: "))),
                             "kesxml: no document was checked."));
@@ -253,6 +253,27 @@ TEST_F(KesxmlSchema, TakesLocationsThatAreFileAddresses)
     EXPECT_EQ(RunKesxml({"check", "--xsd", main, "-"}, "<n>x</n>").status, 1);
 }
 
+TEST_F(KesxmlSchema, SaysShortlyThatADocumentIsNoSchema)
+{
+    for (const char* document : {"<?xml version='1.0'?>\n<!-- <schema> --><book:page\n a='>'>"
+                                 "text<b/>text</book:page>",
+                                 "<page/>", "<page>"}) {
+        const QString file = Write("page.xml", document);
+        const KesxmlOutcome outcome = RunKesxml({"check", "--xsd", file, file});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.ErrLines(),
+                    ElementsAre(file.toStdString() + ": error: not an XML Schema: its first "
+                                                     "element is 'page'",
+                                "kesxml: no document was checked."));
+    }
+    // What bears the name of a schema, or cannot be told, is left to the schema compiler.
+    for (const char* document : {"<schema/>", "<!-- --", "text"}) {
+        const QString file = Write("page.xml", document);
+        EXPECT_THAT(RunKesxml({"check", "--xsd", file, file}).err, Not(HasSubstr("not an XML")));
+        EXPECT_EQ(RunKesxml({"check", "--xsd", file, file}).status, 1);
+    }
+}
+
 TEST_F(KesxmlSchema, FetchesNothingFromElsewhere)
 {
     const QByteArray import = "<xs:import namespace='urn:far' "
@@ -260,9 +281,11 @@ TEST_F(KesxmlSchema, FetchesNothingFromElsewhere)
     const QString main = Write("main.xsd", Schema(import + "<xs:element name='n' type='xs:int'/>"));
     const KesxmlOutcome outcome = RunKesxml({"check", "--xsd", main, "-"}, "<n>3</n>");
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.err, main.toStdString() +
-                               ": warning: the schema 'http://far.invalid/schemas/far.xsd' is not "
-                               "read because it is no local file\n");
+    EXPECT_EQ(outcome.err,
+              main.toStdString() +
+                  ": warning: the schema 'http://far.invalid/schemas/far.xsd' is not "
+                  "read because it is no local file; give a copy of it with an --xsd before "
+                  "this one\n");
     // A copy that is given before takes its place.
     const QString copy = Write("far.xsd", Schema("<xs:simpleType name='t'><xs:restriction "
                                                  "base='xs:int'/></xs:simpleType>",

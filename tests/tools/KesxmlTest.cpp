@@ -50,6 +50,14 @@ TEST_F(Kesxml, ReadsStandardInput)
     }
 }
 
+TEST_F(Kesxml, ReadsStandardInputOnlyOnce)
+{
+    const KesxmlOutcome outcome = RunKesxml({"check", "-", "-"}, "<a/>");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out, "-: fine\n");
+    EXPECT_EQ(outcome.err, "kesxml: standard input: it can be read only once.\n");
+}
+
 TEST_F(Kesxml, ReadsEveryEncodingFromFilesAndFromStandardInput)
 {
     const QString text = QString::fromUtf8("<a version='1.2'>\u00E9\u0142</a>");
@@ -111,7 +119,7 @@ TEST_F(Kesxml, ReportsARefusedExternalEntityOnce)
     for (const QString command : {"check", "stats", "tree"}) {
         const KesxmlOutcome outcome = RunKesxml({command, "-"}, document);
         EXPECT_EQ(outcome.status, 1);
-        ASSERT_EQ(outcome.ErrLines().size(), 1U) << outcome.err;
+        ASSERT_EQ(outcome.Reports().size(), 1U) << outcome.err;
         EXPECT_THAT(outcome.err, StartsWith("-:1:"));
         EXPECT_THAT(outcome.err,
                     HasSubstr("error: XML External <!ENTITY> definitions are not allowed. 'e'"));
@@ -172,7 +180,7 @@ TEST_F(Kesxml, HasAManualPageOfAllCommandsAndOptions)
 TEST_F(Kesxml, IsSilentWhenNobodyReadsOn)
 {
     const QString file =
-        Write("big.xml", "<r>" + QByteArray("<a>text</a>\n").repeated(20000) + "</r>");
+        Write("big.xml", "<r version='1'>" + QByteArray("<a>text</a>\n").repeated(20000) + "</r>");
     for (const QStringList& arguments : AllCommandsOn(file)) {
         // Both with the signal that ends a process, and in a shell that ignores it.
         for (const QString prefix : {"", "trap '' PIPE; "}) {

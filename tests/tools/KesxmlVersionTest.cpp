@@ -27,14 +27,14 @@ TEST_F(KesxmlVersion, LooksAtAnotherAttributeWhenAskedTo)
     EXPECT_EQ(RunKesxml({"version", "--attribute", "other", "-"}, document).status, 1);
 }
 
-TEST_F(KesxmlVersion, PrintsNothingWithStatusOneWhenThereIsNone)
+TEST_F(KesxmlVersion, SaysSoWithStatusOneWhenThereIsNone)
 {
     for (const char* document :
          {"<a/>", "<a><b version='1.0'/></a>", "", "text", "<a version='1"}) {
         const KesxmlOutcome outcome = RunKesxml({"version", "-"}, document);
         EXPECT_EQ(outcome.status, 1) << document;
         EXPECT_EQ(outcome.out, "");
-        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.err, "kesxml: -: no first tag with an attribute 'version'\n");
     }
 }
 

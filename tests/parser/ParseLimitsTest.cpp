@@ -1,0 +1,581 @@
+#include "support/ParseOutcome.h"
+#include "support/Repeat.h"
+
+#include <kescorexml/DOMElement.h>
+#include <kescorexml/DOMParser.h>
+#include <kescorexml/StandaloneDOMParser.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::SizeIs;
+
+const char* const c_openSchema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'>"
+    "<xs:complexType mixed='true'><xs:sequence><xs:any processContents='lax' minOccurs='0' "
+    "maxOccurs='unbounded'/></xs:sequence><xs:anyAttribute processContents='lax'/>"
+    "</xs:complexType></xs:element></xs:schema>";
+
+/// Counts what reaches it, as the amplification limit does.
+class CountingSink : public SAXInterface
+{
+public:
+    void StartElement(TString&& name, std::unordered_map<TString, TString>&& attributes) override
+    {
+        units += 1 + static_cast<std::uint64_t>(name.length());
+        for (const auto& [key, value] : attributes)
+            units += 1 + static_cast<std::uint64_t>(key.length() + value.length());
+        ++elements;
+    }
+    void EndElement() override {}
+    void TextContent(const TString& text) override
+    {
+        units += static_cast<std::uint64_t>(text.length());
+    }
+
+    std::uint64_t units = 0;
+    std::uint64_t elements = 0;
+};
+
+/// A parser for one document, which validates when it has a schema.
+struct Session
+{
+    explicit Session(std::string text, const char* schema = nullptr)
+        : source(std::move(text), u"id", false), sink(std::make_shared<CountingSink>()),
+          parser(XercesXMLParser::Create(source, sink))
+    {
+        if (schema != nullptr)
+            parser->LoadXSDString(schema, u"schema");
+    }
+    std::vector<std::string> Parse()
+    {
+        parser->Parse();
+        EXPECT_EQ(parser->HasFatallyErrored(), parser->HasErrors());
+        return ToUtf8(parser->GetErrors());
+    }
+    std::vector<std::string> ParseExpanding()
+    {
+        parser->AllowEntityExpansion_Insecure();
+        return Parse();
+    }
+
+    Utf8InputSource source;
+    std::shared_ptr<CountingSink> sink;
+    std::unique_ptr<XercesXMLParser> parser;
+};
+
+template <typename Make>
+std::string Concatenate(int count, Make&& make)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += make(std::to_string(i));
+    return text;
+}
+
+std::string WithDoctype(const std::string& declarations, const std::string& content)
+{
+    return "<!DOCTYPE a [" + declarations + "]>" + content;
+}
+
+/// Parameter entities that each name the one before twice.
+std::string DoublingParameterEntities(int levels)
+{
+    std::string declarations = "<!ENTITY % a0 ''>";
+    for (int i = 1; i <= levels; ++i) {
+        const std::string former = "&#37;a" + std::to_string(i - 1) + ";";
+        declarations += "<!ENTITY % a" + std::to_string(i) + " '" + former + former + "'>";
+    }
+    return declarations + "%a" + std::to_string(levels) + ";";
+}
+
+/// `levels` parameter entities that each name the one before.
+std::string NestedParameterEntities(int levels)
+{
+    return "<!ENTITY % a0 ''>" +
+           Concatenate(levels,
+                       [](const std::string& i) {
+                           return "<!ENTITY % a" + std::to_string(std::stoi(i) + 1) + " '&#37;a" +
+                                  i + ";'>";
+                       }) +
+           "%a" + std::to_string(levels) + ";";
+}
+
+std::string Nest(int levels)
+{
+    return Repeat("<a>", static_cast<std::size_t>(levels)) +
+           Repeat("</a>", static_cast<std::size_t>(levels));
+}
+
+std::vector<std::string> ErrorsOf(const DOM& dom)
+{
+    std::vector<std::string> result;
+    for (const TString& error : dom.GetErrors())
+        result.push_back(error.toStdString());
+    return result;
+}
+
+/// One fatal error of the usual form that names the limit and its setter.
+auto IsOnlyError(const char* limit, const char* setter)
+{
+    return ElementsAre(
+        AllOf(MatchesRegex("Fatal Error\\([0-9]+,[0-9]+\\): .* \\(.*\\) \\(id: id\\)"),
+              HasSubstr(std::string("(") + limit + " limit, " + setter + ")")));
+}
+
+const auto c_isAmplificationError = IsOnlyError("amplification", "SetAmplificationLimit");
+const auto c_isExpansionError = IsOnlyError("expansion", "SetExpansionLimit");
+const auto c_isDepthError = IsOnlyError("validation depth", "SetValidationDepthLimit");
+const auto c_isValidationWorkError = IsOnlyError("validation work", "SetValidationWorkLimit");
+
+} // namespace
+
+TEST(ParseLimits, AreOnFromTheStart)
+{
+    const ParseLimits limits;
+    EXPECT_EQ(limits.GetAmplificationLimit(), (ParseLimits::Growth{100, 8388608}));
+    EXPECT_EQ(limits.GetExpansionLimit(), (ParseLimits::Growth{100, 16777216}));
+    EXPECT_EQ(limits.GetValidationDepthLimit(), 10000U);
+    EXPECT_EQ(limits.GetValidationWorkLimit(), (ParseLimits::Growth{100, 67108864}));
+    Session session("<a/>");
+    EXPECT_EQ(static_cast<ParseLimits&>(*session.parser), limits);
+    EXPECT_EQ(static_cast<const ParseLimits&>(DOMParser()), limits);
+    EXPECT_EQ(static_cast<const ParseLimits&>(StandaloneDOMParser()), limits);
+}
+
+// Amplification
+
+TEST(ParseLimits, AmplificationCountsTextNamesAttributesAndElements)
+{
+    for (const std::string& document :
+         {std::string("<a>text</a>"), std::string("<a><bb/>x<bb/>\n</a>"),
+          std::string("<a>\xF0\x9F\x98\x80&lt;&#x20AC;<![CDATA[x]]></a>"),
+          WithDoctype("<!ENTITY e 'value'>", "<a b='&e;'>&e;</a>"),
+          WithDoctype("<!ATTLIST b c CDATA 'default' d CDATA 'e'>", "<a><b/><b d='xyz'/></a>")}) {
+        SCOPED_TRACE(document);
+        Session whole(document);
+        EXPECT_THAT(whole.ParseExpanding(), IsEmpty());
+        const std::uint64_t units = whole.sink->units;
+        EXPECT_GT(units, 0U);
+
+        whole.parser->SetAmplificationLimit(0, units);
+        EXPECT_THAT(whole.Parse(), IsEmpty());
+        whole.parser->SetAmplificationLimit(0, units - 1);
+        EXPECT_THAT(whole.Parse(), c_isAmplificationError);
+    }
+}
+
+TEST(ParseLimits, AmplificationCountsTheAttributesThatASchemaAdds)
+{
+    const char* const schema =
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'>"
+        "<xs:complexType><xs:attribute name='b' type='xs:string' default='value'/>"
+        "</xs:complexType></xs:element></xs:schema>";
+    Session session("<a/>", schema);
+    EXPECT_THAT(session.Parse(), IsEmpty());
+    EXPECT_EQ(session.sink->units, 2U + 7U);
+    session.parser->SetAmplificationLimit(0, 9);
+    EXPECT_THAT(session.Parse(), IsEmpty());
+    session.parser->SetAmplificationLimit(0, 8);
+    EXPECT_THAT(session.Parse(), c_isAmplificationError);
+}
+
+TEST(ParseLimits, AmplificationIsMeasuredByTheBytesOfTheDocument)
+{
+    const std::string start = "<!DOCTYPE a [<!ENTITY e '";
+    const std::string end = "'>]><a>&e;&e;&e;</a>";
+    const std::string value(40, 'x');
+    const std::string document = start + value + end;
+    ASSERT_LT(document.size(), 120U);
+    for (const bool isAllowed : {true, false}) {
+        // 122 units are twice the bytes of a document that is padded to 61 bytes for each two.
+        const std::size_t size = isAllowed ? 122 : 121;
+        Session session(document + std::string(size - document.size(), ' '));
+        session.parser->SetAmplificationLimit(1, 0);
+        const auto errors = session.ParseExpanding();
+        if (isAllowed)
+            EXPECT_THAT(errors, IsEmpty());
+        else
+            EXPECT_THAT(errors, c_isAmplificationError);
+    }
+}
+
+TEST(ParseLimits, ALargeEntityUsedOftenIsAmplification)
+{
+    const std::string document = WithDoctype("<!ENTITY e '" + std::string(100000, 'x') + "'>",
+                                             "<a>" + Repeat("&e;", 10000) + "</a>");
+    Session session(document);
+    // The work is that of reading the entity, which is limited, too.
+    EXPECT_THAT(session.ParseExpanding(), c_isAmplificationError);
+    EXPECT_LE(session.sink->units, 100 * document.size());
+}
+
+TEST(ParseLimits, ALargeEntityUsedOftenInAttributesIsLimitedBeforeTheTagEnds)
+{
+    Session session(WithDoctype("<!ENTITY e '" + std::string(100000, 'x') + "'>",
+                                "<a b='" + Repeat("&e;", 10000) + "'/>"));
+    EXPECT_THAT(session.ParseExpanding(), c_isExpansionError);
+    EXPECT_EQ(session.sink->elements, 0U);
+}
+
+TEST(ParseLimits, ManyDefaultAttributesOnManyElementsAreAmplification)
+{
+    const std::string document = WithDoctype(
+        Concatenate(1000, [](const std::string& i) { return "<!ATTLIST a b" + i + " CDATA 'c'>"; }),
+        "<a>" + Repeat("<a/>", 16000) + "</a>");
+    Session session(document);
+    EXPECT_THAT(session.Parse(), c_isAmplificationError);
+    EXPECT_LE(session.sink->units, std::max<std::uint64_t>(8388608, 100 * document.size()));
+    EXPECT_GT(session.sink->elements, 0U);
+}
+
+TEST(ParseLimits, ExpansionWithinTheThresholdIsAllowedWhateverItsFactor)
+{
+    // A thousand times the document, as a small document may.
+    Session session(WithDoctype("<!ENTITY e '" + std::string(1000, 'x') + "'>",
+                                "<a>" + Repeat("&e;", 8000) + "</a>"));
+    EXPECT_THAT(session.ParseExpanding(), IsEmpty());
+    EXPECT_EQ(session.sink->units, 8000002U);
+}
+
+// Expansion
+
+TEST(ParseLimits, ExpansionCountsTheTextOfAnEntityAndWhereItIsNested)
+{
+    const std::pair<std::string, std::uint64_t> documents[] = {
+        {WithDoctype("<!ENTITY % e ' <!--c-->'>%e;", "<a/>"), 64 + 9},
+        {WithDoctype("<!ENTITY e 'value'>", "<a>&e;&e;</a>"), 2 * (64 + 5)},
+        {WithDoctype("<!ENTITY e 'value'>", "<a b='&e;'/>"), 64 + 5},
+        {WithDoctype("<!ENTITY e 'value'><!ATTLIST x b CDATA '&e;'>", "<a/>"), 64 + 5},
+        {WithDoctype("<!ENTITY e 'value'><!ENTITY f '&e;'>", "<a>&f;</a>"), 64 + 3 + 128 + 5},
+        {WithDoctype("<!ENTITY % e ''><!ENTITY % f '&#37;e;'>%f;%e;", "<a/>"), 64 + 3 + 128 + 64},
+        {WithDoctype("<!ENTITY e '<b>&f;</b>'><!ENTITY f '\xF0\x9F\x98\x80'>", "<a>&e;</a>"),
+         64 + 10 + 128 + 2},
+    };
+    for (const auto& [document, work] : documents) {
+        SCOPED_TRACE(document);
+        Session session(document);
+        session.parser->SetExpansionLimit(0, work);
+        EXPECT_THAT(session.ParseExpanding(), IsEmpty());
+        session.parser->SetExpansionLimit(0, work - 1);
+        EXPECT_THAT(session.Parse(), c_isExpansionError);
+        session.parser->SetExpansionLimit(1, work - 1);
+        EXPECT_EQ(session.Parse().empty(), work <= document.size());
+    }
+}
+
+TEST(ParseLimits, ExpansionCountsTheAttributesDeclaredForATag)
+{
+    Session session(WithDoctype("<!ATTLIST a b CDATA #IMPLIED c ID #IMPLIED>"
+                                "<!ATTLIST a d CDATA 'e'><!ATTLIST x y CDATA 'z'>",
+                                "<a><a/><b/></a>"));
+    session.parser->SetExpansionLimit(0, 6);
+    EXPECT_THAT(session.Parse(), IsEmpty());
+    session.parser->SetExpansionLimit(0, 5);
+    EXPECT_THAT(session.Parse(), c_isExpansionError);
+}
+
+TEST(ParseLimits, NoEntityCostsNothing)
+{
+    Session session(WithDoctype("<!ENTITY e 'value'>", "<a b='&lt;&#65;'>&amp;</a>"));
+    session.parser->SetExpansionLimit(0, 0);
+    EXPECT_THAT(session.Parse(), IsEmpty());
+}
+
+TEST(ParseLimits, DoublingParameterEntitiesEnd)
+{
+    Session few(WithDoctype(DoublingParameterEntities(8), "<a/>"));
+    EXPECT_THAT(few.Parse(), IsEmpty());
+    for (const int levels : {20, 40, 100}) {
+        Session session(WithDoctype(DoublingParameterEntities(levels), "<a/>"));
+        EXPECT_THAT(session.Parse(), c_isExpansionError);
+        EXPECT_EQ(session.sink->elements, 0U);
+    }
+}
+
+TEST(ParseLimits, AParameterEntityOfMuchTextUsedOftenEnds)
+{
+    Session session(WithDoctype(
+        "<!ENTITY % e '<!--" + std::string(100000, 'x') + "-->'>" + Repeat("%e;", 25000), "<a/>"));
+    EXPECT_THAT(session.Parse(), c_isExpansionError);
+}
+
+TEST(ParseLimits, DeeplyNestedParameterEntitiesEnd)
+{
+    Session few(WithDoctype(NestedParameterEntities(100), "<a/>"));
+    EXPECT_THAT(few.Parse(), IsEmpty());
+    Session session(WithDoctype(NestedParameterEntities(20000), "<a/>"));
+    EXPECT_THAT(session.Parse(), c_isExpansionError);
+}
+
+TEST(ParseLimits, EntitiesInDefaultValuesEnd)
+{
+    const std::string nested = Concatenate(30, [](const std::string& i) {
+        const std::string former = "&e" + i + ";";
+        return "<!ENTITY e" + std::to_string(std::stoi(i) + 1) + " '" + former + former + "'>";
+    });
+    for (const std::string& declarations :
+         {"<!ENTITY e '" + std::string(100000, 'x') + "'><!ATTLIST a b CDATA '" +
+              Repeat("&e;", 35000) + "'>",
+          "<!ENTITY e0 'x'>" + nested + "<!ATTLIST a b CDATA '&e30;'>",
+          "<!ENTITY e0 ''>" + nested + "<!ATTLIST a b CDATA '&e30;'>"}) {
+        // Where entities are allowed and where they are not: the scanner does not count these.
+        Session session(WithDoctype(declarations, "<a/>"));
+        EXPECT_THAT(session.Parse(), c_isExpansionError);
+        EXPECT_THAT(session.ParseExpanding(), c_isExpansionError);
+    }
+}
+
+TEST(ParseLimits, EntitiesWithoutTextEnd)
+{
+    // Nothing of this reaches the sink.
+    Session session(WithDoctype("<!ENTITY e '<!--" + std::string(100000, 'x') + "-->'>",
+                                "<a>" + Repeat("&e;", 10000) + "</a>"));
+    EXPECT_THAT(session.ParseExpanding(), c_isExpansionError);
+}
+
+TEST(ParseLimits, ManyAttributeDeclarationsAndManyElementsEnd)
+{
+    // None has a default value.
+    Session session(WithDoctype(
+        Concatenate(10000,
+                    [](const std::string& i) { return "<!ATTLIST a b" + i + " CDATA #IMPLIED>"; }),
+        "<a>" + Repeat("<a/>", 100000) + "</a>"));
+    EXPECT_THAT(session.Parse(), c_isExpansionError);
+}
+
+TEST(ParseLimits, AllExpansionsThatTheScannerAllowsFit)
+{
+    // Direct and nested ones of the lengths that are usual for names of characters.
+    const std::string single = WithDoctype("<!ENTITY e 'a few characters more than one'>",
+                                           "<a>" + Repeat("&e;", 50000) + "</a>");
+    const std::string nested =
+        WithDoctype("<!ENTITY f 'x'><!ENTITY e '&f;'>", "<a>" + Repeat("&e;", 25000) + "</a>");
+    for (const std::string& document : {single, nested}) {
+        Session session(document);
+        EXPECT_THAT(session.ParseExpanding(), IsEmpty());
+    }
+}
+
+// Validation
+
+TEST(ParseLimits, DepthIsLimitedWhileValidatingOnly)
+{
+    for (const bool isValidating : {false, true}) {
+        Session session(Nest(5), isValidating ? c_openSchema : nullptr);
+        session.parser->SetValidationDepthLimit(5);
+        EXPECT_THAT(session.Parse(), IsEmpty());
+        session.parser->SetValidationDepthLimit(4);
+        if (isValidating)
+            EXPECT_THAT(session.Parse(), c_isDepthError);
+        else
+            EXPECT_THAT(session.Parse(), IsEmpty());
+    }
+}
+
+TEST(ParseLimits, DepthIsThatOfOpenElements)
+{
+    Session session("<a>" + Repeat("<a><a/></a>", 10) + "</a>", c_openSchema);
+    session.parser->SetValidationDepthLimit(3);
+    EXPECT_THAT(session.Parse(), IsEmpty());
+}
+
+TEST(ParseLimits, TenThousandLevelsCanBeValidated)
+{
+    Session most(Nest(10000), c_openSchema);
+    EXPECT_THAT(most.Parse(), IsEmpty());
+    Session more(Nest(10001), c_openSchema);
+    EXPECT_THAT(more.Parse(), c_isDepthError);
+    EXPECT_EQ(more.sink->elements, 10000U);
+    Session many(Nest(1000000), c_openSchema);
+    EXPECT_THAT(many.Parse(), c_isDepthError);
+}
+
+TEST(ParseLimits, ValidationWorkCountsDepthNamespacesAndDifferentElements)
+{
+    const std::pair<const char*, std::uint64_t> documents[] = {
+        // The depth, one element and one namespace for the name.
+        {"<a/>", 1 + 1 + 8},
+        {"<a><a/><a><a/></a></a>", (1 + 9) + (2 + 9) + (2 + 9) + (3 + 9)},
+        {"<a b='' c=''/>", 3 * 1 + 9},
+        // A declaration is an attribute, too, and is in scope until its element ends.
+        {"<a xmlns:p='u'><a/></a>", 2 * (1 + 1) + 9 + (2 + 1) + 9},
+        {"<a><a xmlns:p='u'/><a/></a>", (1 + 9) + (2 * (2 + 1) + 9) + (2 + 9)},
+        {"<a><b xmlns='u'/><b xmlns='v'/><b xmlns='v'/></a>",
+         (1 + 9) + (2 * (2 + 1) + 2 + 8) + 2 * (2 * (2 + 1) + 3 + 16)},
+    };
+    for (const auto& [document, work] : documents) {
+        SCOPED_TRACE(document);
+        Session session(document, c_openSchema);
+        session.parser->SetValidationWorkLimit(0, work);
+        EXPECT_THAT(session.Parse(), IsEmpty());
+        session.parser->SetValidationWorkLimit(0, work - 1);
+        EXPECT_THAT(session.Parse(), c_isValidationWorkError);
+    }
+}
+
+TEST(ParseLimits, ManyElementsThatNoSchemaKnowsEnd)
+{
+    const auto parse = [](const std::string& content) {
+        Session session("<a>" + content + "</a>", c_openSchema);
+        return session.Parse();
+    };
+    EXPECT_THAT(parse(Concatenate(5000, [](const std::string& i) { return "<b" + i + "/>"; })),
+                IsEmpty());
+    EXPECT_THAT(parse(Concatenate(500000, [](const std::string& i) { return "<b" + i + "/>"; })),
+                c_isValidationWorkError);
+    EXPECT_THAT(
+        parse(Concatenate(50000, [](const std::string& i) { return "<b xmlns='u" + i + "'/>"; })),
+        c_isValidationWorkError);
+}
+
+TEST(ParseLimits, ManyNamespaceDeclarationsEnd)
+{
+    const std::string declarations =
+        Concatenate(40000, [](const std::string& i) { return " xmlns:p" + i + "='u'"; });
+    Session session("<a" + declarations + ">" + Repeat("<a/>", 40000) + "</a>", c_openSchema);
+    EXPECT_THAT(session.Parse(), c_isValidationWorkError);
+}
+
+TEST(ParseLimits, WithoutSchemasManyNamesAreNoWork)
+{
+    Session session(
+        "<a>" +
+        Concatenate(100000,
+                    [](const std::string& i) { return "<b" + i + " xmlns='u" + i + "'/>"; }) +
+        "</a>");
+    session.parser->SetValidationWorkLimit(0, 0);
+    EXPECT_THAT(session.Parse(), IsEmpty());
+}
+
+// Schemas
+
+TEST(ParseLimits, EntitiesOfASchemaAreLimited)
+{
+    Session session("<a/>", c_openSchema);
+    const std::string schema =
+        "<!DOCTYPE xs:schema [" + DoublingParameterEntities(40) + "]>" + c_openSchema;
+    session.parser->LoadXSDString(TString::fromStdString(schema), u"hostile");
+    EXPECT_TRUE(session.parser->HasFatallyErrored());
+    EXPECT_THAT(
+        ToUtf8(session.parser->GetErrors()),
+        ElementsAre(AllOf(testing::StartsWith("Fatal Error"),
+                          HasSubstr("(expansion limit, SetExpansionLimit) (id: hostile)"))));
+    EXPECT_THAT(session.Parse(), IsEmpty());
+}
+
+TEST(ParseLimits, TextOfASchemaIsLimited)
+{
+    std::string schema = c_openSchema;
+    schema.insert(schema.find("<xs:element"), "<xs:annotation><xs:documentation>" +
+                                                  Repeat("&e;", 10000) +
+                                                  "</xs:documentation></xs:annotation>");
+    schema = "<!DOCTYPE xs:schema [<!ENTITY e '" + std::string(100000, 'x') + "'>]>" + schema;
+    DOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<Utf8InputSource>(schema, u"hostile", false));
+    EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<a/>", u"id")),
+                testing::Contains(HasSubstr("(expansion limit, SetExpansionLimit) (id: hostile)")));
+}
+
+TEST(ParseLimits, ASchemaMayHaveEntities)
+{
+    std::string schema = c_openSchema;
+    schema.insert(schema.find("name='a'") + 6, "&n;");
+    schema = "<!DOCTYPE xs:schema [<!ENTITY n 'nn'>]>" + schema;
+    Session session("<nna/>");
+    session.parser->LoadXSDString(TString::fromStdString(schema), u"schema");
+    EXPECT_FALSE(session.parser->HasErrors());
+    EXPECT_THAT(session.Parse(), IsEmpty());
+}
+
+// All limits, wherever they are set
+
+TEST(ParseLimits, AreSetOnEachParser)
+{
+    struct Case
+    {
+        std::string document;
+        bool validates;
+        std::function<void(ParseLimits&)> set;
+        const char* setter;
+    };
+    const Case cases[] = {
+        {"<a>text</a>", false, [](ParseLimits& limits) { limits.SetAmplificationLimit(0, 5); },
+         "SetAmplificationLimit"},
+        {WithDoctype("<!ENTITY % e ''>%e;", "<a/>"), false,
+         [](ParseLimits& limits) { limits.SetExpansionLimit(0, 63); }, "SetExpansionLimit"},
+        {"<a><a/></a>", true, [](ParseLimits& limits) { limits.SetValidationDepthLimit(1); },
+         "SetValidationDepthLimit"},
+        {"<a/>", true, [](ParseLimits& limits) { limits.SetValidationWorkLimit(0, 1); },
+         "SetValidationWorkLimit"},
+    };
+    for (const Case& entry : cases) {
+        const auto exceeds = ElementsAre(HasSubstr(entry.setter));
+        const auto schema = [] {
+            return std::make_unique<Utf8InputSource>(c_openSchema, u"schema", false);
+        };
+        DOMParser tree;
+        StandaloneDOMParser standalone;
+        if (entry.validates) {
+            tree.AddXSDInputSource(schema());
+            standalone.AddXSDInputSource(schema());
+        }
+        EXPECT_THAT(ErrorsOf(*tree.ParseXmlString(entry.document, u"id")), IsEmpty());
+        entry.set(tree);
+        EXPECT_THAT(ErrorsOf(*tree.ParseXmlString(entry.document, u"id")), exceeds);
+
+        EXPECT_THAT(standalone.ParseXmlString(entry.document, u"id").errors, IsEmpty());
+        entry.set(standalone);
+        EXPECT_THAT(ToUtf8(standalone.ParseXmlString(entry.document, u"id").errors), exceeds);
+
+        Session session(entry.document, entry.validates ? c_openSchema : nullptr);
+        EXPECT_THAT(session.Parse(), IsEmpty());
+        entry.set(*session.parser);
+        EXPECT_THAT(session.Parse(), exceeds);
+    }
+}
+
+TEST(ParseLimits, CanBeSwitchedOff)
+{
+    constexpr std::uint64_t c_off = std::numeric_limits<std::uint64_t>::max();
+    const std::string text(1000000, 'x');
+    Session session(WithDoctype("<!ENTITY e '" + text + "'>", "<a>" + Repeat("&e;", 20) + "</a>"));
+    session.parser->SetAmplificationLimit(c_off, c_off);
+    session.parser->SetExpansionLimit(c_off, c_off);
+    EXPECT_THAT(session.ParseExpanding(), IsEmpty());
+    EXPECT_EQ(session.sink->units, 20000002U);
+    // Factors and thresholds switch off alone, too.
+    session.parser->SetAmplificationLimit(c_off, 0);
+    session.parser->SetExpansionLimit(0, c_off);
+    EXPECT_THAT(session.Parse(), IsEmpty());
+}
+
+TEST(ParseLimits, TheTreeHoldsWhatCameBefore)
+{
+    DOMParser parser;
+    parser.SetAmplificationLimit(0, 10);
+    const auto dom = parser.ParseXmlString("<a><b>text</b><c>more text</c></a>", u"id");
+    ASSERT_THAT(dom->GetErrors(), SizeIs(1));
+    ASSERT_NE(dom->GetElement(u"b"), nullptr);
+    EXPECT_EQ(dom->GetElement(u"b")->GetText(), u"text");
+    EXPECT_EQ(parser.ParseXmlString("<a>x</a>", u"id")->GetErrors().size(), 0U);
+}
+
+TEST(ParseLimits, APosition)
+{
+    Session session("<a>\n<b/>\n<b/></a>");
+    session.parser->SetAmplificationLimit(0, 5);
+    EXPECT_THAT(session.Parse(),
+                ElementsAre("Fatal Error(3,1): the document yields more than 5 units and 0 times "
+                            "the bytes of the document (amplification limit, "
+                            "SetAmplificationLimit) (id: id)"));
+}
