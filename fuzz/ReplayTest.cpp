@@ -1,0 +1,102 @@
+// Runs what the fuzzers start from and what they have found, as ordinary tests.
+
+#include "Targets.h"
+
+#include "support/ExpatReader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<fs::path> ListFiles(const fs::path& folder)
+{
+    std::vector<fs::path> files;
+    if (fs::exists(folder)) {
+        for (const auto& entry : fs::directory_iterator(folder))
+            files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+std::vector<unsigned char> ReadFile(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class FuzzReplay : public testing::TestWithParam<FuzzTargets::Target>
+{
+protected:
+    static void Replay(const std::vector<fs::path>& files)
+    {
+        for (const fs::path& path : files) {
+            SCOPED_TRACE(path);
+            EXPECT_NO_THROW(GetParam().testOneInput(ReadFile(path)));
+        }
+    }
+};
+
+} // namespace
+
+TEST_P(FuzzReplay, SeedsGiveWhatIsExpected)
+{
+    const auto seeds = ListFiles(fs::path(FUZZ_SOURCE_DIR) / "corpus" / GetParam().name);
+    EXPECT_GE(seeds.size(), 3U);
+    Replay(seeds);
+}
+
+TEST_P(FuzzReplay, PastFindsGiveWhatIsExpected)
+{
+    Replay(ListFiles(fs::path(FUZZ_SOURCE_DIR) / "finds" / GetParam().name));
+}
+
+/// A second reader agrees on everything that the fuzzers start from or have found, for whatever
+/// target.
+TEST(SecondReader, AgreesOnAllSeedsAndFinds)
+{
+    std::size_t count = 0;
+    for (const FuzzTargets::Target& target : FuzzTargets::c_all) {
+        for (const char* folder : {"corpus", "finds"}) {
+            for (const fs::path& path :
+                 ListFiles(fs::path(FUZZ_SOURCE_DIR) / folder / target.name)) {
+                SCOPED_TRACE(path);
+                EXPECT_NO_THROW(FuzzTargets::SecondReader(ReadFile(path)));
+                ++count;
+            }
+        }
+    }
+    EXPECT_GT(count, 50U);
+}
+
+/// The same for the documents of Debian's shared-mime-info and unicode-cldr-core, where they are
+/// installed.
+TEST(SecondReader, AgreesOnInstalledDocuments)
+{
+    for (const char* folder : {"/usr/share/mime/packages", "/usr/share/unicode/cldr"}) {
+        if (!fs::exists(folder))
+            continue;
+        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+            if (entry.path().extension() != ".xml")
+                continue;
+            SCOPED_TRACE(entry.path());
+            const std::vector<unsigned char> bytes = ReadFile(entry.path());
+            EXPECT_TRUE(ReadWithExpat({reinterpret_cast<const char*>(bytes.data()), bytes.size()})
+                            .error.empty());
+            EXPECT_NO_THROW(FuzzTargets::SecondReader(bytes));
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, FuzzReplay, testing::ValuesIn(FuzzTargets::c_all),
+                         [](const auto& of) { return std::string(of.param.name); });

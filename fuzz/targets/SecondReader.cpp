@@ -1,0 +1,97 @@
+#include "Targets.h"
+
+#include "support/ExpatReader.h"
+#include "support/ParseOutcome.h"
+#include "support/Require.h"
+
+#include <kescorexml/BinaryInputSource.h>
+#include <kescorexml/XMLUtils.h>
+
+namespace {
+
+/// Why the library may refuse what Expat takes; empty when there is no reason.
+std::string_view FindReasonToRefuse(const ExpatReading& reading)
+{
+    // References to entities and declarations of external ones are refused on purpose.
+    if (reading.declaresEntities)
+        return "entities";
+    // What Expat does not read may declare the entities that a document refers to.
+    if (reading.hasExternalSubset)
+        return "external subset";
+    // Expat does not look at the version.
+    if (!reading.version.empty() && reading.version != "1.0")
+        return "version";
+    return {};
+}
+
+/// The character at a position; 0 where there is none.
+char32_t FindCharacter(const std::string& text, std::size_t position)
+{
+    if (position + 1 >= text.size())
+        return 0;
+    const auto byte = [&](std::size_t offset) {
+        return static_cast<unsigned char>(text[position + offset]);
+    };
+    if (text.starts_with("\xFE\xFF"))
+        return char32_t(byte(0) << 8 | byte(1));
+    if (text.starts_with("\xFF\xFE"))
+        return char32_t(byte(1) << 8 | byte(0));
+    const std::size_t length = byte(0) < 0xE0 ? 2 : byte(0) < 0xF0 ? 3 : 4;
+    const auto units = TString::fromUtf8(std::string_view(text).substr(position, length));
+    if (units.length() == 1)
+        return units[0];
+    return units.length() == 2 && units.toStdString().size() == 4 ? 0x10000 : 0;
+}
+
+/// The version that a declaration in ASCII names.
+std::string FindVersion(const std::string& text)
+{
+    const std::size_t open = text.find_first_of("'\"", text.find("version"));
+    return open == std::string::npos
+               ? std::string()
+               : text.substr(open + 1, text.find(text[open], open + 1) - open - 1);
+}
+
+/// Why the library may take what Expat refuses; empty when there is no reason.
+std::string_view FindReasonToTake(const ExpatReading& reading, const std::string& text)
+{
+    // Expat knows the names of the fourth edition, and the library those of the fifth.
+    const char32_t character = FindCharacter(text, reading.errorPosition);
+    if (reading.error == "not well-formed (invalid token)" && character >= 0x80 &&
+        (character > 0xFFFF || XmlUtils::IsNameChar(static_cast<char16_t>(character))))
+        return "name";
+    // The scanner passes over null characters in a declaration.
+    if (text.starts_with("<?xml") && text.find('\0') == reading.errorPosition &&
+        reading.events.empty())
+        return "null characters";
+    if (reading.error == "unknown encoding")
+        return "encoding";
+    if (!reading.version.empty() && reading.version != "1.0")
+        return "version";
+    // Whatever begins with "1." is a version for the scanner.
+    const std::string version = FindVersion(text);
+    if (reading.errorPosition < text.find("?>") && version.starts_with("1.") && version != "1.0")
+        return "version";
+    return {};
+}
+
+} // namespace
+
+void FuzzTargets::SecondReader(Bytes bytes)
+{
+    const std::string text(bytes.begin(), bytes.end());
+    BinaryInputSource source({bytes.begin(), bytes.end()}, u"id", false);
+    const ParseOutcome outcome = ParseSource(source);
+    const ExpatReading reading = ReadWithExpat(text);
+    const bool isTaken = outcome.errors.empty();
+    if (isTaken && reading.error.empty()) {
+        // Versions beyond 1.0 know other line ends.
+        if (FindReasonToRefuse(reading) != "version")
+            Require(outcome.events == reading.events, "both readers see the same");
+        return;
+    }
+    if (isTaken)
+        Require(!FindReasonToTake(reading, text).empty(), "only Expat says: " + reading.error);
+    else if (reading.error.empty())
+        Require(!FindReasonToRefuse(reading).empty(), "Expat does not say: " + outcome.errors[0]);
+}
