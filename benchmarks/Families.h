@@ -4,6 +4,11 @@
 
 void RegisterParseBenchmarks();
 void RegisterWriteBenchmarks();
+void RegisterTreeBenchmarks();
+void RegisterDiagnosticsBenchmarks();
+void RegisterTextBenchmarks();
+void RegisterFrontDoorBenchmarks();
+void RegisterQueryBenchmarks();
 
 /// Values that are counted and not timed, measured at once.
 void MeasureHeaps();

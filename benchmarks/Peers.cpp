@@ -37,8 +37,10 @@ BareReader::~BareReader() = default;
 
 void BareReader::Parse(const std::string& bytes)
 {
-    const MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
-                                   "document");
+    MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
+                             "document");
+    // Neither does the library copy the text.
+    source.setCopyBufToStream(false);
     XMLPScanToken token;
     if (!m_reader->parseFirst(source, token))
         return;

@@ -1,4 +1,5 @@
 #include "Families.h"
+#include "Growth.h"
 #include "Ratios.h"
 
 #include <cstdio>
@@ -12,6 +13,7 @@
 ///   --check   exit with 1 when a ratio is above its limit
 ///   --cold    let the heap give memory back to the system after each run, so that the next one
 ///             pays for getting it; else the heap stays warm, for this library and its peers alike
+///   --growth  measure how time grows with inputs that double, and nothing else
 int main(int argc, char** argv)
 {
     std::vector<char*> arguments(argv, argv + argc);
@@ -26,9 +28,18 @@ int main(int argc, char** argv)
         mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
     }
 
+    if (take("--growth")) {
+        PrintGrowth();
+        return 0;
+    }
     MeasureHeaps();
     RegisterParseBenchmarks();
     RegisterWriteBenchmarks();
+    RegisterTreeBenchmarks();
+    RegisterDiagnosticsBenchmarks();
+    RegisterTextBenchmarks();
+    RegisterFrontDoorBenchmarks();
+    RegisterQueryBenchmarks();
     const int exceeded = RunAndPrintRatios(static_cast<int>(arguments.size()), arguments.data());
     if (exceeded > 0)
         std::fprintf(stderr, "%d ratios are above their limits\n", exceeded);
