@@ -3,27 +3,86 @@
 #include "Diagnostic.h"
 #include "Document.h"
 #include "ElementLocator.h"
+#include "Json.h"
 
 #include <kesplatform/CorvinaException.h>
 
+#include <QJsonArray>
+
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace {
 
 constexpr const char* c_examples =
     "  kesxml check *.xml\n"
     "  kesxml check --xsd invoice.xsd --xsd address.xsd invoice.xml\n"
+    "  kesxml check --json *.xml | jq -r '.[] | select(.valid | not) | .file'\n"
     "  curl https://example.com/feed | kesxml check -\n";
 
+/// Tells what was found, for people or for programs.
+class CheckReport
+{
+public:
+    CheckReport(bool isJson, bool showsProgress) : m_showsProgress(showsProgress)
+    {
+        if (isJson)
+            m_array.emplace();
+    }
+
+    void ShowProgress(qsizetype number, qsizetype count, const QString& file)
+    {
+        if (m_showsProgress)
+            ::ShowProgress(QString("[%1/%2] ").arg(number).arg(count) + file);
+    }
+
+    void Add(const QString& file, const Diagnostics& diagnostics)
+    {
+        HideProgress();
+        if (!m_array) {
+            PrintDiagnostics(diagnostics);
+            Print(Summarise(file, diagnostics) + u"\n");
+            return;
+        }
+        QJsonArray all;
+        for (const Diagnostic& diagnostic : diagnostics)
+            all.append(ToJson(diagnostic));
+        m_array->Add(
+            {{"file", file}, {"valid", !HasErrors(diagnostics)}, {"diagnostics", std::move(all)}});
+    }
+
+    void AddUnreadable(const QString& file, const TString& reason)
+    {
+        HideProgress();
+        if (m_array)
+            m_array->Add({{"file", file}, {"unreadable", QString(reason)}});
+        else
+            PrintError(u"kesxml: " + reason);
+    }
+
+private:
+    void HideProgress()
+    {
+        if (m_showsProgress)
+            ::ShowProgress({});
+    }
+
+    std::optional<JsonArray> m_array;
+    bool m_showsProgress;
+};
+
 /// False when one of the schemas has errors, which makes checking against it pointless.
-bool LoadSchemas(DocumentReader& reader, const QStringList& schemas)
+bool LoadSchemas(DocumentReader& reader, const QStringList& schemas, CheckReport& report,
+                 bool isJson)
 {
     bool areFine = true;
     for (const QString& schema : schemas) {
         const Diagnostics diagnostics = reader.LoadSchema(schema);
-        PrintDiagnostics(diagnostics);
-        if (HasErrors(diagnostics))
-            Print(Summarise(schema, diagnostics) + u"\n");
+        if (HasErrors(diagnostics) || (isJson && !diagnostics.empty()))
+            report.Add(schema, diagnostics);
+        else
+            PrintDiagnostics(diagnostics);
         areFine = areFine && !HasErrors(diagnostics);
     }
     if (!areFine)
@@ -31,24 +90,16 @@ bool LoadSchemas(DocumentReader& reader, const QStringList& schemas)
     return areFine;
 }
 
-/// The progress, where it is shown, is gone before anything else is written.
-int CheckFile(DocumentReader& reader, const QString& file, bool showsProgress)
+int CheckFile(DocumentReader& reader, const QString& file, CheckReport& report)
 {
-    const auto hideProgress = [showsProgress] {
-        if (showsProgress)
-            ShowProgress({});
-    };
     try {
         const std::unique_ptr<InputSource> source = OpenDocument(file);
         ReadDocument document = reader.Read(*source);
         NameElements(document.diagnostics, file, *document.dom);
-        hideProgress();
-        PrintDiagnostics(document.diagnostics);
-        Print(Summarise(file, document.diagnostics) + u"\n");
+        report.Add(file, document.diagnostics);
         return HasErrors(document.diagnostics) ? DocumentHasErrors : Fine;
     } catch (const CorvinaException& e) {
-        hideProgress();
-        PrintError(TString(u"kesxml: ") + e.GetConcatenatedMessages());
+        report.AddUnreadable(file, e.GetConcatenatedMessages());
         return UsageOrUnreadable;
     }
 }
@@ -68,22 +119,21 @@ int RunCheck(const QStringList& arguments)
         "SCHEMA.xsd");
     const QCommandLineOption allowEntities(
         "allow-entities", "Let documents use entities that they define themselves.");
-    parser.addOptions({xsd, allowEntities});
+    const QCommandLineOption json = JsonOption();
+    parser.addOptions({xsd, allowEntities, json});
     if (!ReadArguments(parser, arguments, 1, 0, c_examples))
         return UsageOrUnreadable;
 
     DocumentReader reader({parser.isSet(allowEntities), true});
-    if (!LoadSchemas(reader, parser.values(xsd)))
+    const QStringList files = parser.positionalArguments();
+    CheckReport report(parser.isSet(json), files.size() > 20 && HasProgressLine());
+    if (!LoadSchemas(reader, parser.values(xsd), report, parser.isSet(json)))
         return DocumentHasErrors;
 
-    const QStringList files = parser.positionalArguments();
-    const bool showsProgress = files.size() > 20 && HasProgressLine();
     int status = Fine;
     for (qsizetype i = 0; i < files.size(); ++i) {
-        const QString& file = files.at(i);
-        if (showsProgress)
-            ShowProgress(QString("[%1/%2] ").arg(i + 1).arg(files.size()) + file);
-        status = std::max(status, CheckFile(reader, file, showsProgress));
+        report.ShowProgress(i + 1, files.size(), files.at(i));
+        status = std::max(status, CheckFile(reader, files.at(i), report));
     }
     return status;
 }

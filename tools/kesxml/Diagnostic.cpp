@@ -12,6 +12,9 @@ namespace {
 /// The units of " (id: )".
 constexpr qsizetype c_nameFrame = 7;
 
+/// The blanks before an excerpt, which tell it from a message.
+constexpr qsizetype c_margin = 2;
+
 /// Removes " (id: NAME)" from the end of a message and returns the name. Names may hold anything,
 /// so only those that are known are looked for, and the longest wins.
 TString TakeFile(QString& message, const std::vector<TString>& files)
@@ -92,8 +95,13 @@ TString ToText(const Diagnostic& diagnostic)
 
 void PrintDiagnostics(const Diagnostics& diagnostics)
 {
-    for (const Diagnostic& diagnostic : diagnostics)
+    for (const Diagnostic& diagnostic : diagnostics) {
         PrintError(ToText(diagnostic));
+        if (diagnostic.excerpt.IsEmpty())
+            continue;
+        PrintError(QString(c_margin, ' ') + QString(diagnostic.excerpt));
+        PrintError(QString(c_margin + diagnostic.caret, ' ') + "^");
+    }
 }
 
 TString Summarise(const TString& file, const Diagnostics& diagnostics)

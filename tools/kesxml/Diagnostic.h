@@ -16,6 +16,11 @@ struct Diagnostic
     TString message;
     /// The path of the element in which the position lies; empty when that is not known.
     TString path;
+    /// The line of the document in which the position lies, fit for a terminal, without what is far
+    /// from the position; empty when that is not known.
+    TString excerpt{};
+    /// How many columns of a terminal are before the position in the excerpt.
+    int caret = 0;
 };
 
 using Diagnostics = std::vector<Diagnostic>;
@@ -28,7 +33,8 @@ bool HasErrors(const Diagnostics& diagnostics);
 
 /// "FILE:LINE:COLUMN: error: MESSAGE in PATH"; what is unknown is left out.
 TString ToText(const Diagnostic& diagnostic);
-/// Writes each diagnostic as a line to standard error.
+/// Writes each diagnostic as a line to standard error, and below it the excerpt, where there is
+/// one, with a caret under the position.
 void PrintDiagnostics(const Diagnostics& diagnostics);
 /// "FILE: 1 error, 2 warnings" or "FILE: fine".
 TString Summarise(const TString& file, const Diagnostics& diagnostics);

@@ -1,21 +1,28 @@
 #include "Document.h"
 
+#include "Excerpt.h"
 #include "SchemaSink.h"
 
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/DOMBuilder.h>
 #include <kescorexml/InputSourceUtils.h>
+#include <kescorexml/XMLUtils.h>
 #include <kesplatform/CorvinaException.h>
 
 #include <QFile>
 #include <QStringConverter>
 
+#include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace {
 
 QByteArray ReadStandardInput()
 {
+    static bool s_wasRead = false;
+    if (std::exchange(s_wasRead, true))
+        throw CorvinaException(u"standard input: it can be read only once.");
     QFile input;
     if (!input.open(stdin, QIODevice::ReadOnly))
         throw CorvinaException(TString(u"standard input: ") + TString(input.errorString()));
@@ -35,6 +42,21 @@ bool DecodeWideUnits(const QByteArray& bytes, TString& text)
     const QString decoded = decoder.decode(bytes);
     text = decoded;
     return !decoder.hasError();
+}
+
+/// The name of the first element without its prefix; empty when the first megabyte holds no whole
+/// start tag.
+std::string ReadRootName(InputSource& source)
+{
+    std::string head;
+    source.GetBytes(head, 1U << 20);
+    source.ResetToStart();
+    const XmlUtils::StringRange tag = XmlUtils::FindRootTag(head);
+    if (tag.start == std::string::npos)
+        return {};
+    std::string name = head.substr(tag.start + 1, tag.length - 2);
+    name.erase(std::min(name.find_first_of("/ \t\r\n"), name.size()));
+    return name.substr(name.find(':') + 1);
 }
 
 } // namespace
@@ -65,6 +87,12 @@ DocumentReader::~DocumentReader() = default;
 Diagnostics DocumentReader::LoadSchema(const QString& file)
 {
     const std::unique_ptr<InputSource> source = OpenDocument(file);
+    // The schema compiler would complain about every element of a document given by mistake.
+    if (const std::string root = ReadRootName(*source); !root.empty() && root != "schema") {
+        const TString message =
+            u"not an XML Schema: its first element is '" + TString::fromStdString(root) + u"'";
+        return {{true, source->Id(), 0, 0, message, {}}};
+    }
     m_parser->ClearErrorsAndWarnings();
     m_parser->LoadXSDSource(*source);
     m_schemaSink->AddLoaded(source->Id());
@@ -73,6 +101,7 @@ Diagnostics DocumentReader::LoadSchema(const QString& file)
     files.insert(files.end(), m_schemaSink->GetFiles().begin(), m_schemaSink->GetFiles().end());
     AddDiagnostics(diagnostics, m_parser->GetWarnings(), false, files);
     AddDiagnostics(diagnostics, m_parser->GetErrors(), true, files);
+    AddExcerpts(diagnostics, *source);
     return diagnostics;
 }
 
@@ -88,5 +117,6 @@ ReadDocument DocumentReader::Read(InputSource& source)
     AddDiagnostics(document.diagnostics, m_parser->GetWarnings(), false, {source.Id()});
     AddDiagnostics(document.diagnostics, m_parser->GetErrors(), true, {source.Id()});
     m_parser->Reload(m_nothing, m_schemaSink);
+    AddExcerpts(document.diagnostics, source);
     return document;
 }

@@ -76,3 +76,11 @@ TString ToAttributeText(const TString& value, std::size_t limit)
         unit = ToSafe(unit);
     return TString(std::u16string_view(text));
 }
+
+TString ToSafeUnits(const TString& text)
+{
+    std::u16string safe(text.view());
+    for (char16_t& unit : safe)
+        unit = IsBlank(unit) ? u' ' : ToSafe(unit);
+    return TString(std::u16string_view(safe));
+}

@@ -14,3 +14,7 @@ TString ToOneLine(const TString& text, std::size_t limit = std::numeric_limits<s
 /// quotes. It is cut as above; white space is kept, as references.
 TString ToAttributeText(const TString& value,
                         std::size_t limit = std::numeric_limits<std::size_t>::max());
+
+/// The text with a blank for each unit of white space, and U+FFFD for each that steers a terminal
+/// or turns the direction of writing.
+TString ToSafeUnits(const TString& text);

@@ -69,7 +69,9 @@ void SchemaSink::ReportRemote(const TString& baseUri, const QString& location)
     if (m_knownNames.contains(QUrl(location).fileName()) || m_reported.contains(location))
         return;
     m_reported.insert(location);
-    const QString message = "the schema '" + location + "' is not read because it is no local file";
+    const QString message = "the schema '" + location +
+                            "' is not read because it is no local file; give a copy of it with "
+                            "an --xsd before this one";
     m_diagnostics.push_back({false, baseUri, 0, 0, message, {}});
 }
 

@@ -1,7 +1,9 @@
 #include "Command.h"
 #include "Console.h"
 #include "Document.h"
+#include "Excerpt.h"
 #include "Heap.h"
+#include "Json.h"
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMParser.h>
@@ -16,7 +18,8 @@
 namespace {
 
 constexpr const char* c_examples = "  kesxml stats catalogue.xml\n"
-                                   "  zcat catalogue.xml.gz | kesxml stats -\n";
+                                   "  zcat catalogue.xml.gz | kesxml stats -\n"
+                                   "  kesxml stats --json catalogue.xml | jq .depth\n";
 
 struct Counts
 {
@@ -86,32 +89,8 @@ void PrintLine(const char* name, const QString& value, const char* unit = "")
     Print(QString(name).leftJustified(12) + value.rightJustified(14) + unit + "\n");
 }
 
-} // namespace
-
-int RunStats(const QStringList& arguments)
+void PrintAsText(const Counts& counts, const MeasuredParse& parse, std::int64_t bytes)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Counts what is in a document and measures what it costs to parse: the time, without\n"
-        "that for reading the file, and the heap that the tree takes.");
-    parser.addPositionalArgument("FILE", "The document, or - for standard input.");
-    if (!ReadArguments(parser, arguments, 1, 1, c_examples))
-        return UsageOrUnreadable;
-
-    const QString file = parser.positionalArguments().front();
-    const std::unique_ptr<InputSource> source = OpenDocument(file);
-    const MeasuredParse parse = Parse(*source);
-    const std::list<TString> errors = parse.dom->GetErrors();
-    Diagnostics diagnostics;
-    AddDiagnostics(diagnostics, {errors.begin(), errors.end()}, true, {source->Id()});
-    PrintDiagnostics(diagnostics);
-    if (HasErrors(diagnostics))
-        return DocumentHasErrors;
-
-    const Counts counts = Count(*parse.dom);
-    const QFileInfo info(file);
-    // A file that is not UTF-8 was decoded before.
-    const std::int64_t bytes = info.isFile() ? info.size() : source->Size();
     PrintLine("elements", QString::number(counts.elements));
     PrintLine("attributes", QString::number(counts.attributes));
     PrintLine("depth", QString::number(counts.depth));
@@ -121,5 +100,53 @@ int RunStats(const QStringList& arguments)
               " ms");
     if (parse.heap)
         PrintLine("heap", QString::number(*parse.heap), " bytes");
+}
+
+void PrintAsJson(const Counts& counts, const MeasuredParse& parse, std::int64_t bytes)
+{
+    QJsonObject object{{"elements", static_cast<qint64>(counts.elements)},
+                       {"attributes", static_cast<qint64>(counts.attributes)},
+                       {"depth", static_cast<qint64>(counts.depth)},
+                       {"textUnits", static_cast<qint64>(counts.textUnits)},
+                       {"bytes", static_cast<qint64>(bytes)},
+                       {"parseNanoseconds", static_cast<qint64>(parse.nanoseconds)}};
+    if (parse.heap)
+        object["heapBytes"] = static_cast<qint64>(*parse.heap);
+    PrintJson(object);
+}
+
+} // namespace
+
+int RunStats(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Counts what is in a document and measures what it costs to parse: the time, without\n"
+        "that for reading the file, and the heap that the tree takes.");
+    parser.addPositionalArgument("FILE", "The document, or - for standard input.");
+    const QCommandLineOption json = JsonOption();
+    parser.addOption(json);
+    if (!ReadArguments(parser, arguments, 1, 1, c_examples))
+        return UsageOrUnreadable;
+
+    const QString file = parser.positionalArguments().front();
+    const std::unique_ptr<InputSource> source = OpenDocument(file);
+    const MeasuredParse parse = Parse(*source);
+    const std::list<TString> errors = parse.dom->GetErrors();
+    Diagnostics diagnostics;
+    AddDiagnostics(diagnostics, {errors.begin(), errors.end()}, true, {source->Id()});
+    AddExcerpts(diagnostics, *source);
+    PrintDiagnostics(diagnostics);
+    if (HasErrors(diagnostics))
+        return DocumentHasErrors;
+
+    const Counts counts = Count(*parse.dom);
+    const QFileInfo info(file);
+    // A file that is not UTF-8 was decoded before.
+    const std::int64_t bytes = info.isFile() ? info.size() : source->Size();
+    if (parser.isSet(json))
+        PrintAsJson(counts, parse, bytes);
+    else
+        PrintAsText(counts, parse, bytes);
     return Fine;
 }

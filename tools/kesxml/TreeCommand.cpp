@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "Console.h"
 #include "Document.h"
+#include "Excerpt.h"
 #include "TreePicture.h"
 
 #include <kescorexml/StandaloneDOMParser.h>
@@ -45,6 +46,7 @@ int RunTree(const QStringList& arguments)
     const StandaloneParseResult result = standaloneParser.ParseXmlInputSource(*source, false);
     Diagnostics diagnostics;
     AddDiagnostics(diagnostics, result.errors, true, {source->Id()});
+    AddExcerpts(diagnostics, *source);
     PrintDiagnostics(diagnostics);
     if (HasErrors(diagnostics))
         return DocumentHasErrors;

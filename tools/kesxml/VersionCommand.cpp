@@ -46,8 +46,11 @@ int RunVersion(const QStringList& arguments)
 
     const QString file = parser.positionalArguments().front();
     const std::optional<VersionNumber> version = Sniff(file, parser.value(attribute));
-    if (!version)
+    if (!version) {
+        PrintError("kesxml: " + file + ": no first tag with an attribute '" +
+                   parser.value(attribute) + "'");
         return NothingFound;
+    }
     Print(version->GetAsString() + u"\n");
     return Fine;
 }

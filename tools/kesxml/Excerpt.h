@@ -1,0 +1,9 @@
+#pragma once
+
+#include "Diagnostic.h"
+
+#include <kescorexml/InputSource.h>
+
+/// Gives each diagnostic of this source that has a position the line that it speaks of. Reads the
+/// source from its start to the last of these lines.
+void AddExcerpts(Diagnostics& diagnostics, InputSource& source);
