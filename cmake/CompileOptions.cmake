@@ -2,7 +2,10 @@
 add_library(kescorexml_compile_options INTERFACE)
 target_compile_options(kescorexml_compile_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast
-  -Wcast-qual -Wconversion -Wsign-conversion -Wimplicit-fallthrough -Werror)
+  -Wcast-qual -Wconversion -Wsign-conversion -Wimplicit-fallthrough)
+if(KESCOREXML_WERROR)
+  target_compile_options(kescorexml_compile_options INTERFACE -Werror)
+endif()
 
 target_compile_definitions(kescorexml_compile_options INTERFACE QT_NO_KEYWORDS)
 
