@@ -53,6 +53,22 @@ AttributeStorage::AttributeMap ToAttributeMap(ParsedNames& names,
     return map;
 }
 
+std::size_t CountUnits(const xercesc::Attributes& attributes)
+{
+    std::size_t units = attributes.getLength();
+    for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
+        units += ViewXMLCh(attributes.getQName(i)).size();
+        units += ViewXMLCh(attributes.getValue(i)).size();
+    }
+    return units;
+}
+
+std::size_t CountUnits(const xercesc::Attributes& attributes, const AttributeStorage& packed)
+{
+    const AttributeBlock* block = packed.GetBlock();
+    return block == nullptr ? CountUnits(attributes) : block->CountUnits();
+}
+
 AttributeStorage PackAttributes(ParseArena& arena, ParsedNames& names, ParsedNames::Entry& element,
                                 const xercesc::Attributes& attributes)
 {

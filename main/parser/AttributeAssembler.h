@@ -14,3 +14,8 @@ AttributeStorage::AttributeMap ToAttributeMap(ParsedNames& names,
 /// The same attributes, packed into `arena`.
 AttributeStorage PackAttributes(ParseArena& arena, ParsedNames& names, ParsedNames::Entry& element,
                                 const xercesc::Attributes& attributes);
+
+/// The units of all names and values and one for each attribute.
+std::size_t CountUnits(const xercesc::Attributes& attributes);
+/// The same at less cost, by help of what PackAttributes made of them.
+std::size_t CountUnits(const xercesc::Attributes& attributes, const AttributeStorage& packed);

@@ -11,6 +11,8 @@ AttributeNames::AttributeNames(std::span<const TString> names)
     : m_count(static_cast<std::uint32_t>(names.size()))
 {
     std::copy(names.begin(), names.end(), m_names.begin());
+    for (const TString& name : names)
+        m_units += name.view().size();
     const auto sortedEnd = m_sorted.begin() + static_cast<std::ptrdiff_t>(m_count);
     std::iota(m_sorted.begin(), sortedEnd, std::uint8_t{0});
     std::sort(m_sorted.begin(), sortedEnd,

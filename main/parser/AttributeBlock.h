@@ -30,6 +30,8 @@ public:
     void Release() noexcept;
 
     std::size_t Count() const noexcept { return m_count; }
+    /// The units of all names together.
+    std::size_t CountUnits() const noexcept { return m_units; }
     const TString& Name(std::size_t index) const noexcept { return m_names[index]; }
     /// The index of the name that comes `rank`-th in ascending order.
     std::size_t Sorted(std::size_t rank) const noexcept { return m_sorted[rank]; }
@@ -45,6 +47,7 @@ private:
 
     std::atomic<std::uint32_t> m_references{1};
     std::uint32_t m_count;
+    std::size_t m_units = 0;
     /// The last slab that keeps the names alive.
     ParseArena::SlabNumber m_keptIn;
     std::array<TString, maxCount> m_names;
@@ -93,6 +96,14 @@ public:
             visit(m_names->Name(i), value);
             slot += TStringBlock::SlotSize(value.size());
         }
+    }
+
+    /// The units of all names and values and one for each attribute.
+    std::size_t CountUnits() const noexcept
+    {
+        std::size_t units = Count() + m_names->CountUnits();
+        ForEach([&units](const TString&, std::u16string_view value) { units += value.size(); });
+        return units;
     }
 
 private:

@@ -29,10 +29,13 @@ void CompactDOMBuilder::StartCompactElement(TString&& name, AttributeStorage&& a
     m_open.push_back({std::move(element), opened, m_waiting.size()});
 }
 
-void CompactDOMBuilder::CompactTextContent(std::u16string_view text)
+void CompactDOMBuilder::TakeText()
 {
+    const std::u16string_view text = m_text.View();
     if (m_keepWhitespaceText || TScanString::skipWhitespace(text) < text.size())
-        DOMElementAccess::AppendText(m_arena, *m_open.back().element, text);
+        DOMElementAccess::AppendText(*m_open.back().element, m_text);
+    else
+        m_text.Drop();
 }
 
 void CompactDOMBuilder::EndCompactElement()
@@ -63,6 +66,7 @@ void CompactDOMBuilder::CloseTop()
 
 void CompactDOMBuilder::Finish()
 {
+    m_text.Drop();
     while (m_open.size() > 1)
         CloseTop();
     CloseTop();

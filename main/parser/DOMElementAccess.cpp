@@ -194,11 +194,13 @@ std::unique_ptr<DOMElement> DOMElementAccess::NewParsedElement(ParseArena& arena
     return element;
 }
 
-void DOMElementAccess::AppendText(ParseArena& arena, DOMElement& element, std::u16string_view text)
+void DOMElementAccess::AppendText(DOMElement& element, ArenaText& text)
 {
-    if (element.m_text.IsEmpty())
-        element.m_text = arena.MakeText(text);
-    else
-        element.m_text.append(text);
+    if (element.m_text.IsEmpty()) {
+        element.m_text = text.Take();
+    } else {
+        element.m_text.append(text.View());
+        text.Drop();
+    }
     element.m_encoded = false;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ArenaText.h"
 #include "ParseArena.h"
 #include "SlabReferences.h"
 
@@ -71,7 +72,8 @@ public:
     static std::unique_ptr<DOMElement> NewParsedElement(ParseArena& arena, TString name,
                                                         AttributeStorage&& attributes, DOM* dom,
                                                         DOMElement& parent);
-    static void AppendText(ParseArena& arena, DOMElement& element, std::u16string_view text);
+    /// Puts a run of text at the end of the element's and ends it.
+    static void AppendText(DOMElement& element, ArenaText& text);
 
     /// Copies `source`'s descendants to `target`, which has none. The copies are attached to `dom`;
     /// unless that is null, they get the diagnostics of what they are copies of, and

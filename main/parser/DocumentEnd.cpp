@@ -118,10 +118,11 @@ DocumentEnd::Flaw Locate(const char16_t* message, std::string_view bytes, const 
 
 } // namespace
 
-std::optional<DocumentEnd::Flaw> DocumentEnd::FindFlaw(std::string_view bytes, bool isUtf8)
+std::optional<DocumentEnd::Flaw> DocumentEnd::FindFlaw(std::string_view bytes, bool isUtf8,
+                                                       bool mayHoldNull)
 {
     const Units units = isUtf8 ? Units() : DetectUnits(bytes);
-    const std::size_t null = FindNull(bytes, units);
+    const std::size_t null = mayHoldNull ? FindNull(bytes, units) : c_npos;
     if (null != c_npos)
         return Locate(c_nullCharacter, bytes, units, null);
     const std::size_t incomplete = FindIncomplete(bytes, units);

@@ -19,7 +19,7 @@ struct Flaw
 
 /// The flaw of a document that the scanner has read to its end without a fatal error. `isUtf8` is
 /// true when it was told to take the bytes for UTF-8; else the encoding is that of their mark or
-/// their declaration.
-std::optional<Flaw> FindFlaw(std::string_view bytes, bool isUtf8);
+/// their declaration. Where `mayHoldNull` is false, nobody looks for null characters.
+std::optional<Flaw> FindFlaw(std::string_view bytes, bool isUtf8, bool mayHoldNull);
 
 } // namespace DocumentEnd

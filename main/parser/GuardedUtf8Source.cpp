@@ -14,7 +14,10 @@ namespace {
 class GuardedUtf8Stream final : public xercesc::BinInputStream
 {
 public:
-    explicit GuardedUtf8Stream(std::string_view bytes) noexcept : m_bytes(bytes) {}
+    GuardedUtf8Stream(std::string_view bytes, std::size_t& firstUnchecked) noexcept
+        : m_bytes(bytes), m_firstUnchecked(firstUnchecked)
+    {
+    }
 
     XMLFilePos curPos() const override { return m_position; }
 
@@ -25,6 +28,9 @@ public:
             return 0;
         auto* const copied = reinterpret_cast<char*>(to);
         std::memcpy(copied, m_bytes.data() + m_position, count);
+        // While they are at hand: to look at the whole later would cost to fetch it again.
+        if (m_firstUnchecked == m_position && std::memchr(copied, 0, count) == nullptr)
+            m_firstUnchecked += count;
         m_position += count;
         Utf8Guard::RefuseBeyondLastCharacter(std::span(copied, count));
         return count;
@@ -35,6 +41,7 @@ public:
 private:
     std::string_view m_bytes;
     std::size_t m_position = 0;
+    std::size_t& m_firstUnchecked;
 };
 
 } // namespace
@@ -49,5 +56,5 @@ GuardedUtf8Source::GuardedUtf8Source(std::string_view bytes, const TString& id,
 
 xercesc::BinInputStream* GuardedUtf8Source::makeStream() const
 {
-    return new (getMemoryManager()) GuardedUtf8Stream(m_bytes);
+    return new (getMemoryManager()) GuardedUtf8Stream(m_bytes, m_firstUnchecked);
 }

@@ -16,8 +16,14 @@ public:
     /// `bytes` must live as long as this object and its streams.
     GuardedUtf8Source(std::string_view bytes, const TString& id, xercesc::MemoryManager* manager);
 
+    /// REQUIRES: this object outlives the stream's last read.
     xercesc::BinInputStream* makeStream() const override;
+
+    /// Whether a null character may be among the bytes: one was read, or some were not read yet.
+    bool MayHoldNull() const noexcept { return m_firstUnchecked < m_bytes.size(); }
 
 private:
     std::string_view m_bytes;
+    /// All bytes before it were read and are not null.
+    mutable std::size_t m_firstUnchecked = 0;
 };

@@ -19,7 +19,7 @@ class AttributeNames;
 class ParseSlab final : public TStringBlock
 {
 public:
-    static constexpr std::size_t maxBytes = 8192;
+    static constexpr std::size_t maxBytes = 16384;
 
     /// Starts with one reference, that of the caller.
     static ParseSlab* Create(std::size_t bytes);

@@ -42,13 +42,15 @@ TString DescribeGrowth(const ParseLimits::Growth& growth)
 
 void ParseBudget::Begin(const ParseLimits& limits, std::uint64_t inputBytes, bool isValidating)
 {
+    const std::uint64_t number = m_number + 1;
     *this = ParseBudget();
+    m_number = number;
     m_limits = &limits;
     m_outputLimit = GetMost(limits.GetAmplificationLimit(), inputBytes);
     m_scannerWorkLimit = GetMost(limits.GetExpansionLimit(), inputBytes);
     m_validationWorkLimit = GetMost(limits.GetValidationWorkLimit(), inputBytes);
     m_isValidating = isValidating;
-    m_inspectsTags = isValidating;
+    m_countsAttributes = isValidating;
 }
 
 void ParseBudget::AddExpansion(std::uint64_t units, std::size_t depth)
@@ -58,23 +60,18 @@ void ParseBudget::AddExpansion(std::uint64_t units, std::size_t depth)
 
 void ParseBudget::DeclareAttribute(std::u16string_view elementName)
 {
-    m_inspectsTags = true;
+    m_countsAttributes = true;
     ++m_declaredAttributes[std::u16string(elementName)];
 }
 
-void ParseBudget::InspectTag(std::u16string_view name, const XMLCh* uri, const XMLCh* localName,
-                             const xercesc::Attributes& attributes)
+std::uint64_t ParseBudget::CountDeclaredAttributes(std::u16string_view name,
+                                                   DeclaredAttributes& known) const
 {
-    if (m_isValidating)
-        AddValidationWork(uri, localName, attributes.getLength());
-    if (!m_declaredAttributes.empty()) {
+    if (known.parse != m_number) {
         const auto declared = m_declaredAttributes.find(std::u16string(name));
-        if (declared != m_declaredAttributes.end())
-            AddScannerWork(declared->second);
+        known = {m_number, declared == m_declaredAttributes.end() ? 0 : declared->second};
     }
-    for (XMLSize_t i = 0; i < attributes.getLength(); ++i)
-        AddText(1 + ViewXMLCh(attributes.getQName(i)).size() +
-                ViewXMLCh(attributes.getValue(i)).size());
+    return known.count;
 }
 
 void ParseBudget::AddScannerWork(std::uint64_t amount)

@@ -4,15 +4,13 @@
 
 #include <kesplatform/TString.h>
 
-#include <xercesc/sax/Locator.hpp>
-#include <xercesc/sax2/Attributes.hpp>
-
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <xercesc/sax/Locator.hpp>
 
 /// Thrown through the scanner to end a parse that has gone beyond one of its limits. The driver
 /// catches it and records it.
@@ -35,6 +33,14 @@ public:
     /// Where errors are located; null for nowhere. Begin forgets it.
     void SetLocator(const xercesc::Locator* locator) noexcept { m_locator = locator; }
 
+    /// How many attributes the document type of a parse declares for the elements of one name.
+    struct DeclaredAttributes
+    {
+        /// The number of the parse.
+        std::uint64_t parse = 0;
+        std::uint64_t count = 0;
+    };
+
     // Each of these throws LimitExceeded.
 
     void AddText(std::size_t units)
@@ -43,27 +49,32 @@ public:
         if (m_output > m_outputLimit) [[unlikely]]
             FailAmplification();
     }
-    /// `name` is the qualified name.
-    void StartElement(std::u16string_view name, const XMLCh* uri, const XMLCh* localName,
-                      const xercesc::Attributes& attributes)
+    /// `name` is the qualified name, and `known` what the budget noted down for it.
+    void StartElement(std::u16string_view name, DeclaredAttributes& known, const XMLCh* uri,
+                      const XMLCh* localName, std::uint64_t attributes)
     {
         ++m_depth;
-        if (m_inspectsTags) [[unlikely]]
-            InspectTag(name, uri, localName, attributes);
+        if (m_isValidating) [[unlikely]]
+            AddValidationWork(uri, localName, attributes);
+        if (!m_declaredAttributes.empty()) [[unlikely]]
+            AddScannerWork(CountDeclaredAttributes(name, known));
         AddText(name.size() + 1);
     }
+    /// Whether attributes, too, are to be added as text, with a unit for each: a tag can yield
+    /// more than what stands in it.
+    bool CountsAttributes() const noexcept { return m_countsAttributes; }
     /// An entity of that length is about to be read inside of `depth` - 1 others.
     void AddExpansion(std::uint64_t units, std::size_t depth);
 
     void EndElement() noexcept { --m_depth; }
-    void DeclareEntity() noexcept { m_inspectsTags = true; }
+    void DeclareEntity() noexcept { m_countsAttributes = true; }
     void DeclareAttribute(std::u16string_view elementName);
     void OpenNamespaceScope() noexcept { ++m_namespacesInScope; }
     void CloseNamespaceScope() noexcept { --m_namespacesInScope; }
 
 private:
-    void InspectTag(std::u16string_view name, const XMLCh* uri, const XMLCh* localName,
-                    const xercesc::Attributes& attributes);
+    std::uint64_t CountDeclaredAttributes(std::u16string_view name,
+                                          DeclaredAttributes& known) const;
     void AddScannerWork(std::uint64_t amount);
     void AddValidationWork(const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes);
     std::uint64_t CountLookUp(const XMLCh* uri, const XMLCh* localName);
@@ -79,10 +90,11 @@ private:
     std::uint64_t m_scannerWork = 0;
     std::uint64_t m_scannerWorkLimit = c_unlimited;
     std::uint64_t m_depth = 0;
-    /// A tag can yield or cost more than what stands in it.
-    bool m_inspectsTags = false;
+    bool m_countsAttributes = false;
 
-    // By element name.
+    /// Of the parse.
+    std::uint64_t m_number = 0;
+    // By element name; complete before the first element begins.
     std::unordered_map<std::u16string, std::uint64_t> m_declaredAttributes;
 
     bool m_isValidating = false;

@@ -1,7 +1,5 @@
 #include "ParsedNames.h"
 
-#include "TerminatedText.h"
-
 #include <QHashFunctions>
 
 #include <algorithm>
@@ -73,22 +71,8 @@ ParsedNames::Entry& ParsedNames::Find(std::u16string_view name)
     }
     Entry& made = m_entries.emplace_back(TString(name), hash);
     m_slots[slot] = &made;
-    m_units += name.size();
+    m_units += name.size() + unitsAnEntry;
     return made;
-}
-
-ParsedNames::Entry& ParsedNames::FindNextElement(const char16_t* name)
-{
-    Entry* const expected = m_lastElement == nullptr ? nullptr : m_lastElement->successor;
-    if (expected != nullptr && TerminatedText::Equals(name, expected->name.view())) {
-        m_lastElement = expected;
-        return *expected;
-    }
-    Entry& found = Find(name);
-    if (m_lastElement != nullptr)
-        m_lastElement->successor = &found;
-    m_lastElement = &found;
-    return found;
 }
 
 TString ParsedNames::GetNameIn(ParseArena& arena, Entry& entry)
@@ -121,7 +105,7 @@ void ParsedNames::Forget() noexcept
     std::fill(m_slots.begin(), m_slots.end(), nullptr);
     m_entries.clear();
     m_units = 0;
-    m_lastElement = nullptr;
+    m_byAddress.fill(nullptr);
 }
 
 AttributeNames* ParsedNames::FindAttributeNames(Entry& element,

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "AttributeBlock.h"
+#include "ParseBudget.h"
+#include "TerminatedText.h"
 
 #include <kesplatform/TString.h>
 
@@ -33,8 +35,7 @@ public:
         std::uint32_t hash;
         /// For an element: the attribute lists that elements of this name had, the latest first.
         std::array<AttributeNames*, 4> attributeNames{};
-        /// For an element: the one that began after the last of this name.
-        Entry* successor = nullptr;
+        ParseBudget::DeclaredAttributes declaredAttributes;
         /// The last copy of the name that was put into a slab, and the number of that slab.
         const std::byte* slot = nullptr;
         ParseArena::SlabNumber slabNumber;
@@ -44,9 +45,15 @@ public:
 
     /// The entry of a name, made on first use; valid until the next ForgetIfLarge.
     Entry& Find(std::u16string_view name);
-    /// The same for the zero-terminated name of the element that begins next. Quick when names
-    /// follow upon each other as they did before.
-    Entry& FindNextElement(const char16_t* name);
+    /// The same for a zero-terminated name. Quick when the name stands where it stood before, as
+    /// the names of elements do while a document is scanned.
+    Entry& FindElement(const char16_t* name)
+    {
+        Entry*& known = m_byAddress[HashAddress(name)];
+        if (known == nullptr || !TerminatedText::Equals(name, known->name.view()))
+            known = &Find(name);
+        return *known;
+    }
     /// The name of an entry, where it fits with a reference to the slab in use, which other things
     /// that are made for an element refer to, too.
     static TString GetNameIn(ParseArena& arena, Entry& entry);
@@ -63,19 +70,28 @@ public:
     /// Between elements: bounds what a document of very many names can make this hold.
     void ForgetIfLarge() noexcept
     {
-        if (m_entries.size() > maxEntries || m_units > maxUnits)
+        if (m_units > maxUnits)
             Forget();
     }
     /// Between documents: gives back what an unusual one has left behind.
     void ForgetUnlessSmall() noexcept
     {
-        if (m_entries.size() > maxEntries / 32 || m_units > maxUnits / 32)
+        if (m_units > maxUnits / 32)
             Forget();
     }
 
 private:
-    static constexpr std::size_t maxEntries = 32768;
     static constexpr std::size_t maxUnits = 1048576;
+    /// What an entry counts beside its name.
+    static constexpr std::size_t unitsAnEntry = 32;
+    static constexpr std::size_t addresses = 256;
+
+    static std::size_t HashAddress(const char16_t* name) noexcept
+    {
+        // The lowest bits are those of the allocator's alignment.
+        constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
+        return (reinterpret_cast<std::uintptr_t>(name) >> 4) * factor >> 56;
+    }
 
     std::uint32_t Hash(std::u16string_view name) const noexcept;
     void Forget() noexcept;
@@ -83,9 +99,9 @@ private:
 
     std::uint64_t m_seed;
     std::size_t m_units = 0;
-    /// The element that began last; null before the first.
-    Entry* m_lastElement = nullptr;
     std::deque<Entry> m_entries;
     /// Open addressing with linear probing, at most half full; its size is a power of two.
     std::vector<Entry*> m_slots;
+    /// The entries that were found for names at certain addresses.
+    std::array<Entry*, addresses> m_byAddress{};
 };

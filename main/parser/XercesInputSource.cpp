@@ -25,6 +25,11 @@ XercesInputSource::XercesInputSource(std::shared_ptr<const std::string>&& data, 
     SetupXercesBuffer(start, id, mode, encoding);
 }
 
+bool XercesInputSource::MayHoldNull() const noexcept
+{
+    return m_guardedSource == nullptr || m_guardedSource->MayHoldNull();
+}
+
 void XercesInputSource::SetupXercesBuffer(std::size_t start, const TString& id,
                                           ColonProcessingMode mode, XercesEncoding encoding)
 {
@@ -33,12 +38,15 @@ void XercesInputSource::SetupXercesBuffer(std::size_t start, const TString& id,
     const std::string_view bytes = std::string_view(*m_data).substr(start);
     auto* const manager = xercesc::XMLPlatformUtils::fgMemoryManager;
     WithXercesMemory([&] {
-        if (encoding == XercesEncoding::Utf8 || Utf8Guard::IsReadAsUtf8(bytes))
-            m_xercesSource.reset(new (manager) GuardedUtf8Source(bytes, id, manager));
-        else
+        if (encoding == XercesEncoding::Utf8 || Utf8Guard::IsReadAsUtf8(bytes)) {
+            auto* const guarded = new (manager) GuardedUtf8Source(bytes, id, manager);
+            m_xercesSource.reset(guarded);
+            m_guardedSource = guarded;
+        } else {
             m_xercesSource.reset(new (manager) xercesc::MemBufInputSource(
                 reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
                 GetInternalXMLChPtrFromTString(id), false, manager));
+        }
         // Streams that Xerces makes from the buffer read these very bytes.
         m_xercesSource->setCopyBufToStream(false);
         if (encoding == XercesEncoding::Utf8)

@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+class GuardedUtf8Source;
+
 /// How the bytes of a document are read.
 enum class XercesEncoding
 {
@@ -40,12 +42,16 @@ public:
     /// What the buffer holds; lives as long as this object.
     std::string_view GetBytes() const noexcept { return std::string_view(*m_data).substr(m_start); }
     XercesEncoding GetEncoding() const noexcept { return m_encoding; }
+    /// Whether a null character may be among the bytes; false only once all of them were read.
+    bool MayHoldNull() const noexcept;
 
 private:
     void SetupXercesBuffer(std::size_t start, const TString& id, ColonProcessingMode mode,
                            XercesEncoding encoding);
 
     std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
+    /// The same, when it guards UTF-8; else null.
+    const GuardedUtf8Source* m_guardedSource = nullptr;
     std::shared_ptr<const std::string> m_data;
     std::size_t m_start;
     XercesEncoding m_encoding;

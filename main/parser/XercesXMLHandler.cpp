@@ -50,7 +50,7 @@ std::unique_ptr<xercesc::InputSource> MakeSchemaSource(const TString& text, cons
 
 XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> sink, ParsedNames& names,
                                    ParseBudget& budget)
-    : m_sink(std::move(sink)), m_compactSink(dynamic_cast<CompactElementSink*>(m_sink.get())),
+    : m_sink(std::move(sink)), m_compactSink(dynamic_cast<CompactDOMBuilder*>(m_sink.get())),
       m_names(names), m_budget(budget)
 {
 }
@@ -70,21 +70,25 @@ void XercesXMLHandler::GetCurrentLocationHandler(int& line, int& column) const
 void XercesXMLHandler::characters(const XMLCh* chars, XMLSize_t length)
 {
     m_budget.AddText(length);
-    m_pendingText.append(ViewXMLCh(chars, length));
+    if (m_compactSink != nullptr)
+        m_compactSink->AppendCompactText(ViewXMLCh(chars, length));
+    else
+        m_pendingText.append(ViewXMLCh(chars, length));
 }
 
-void XercesXMLHandler::FlushPendingText()
+void XercesXMLHandler::EndText()
 {
-    if (m_pendingText.empty())
-        return;
-    if (m_compactSink != nullptr) {
-        m_compactSink->CompactTextContent(m_pendingText);
-        m_pendingText.clear();
-    } else {
-        const TString text{std::u16string_view(m_pendingText)};
-        m_pendingText.clear();
-        m_sink->TextContent(text);
-    }
+    if (m_compactSink != nullptr)
+        m_compactSink->EndText();
+    else if (!m_pendingText.empty())
+        PassPendingText();
+}
+
+void XercesXMLHandler::PassPendingText()
+{
+    const TString text{std::u16string_view(m_pendingText)};
+    m_pendingText.clear();
+    m_sink->TextContent(text);
     if (m_pendingText.capacity() > c_textRoomKept)
         m_pendingText.shrink_to_fit();
 }
@@ -92,16 +96,21 @@ void XercesXMLHandler::FlushPendingText()
 void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qName,
                                     const xercesc::Attributes& attributes)
 {
-    FlushPendingText();
+    EndText();
     m_names.ForgetIfLarge();
-    ParsedNames::Entry& name = m_names.FindNextElement(reinterpret_cast<const char16_t*>(qName));
-    m_budget.StartElement(name.name.view(), uri, localName, attributes);
+    ParsedNames::Entry& name = m_names.FindElement(reinterpret_cast<const char16_t*>(qName));
+    m_budget.StartElement(name.name.view(), name.declaredAttributes, uri, localName,
+                          attributes.getLength());
     if (m_compactSink != nullptr) {
         ParseArena& arena = m_compactSink->GetArena();
         AttributeStorage packed = PackAttributes(arena, m_names, name, attributes);
+        if (m_budget.CountsAttributes())
+            m_budget.AddText(CountUnits(attributes, packed));
         m_compactSink->StartCompactElement(ParsedNames::GetNameIn(arena, name), std::move(packed));
         return;
     }
+    if (m_budget.CountsAttributes())
+        m_budget.AddText(CountUnits(attributes));
     m_sink->StartElement(TString(name.name), ToAttributeMap(m_names, attributes));
     m_done |= m_sink->IsDone();
 }
@@ -109,7 +118,7 @@ void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, co
 void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
                                   const XMLCh* /*qName*/)
 {
-    FlushPendingText();
+    EndText();
     m_budget.EndElement();
     if (m_compactSink != nullptr) {
         m_compactSink->EndCompactElement();

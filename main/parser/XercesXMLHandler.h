@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CompactElementSink.h"
+#include "CompactDOMBuilder.h"
 #include "ParseBudget.h"
 #include "ParsedNames.h"
 
@@ -79,12 +79,13 @@ public:
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* id) override;
 
 private:
-    void FlushPendingText();
+    void EndText();
+    void PassPendingText();
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
     std::shared_ptr<SAXInterface> m_sink;
     /// The same sink, when it takes elements packed; else null.
-    CompactElementSink* m_compactSink;
+    CompactDOMBuilder* m_compactSink;
     bool m_done = false;
     const xercesc::Locator* m_locator = nullptr;
     /// Keeps its room between runs.

@@ -3,6 +3,7 @@
 #include "Assertion.h"
 #include "DocumentEnd.h"
 #include "KesErrors.h"
+#include "VectorRegisters.h"
 #include "XercesInputSource.h"
 #include "XercesMemory.h"
 #include "XercesText.h"
@@ -305,6 +306,7 @@ void XercesXMLParserImpl::DoXercesParse()
 
 void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)
 {
+    ClearUpperVectorHalves();
     xercesc::XMLPScanToken token;
     if (!ScanProlog(document, token))
         return;
@@ -321,8 +323,8 @@ void XercesXMLParserImpl::CheckEnd(const XercesInputSource& document)
 {
     if (m_handler->SawFatalError())
         return;
-    const auto flaw =
-        DocumentEnd::FindFlaw(document.GetBytes(), document.GetEncoding() == XercesEncoding::Utf8);
+    const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
+    const auto flaw = DocumentEnd::FindFlaw(document.GetBytes(), isUtf8, document.MayHoldNull());
     if (flaw)
         m_handler->RecordFatalError(flaw->message, GetSource().Id(), flaw->line, flaw->column);
 }

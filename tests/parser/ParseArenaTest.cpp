@@ -25,7 +25,9 @@ void FillIn(ParseArena& arena, DOM& dom, int count)
     std::vector<std::unique_ptr<DOMElement>> children;
     for (int i = 0; i < count; ++i) {
         children.push_back(MakeElement(arena, dom, *dom.GetRoot(), std::to_string(i).c_str()));
-        DOMElementAccess::AppendText(arena, *children.back(), u"text");
+        ArenaText text(arena);
+        text.Append(u"text");
+        DOMElementAccess::AppendText(*children.back(), text);
     }
     DOMElementAccess::AttachChildren(arena, *dom.GetRoot(), children);
 }

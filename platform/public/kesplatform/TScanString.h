@@ -1,7 +1,8 @@
 #pragma once
 
-#include <kesplatform/Export.h>
+#include <kesplatform/TCType.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -9,7 +10,11 @@ namespace TScanString {
 
 /// The index of the first unit at or after `from` that is not white space (TCType::isSpace), or
 /// the length. Safe to use from several threads.
-KESPLATFORM_EXPORT std::size_t skipWhitespace(std::u16string_view text,
-                                              std::size_t from = 0) noexcept;
+inline std::size_t skipWhitespace(std::u16string_view text, std::size_t from = 0) noexcept
+{
+    while (from < text.size() && TCType::isSpace(text[from]))
+        ++from;
+    return std::min(from, text.size());
+}
 
 } // namespace TScanString
