@@ -35,6 +35,18 @@ inline std::string MakeCatalogue()
     return document + "</catalogue>\n";
 }
 
+/// Mostly text: 1 MB of paragraphs in ASCII.
+inline std::string MakeArticle()
+{
+    std::string words;
+    while (words.size() < 1000)
+        words += "The quick brown fox jumps over the lazy dog. ";
+    std::string document = "<article>\n";
+    while (document.size() < 1'000'000)
+        document += "<p>" + words + "</p>\n";
+    return document + "</article>\n";
+}
+
 inline std::string MakeDeep(int levels)
 {
     std::string document;
