@@ -81,3 +81,10 @@ TEST_F(KesxmlCompletion, OffersSchemasAfterXsd)
     Write("c.xml", "");
     EXPECT_EQ(ToSet(Complete({"check", "--xsd", ""})), (QSet<QString>{"a.xsd", "b b.xsd"}));
 }
+
+TEST_F(KesxmlCompletion, OffersPagesAfterHtml)
+{
+    Write("old.html", "");
+    Write("a.xml", "");
+    EXPECT_EQ(Complete({"check", "--html", ""}), QStringList{"old.html"});
+}

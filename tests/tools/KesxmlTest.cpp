@@ -166,8 +166,10 @@ TEST_F(Kesxml, HasAManualPageOfAllCommandsAndOptions)
     QFile file(TESTS_SOURCE_DIR "/../docs/kesxml.1");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QString page = file.readAll();
+    const QString examples = page.mid(page.indexOf("\n.SH EXAMPLES\n"));
     for (const QString& command : AllCommands()) {
         EXPECT_TRUE(page.contains("\n.SS " + command + "\n")) << command.toStdString();
+        EXPECT_TRUE(examples.contains("kesxml " + command + " ")) << command.toStdString();
         const QString help = QString::fromStdString(RunKesxml({command, "--help"}).out);
         static const QRegularExpression s_option("--([a-z-]+)");
         for (auto match = s_option.globalMatch(help); match.hasNext();) {
@@ -189,6 +191,25 @@ TEST_F(Kesxml, IsSilentWhenNobodyReadsOn)
             EXPECT_EQ(outcome.err, "") << command.toStdString();
         }
     }
+}
+
+TEST_F(Kesxml, EndsAsEverWhenNobodyReadsItsErrors)
+{
+    const QString file = Write("bad.xml", "<a>\n<b></c>");
+    for (const QString redirection : {"2>&-", "2>/dev/full"}) {
+        const QString command = "'" KESXML_PATH "' check '" + file + "' " + redirection;
+        const KesxmlOutcome outcome = RunProgram("/bin/sh", {"-c", command});
+        EXPECT_EQ(outcome.status, 1) << redirection.toStdString();
+        EXPECT_EQ(outcome.out, file.toStdString() + ": 1 error\n");
+    }
+}
+
+TEST_F(Kesxml, TakesASchemaFromStandardInput)
+{
+    const QByteArray schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                              "<xs:element name='n' type='xs:int'/></xs:schema>";
+    EXPECT_EQ(RunKesxml({"check", "--xsd", "-", Write("good.xml", "<n>1</n>")}, schema).status, 0);
+    EXPECT_EQ(RunKesxml({"check", "--xsd", "-", Write("bad.xml", "<n>x</n>")}, schema).status, 1);
 }
 
 TEST_F(Kesxml, SaysWhyItsOutputIsNotTaken)

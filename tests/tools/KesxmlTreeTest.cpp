@@ -1,7 +1,6 @@
 #include "support/KesxmlProcess.h"
+#include "support/Terminal.h"
 
-#include <fcntl.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 namespace {
@@ -24,28 +23,7 @@ KesxmlOutcome Draw(const QByteArray& document, const QStringList& options = {})
 /// What is drawn on a terminal, with one variable of the environment set.
 std::string DrawOnTerminal(const QString& file, const QString& variable, const QString& value)
 {
-    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-    EXPECT_GE(terminal, 0);
-    EXPECT_EQ(grantpt(terminal), 0);
-    EXPECT_EQ(unlockpt(terminal), 0);
-    const int other = open(ptsname(terminal), O_RDWR | O_NOCTTY);
-    EXPECT_GE(other, 0);
-    QProcessEnvironment environment;
-    environment.insert("TERM", "xterm");
-    environment.insert(variable, value);
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setChildProcessModifier([other] { dup2(other, STDOUT_FILENO); });
-    process.start(KESXML_PATH, {"tree", file});
-    process.waitForFinished(-1);
-    EXPECT_EQ(process.exitCode(), 0);
-    close(other);
-    // So little is written that the terminal holds all of it.
-    std::string drawn(4096, '\0');
-    const ssize_t count = read(terminal, drawn.data(), drawn.size());
-    close(terminal);
-    drawn.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    return drawn;
+    return RunOnTerminal({"tree", file}, STDOUT_FILENO, {{variable, value}});
 }
 
 } // namespace

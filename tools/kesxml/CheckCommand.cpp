@@ -1,88 +1,35 @@
+#include "CheckReport.h"
 #include "Command.h"
 #include "Console.h"
-#include "Diagnostic.h"
 #include "Document.h"
 #include "ElementLocator.h"
+#include "HtmlReport.h"
 #include "Json.h"
 
 #include <kesplatform/CorvinaException.h>
 
-#include <QJsonArray>
+#include <QFileInfo>
 
 #include <algorithm>
-#include <optional>
-#include <utility>
+#include <memory>
 
 namespace {
 
 constexpr const char* c_examples =
     "  kesxml check *.xml\n"
     "  kesxml check --xsd invoice.xsd --xsd address.xsd invoice.xml\n"
+    "  kesxml check --html report.html *.xml\n"
     "  kesxml check --json *.xml | jq -r '.[] | select(.valid | not) | .file'\n"
     "  curl https://example.com/feed | kesxml check -\n";
 
-/// Tells what was found, for people or for programs.
-class CheckReport
-{
-public:
-    CheckReport(bool isJson, bool showsProgress) : m_showsProgress(showsProgress)
-    {
-        if (isJson)
-            m_array.emplace();
-    }
-
-    void ShowProgress(qsizetype number, qsizetype count, const QString& file)
-    {
-        if (m_showsProgress)
-            ::ShowProgress(QString("[%1/%2] ").arg(number).arg(count) + file);
-    }
-
-    void Add(const QString& file, const Diagnostics& diagnostics)
-    {
-        HideProgress();
-        if (!m_array) {
-            PrintDiagnostics(diagnostics);
-            Print(Summarise(file, diagnostics) + u"\n");
-            return;
-        }
-        QJsonArray all;
-        for (const Diagnostic& diagnostic : diagnostics)
-            all.append(ToJson(diagnostic));
-        m_array->Add(
-            {{"file", file}, {"valid", !HasErrors(diagnostics)}, {"diagnostics", std::move(all)}});
-    }
-
-    void AddUnreadable(const QString& file, const TString& reason)
-    {
-        HideProgress();
-        if (m_array)
-            m_array->Add({{"file", file}, {"unreadable", QString(reason)}});
-        else
-            PrintError(u"kesxml: " + reason);
-    }
-
-private:
-    void HideProgress()
-    {
-        if (m_showsProgress)
-            ::ShowProgress({});
-    }
-
-    std::optional<JsonArray> m_array;
-    bool m_showsProgress;
-};
-
 /// False when one of the schemas has errors, which makes checking against it pointless.
-bool LoadSchemas(DocumentReader& reader, const QStringList& schemas, CheckReport& report,
-                 bool isJson)
+bool LoadSchemas(DocumentReader& reader, const QStringList& schemas, CheckReport& report)
 {
     bool areFine = true;
     for (const QString& schema : schemas) {
-        const Diagnostics diagnostics = reader.LoadSchema(schema);
-        if (HasErrors(diagnostics) || (isJson && !diagnostics.empty()))
-            report.Add(schema, diagnostics);
-        else
-            PrintDiagnostics(diagnostics);
+        const std::unique_ptr<InputSource> source = OpenDocument(schema);
+        const Diagnostics diagnostics = reader.LoadSchema(*source);
+        report.AddSchema(schema, diagnostics, *source);
         areFine = areFine && !HasErrors(diagnostics);
     }
     if (!areFine)
@@ -96,12 +43,29 @@ int CheckFile(DocumentReader& reader, const QString& file, CheckReport& report)
         const std::unique_ptr<InputSource> source = OpenDocument(file);
         ReadDocument document = reader.Read(*source);
         NameElements(document.diagnostics, file, *document.dom);
-        report.Add(file, document.diagnostics);
+        report.Add(file, document.diagnostics, *source, *document.dom);
         return HasErrors(document.diagnostics) ? DocumentHasErrors : Fine;
     } catch (const CorvinaException& e) {
         report.AddUnreadable(file, e.GetConcatenatedMessages());
         return UsageOrUnreadable;
     }
+}
+
+int CheckFiles(DocumentReader& reader, const QStringList& files, CheckReport& report)
+{
+    int status = Fine;
+    for (qsizetype i = 0; i < files.size(); ++i) {
+        report.ShowProgress(i + 1, files.size(), files.at(i));
+        status = std::max(status, CheckFile(reader, files.at(i), report));
+    }
+    return status;
+}
+
+/// Whether two names stand for one file.
+bool IsSameFile(const QString& a, const QString& b)
+{
+    const QFileInfo first(a);
+    return first.exists() && first == QFileInfo(b);
 }
 
 } // namespace
@@ -120,20 +84,32 @@ int RunCheck(const QStringList& arguments)
     const QCommandLineOption allowEntities(
         "allow-entities", "Let documents use entities that they define themselves.");
     const QCommandLineOption json = JsonOption();
-    parser.addOptions({xsd, allowEntities, json});
+    const QCommandLineOption html(
+        "html",
+        "Write a page, which needs no other file, with what was found beside the lines that it is "
+        "about and with what is in the documents. A page that is there is replaced.",
+        "REPORT.html");
+    parser.addOptions({xsd, allowEntities, json, html});
     if (!ReadArguments(parser, arguments, 1, 0, c_examples))
         return UsageOrUnreadable;
+    const QStringList files = parser.positionalArguments();
+    const QStringList schemas = parser.values(xsd);
+    std::unique_ptr<HtmlReport> page;
+    if (parser.isSet(html)) {
+        const QString name = parser.value(html);
+        for (const QString& file : files + schemas) {
+            if (IsSameFile(file, name))
+                return FailUsage(arguments, "the report would replace '" + file + "'.");
+        }
+        page = std::make_unique<HtmlReport>(name);
+        page->SetSchemas(schemas);
+    }
 
     DocumentReader reader({parser.isSet(allowEntities), true});
-    const QStringList files = parser.positionalArguments();
-    CheckReport report(parser.isSet(json), files.size() > 20 && HasProgressLine());
-    if (!LoadSchemas(reader, parser.values(xsd), report, parser.isSet(json)))
-        return DocumentHasErrors;
-
-    int status = Fine;
-    for (qsizetype i = 0; i < files.size(); ++i) {
-        report.ShowProgress(i + 1, files.size(), files.at(i));
-        status = std::max(status, CheckFile(reader, files.at(i), report));
-    }
+    CheckReport report(parser.isSet(json), files.size() > 20 && HasProgressLine(), page.get());
+    const int status = LoadSchemas(reader, schemas, report) ? CheckFiles(reader, files, report)
+                                                            : DocumentHasErrors;
+    if (page)
+        page->Write();
     return status;
 }

@@ -12,6 +12,13 @@ namespace {
 /// Why standard output stopped taking what it is given; 0 while it takes it.
 int s_outputError = 0;
 
+bool ShowsColours(int stream)
+{
+    const QByteArray terminal = qgetenv("TERM");
+    return isatty(stream) != 0 && qEnvironmentVariableIsEmpty("NO_COLOR") && !terminal.isEmpty() &&
+           terminal != "dumb";
+}
+
 } // namespace
 
 void Print(const TString& text)
@@ -43,9 +50,17 @@ bool FlushOutput()
 
 bool HasColours()
 {
-    const QByteArray terminal = qgetenv("TERM");
-    return isatty(STDOUT_FILENO) != 0 && qEnvironmentVariableIsEmpty("NO_COLOR") &&
-           !terminal.isEmpty() && terminal != "dumb";
+    return ShowsColours(STDOUT_FILENO);
+}
+
+bool HasErrorColours()
+{
+    return ShowsColours(STDERR_FILENO);
+}
+
+TString Colour(const char16_t* code, const TString& text)
+{
+    return TString(u"\x1b[") + code + u"m" + text + u"\x1b[0m";
 }
 
 bool HasProgressLine()

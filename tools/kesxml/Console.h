@@ -15,6 +15,10 @@ void PrintError(const TString& line);
 bool FlushOutput();
 /// Whether standard output is a terminal that shows colours, and these are wanted.
 bool HasColours();
+/// The same of standard error.
+bool HasErrorColours();
+/// The text between the sequences that turn colours, as ECMA-48 numbers them ("1;31"), on and off.
+TString Colour(const char16_t* code, const TString& text);
 /// Whether standard error is a terminal that shows a line which is written over and over.
 bool HasProgressLine();
 /// Shows `line` in place of the one shown before; an empty one removes it.

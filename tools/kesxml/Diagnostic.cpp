@@ -15,6 +15,12 @@ constexpr qsizetype c_nameFrame = 7;
 /// The blanks before an excerpt, which tell it from a message.
 constexpr qsizetype c_margin = 2;
 
+// Select Graphic Rendition of ECMA-48, as compilers use it.
+constexpr const char16_t* c_placeColour = u"1";
+constexpr const char16_t* c_errorColour = u"1;31";
+constexpr const char16_t* c_warningColour = u"1;35";
+constexpr const char16_t* c_caretColour = u"1;32";
+
 /// Removes " (id: NAME)" from the end of a message and returns the name. Names may hold anything,
 /// so only those that are known are looked for, and the longest wins.
 TString TakeFile(QString& message, const std::vector<TString>& files)
@@ -59,6 +65,17 @@ Diagnostic ToDiagnostic(const TString& text, bool isError, const std::vector<TSt
     return diagnostic;
 }
 
+/// "FILE:LINE:COLUMN:"; what is unknown is left out.
+TString PlaceOf(const Diagnostic& diagnostic)
+{
+    QString place = diagnostic.file;
+    if (diagnostic.line > 0)
+        place += ':' + QString::number(diagnostic.line);
+    if (diagnostic.line > 0 && diagnostic.column > 0)
+        place += ':' + QString::number(diagnostic.column);
+    return place + ':';
+}
+
 } // namespace
 
 void AddDiagnostics(Diagnostics& diagnostics, const std::vector<TString>& messages, bool areErrors,
@@ -79,28 +96,25 @@ bool HasErrors(const Diagnostics& diagnostics)
                        [](const Diagnostic& diagnostic) { return diagnostic.isError; });
 }
 
-TString ToText(const Diagnostic& diagnostic)
-{
-    QString text = diagnostic.file;
-    if (diagnostic.line > 0)
-        text += ':' + QString::number(diagnostic.line);
-    if (diagnostic.line > 0 && diagnostic.column > 0)
-        text += ':' + QString::number(diagnostic.column);
-    text += diagnostic.isError ? ": error: " : ": warning: ";
-    text += QString(ToOneLine(diagnostic.message));
-    if (!diagnostic.path.IsEmpty())
-        text += " in " + QString(diagnostic.path);
-    return text;
-}
-
 void PrintDiagnostics(const Diagnostics& diagnostics)
 {
+    const bool hasColours = HasErrorColours();
+    const auto colour = [&](const char16_t* code, const TString& text) {
+        return hasColours ? Colour(code, text) : text;
+    };
     for (const Diagnostic& diagnostic : diagnostics) {
-        PrintError(ToText(diagnostic));
+        const TString kind = diagnostic.isError ? colour(c_errorColour, u"error:")
+                                                : colour(c_warningColour, u"warning:");
+        TString text = colour(c_placeColour, PlaceOf(diagnostic)) + u" " + kind + u" " +
+                       ToOneLine(diagnostic.message);
+        if (!diagnostic.path.IsEmpty())
+            text += u" in " + diagnostic.path;
+        PrintError(text);
         if (diagnostic.excerpt.IsEmpty())
             continue;
         PrintError(QString(c_margin, ' ') + QString(diagnostic.excerpt));
-        PrintError(QString(c_margin + diagnostic.caret, ' ') + "^");
+        PrintError(TString(QString(c_margin + diagnostic.caret, ' ')) +
+                   colour(c_caretColour, u"^"));
     }
 }
 

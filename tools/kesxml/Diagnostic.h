@@ -31,10 +31,9 @@ void AddDiagnostics(Diagnostics& diagnostics, const std::vector<TString>& messag
 
 bool HasErrors(const Diagnostics& diagnostics);
 
-/// "FILE:LINE:COLUMN: error: MESSAGE in PATH"; what is unknown is left out.
-TString ToText(const Diagnostic& diagnostic);
-/// Writes each diagnostic as a line to standard error, and below it the excerpt, where there is
-/// one, with a caret under the position.
+/// Writes each diagnostic as a line to standard error, "FILE:LINE:COLUMN: error: MESSAGE in PATH"
+/// without what is unknown, and below it the excerpt, where there is one, with a caret under the
+/// position. In colours where standard error shows them.
 void PrintDiagnostics(const Diagnostics& diagnostics);
 /// "FILE: 1 error, 2 warnings" or "FILE: fine".
 TString Summarise(const TString& file, const Diagnostics& diagnostics);

@@ -84,24 +84,23 @@ DocumentReader::DocumentReader(const ReadOptions& options)
 
 DocumentReader::~DocumentReader() = default;
 
-Diagnostics DocumentReader::LoadSchema(const QString& file)
+Diagnostics DocumentReader::LoadSchema(InputSource& source)
 {
-    const std::unique_ptr<InputSource> source = OpenDocument(file);
     // The schema compiler would complain about every element of a document given by mistake.
-    if (const std::string root = ReadRootName(*source); !root.empty() && root != "schema") {
+    if (const std::string root = ReadRootName(source); !root.empty() && root != "schema") {
         const TString message =
             u"not an XML Schema: its first element is '" + TString::fromStdString(root) + u"'";
-        return {{true, source->Id(), 0, 0, message, {}}};
+        return {{true, source.Id(), 0, 0, message, {}}};
     }
     m_parser->ClearErrorsAndWarnings();
-    m_parser->LoadXSDSource(*source);
-    m_schemaSink->AddLoaded(source->Id());
+    m_parser->LoadXSDSource(source);
+    m_schemaSink->AddLoaded(source.Id());
     Diagnostics diagnostics = m_schemaSink->TakeDiagnostics();
-    std::vector<TString> files{source->Id()};
+    std::vector<TString> files{source.Id()};
     files.insert(files.end(), m_schemaSink->GetFiles().begin(), m_schemaSink->GetFiles().end());
     AddDiagnostics(diagnostics, m_parser->GetWarnings(), false, files);
     AddDiagnostics(diagnostics, m_parser->GetErrors(), true, files);
-    AddExcerpts(diagnostics, *source);
+    AddExcerpts(diagnostics, source);
     return diagnostics;
 }
 

@@ -39,9 +39,8 @@ public:
     DocumentReader& operator=(const DocumentReader&) = delete;
     ~DocumentReader();
 
-    /// Loads a schema with all that it refers to and returns what there was to say about it. What
-    /// cannot be read is a CorvinaException.
-    Diagnostics LoadSchema(const QString& file);
+    /// Loads a schema with all that it refers to and returns what there was to say about it.
+    Diagnostics LoadSchema(InputSource& source);
     ReadDocument Read(InputSource& source);
 
 private:

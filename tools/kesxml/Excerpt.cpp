@@ -1,79 +1,18 @@
 #include "Excerpt.h"
 
 #include "OneLine.h"
+#include "SourceLines.h"
 
 #include <QList>
 #include <QString>
 
 #include <algorithm>
-#include <cstddef>
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace {
 
 /// How much of a long line is shown on either side of the position, in UTF-16 units.
 constexpr qsizetype c_unitsAround = 60;
-
-/// The lines of a source as the parser counts them: a line feed, a carriage return or both end one.
-class Lines
-{
-public:
-    explicit Lines(InputSource& source) : m_source(source) { source.ResetToStart(); }
-
-    /// Replaces `line` by the next one, without its end; by nothing after the last.
-    void Next(std::string& line)
-    {
-        line.clear();
-        while (HasBytes()) {
-            const std::size_t end = std::min(m_chunk.find_first_of("\r\n", m_next), m_chunk.size());
-            line.append(m_chunk, m_next, end - m_next);
-            m_next = end;
-            if (end == m_chunk.size())
-                continue;
-            const bool isReturn = m_chunk[m_next++] == '\r';
-            if (isReturn && HasBytes() && m_chunk[m_next] == '\n')
-                ++m_next;
-            return;
-        }
-    }
-
-private:
-    static constexpr unsigned int c_chunkBytes = 65536;
-
-    /// Reads on when it must.
-    bool HasBytes()
-    {
-        while (m_next == m_chunk.size()) {
-            m_next = 0;
-            if (!m_source.GetBytes(m_chunk, c_chunkBytes)) {
-                m_chunk.clear();
-                return false;
-            }
-        }
-        return true;
-    }
-
-    InputSource& m_source;
-    std::string m_chunk;
-    std::size_t m_next = 0;
-};
-
-/// Bytes that are not UTF-8 are of an encoding that only the parser knows; most of these have one
-/// byte for each character, and ASCII in common.
-QString Decode(std::string_view line)
-{
-    const QByteArrayView bytes(line.data(), static_cast<qsizetype>(line.size()));
-    if (bytes.isValidUtf8())
-        return QString::fromUtf8(bytes);
-    QString text = QString::fromLatin1(bytes);
-    for (QChar& unit : text) {
-        if (unit.unicode() > 0x7F)
-            unit = QChar::ReplacementCharacter;
-    }
-    return text;
-}
 
 /// The columns of a terminal that a character takes.
 int WidthOf(char32_t character)
@@ -140,19 +79,12 @@ void AddExcerpts(Diagnostics& diagnostics, InputSource& source)
         return;
     std::stable_sort(inOrder.begin(), inOrder.end(),
                      [](const Diagnostic* a, const Diagnostic* b) { return a->line < b->line; });
-    Lines lines(source);
-    int number = 0;
-    std::string line;
+    SourceLines lines(source);
     QString text;
     for (Diagnostic* const diagnostic : inOrder) {
-        const bool isSame = number == diagnostic->line;
-        while (number < diagnostic->line) {
-            // The end of a document that ends with a line end is on a line of its own.
-            lines.Next(line);
-            ++number;
-        }
-        if (!isSame)
-            text = Decode(line);
+        // The end of a document that ends with a line end is on a line of its own.
+        if (lines.GetNumber() < diagnostic->line)
+            text = lines.GoTo(diagnostic->line);
         SetExcerpt(*diagnostic, text);
     }
 }

@@ -4,59 +4,20 @@
 #include "Excerpt.h"
 #include "Heap.h"
 #include "Json.h"
+#include "Statistics.h"
 
-#include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMParser.h>
 
 #include <QElapsedTimer>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <cstdint>
-#include <vector>
 
 namespace {
 
 constexpr const char* c_examples = "  kesxml stats catalogue.xml\n"
                                    "  zcat catalogue.xml.gz | kesxml stats -\n"
                                    "  kesxml stats --json catalogue.xml | jq .depth\n";
-
-struct Counts
-{
-    std::size_t elements = 0;
-    std::size_t attributes = 0;
-    std::size_t depth = 0;
-    std::size_t textUnits = 0;
-};
-
-Counts Count(const DOM& document)
-{
-    struct Level
-    {
-        const DOMElement* element;
-        std::size_t nextChild;
-    };
-
-    Counts counts;
-    std::vector<Level> open{{document.GetRoot(), 0}};
-    while (!open.empty()) {
-        Level& level = open.back();
-        const auto children = level.element->GetChildren();
-        if (level.nextChild == children.size()) {
-            open.pop_back();
-            continue;
-        }
-        const DOMElement& child = children[level.nextChild++];
-        ++counts.elements;
-        if (child.HasAttributes())
-            counts.attributes += child.GetAttributes().size();
-        counts.textUnits += child.GetText().view().size();
-        // The document itself is no level.
-        counts.depth = std::max(counts.depth, open.size());
-        open.push_back({&child, 0});
-    }
-    return counts;
-}
 
 /// A parse and what it cost.
 struct MeasuredParse
@@ -89,12 +50,12 @@ void PrintLine(const char* name, const QString& value, const char* unit = "")
     Print(QString(name).leftJustified(12) + value.rightJustified(14) + unit + "\n");
 }
 
-void PrintAsText(const Counts& counts, const MeasuredParse& parse, std::int64_t bytes)
+void PrintAsText(const Statistics& statistics, const MeasuredParse& parse, std::int64_t bytes)
 {
-    PrintLine("elements", QString::number(counts.elements));
-    PrintLine("attributes", QString::number(counts.attributes));
-    PrintLine("depth", QString::number(counts.depth));
-    PrintLine("text units", QString::number(counts.textUnits));
+    PrintLine("elements", QString::number(statistics.elements));
+    PrintLine("attributes", QString::number(statistics.attributes));
+    PrintLine("depth", QString::number(statistics.depth));
+    PrintLine("text units", QString::number(statistics.textUnits));
     PrintLine("bytes", QString::number(bytes));
     PrintLine("parse time", QString::number(static_cast<double>(parse.nanoseconds) / 1e6, 'f', 2),
               " ms");
@@ -102,12 +63,12 @@ void PrintAsText(const Counts& counts, const MeasuredParse& parse, std::int64_t 
         PrintLine("heap", QString::number(*parse.heap), " bytes");
 }
 
-void PrintAsJson(const Counts& counts, const MeasuredParse& parse, std::int64_t bytes)
+void PrintAsJson(const Statistics& statistics, const MeasuredParse& parse, std::int64_t bytes)
 {
-    QJsonObject object{{"elements", static_cast<qint64>(counts.elements)},
-                       {"attributes", static_cast<qint64>(counts.attributes)},
-                       {"depth", static_cast<qint64>(counts.depth)},
-                       {"textUnits", static_cast<qint64>(counts.textUnits)},
+    QJsonObject object{{"elements", static_cast<qint64>(statistics.elements)},
+                       {"attributes", static_cast<qint64>(statistics.attributes)},
+                       {"depth", static_cast<qint64>(statistics.depth)},
+                       {"textUnits", static_cast<qint64>(statistics.textUnits)},
                        {"bytes", static_cast<qint64>(bytes)},
                        {"parseNanoseconds", static_cast<qint64>(parse.nanoseconds)}};
     if (parse.heap)
@@ -121,7 +82,7 @@ int RunStats(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Counts what is in a document and measures what it costs to parse: the time, without\n"
+        "Statistics what is in a document and measures what it costs to parse: the time, without\n"
         "that for reading the file, and the heap that the tree takes.");
     parser.addPositionalArgument("FILE", "The document, or - for standard input.");
     const QCommandLineOption json = JsonOption();
@@ -140,13 +101,13 @@ int RunStats(const QStringList& arguments)
     if (HasErrors(diagnostics))
         return DocumentHasErrors;
 
-    const Counts counts = Count(*parse.dom);
+    const Statistics statistics = Count(*parse.dom);
     const QFileInfo info(file);
     // A file that is not UTF-8 was decoded before.
     const std::int64_t bytes = info.isFile() ? info.size() : source->Size();
     if (parser.isSet(json))
-        PrintAsJson(counts, parse, bytes);
+        PrintAsJson(statistics, parse, bytes);
     else
-        PrintAsText(counts, parse, bytes);
+        PrintAsText(statistics, parse, bytes);
     return Fine;
 }

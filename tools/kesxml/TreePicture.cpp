@@ -102,7 +102,7 @@ TString TreePicture::Colour(const char16_t* code, const TString& text) const
 {
     if (!m_hasColours || text.IsEmpty())
         return text;
-    return TString(u"\x1b[") + code + u"m" + text + u"\x1b[0m";
+    return ::Colour(code, text);
 }
 
 TString TreePicture::Describe(const StandaloneDOMElement& element) const

@@ -6,9 +6,9 @@ _kesxml()
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
         words='check format query stats tree version --help --version'
-    elif [[ $previous == --xsd ]]; then
+    elif [[ $previous == --xsd || $previous == --html ]]; then
         compopt -o filenames
-        mapfile -t COMPREPLY < <(compgen -f -X '!*.xsd' -- "$current"
+        mapfile -t COMPREPLY < <(compgen -f -X "!*.${previous#--}" -- "$current"
             compgen -d -- "$current")
         return
     elif [[ $previous == --depth || $previous == --attribute ]]; then
@@ -21,7 +21,7 @@ _kesxml()
             [[ ${COMP_WORDS[i]} != -- ]] || return
         done
         case ${COMP_WORDS[1]} in
-        check) words='--xsd --allow-entities --json --help' ;;
+        check) words='--xsd --allow-entities --json --html --help' ;;
         format) words='--escape-all --no-header --help' ;;
         query) words='--count --allow-entities --json --help' ;;
         stats) words='--json --help' ;;
