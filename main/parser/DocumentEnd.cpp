@@ -1,5 +1,7 @@
 #include "DocumentEnd.h"
 
+#include "Utf8Guard.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -96,6 +98,29 @@ std::size_t FindIncomplete(std::string_view bytes, const Units& units)
     return isIncomplete ? at : c_npos;
 }
 
+/// Where a sequence of UTF-8 begins that wants more bytes than there are. The scanner drops it with
+/// all that stands behind it, even markup, and refuses sequences that are wrong in other ways.
+std::size_t FindCutSequence(std::string_view bytes)
+{
+    const auto countFollowing = [](char lead) -> std::size_t {
+        const auto value = static_cast<unsigned char>(lead);
+        // No character has more than three bytes behind the first, but the scanner waits for them.
+        return value < 0xC0   ? 0
+               : value < 0xE0 ? 1
+               : value < 0xF0 ? 2
+               : value < 0xF8 ? 3
+               : value < 0xFC ? 4
+                              : 5;
+    };
+    constexpr std::size_t c_longest = 5;
+    for (std::size_t at = bytes.size() - std::min(bytes.size(), c_longest); at < bytes.size();
+         ++at) {
+        if (at + countFollowing(bytes[at]) >= bytes.size())
+            return at;
+    }
+    return c_npos;
+}
+
 DocumentEnd::Flaw Locate(const char16_t* message, std::string_view bytes, const Units& units,
                          std::size_t offset)
 {
@@ -124,7 +149,9 @@ std::optional<DocumentEnd::Flaw> DocumentEnd::FindFlaw(std::string_view bytes, b
     const std::size_t null = FindNull(bytes, units);
     if (null != c_npos)
         return Locate(c_nullCharacter, bytes, units, null);
-    const std::size_t incomplete = FindIncomplete(bytes, units);
+    std::size_t incomplete = FindIncomplete(bytes, units);
+    if (incomplete == c_npos && (isUtf8 || Utf8Guard::IsReadAsUtf8(bytes)))
+        incomplete = FindCutSequence(bytes);
     if (incomplete != c_npos)
         return Locate(c_incompleteCharacter, bytes, units, incomplete);
     return std::nullopt;

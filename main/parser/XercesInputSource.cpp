@@ -1,5 +1,6 @@
 #include "XercesInputSource.h"
 
+#include "DeclaredEncoding.h"
 #include "GuardedUtf8Source.h"
 #include "Utf8Guard.h"
 #include "XercesColonSanitizer.h"
@@ -43,5 +44,9 @@ void XercesInputSource::SetupXercesBuffer(std::size_t start, const TString& id,
         m_xercesSource->setCopyBufToStream(false);
         if (encoding == XercesEncoding::Utf8)
             m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+        else if (const auto overlooked = DeclaredEncoding::FindOverlooked(bytes);
+                 !overlooked.empty())
+            m_xercesSource->setEncoding(
+                GetInternalXMLChPtrFromTString(TString::fromUtf8(overlooked)));
     });
 }
