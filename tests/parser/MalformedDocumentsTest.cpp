@@ -261,6 +261,44 @@ TEST(MalformedDocuments, ControlCharactersAreNoText)
     }
 }
 
+TEST(MalformedDocuments, ControlCharactersAreNoPartOfAnIdentifier)
+{
+    for (const std::string& character :
+         {std::string("\x01"), std::string("\x0E"), std::string("\x1F"),
+          std::string("\xEF\xBF\xBE"), std::string("\xEF\xBF\xBF")}) {
+        const std::string id = "'a" + character + "b'";
+        for (const std::string& type :
+             {"SYSTEM " + id, "PUBLIC 'p' " + id, "PUBLIC " + id + " 's'",
+              "[<!NOTATION n SYSTEM " + id + ">]", "[<!NOTATION n PUBLIC 'p' " + id + ">]",
+              "[<!NOTATION n PUBLIC " + id + ">]",
+              "[<!NOTATION n SYSTEM 'n'><!ENTITY e SYSTEM " + id + " NDATA n>]"}) {
+            SCOPED_TRACE(type);
+            for (const ParseOutcome& outcome : {ParseUtf8("<!DOCTYPE a " + type + "><a/>"),
+                                                ParseBytes("<!DOCTYPE a " + type + "><a/>")}) {
+                EXPECT_TRUE(outcome.fatal);
+                EXPECT_THAT(outcome.errors, SizeIs(1));
+                EXPECT_THAT(outcome.events, IsEmpty());
+            }
+        }
+    }
+    EXPECT_THAT(ParseUtf8("<!DOCTYPE a\nSYSTEM 'b\x0E'><a/>").errors,
+                ElementsAre("Fatal Error(2,12): invalid character 0xE in system identifier (id: "
+                            "id)"));
+    EXPECT_THAT(ParseUtf8("<!DOCTYPE a SYSTEM '\t\n\xC3\xA9\xF0\x9F\x98\x80'><a/>").errors,
+                IsEmpty());
+    const auto widen = [](const std::u16string& text) {
+        std::string bytes;
+        for (const char16_t unit : text)
+            bytes += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+        return bytes;
+    };
+    for (const char16_t half : {u'\xD83D', u'\xDE00'}) {
+        EXPECT_TRUE(
+            ParseBytes(widen(u"\uFEFF<!DOCTYPE a SYSTEM '" + std::u16string(1, half) + u"'><a/>"))
+                .fatal);
+    }
+}
+
 TEST(MalformedDocuments, NoExternalFileIsRead)
 {
     const TemporaryFolder folder;
