@@ -69,6 +69,17 @@ std::string FindVersion(const std::string& text)
                : text.substr(open + 1, text.find(text[open], open + 1) - open - 1);
 }
 
+/// Whether the position is just behind the default value that a declaration of attributes has.
+bool IsBehindDefaultValue(std::string_view text, std::size_t position)
+{
+    if (position == 0 || position >= text.size())
+        return false;
+    const char quote = text[position - 1];
+    const std::size_t declaration = text.rfind("<!", position);
+    return (quote == '"' || quote == '\'') && declaration != std::string_view::npos &&
+           text.substr(declaration).starts_with("<!ATTLIST");
+}
+
 /// Why the library may take what Expat refuses; empty when there is no reason.
 std::string_view FindReasonToTake(const ExpatReading& reading, const std::string& text)
 {
@@ -77,6 +88,10 @@ std::string_view FindReasonToTake(const ExpatReading& reading, const std::string
     if (reading.error == "not well-formed (invalid token)" && character >= 0x80 &&
         (character > 0xFFFF || XmlUtils::IsNameChar(static_cast<char16_t>(character))))
         return "name";
+    // The scanner misses no blank between one declared attribute and the next.
+    if (reading.error == "not well-formed (invalid token)" &&
+        IsBehindDefaultValue(text, reading.errorPosition))
+        return "no blank behind a default value";
     if (reading.error == "unknown encoding")
         return "encoding";
     // The scanner goes by the bytes where single bytes declare larger units.

@@ -105,12 +105,13 @@ std::size_t FindCutSequence(std::string_view bytes)
     const auto countFollowing = [](char lead) -> std::size_t {
         const auto value = static_cast<unsigned char>(lead);
         // No character has more than three bytes behind the first, but the scanner waits for them.
-        return value < 0xC0   ? 0
-               : value < 0xE0 ? 1
-               : value < 0xF0 ? 2
-               : value < 0xF8 ? 3
-               : value < 0xFC ? 4
-                              : 5;
+        // From F5 to F7 it gets FF to see instead; see Utf8Guard.
+        return value < 0xC0                     ? 0
+               : value < 0xE0                   ? 1
+               : value < 0xF0                   ? 2
+               : value < 0xF5                   ? 3
+               : value >= 0xF8 && value <= 0xFB ? 4
+                                                : 5;
     };
     constexpr std::size_t c_longest = 5;
     for (std::size_t at = bytes.size() - std::min(bytes.size(), c_longest); at < bytes.size();

@@ -150,6 +150,8 @@ TEST(MalformedDocuments, WhatTheScannerDropsBehindTheRootElementIsAFatalError)
         {"<?p ?>\n\n\xF0\x9F", "(3,1): incomplete character at the end of the document"},
         // Sequences that want more bytes than there are, with markup and blanks in their place.
         {"\xFE\n\x02s>", "(1,5): incomplete character at the end of the document"},
+        {"\xF7\n\x02s>", "(1,5): incomplete character at the end of the document"},
+        {"\xFB <>", "(1,5): incomplete character at the end of the document"},
         {"\xF8 />", "(1,5): incomplete character at the end of the document"},
         {"\n\xF0/>", "(2,1): incomplete character at the end of the document"},
     };
