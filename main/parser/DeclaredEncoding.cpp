@@ -93,6 +93,12 @@ std::string_view DeclaredEncoding::Find(std::string_view bytes)
     return bytes.substr(0, bytes.find(quote));
 }
 
+std::string_view DeclaredEncoding::FindOfSingleBytes(std::string_view bytes)
+{
+    const std::string_view encoding = Find(bytes);
+    return IsEncodingName(encoding) && !NamesLargerUnits(encoding) ? encoding : std::string_view();
+}
+
 std::string_view DeclaredEncoding::FindOverlooked(std::string_view bytes)
 {
     for (const Units& units : {Units{1, 0, {}}, Units{2, 0, "UTF-16LE"}, Units{2, 1, "UTF-16BE"},
@@ -102,9 +108,7 @@ std::string_view DeclaredEncoding::FindOverlooked(std::string_view bytes)
             continue;
         if (units.size > 1)
             return units.encoding;
-        const std::string_view encoding = Find(bytes);
-        return IsEncodingName(encoding) && !NamesLargerUnits(encoding) ? encoding
-                                                                       : std::string_view();
+        return FindOfSingleBytes(bytes);
     }
     return {};
 }

@@ -9,6 +9,10 @@ namespace DeclaredEncoding {
 /// begins with the document, without mark, in an encoding that holds ASCII as single bytes.
 std::string_view Find(std::string_view bytes);
 
+/// The same where single bytes can be decoded by it: it is a name, and not that of larger units,
+/// for which the scanner takes UTF-8.
+std::string_view FindOfSingleBytes(std::string_view bytes);
+
 /// The encoding by which the bytes of a document are to be decoded, where the scanner would
 /// overlook it; else empty. It looks for a declaration only where a blank stands behind "<?xml",
 /// while XML allows any white space there. Units of two or four bytes show by themselves; a

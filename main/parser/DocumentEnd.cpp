@@ -1,6 +1,10 @@
 #include "DocumentEnd.h"
 
+#include "DeclaredEncoding.h"
+#include "StrictDecoding.h"
 #include "Utf8Guard.h"
+
+#include <kesplatform/TFormatString.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -142,6 +146,19 @@ DocumentEnd::Flaw Locate(const char16_t* message, std::string_view bytes, const 
     return flaw;
 }
 
+std::optional<DocumentEnd::Flaw> FindUndecodable(std::string_view bytes)
+{
+    const std::string_view encoding = DeclaredEncoding::FindOfSingleBytes(bytes);
+    if (encoding.empty())
+        return std::nullopt;
+    const auto position = StrictDecoding::FindUndecodable(bytes, encoding);
+    if (!position)
+        return std::nullopt;
+    return DocumentEnd::Flaw{TFormatString(u"bytes that are no character in '%1' encoding")
+                                 .Format(TString::fromUtf8(encoding)),
+                             position->line, position->column};
+}
+
 } // namespace
 
 std::optional<DocumentEnd::Flaw> DocumentEnd::FindFlaw(std::string_view bytes, bool isUtf8)
@@ -150,8 +167,13 @@ std::optional<DocumentEnd::Flaw> DocumentEnd::FindFlaw(std::string_view bytes, b
     const std::size_t null = FindNull(bytes, units);
     if (null != c_npos)
         return Locate(c_nullCharacter, bytes, units, null);
+    const bool isReadAsUtf8 = isUtf8 || Utf8Guard::IsReadAsUtf8(bytes);
+    if (!isReadAsUtf8 && units.size == 1 && units.isAscii) {
+        if (const auto flaw = FindUndecodable(bytes))
+            return flaw;
+    }
     std::size_t incomplete = FindIncomplete(bytes, units);
-    if (incomplete == c_npos && (isUtf8 || Utf8Guard::IsReadAsUtf8(bytes)))
+    if (incomplete == c_npos && isReadAsUtf8)
         incomplete = FindCutSequence(bytes);
     if (incomplete != c_npos)
         return Locate(c_incompleteCharacter, bytes, units, incomplete);

@@ -118,3 +118,67 @@ TEST(DeclaredEncoding, IsAnErrorWhereItIsWrongWhateverWhiteSpaceStandsBeforeIt)
         }
     }
 }
+
+TEST(DeclaredEncoding, ReplacesNoBytesInSilence)
+{
+    const std::pair<std::string, std::string> documents[] = {
+        {"windows-1253", "\xD2"}, {"windows-1255", "\xD9"}, {"ISO-8859-7", "\xFF"},
+        {"ISO-8859-6", "\xA1"},   {"GB18030", "\xFF"},      {"gb2312", "\xFF"},
+        {"Big5", "\x81\x30"},     {"UTF-7", "\xE9"},        {"CESU-8", "\xFF"},
+        {"ISO-2022-JP", "\xE9"},  {"HZ", "\xE9"},           {"EUC-JP", "\xFF"},
+        {"Shift_JIS", "\xFF"},    {"EUC-KR", "\xFF"},       {"US-ASCII", "\x80"},
+        {"UTF-8", "\xFF"},
+    };
+    for (const auto& [encoding, bytes] : documents) {
+        SCOPED_TRACE(encoding);
+        const std::string start = "<?xml version='1.0' encoding='" + encoding + "'?>";
+        for (const std::string& rest :
+             {"<a>e" + bytes + "xyz</a>", "<a e='e" + bytes + "xyz'/>",
+              "<!--e" + bytes + "xyz--><a/>", "<a/><?p e" + bytes + "xyz?>",
+              "<a>" + std::string(10000, 'x') + bytes + "xyz</a>"}) {
+            const ParseOutcome outcome = ParseBytes(start + rest);
+            EXPECT_TRUE(outcome.fatal);
+            EXPECT_THAT(outcome.errors, testing::SizeIs(1));
+        }
+    }
+    EXPECT_THAT(
+        ParseBytes("<?xml version='1.0' encoding='windows-1253'?>\r\n<a>\n\xE1\xD2</a>").errors,
+        ElementsAre("Fatal Error(3,2): bytes that are no character in 'windows-1253' encoding (id: "
+                    "id)"));
+}
+
+TEST(DeclaredEncoding, LeavesReplacementCharactersThatADocumentHolds)
+{
+    const std::pair<std::string, std::string> documents[] = {
+        {"GB18030", "\x84\x31\xA4\x37"},
+        {"CESU-8", "\xEF\xBF\xBD"},
+        {"UTF-8", "\xEF\xBF\xBD"},
+        {"windows-1253", "&#xFFFD;"},
+    };
+    for (const auto& [encoding, bytes] : documents) {
+        const ParseOutcome outcome = ParseBytes("<?xml version='1.0' encoding='" + encoding +
+                                                "'?><a>" + bytes + "e" + bytes + "</a>");
+        EXPECT_THAT(outcome.errors, IsEmpty()) << encoding;
+        EXPECT_THAT(outcome.events, ElementsAre("<a>",
+                                                "'\xEF\xBF\xBD"
+                                                "e\xEF\xBF\xBD'",
+                                                "</>"));
+    }
+}
+
+TEST(DeclaredEncoding, ReadsTextsOfAnyLength)
+{
+    // Characters of two bytes across the ends of whatever pieces they are decoded in.
+    std::string text;
+    std::string expected;
+    for (int i = 0; i < 20000; ++i) {
+        text += i % 7 == 0 ? "x" : "\x83\x41";
+        expected += i % 7 == 0 ? "x" : "\xE3\x82\xA2";
+    }
+    const ParseOutcome outcome =
+        ParseBytes("<?xml version='1.0' encoding='Shift_JIS'?><a>" + text + "</a>");
+    EXPECT_EQ(outcome, (ParseOutcome{{"<a>", "'" + expected + "'", "</>"}, {}, {}, false}));
+    const std::string gb(3000, '\x81');
+    EXPECT_THAT(ParseBytes("<?xml version='1.0' encoding='GB18030'?><a>x" + gb + "</a>").errors,
+                IsEmpty());
+}
