@@ -253,6 +253,27 @@ TEST(MalformedDocuments, KeepTheMessagesOfTheScanner)
     EXPECT_THAT(ParseUtf8("<a/><b/>").errors, ElementsAre(HasSubstr("Fatal Error(1,")));
 }
 
+TEST(MalformedDocuments, LinesAreCountedFromTheVeryFirst)
+{
+    const std::pair<const char*, int> spaces[] = {
+        {" ", 2},   {"\t", 2},   {"\n", 3},   {"\r", 3},     {"\r\n", 3},
+        {" \n", 3}, {"\n\n", 4}, {"\r\r", 4}, {"\n\r\n", 4}, {"\r\n\n", 4}};
+    for (const char* const mark : {"", "\xEF\xBB\xBF"}) {
+        for (const auto& [space, line] : spaces) {
+            for (const char* const rest : {"version='1.0'?>\n<a><b></a>",
+                                           "version='1.0' encoding='iso-8859-1'?>\n<a><b></a>"}) {
+                const std::string text = std::string(mark) + "<?xml" + space + rest;
+                const auto isAtLine =
+                    ElementsAre(StartsWith("Fatal Error(" + std::to_string(line)));
+                EXPECT_THAT(ParseUtf8(text).errors, isAtLine) << text;
+                if (*mark == '\0') {
+                    EXPECT_THAT(ParseBytes(text).errors, isAtLine) << text;
+                }
+            }
+        }
+    }
+}
+
 TEST(MalformedDocuments, ControlCharactersAreNoText)
 {
     for (int byte = 0; byte < 0x20; ++byte) {
