@@ -1,5 +1,11 @@
 #include "DocumentEnd.h"
 
+#include "DeclaredEncoding.h"
+#include "StrictDecoding.h"
+#include "Utf8Guard.h"
+
+#include <kesplatform/TFormatString.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -96,6 +102,30 @@ std::size_t FindIncomplete(std::string_view bytes, const Units& units)
     return isIncomplete ? at : c_npos;
 }
 
+/// Where a sequence of UTF-8 begins that wants more bytes than there are. The scanner drops it with
+/// all that stands behind it, even markup, and refuses sequences that are wrong in other ways.
+std::size_t FindCutSequence(std::string_view bytes)
+{
+    const auto countFollowing = [](char lead) -> std::size_t {
+        const auto value = static_cast<unsigned char>(lead);
+        // No character has more than three bytes behind the first, but the scanner waits for them.
+        // From F5 to F7 it gets FF to see instead; see Utf8Guard.
+        return value < 0xC0                     ? 0
+               : value < 0xE0                   ? 1
+               : value < 0xF0                   ? 2
+               : value < 0xF5                   ? 3
+               : value >= 0xF8 && value <= 0xFB ? 4
+                                                : 5;
+    };
+    constexpr std::size_t c_longest = 5;
+    for (std::size_t at = bytes.size() - std::min(bytes.size(), c_longest); at < bytes.size();
+         ++at) {
+        if (at + countFollowing(bytes[at]) >= bytes.size())
+            return at;
+    }
+    return c_npos;
+}
+
 DocumentEnd::Flaw Locate(const char16_t* message, std::string_view bytes, const Units& units,
                          std::size_t offset)
 {
@@ -116,6 +146,19 @@ DocumentEnd::Flaw Locate(const char16_t* message, std::string_view bytes, const 
     return flaw;
 }
 
+std::optional<DocumentEnd::Flaw> FindUndecodable(std::string_view bytes)
+{
+    const std::string_view encoding = DeclaredEncoding::FindOfSingleBytes(bytes);
+    if (encoding.empty())
+        return std::nullopt;
+    const auto position = StrictDecoding::FindUndecodable(bytes, encoding);
+    if (!position)
+        return std::nullopt;
+    return DocumentEnd::Flaw{TFormatString(u"bytes that are no character in '%1' encoding")
+                                 .Format(TString::fromUtf8(encoding)),
+                             position->line, position->column};
+}
+
 } // namespace
 
 std::optional<DocumentEnd::Flaw> DocumentEnd::FindFlaw(std::string_view bytes, bool isUtf8,
@@ -125,7 +168,14 @@ std::optional<DocumentEnd::Flaw> DocumentEnd::FindFlaw(std::string_view bytes, b
     const std::size_t null = mayHoldNull ? FindNull(bytes, units) : c_npos;
     if (null != c_npos)
         return Locate(c_nullCharacter, bytes, units, null);
-    const std::size_t incomplete = FindIncomplete(bytes, units);
+    const bool isReadAsUtf8 = isUtf8 || Utf8Guard::IsReadAsUtf8(bytes);
+    if (!isReadAsUtf8 && units.size == 1 && units.isAscii) {
+        if (const auto flaw = FindUndecodable(bytes))
+            return flaw;
+    }
+    std::size_t incomplete = FindIncomplete(bytes, units);
+    if (incomplete == c_npos && isReadAsUtf8)
+        incomplete = FindCutSequence(bytes);
     if (incomplete != c_npos)
         return Locate(c_incompleteCharacter, bytes, units, incomplete);
     return std::nullopt;

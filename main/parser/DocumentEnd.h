@@ -5,8 +5,9 @@
 #include <optional>
 #include <string_view>
 
-/// What the scanner passes over in silence behind the root element: it takes a null character for
-/// the end of the document, and drops a character that the end of the bytes has cut off.
+/// What the scanner passes over in silence: it takes a null character behind the root element for
+/// the end of the document, drops a character that the end of the bytes has cut off, and replaces
+/// bytes that many encodings do not know.
 namespace DocumentEnd {
 
 struct Flaw

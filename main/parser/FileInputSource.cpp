@@ -1,5 +1,6 @@
 #include <kescorexml/FileInputSource.h>
 
+#include "FileSizeLimit.h"
 #include "KesErrors.h"
 #include "LeadingWhitespace.h"
 #include "XercesInputSource.h"
@@ -17,6 +18,13 @@ namespace {
 
 constexpr std::uint64_t c_chunkSize = 2048;
 constexpr unsigned int c_wholeFileStep = 0x100000;
+
+/// Some devices and pipes never end.
+void RequireEnd(const TFile& file, std::size_t length)
+{
+    if (!FitsInMemory(static_cast<std::int64_t>(length)) && file.Size() <= 0)
+        throw TIO::Exception(file.GetPath(), u"the file has no size and does not end");
+}
 
 void NormalizeLineEndings(std::string& text)
 {
@@ -83,6 +91,7 @@ bool FileInputSource::GetNextLine(std::string& out)
         const auto end = lineEnded ? newline + 1 : newline;
         out.append(begin, end);
         m_bufferPosition += static_cast<std::uint64_t>(end - begin);
+        RequireEnd(m_file, out.size());
     } while (!lineEnded && GetNextChunk());
     NormalizeLineEndings(out);
     return true;
@@ -124,8 +133,10 @@ XercesInputSource FileInputSource::GetXercesInputSource(ColonProcessingMode mode
     if (GetBytes(*text, c_wholeFileStep)) {
         std::string step;
         step.reserve(c_wholeFileStep);
-        while (GetBytes(step, c_wholeFileStep) && !step.empty())
+        while (GetBytes(step, c_wholeFileStep) && !step.empty()) {
             text->append(step);
+            RequireEnd(m_file, text->size());
+        }
     }
     const std::size_t start = SkipLeadingWhitespace(*text);
     return XercesInputSource(std::move(text), start, Id(), mode);

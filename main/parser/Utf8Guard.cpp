@@ -1,12 +1,11 @@
 #include "Utf8Guard.h"
 
 #include "ByteScan.h"
+#include "DeclaredEncoding.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr std::string_view c_whitespace = " \t\r\n";
 
 struct BeginsBeyondLastCharacter
 {
@@ -29,34 +28,6 @@ struct BeginsBeyondLastCharacter
 #endif
 };
 
-/// Removes `prefix` and the white space behind it, if the text begins with it.
-bool Take(std::string_view& text, std::string_view prefix)
-{
-    if (!text.starts_with(prefix))
-        return false;
-    text.remove_prefix(prefix.size());
-    text.remove_prefix(std::min(text.find_first_not_of(c_whitespace), text.size()));
-    return true;
-}
-
-/// The encoding that an XML declaration names, or an empty text.
-std::string_view FindDeclaredEncoding(std::string_view text)
-{
-    if (!Take(text, "<?xml"))
-        return {};
-    text = text.substr(0, text.find("?>"));
-    const std::size_t name = text.find("encoding");
-    if (name == std::string_view::npos)
-        return {};
-    text.remove_prefix(name);
-    Take(text, "encoding");
-    if (!Take(text, "=") || text.empty())
-        return {};
-    const char quote = text.front();
-    text.remove_prefix(1);
-    return text.substr(0, text.find(quote));
-}
-
 bool EqualsIgnoringCase(std::string_view text, std::string_view upper)
 {
     return std::equal(text.begin(), text.end(), upper.begin(), upper.end(), [](char a, char b) {
@@ -76,7 +47,7 @@ bool Utf8Guard::IsReadAsUtf8(std::string_view bytes)
         return false;
     if (bytes.starts_with("\xEF\xBB\xBF"))
         bytes.remove_prefix(3);
-    const std::string_view encoding = FindDeclaredEncoding(bytes);
+    const std::string_view encoding = DeclaredEncoding::Find(bytes);
     return encoding.empty() || EqualsIgnoringCase(encoding, "UTF-8") ||
            EqualsIgnoringCase(encoding, "UTF8");
 }

@@ -1,5 +1,6 @@
 #include "XercesInputSource.h"
 
+#include "DeclaredEncoding.h"
 #include "GuardedUtf8Source.h"
 #include "Utf8Guard.h"
 #include "XercesColonSanitizer.h"
@@ -8,6 +9,33 @@
 
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
+
+#include <utility>
+
+namespace {
+
+/// The scanner counts a line end of one character right behind "<?xml" for none, which would leave
+/// all positions one line short; of CR LF it counts the second half.
+std::shared_ptr<const std::string>
+WidenLineEndOfDeclaration(std::shared_ptr<const std::string> data, std::size_t start)
+{
+    constexpr std::string_view c_mark = "\xEF\xBB\xBF";
+    constexpr std::string_view c_declaration = "<?xml";
+    const std::string_view text = *data;
+    std::size_t at = text.substr(start).starts_with(c_mark) ? start + c_mark.size() : start;
+    if (!text.substr(at).starts_with(c_declaration))
+        return data;
+    at += c_declaration.size();
+    const std::string_view rest = text.substr(at);
+    if (rest.starts_with("\r\n") || !(rest.starts_with('\r') || rest.starts_with('\n')))
+        return data;
+    std::string widened;
+    widened.reserve(text.size() + 1);
+    widened.append(text.substr(0, at)).append("\r\n").append(text.substr(at + 1));
+    return std::make_shared<const std::string>(std::move(widened));
+}
+
+} // namespace
 
 XercesInputSource::XercesInputSource(const std::shared_ptr<const std::string>& data,
                                      std::size_t start, const TString& id, ColonProcessingMode mode,
@@ -35,6 +63,7 @@ void XercesInputSource::SetupXercesBuffer(std::size_t start, const TString& id,
 {
     if (mode == ColonProcessingMode::EncodeColonAttributes)
         m_data = XercesColonSanitizer::EncodeColonAttributeNames(m_data);
+    m_data = WidenLineEndOfDeclaration(std::move(m_data), start);
     const std::string_view bytes = std::string_view(*m_data).substr(start);
     auto* const manager = xercesc::XMLPlatformUtils::fgMemoryManager;
     WithXercesMemory([&] {
@@ -51,5 +80,9 @@ void XercesInputSource::SetupXercesBuffer(std::size_t start, const TString& id,
         m_xercesSource->setCopyBufToStream(false);
         if (encoding == XercesEncoding::Utf8)
             m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+        else if (const auto overlooked = DeclaredEncoding::FindOverlooked(bytes);
+                 !overlooked.empty())
+            m_xercesSource->setEncoding(
+                GetInternalXMLChPtrFromTString(TString::fromUtf8(overlooked)));
     });
 }

@@ -39,7 +39,8 @@ public:
     ~XercesInputSource() = default;
 
     xercesc::InputSource& operator()() const { return *m_xercesSource; }
-    /// What the buffer holds; lives as long as this object.
+    /// What the buffer holds, which may differ from `data` in names that begin with a colon and in
+    /// the first line end; lives as long as this object.
     std::string_view GetBytes() const noexcept { return std::string_view(*m_data).substr(m_start); }
     XercesEncoding GetEncoding() const noexcept { return m_encoding; }
     /// Whether a null character may be among the bytes; false only once all of them were read.

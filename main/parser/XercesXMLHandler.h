@@ -68,6 +68,13 @@ public:
     void externalEntityDecl(const XMLCh* name, const XMLCh* publicId,
                             const XMLCh* systemId) override;
 
+    // The scanner takes any character in a system identifier; these refuse what is none in XML, by
+    // an exception of Xerces's kind for fatal errors.
+    void startDTD(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId) override;
+    void notationDecl(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId) override;
+    void unparsedEntityDecl(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId,
+                            const XMLCh* notationName) override;
+
     // For the accounts of the parse alone.
     void startPrefixMapping(const XMLCh* prefix, const XMLCh* uri) override;
     void endPrefixMapping(const XMLCh* prefix) override;
@@ -82,6 +89,7 @@ private:
     void EndText();
     void PassPendingText();
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
+    void RefuseInvalidCharacters(const XMLCh* systemId) const;
 
     std::shared_ptr<SAXInterface> m_sink;
     /// The same sink, when it takes elements packed; else null.

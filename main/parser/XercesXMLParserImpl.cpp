@@ -16,6 +16,7 @@
 #include <kesplatform/Metrics.h>
 
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
@@ -160,6 +161,8 @@ void XercesXMLParserImpl::SetXercesXMLHandler(XercesXMLHandler& handler)
     m_reader->setContentHandler(&handler);
     m_reader->setErrorHandler(&handler);
     m_reader->setDeclarationHandler(&handler);
+    m_reader->setLexicalHandler(&handler);
+    m_reader->setDTDHandler(&handler);
     handler.resetErrors();
 }
 
@@ -346,6 +349,9 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
         // An XML declaration that the scanner cannot even decode, before anything has a position.
         m_handler->RecordFatalError(GetTStringFromXMLChPtr(exception.getMessage(), -1),
                                     GetSource().Id(), 1, 1);
+        return false;
+    } catch (const xercesc::SAXParseException& exception) {
+        m_handler->fatalError(exception);
         return false;
     }
 }

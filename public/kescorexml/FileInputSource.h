@@ -12,7 +12,9 @@
 ///
 /// The first chunk decides, once, whether DetectEncoding takes the file for UTF-8; if not, every
 /// read throws a CorvinaException. Line endings are normalized within each read; a pair that two
-/// reads part is not joined. Different objects may be used from different threads.
+/// reads part is not joined. What tells no size, such as a pipe or a device, and goes on beyond
+/// 1,073,741,823 bytes of one line or of the document is a TIO::Exception. Different objects may be
+/// used from different threads.
 class KESCOREXML_EXPORT FileInputSource : public InputSource, public IXercesInputSourceProvider
 {
 public:

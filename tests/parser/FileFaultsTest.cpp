@@ -232,6 +232,18 @@ TEST(FileFaults, ADeviceThatNeverEndsIsUnreadable)
     EXPECT_THAT(ErrorsOf(*document), testing::HasSubstr("does not end"));
 }
 
+TEST(FileFaults, ADeviceThatNeverEndsIsUnreadableInChunksToo)
+{
+    FileInputSource source(u"/dev/zero");
+    std::string line;
+    EXPECT_THROW(source.GetNextLine(line), TIO::Exception);
+    line = std::string();
+    EXPECT_THROW(DOMParser().ParseXmlInputSource(source, false), TIO::Exception);
+    // In steps it can be read for ever.
+    EXPECT_TRUE(source.GetBytes(line, 5000));
+    EXPECT_EQ(line, std::string(5000, '\0'));
+}
+
 TEST(FileFaults, ALinkThatLeadsNowhereOrToItselfIsUnreadable)
 {
     const TemporaryFolder folder;

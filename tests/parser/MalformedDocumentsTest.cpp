@@ -25,8 +25,6 @@ const std::string c_document = "<?xml version='1.0' encoding='UTF-8'?>\n"
                                "<a x='\xC3\xA9' :y=\"&lt;\">t\xF0\x9F\x98\x80<b/>"
                                "<![CDATA[<\xC3\xA9>]]>&#x20AC;</a>\n";
 
-const std::size_t c_declarationSize = c_document.find('\n');
-
 ParseOutcome ParseBytes(const std::string& bytes)
 {
     BinaryInputSource source(std::vector<unsigned char>(bytes.begin(), bytes.end()), u"id", false);
@@ -99,11 +97,11 @@ TEST(MalformedDocuments, InvalidUtf8AnywhereIsAnError)
     }
 }
 
-TEST(MalformedDocuments, ANulByteAnywhereBehindTheDeclarationIsAFatalError)
+TEST(MalformedDocuments, ANulByteAnywhereIsAFatalError)
 {
     const ParseOutcome whole = ParseUtf8(c_document);
     const std::size_t end = c_document.rfind('>');
-    for (std::size_t at = c_declarationSize; at <= end; ++at) {
+    for (std::size_t at = 0; at <= end; ++at) {
         SCOPED_TRACE(at);
         std::string spoilt = c_document;
         spoilt.insert(at, 1, '\0');
@@ -150,6 +148,12 @@ TEST(MalformedDocuments, WhatTheScannerDropsBehindTheRootElementIsAFatalError)
         {"\xFE", "(1,5): incomplete character at the end of the document"},
         {"\r \xFE", "(2,2): incomplete character at the end of the document"},
         {"<?p ?>\n\n\xF0\x9F", "(3,1): incomplete character at the end of the document"},
+        // Sequences that want more bytes than there are, with markup and blanks in their place.
+        {"\xFE\n\x02s>", "(1,5): incomplete character at the end of the document"},
+        {"\xF7\n\x02s>", "(1,5): incomplete character at the end of the document"},
+        {"\xFB <>", "(1,5): incomplete character at the end of the document"},
+        {"\xF8 />", "(1,5): incomplete character at the end of the document"},
+        {"\n\xF0/>", "(2,1): incomplete character at the end of the document"},
     };
     const TemporaryFolder folder;
     for (const auto& [ending, message] : endings) {
@@ -249,6 +253,27 @@ TEST(MalformedDocuments, KeepTheMessagesOfTheScanner)
     EXPECT_THAT(ParseUtf8("<a/><b/>").errors, ElementsAre(HasSubstr("Fatal Error(1,")));
 }
 
+TEST(MalformedDocuments, LinesAreCountedFromTheVeryFirst)
+{
+    const std::pair<const char*, int> spaces[] = {
+        {" ", 2},   {"\t", 2},   {"\n", 3},   {"\r", 3},     {"\r\n", 3},
+        {" \n", 3}, {"\n\n", 4}, {"\r\r", 4}, {"\n\r\n", 4}, {"\r\n\n", 4}};
+    for (const char* const mark : {"", "\xEF\xBB\xBF"}) {
+        for (const auto& [space, line] : spaces) {
+            for (const char* const rest : {"version='1.0'?>\n<a><b></a>",
+                                           "version='1.0' encoding='iso-8859-1'?>\n<a><b></a>"}) {
+                const std::string text = std::string(mark) + "<?xml" + space + rest;
+                const auto isAtLine =
+                    ElementsAre(StartsWith("Fatal Error(" + std::to_string(line)));
+                EXPECT_THAT(ParseUtf8(text).errors, isAtLine) << text;
+                if (*mark == '\0') {
+                    EXPECT_THAT(ParseBytes(text).errors, isAtLine) << text;
+                }
+            }
+        }
+    }
+}
+
 TEST(MalformedDocuments, ControlCharactersAreNoText)
 {
     for (int byte = 0; byte < 0x20; ++byte) {
@@ -256,6 +281,44 @@ TEST(MalformedDocuments, ControlCharactersAreNoText)
         const std::string text = "<a>" + std::string(1, static_cast<char>(byte)) + "</a>";
         EXPECT_EQ(ParseUtf8(text).fatal, !allowed) << byte;
         EXPECT_EQ(ParseUtf8("<a>&#" + std::to_string(byte) + ";</a>").fatal, !allowed) << byte;
+    }
+}
+
+TEST(MalformedDocuments, ControlCharactersAreNoPartOfAnIdentifier)
+{
+    for (const std::string& character :
+         {std::string("\x01"), std::string("\x0E"), std::string("\x1F"),
+          std::string("\xEF\xBF\xBE"), std::string("\xEF\xBF\xBF")}) {
+        const std::string id = "'a" + character + "b'";
+        for (const std::string& type :
+             {"SYSTEM " + id, "PUBLIC 'p' " + id, "PUBLIC " + id + " 's'",
+              "[<!NOTATION n SYSTEM " + id + ">]", "[<!NOTATION n PUBLIC 'p' " + id + ">]",
+              "[<!NOTATION n PUBLIC " + id + ">]",
+              "[<!NOTATION n SYSTEM 'n'><!ENTITY e SYSTEM " + id + " NDATA n>]"}) {
+            SCOPED_TRACE(type);
+            for (const ParseOutcome& outcome : {ParseUtf8("<!DOCTYPE a " + type + "><a/>"),
+                                                ParseBytes("<!DOCTYPE a " + type + "><a/>")}) {
+                EXPECT_TRUE(outcome.fatal);
+                EXPECT_THAT(outcome.errors, SizeIs(1));
+                EXPECT_THAT(outcome.events, IsEmpty());
+            }
+        }
+    }
+    EXPECT_THAT(ParseUtf8("<!DOCTYPE a\nSYSTEM 'b\x0E'><a/>").errors,
+                ElementsAre("Fatal Error(2,12): invalid character 0xE in system identifier (id: "
+                            "id)"));
+    EXPECT_THAT(ParseUtf8("<!DOCTYPE a SYSTEM '\t\n\xC3\xA9\xF0\x9F\x98\x80'><a/>").errors,
+                IsEmpty());
+    const auto widen = [](const std::u16string& text) {
+        std::string bytes;
+        for (const char16_t unit : text)
+            bytes += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+        return bytes;
+    };
+    for (const char16_t half : {u'\xD83D', u'\xDE00'}) {
+        EXPECT_TRUE(
+            ParseBytes(widen(u"\uFEFF<!DOCTYPE a SYSTEM '" + std::u16string(1, half) + u"'><a/>"))
+                .fatal);
     }
 }
 

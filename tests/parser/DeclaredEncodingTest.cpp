@@ -1,0 +1,184 @@
+#include "DeclaredEncoding.h"
+
+#include "support/ParseOutcome.h"
+#include "support/TemporaryFile.h"
+
+#include <kescorexml/BinaryInputSource.h>
+#include <kescorexml/InputSourceUtils.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+ParseOutcome ParseBytes(const std::string& bytes)
+{
+    BinaryInputSource source(std::vector<unsigned char>(bytes.begin(), bytes.end()), u"id", false);
+    return ParseSource(source);
+}
+
+} // namespace
+
+TEST(DeclaredEncoding, IsWhatStandsBetweenTheQuotes)
+{
+    const std::pair<std::string_view, std::string_view> declarations[] = {
+        {"<?xml version='1.0' encoding='x-1'?>", "x-1"},
+        {"<?xml version='1.0' encoding = \"x-1\"?>", "x-1"},
+        {"<?xml\nversion='1.0'\n encoding\t=\r'x-1' standalone='no' ?>", "x-1"},
+        {"<?xml version='1.0' encoding=''?>", ""},
+        {"<?xml version='1.0'?><a encoding='x-1'/>", ""},
+        {"<a encoding='x-1'/>", ""},
+        {"<?xml version='1.0' encoding='x-1", "x-1"},
+        {"<?xml version='1.0' encoding=", ""},
+        {"<?xml version='1.0' encoding", ""},
+        {"", ""},
+    };
+    for (const auto& [declaration, encoding] : declarations)
+        EXPECT_EQ(DeclaredEncoding::Find(declaration), encoding) << declaration;
+}
+
+TEST(DeclaredEncoding, IsOverlookedBehindOtherWhiteSpaceThanABlank)
+{
+    EXPECT_EQ(DeclaredEncoding::FindOverlooked("<?xml version='1.0' encoding='x-1'?>"), "");
+    for (const char* const space : {"\n", "\t", "\r\n"}) {
+        const std::string start = std::string("<?xml") + space + "version='1.0'";
+        EXPECT_EQ(DeclaredEncoding::FindOverlooked(start + " encoding='x-1'?>"), "x-1");
+        EXPECT_EQ(DeclaredEncoding::FindOverlooked(start + "?>"), "");
+        EXPECT_EQ(DeclaredEncoding::FindOverlooked(start + " encoding='1x'?>"), "");
+        EXPECT_EQ(DeclaredEncoding::FindOverlooked(start + " encoding='x\xE9'?>"), "");
+    }
+    EXPECT_EQ(DeclaredEncoding::FindOverlooked("<?xml"), "");
+    EXPECT_EQ(DeclaredEncoding::FindOverlooked(""), "");
+}
+
+TEST(DeclaredEncoding, OfLargerUnitsShowsByTheUnits)
+{
+    for (const char* const space : {" ", "\n", "\t", "\r"}) {
+        for (const std::size_t size : {2U, 4U}) {
+            for (const std::size_t asciiAt : {std::size_t(0), size - 1}) {
+                const std::string name = size == 2 ? "UTF-16" : "UCS-4";
+                std::string bytes;
+                for (const char c : std::string("<?xml") + space + "version='1.0' encoding='" +
+                                        name + "'?><a>e</a>") {
+                    std::string unit(size, '\0');
+                    unit[asciiAt] = c;
+                    bytes += unit;
+                }
+                EXPECT_EQ(ParseBytes(bytes), (ParseOutcome{{"<a>", "'e'", "</>"}, {}, {}, false}));
+            }
+        }
+        // Single bytes are no such units, whatever they declare.
+        for (const char* const name : {"UTF-16", "utf-16", "UCS-4", "ISO-10646-UCS-2", "UTF-32"})
+            EXPECT_EQ(ParseBytes(std::string("<?xml") + space + "version='1.0' encoding='" + name +
+                                 "'?><a>\xC3\xA9</a>"),
+                      (ParseOutcome{{"<a>", "'\xC3\xA9'", "</>"}, {}, {}, false}));
+    }
+}
+
+TEST(DeclaredEncoding, CountsWhateverWhiteSpaceStandsBeforeIt)
+{
+    const std::pair<std::string, std::string> texts[] = {
+        {"iso-8859-1' ?><a>\xE9</a>", "'\xC3\xA9'"},
+        // As UTF-8 this would be another text.
+        {"ISO-8859-1' ?><a>\xC3\xA9</a>", "'\xC3\x83\xC2\xA9'"},
+        {"windows-1252' ?><a>\x80</a>", "'\xE2\x82\xAC'"},
+        {"Shift_JIS' ?><a>\x83\x41</a>", "'\xE3\x82\xA2'"},
+        {"US-ASCII' ?><a>e</a>", "'e'"},
+        {"UTF-8' ?><a>\xC3\xA9</a>", "'\xC3\xA9'"},
+    };
+    const TemporaryFolder folder;
+    for (const auto& [rest, text] : texts) {
+        for (const char* const space : {" ", "\n", "\t", "\r", "\r\n ", "  "}) {
+            SCOPED_TRACE(rest);
+            const std::string bytes =
+                std::string("<?xml") + space + "version='1.0'\nencoding='" + rest;
+            const ParseOutcome expected{{"<a>", text, "</>"}, {}, {}, false};
+            EXPECT_EQ(ParseBytes(bytes), expected);
+            const auto file =
+                InputSourceUtils::InputSourceFromFileName(folder.Write("a.xml", bytes), true);
+            EXPECT_EQ(ParseSource(*file), expected);
+        }
+    }
+}
+
+TEST(DeclaredEncoding, IsAnErrorWhereItIsWrongWhateverWhiteSpaceStandsBeforeIt)
+{
+    for (const char* const rest :
+         {"US-ASCII'?><a>\xC3\xA9</a>", "x-unknown'?><a/>", "'?><a/>", "?><a/>", "1'?><a/>",
+          "iso-8859-1\xE9'?><a/>", "utf-8'?><a>\xE9</a>"}) {
+        SCOPED_TRACE(rest);
+        for (const char* const space : {" ", "\n", "\t"}) {
+            const ParseOutcome outcome =
+                ParseBytes(std::string("<?xml") + space + "version='1.0' encoding='" + rest);
+            EXPECT_TRUE(outcome.fatal) << space;
+            EXPECT_THAT(outcome.errors, testing::SizeIs(1));
+        }
+    }
+}
+
+TEST(DeclaredEncoding, ReplacesNoBytesInSilence)
+{
+    const std::pair<std::string, std::string> documents[] = {
+        {"windows-1253", "\xD2"}, {"windows-1255", "\xD9"}, {"ISO-8859-7", "\xFF"},
+        {"ISO-8859-6", "\xA1"},   {"GB18030", "\xFF"},      {"gb2312", "\xFF"},
+        {"Big5", "\x81\x30"},     {"UTF-7", "\xE9"},        {"CESU-8", "\xFF"},
+        {"ISO-2022-JP", "\xE9"},  {"HZ", "\xE9"},           {"EUC-JP", "\xFF"},
+        {"Shift_JIS", "\xFF"},    {"EUC-KR", "\xFF"},       {"US-ASCII", "\x80"},
+        {"UTF-8", "\xFF"},
+    };
+    for (const auto& [encoding, bytes] : documents) {
+        SCOPED_TRACE(encoding);
+        const std::string start = "<?xml version='1.0' encoding='" + encoding + "'?>";
+        for (const std::string& rest :
+             {"<a>e" + bytes + "xyz</a>", "<a e='e" + bytes + "xyz'/>",
+              "<!--e" + bytes + "xyz--><a/>", "<a/><?p e" + bytes + "xyz?>",
+              "<a>" + std::string(10000, 'x') + bytes + "xyz</a>"}) {
+            const ParseOutcome outcome = ParseBytes(start + rest);
+            EXPECT_TRUE(outcome.fatal);
+            EXPECT_THAT(outcome.errors, testing::SizeIs(1));
+        }
+    }
+    EXPECT_THAT(
+        ParseBytes("<?xml version='1.0' encoding='windows-1253'?>\r\n<a>\n\xE1\xD2</a>").errors,
+        ElementsAre("Fatal Error(3,2): bytes that are no character in 'windows-1253' encoding (id: "
+                    "id)"));
+}
+
+TEST(DeclaredEncoding, LeavesReplacementCharactersThatADocumentHolds)
+{
+    const std::pair<std::string, std::string> documents[] = {
+        {"GB18030", "\x84\x31\xA4\x37"},
+        {"CESU-8", "\xEF\xBF\xBD"},
+        {"UTF-8", "\xEF\xBF\xBD"},
+        {"windows-1253", "&#xFFFD;"},
+    };
+    for (const auto& [encoding, bytes] : documents) {
+        const ParseOutcome outcome = ParseBytes("<?xml version='1.0' encoding='" + encoding +
+                                                "'?><a>" + bytes + "e" + bytes + "</a>");
+        EXPECT_THAT(outcome.errors, IsEmpty()) << encoding;
+        EXPECT_THAT(outcome.events, ElementsAre("<a>",
+                                                "'\xEF\xBF\xBD"
+                                                "e\xEF\xBF\xBD'",
+                                                "</>"));
+    }
+}
+
+TEST(DeclaredEncoding, ReadsTextsOfAnyLength)
+{
+    // Characters of two bytes across the ends of whatever pieces they are decoded in.
+    std::string text;
+    std::string expected;
+    for (int i = 0; i < 20000; ++i) {
+        text += i % 7 == 0 ? "x" : "\x83\x41";
+        expected += i % 7 == 0 ? "x" : "\xE3\x82\xA2";
+    }
+    const ParseOutcome outcome =
+        ParseBytes("<?xml version='1.0' encoding='Shift_JIS'?><a>" + text + "</a>");
+    EXPECT_EQ(outcome, (ParseOutcome{{"<a>", "'" + expected + "'", "</>"}, {}, {}, false}));
+    const std::string gb(3000, '\x81');
+    EXPECT_THAT(ParseBytes("<?xml version='1.0' encoding='GB18030'?><a>x" + gb + "</a>").errors,
+                IsEmpty());
+}
