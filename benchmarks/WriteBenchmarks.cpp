@@ -35,6 +35,17 @@ void Ours(benchmark::State& state, const Document& document)
         benchmark::DoNotOptimize(XMLDomFormatter::RenderAsXMLString(*dom, nullptr, true));
 }
 
+/// The tree that formatter calls make, the calls included.
+void OurTree(benchmark::State& state, const Document& document)
+{
+    const std::unique_ptr<DOM> dom = DOMParser().ParseXmlString(document.bytes, TString());
+    for (auto _ : state) {
+        XMLDomFormatter formatter;
+        formatter.OutputDOMElement(*dom->GetDocumentRoot());
+        benchmark::DoNotOptimize(formatter.GetOutput(FormatMode::Content));
+    }
+}
+
 void Pugixml(benchmark::State& state, const Document& document)
 {
     pugi::xml_document tree;
@@ -74,10 +85,13 @@ void RegisterWriteBenchmarks()
             })->Unit(benchmark::kMillisecond);
         };
         add("write", Ours);
+        add("write:tree", OurTree);
         add("write:pugixml", Pugixml);
         add("write:libxml2", Libxml2);
         AddRatio(
             {"RenderAsXMLString", document.name, "write" + suffix, "write:pugixml" + suffix, 1.5});
+        AddRatio({"XMLDomFormatter, calls and GetOutput", document.name, "write:tree" + suffix,
+                  "write:pugixml" + suffix, 0});
         AddRatio({"dump of libxml2, formatted", document.name, "write:libxml2" + suffix,
                   "write:pugixml" + suffix, 0});
     }

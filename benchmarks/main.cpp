@@ -1,5 +1,6 @@
 #include "Families.h"
 #include "Growth.h"
+#include "Large.h"
 #include "Ratios.h"
 
 #include <cstdio>
@@ -14,6 +15,7 @@
 ///   --cold    let the heap give memory back to the system after each run, so that the next one
 ///             pays for getting it; else the heap stays warm, for this library and its peers alike
 ///   --growth  measure how time grows with inputs that double, and nothing else
+///   --large   measure documents up to 1 GB, and nothing else
 int main(int argc, char** argv)
 {
     std::vector<char*> arguments(argv, argv + argc);
@@ -30,6 +32,10 @@ int main(int argc, char** argv)
 
     if (take("--growth")) {
         PrintGrowth();
+        return 0;
+    }
+    if (take("--large")) {
+        PrintLarge();
         return 0;
     }
     MeasureHeaps();
