@@ -80,7 +80,8 @@ Figures Measure(const std::string& bytes)
     figures.heap = GetHeapInUse() - before;
     {
         TString text;
-        time(figures.write, [&] { text = XMLDomFormatter::RenderAsXMLString(*dom, nullptr, true); });
+        time(figures.write,
+             [&] { text = XMLDomFormatter::RenderAsXMLString(*dom, nullptr, true); });
     }
     time(figures.destroy, [&] { dom.reset(); });
     return figures;
@@ -105,10 +106,9 @@ Figures MeasureApart(const std::string& bytes, int runs)
     close(ends[0]);
     close(ends[1]);
     const auto median = [&all](auto member) {
-        std::nth_element(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(all.size() / 2),
-                         all.end(), [member](const Figures& a, const Figures& b) {
-                             return a.*member < b.*member;
-                         });
+        std::nth_element(
+            all.begin(), all.begin() + static_cast<std::ptrdiff_t>(all.size() / 2), all.end(),
+            [member](const Figures& a, const Figures& b) { return a.*member < b.*member; });
         return all[all.size() / 2].*member;
     };
     return {median(&Figures::scan), median(&Figures::parse), median(&Figures::destroy),
@@ -131,8 +131,8 @@ void PrintSizes()
                     perByte(figures.heap));
         std::fflush(stdout);
     };
-    for (const std::size_t size : {std::size_t{10'000'000}, std::size_t{100'000'000},
-                                   std::size_t{1'000'000'000}}) {
+    for (const std::size_t size :
+         {std::size_t{10'000'000}, std::size_t{100'000'000}, std::size_t{1'000'000'000}}) {
         print("attributes", MakeAttributeHeavy, size);
         print("text", MakeTextHeavy, size);
         print("deep", MakeDeep, size);

@@ -27,25 +27,24 @@ std::string Replace(std::string text, std::string_view before, std::string_view 
 }
 
 /// Measures the sanitizer beside one search through the same text for a byte that is not there.
-void Add(const std::string& document, std::string text)
+void Add(const std::string& document, std::string text, double limit)
 {
     const auto input = std::make_shared<const std::string>(std::move(text));
     const std::string subject = "sanitize/" + document;
     const std::string reference = "memchr/" + document;
     const auto add = [](const std::string& name, std::function<void()> work) {
-        benchmark::RegisterBenchmark(name.c_str(),
-                                     [work = std::move(work)](benchmark::State& state) {
-                                         for (auto _ : state)
-                                             work();
-                                     })
-            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(name.c_str(), [work =
+                                                        std::move(work)](benchmark::State& state) {
+            for (auto _ : state)
+                work();
+        })->Unit(benchmark::kMillisecond);
     };
     add(subject, [input] {
         benchmark::DoNotOptimize(XercesColonSanitizer::EncodeColonAttributeNames(input));
     });
     add(reference,
         [input] { benchmark::DoNotOptimize(std::memchr(input->data(), '\1', input->size())); });
-    AddRatio({"colon sanitizer", document, subject, reference, 2});
+    AddRatio({"colon sanitizer", document, subject, reference, limit});
 }
 
 } // namespace
@@ -59,10 +58,10 @@ int main(int argc, char** argv)
     const bool check = std::erase_if(arguments, [](const char* argument) {
                            return std::strcmp(argument, "--check") == 0;
                        }) > 0;
-    Add("text, no colon name", MakeTextHeavy(c_bytes));
-    Add("attributes, no colon name", MakeAttributeHeavy(c_bytes));
-    // One name in each start tag; the whole text has to be copied.
-    Add("attributes, colon names", Replace(MakeAttributeHeavy(c_bytes), " role=", " :role="));
+    Add("text, no colon name", MakeTextHeavy(c_bytes), 2);
+    Add("attributes, no colon name", MakeAttributeHeavy(c_bytes), 2);
+    // One name in each start tag, and the whole text has to be copied: no search can be compared.
+    Add("attributes, colon names", Replace(MakeAttributeHeavy(c_bytes), " role=", " :role="), 0);
     const int exceeded = RunAndPrintRatios(static_cast<int>(arguments.size()), arguments.data());
     return check && exceeded > 0 ? 1 : 0;
 }

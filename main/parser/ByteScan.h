@@ -78,13 +78,18 @@ struct AnyOf
 #endif
 };
 
-/// `first` with `second` behind it, which must be readable for every address looked at.
+/// `first` with `second` so many bytes behind it, which must be readable for every address looked
+/// at.
 struct Pair
 {
     char first;
     char second;
+    std::size_t distance = 1;
 
-    bool operator()(const char* p) const noexcept { return p[0] == first && p[1] == second; }
+    bool operator()(const char* p) const noexcept
+    {
+        return p[0] == first && p[distance] == second;
+    }
 #if defined(__SSE2__)
     Block MayMatch(const char* p) const noexcept
     {
@@ -92,7 +97,7 @@ struct Pair
     }
     Block Hint(const char* p) const noexcept
     {
-        return Equal(Load(p + 1), second);
+        return Equal(Load(p + distance), second);
     }
 #endif
 };
@@ -204,11 +209,13 @@ inline std::size_t FindText(std::string_view text, std::string_view sub, std::si
     if (sub.size() < 2)
         return sub.empty() ? from : FindByte(text, sub.front(), from);
     const std::size_t end = text.size() - sub.size() + 1;
-    const char* const rest = sub.data() + 2;
+    // Neighbours often go together in many places; what stands far apart does more rarely.
+    const Pair ends{sub.front(), sub.back(), sub.size() - 1};
+    const std::string_view between = sub.substr(1, sub.size() - 2);
     std::size_t comparedInVain = 0;
     for (std::size_t pos = from;; ++pos) {
-        pos = FindFirst(text.data(), pos, end, Pair{sub[0], sub[1]});
-        if (pos == c_npos || std::equal(rest, sub.data() + sub.size(), text.data() + pos + 2))
+        pos = FindFirst(text.data(), pos, end, ends);
+        if (pos == c_npos || text.substr(pos + 1).starts_with(between))
             return pos;
         comparedInVain += sub.size();
         // In repetitive text this way is quadratic. The C library's never is, but starts slower.
