@@ -81,7 +81,7 @@ void Encode(const unsigned char* bytes, std::size_t count, char16_t* out) noexce
 }
 
 /// Lines that are made together share one allocation: one each would cost more than the encoding.
-constexpr unsigned int c_linesPerBlock = 16;
+constexpr unsigned int c_linesPerBlock = 32;
 
 class LineBlocks final : public TStringBlock::Owner
 {
@@ -92,23 +92,25 @@ public:
         ::operator delete(block);
     }
 
-    /// Appends the full lines of `bytes` to `lines`, which has room for them.
+    /// Appends the full lines of `bytes`, one at least, to `lines`, which has room for them.
     void Append(const unsigned char* bytes, unsigned int lineCount, std::vector<TString>& lines)
     {
         constexpr std::size_t c_slotSize = TStringBlock::SlotSize(c_lineLength);
         static_assert(sizeof(TStringBlock) % TStringBlock::slotAlignment == 0);
         void* const memory = ::operator new(sizeof(TStringBlock) + lineCount * c_slotSize);
         auto* const block = new (memory) TStringBlock(*this);
+        // One reference for each line, the maker's for the first.
+        block->RetainUnshared(lineCount - 1);
         auto* slot = static_cast<std::byte*>(memory) + sizeof(TStringBlock);
         for (unsigned int i = 0; i < lineCount; ++i) {
-            std::array<char16_t, c_lineLength> units;
-            Encode(bytes, c_bytesPerLine, units.data());
-            block->WriteSlot(slot, {units.data(), units.size()});
-            lines.push_back(TStringBlock::ShareSlot(slot));
+            char16_t* const units = TStringBlock::UnitsOfSlot(slot);
+            Encode(bytes, c_bytesPerLine, units);
+            units[c_lineLength] = u'\0';
+            block->FinishSlot(slot, c_lineLength);
+            lines.push_back(TStringBlock::AdoptSlot(slot));
             bytes += c_bytesPerLine;
             slot += c_slotSize;
         }
-        block->Release();
     }
 };
 
