@@ -26,6 +26,12 @@ class DOMElement;
 /// One re-entrant read-write lock guards all state but the tree itself: diagnostics and renames may
 /// be written and read from several threads as long as nobody changes the tree. Operations on two
 /// documents lock the one at the higher address first.
+///
+/// @code
+/// const auto document = DOMParser().ParseXmlString("<a>\n<b>tea</a>", "a.xml");
+/// for (const TString& error : document->GetErrors())
+///     std::cout << error << '\n'; // Fatal Error(2,9): expected end of tag 'b' (id: a.xml)
+/// @endcode
 class KESCOREXML_EXPORT DOM
 {
 public:

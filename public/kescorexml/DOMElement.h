@@ -32,6 +32,15 @@ struct ElementIdentity;
 ///
 /// Const operations may run side by side. A tree is changed by one thread at a time; recording and
 /// reading diagnostics is safe from several threads as long as the tree does not change.
+///
+/// @code
+/// DOMElement list(u"list");
+/// DOMElement* const item = list.AddNewChild(u"item");
+/// item->SetText(u"tea");
+/// item->SetAttribute(u"cups", u"2");
+/// for (const auto& child : list.GetChildren())
+///     std::cout << child->GetName() << ' ' << child->GetAttribute(u"cups") << '\n'; // item 2
+/// @endcode
 class KESCOREXML_EXPORT DOMElement final
 {
 public:

@@ -29,6 +29,15 @@
 /// to the elements visited times the steps of the path.
 ///
 /// T is DOMElement or DOMElement const. Different objects may be used from different threads.
+///
+/// @code
+/// const auto document = DOMParser().ParseXmlString("<a><b>1</b><c><b>2</b></c></a>", "a");
+/// DOMElement& root = *document->GetDocumentRoot();
+/// for (const DOMElement* b : DOMPath::GetAll<DOMElement>(root, u"//b"))
+///     std::cout << b->GetText();
+/// std::cout << '\n'; // 12
+/// std::cout << DOMPath::GetFirst<DOMElement>(root, u"/a/c/b")->GetText() << '\n'; // 2
+/// @endcode
 namespace DOMPath {
 
 /// A level of a walk: the element visited there, its parent (null for the starting element), its

@@ -15,6 +15,15 @@
 /// on the stack. Operations that change the tree happen whole or not at all.
 ///
 /// Different objects may be used from different threads.
+///
+/// @code
+/// XMLDomFormatter formatter;
+/// formatter.OutputOpenTag(u"list", {});
+/// formatter.OutputContentTag(u"item", {}, u"tea");
+/// formatter.OutputCloseTag(u"list");
+/// const auto document = formatter.TakeDocument();
+/// std::cout << document->GetDocumentRoot()->GetChildren().size() << '\n'; // 1
+/// @endcode
 class KESCOREXML_EXPORT XMLDomFormatter : public XMLFormatter
 {
 public:
