@@ -61,6 +61,7 @@ public:
     /// way back.
     void AllowEntityExpansion_Insecure();
 
+    /// Parses a source from where it stands.
     StandaloneParseResult ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const;
     /// Parses a file, white space at its start skipped.
     StandaloneParseResult ParseXmlFile(const TString& path) const;

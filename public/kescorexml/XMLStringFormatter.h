@@ -19,6 +19,7 @@
 class KESCOREXML_EXPORT XMLStringFormatter : public XMLFormatter
 {
 public:
+    /// See XMLFormatter.
     XMLStringFormatter(const TString& indentUnit, bool suppressNewlines);
     ~XMLStringFormatter() override;
 
