@@ -17,6 +17,7 @@ public:
     ~AbstractXMLParser() override;
 
 protected:
+    /// Parses the source and tells the sink.
     void ParseImpl() override = 0;
 
 public:
@@ -35,7 +36,9 @@ public:
     virtual void Reload(InputSource& source, std::shared_ptr<SAXInterface> sink);
 
 protected:
+    /// What is told of the next parse.
     const std::shared_ptr<SAXInterface>& GetSink() const noexcept { return m_sink; }
+    /// What the next parse reads.
     InputSource& GetSource() const noexcept { return *m_source; }
 
 private:

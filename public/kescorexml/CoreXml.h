@@ -29,6 +29,7 @@ KESCOREXML_EXPORT TString LookupTStrDefaultLang(StringId id);
 /// The same messages, ready to have their placeholders replaced.
 KESCOREXML_EXPORT TFormatString LookupTFmtStr(StringId id);
 KESCOREXML_EXPORT TFormatString LookupTFmtStr(StringId id, const TString& language);
+/// The same in the suite's default language.
 KESCOREXML_EXPORT TFormatString LookupTFmtStrDefaultLang(StringId id);
 
 } // namespace CoreXml

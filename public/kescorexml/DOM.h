@@ -26,12 +26,21 @@ class DOMElement;
 /// One re-entrant read-write lock guards all state but the tree itself: diagnostics and renames may
 /// be written and read from several threads as long as nobody changes the tree. Operations on two
 /// documents lock the one at the higher address first.
+///
+/// @code
+/// const auto document = DOMParser().ParseXmlString("<a>\n<b>tea</a>", "a.xml");
+/// for (const TString& error : document->GetErrors())
+///     std::cout << error << '\n'; // Fatal Error(2,9): expected end of tag 'b' (id: a.xml)
+/// @endcode
 class KESCOREXML_EXPORT DOM
 {
 public:
+    /// An error of an element.
     struct DOMErrorMessage
     {
+        /// What people read.
         TString m_message;
+        /// What programs read.
         TError::ErrorInfo m_info;
         /// The user has been told already.
         bool m_reported;
@@ -39,9 +48,12 @@ public:
         bool m_cancel;
     };
 
+    /// A warning of an element.
     struct DOMWarningMessage
     {
+        /// What people read.
         TString m_message;
+        /// What programs read.
         TError::ErrorInfo m_info;
     };
 
@@ -52,6 +64,7 @@ public:
     /// Elements that were removed from the tree and still live become detached.
     virtual ~DOM();
 
+    /// The flag that the document was made with.
     bool GetRestrictExternalPaths() const;
 
     /// Makes this document a copy of `other`: tree, diagnostics, renames and settings. From itself
@@ -62,6 +75,7 @@ public:
     bool operator==(const DOM& other) const;
     bool operator!=(const DOM& other) const { return !(*this == other); }
 
+    /// The synthetic element, which lives as long as this document.
     DOMElement* GetRoot() noexcept { return m_root.get(); }
     const DOMElement* GetRoot() const noexcept { return m_root.get(); }
     /// The root's first child, or null.
@@ -71,32 +85,41 @@ public:
     DOMElement* GetElement(const TString& name);
     const DOMElement* GetElement(const TString& name) const;
 
+    /// A number that is kept for the document's users.
     void SetDSValidationCancelType(int type);
     int GetDSValidationCancelType() const;
+    /// The data source whose name RenameField keeps.
     void SetProtectedDataSourceName(const TString& name);
     /// The reference is read without the lock; do not race it with the setter.
     const TString& GetProtectedDataSourceName() const;
+    /// Keeps a copy of the renames.
     void SetPathRenames(const PathRenames& renames);
     /// The reference is read without the lock; do not race it with the setter.
     const PathRenames& GetPathRenames() const;
 
+    /// Adds an error of an element after those that it has.
     void PushError(const DOMElement& element, const TString& message, const TError::ErrorInfo& info,
                    bool reported, bool cancel);
     /// Puts the message first; it is no cancellation.
     void InsertError(const DOMElement& element, const TString& message,
                      const TError::ErrorInfo& info, bool reported);
+    /// Adds a warning of an element after those that it has.
     void PushWarning(const DOMElement& element, const TString& message,
                      const TError::ErrorInfo& info);
+    /// Puts the message first.
     void InsertWarning(const DOMElement& element, const TString& message,
                        const TError::ErrorInfo& info);
 
     // Each of these asks about an element and its descendants; about the whole registry when the
     // element has no parent, and without element.
 
+    /// Whether there is an error, cancellations included.
     bool HasErrors(const DOMElement& element) const;
     bool HasErrors() const;
+    /// Whether there is an error that the user has not been told.
     bool HasUnreportedErrors(const DOMElement& element) const;
     bool HasUnreportedErrors() const;
+    /// Whether there is a cancellation.
     bool HasCancelErrors(const DOMElement& element) const;
     bool HasCancelErrors() const;
     /// No error that is not a cancellation: true without any error, too.
@@ -110,28 +133,35 @@ public:
     /// Appends to `out`.
     void GetErrors(const DOMElement& element, std::list<TString>& out) const;
     std::list<TString> GetErrors() const;
+    /// One record for each error, in the same order.
     std::list<TError::ErrorInfo> GetMetadataForErrors() const;
     /// All messages joined with line feeds.
     TString GetConcatenatedErrors() const;
+    /// Appends to `out`.
     void GetWarnings(const DOMElement& element, std::list<TString>& out) const;
     std::list<TString> GetWarnings() const;
+    /// One record for each warning, in the same order.
     std::list<TError::ErrorInfo> GetMetadataForWarnings() const;
+    /// All messages joined with line feeds.
     TString GetConcatenatedWarnings() const;
 
     /// Appends to a list of TString, a list of TError::ErrorInfo or a vector of TString. Does not
     /// take the lock.
     template <typename Container>
     void GetErrors(const DOMElement& element, Container& out) const;
+    /// The same for warnings.
     template <typename Container>
     void GetWarnings(const DOMElement& element, Container& out) const;
 
     /// Of the element and its descendants; everything when the element has no parent.
     void ClearErrors(const DOMElement& element);
     void ClearErrors();
+    /// The same for warnings.
     void ClearWarnings(const DOMElement& element);
     void ClearWarnings();
     /// Of this one element.
     void EraseErrorsAndWarningsForNode(const DOMElement& element);
+    /// Of all elements.
     void ClearAllErrorsAndWarnings();
     /// Moves the element's own messages from the document that it is attached to into this one,
     /// to `target` or, when that is null, to the element. What the receiver has already wins, and
@@ -143,18 +173,26 @@ public:
     /// document's elements and vanish with them.
     void MoveErrorsAndWarningsTo(DOM& other);
 
+    /// From now on RenameField gives `to` for `from`.
     void AddFieldRename(const FieldName& from, const FieldName& to);
     /// A caption is renamed only once; a second time is a logic assertion.
     void AddCaptionRename(const TString& oldCaption, const TString& newCaption);
+    /// From now on RenameDataSource gives `to` for `from`.
     void AddDataSourceRename(const TString& from, const TString& to);
+    /// From now on RenameDataConnection gives `to` for `from`.
     void AddDataConnectionRename(const TString& from, const TString& to);
+    /// From now on RenameMapSource gives `to` for `from`.
     void AddMapSourceRename(const TString& from, const TString& to);
     /// The data source first, then the field under its new data source. Names of the protected
     /// data source stay as they are.
     FieldName RenameField(FieldName name) const;
+    /// The new name, or `name` itself.
     TString RenameDataSource(const TString& name) const;
+    /// The new name, or `name` itself.
     TString RenameDataConnection(const TString& name) const;
+    /// The new name, or `name` itself.
     TString RenameMapSource(const TString& name) const;
+    /// The new caption, or `caption` itself.
     TString GetCaptionRenameIfItExists(const TString& caption) const;
     /// The first old name, in ascending order, that was renamed to `newName`, or `newName`.
     /// Linear in the number of renames.

@@ -27,6 +27,7 @@ public:
     DOMElement* PeekStack() const { return m_stack.back(); }
 
     void StartElement(TString&& name, std::unordered_map<TString, TString>&& attributes) override;
+    /// The current element is complete; its parent becomes the current one.
     void EndElement() override;
     void TextContent(const TString& text) override;
 

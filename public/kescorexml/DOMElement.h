@@ -32,12 +32,24 @@ struct ElementIdentity;
 ///
 /// Const operations may run side by side. A tree is changed by one thread at a time; recording and
 /// reading diagnostics is safe from several threads as long as the tree does not change.
+///
+/// @code
+/// DOMElement list(u"list");
+/// DOMElement* const item = list.AddNewChild(u"item");
+/// item->SetText(u"tea");
+/// item->SetAttribute(u"cups", u"2");
+/// for (const auto& child : list.GetChildren())
+///     std::cout << child->GetName() << ' ' << child->GetAttribute(u"cups") << '\n'; // item 2
+/// @endcode
 class KESCOREXML_EXPORT DOMElement final
 {
 public:
+    /// Attribute values by name.
     using AttributeMap = std::unordered_map<TString, TString>;
+    /// Walks over the children; valid until one is added or removed.
     using ChildIterator = ElementList::iterator;
     using ConstChildIterator = ElementList::const_iterator;
+    /// Names that were parsed, by their written form.
     using FieldNameCache = std::unordered_map<TString, QualifiedName>;
 
     /// A detached element without text, attributes, children and location.
@@ -53,9 +65,10 @@ public:
     /// copied when this element is attached. Document, parent and location stay; the encoded flag
     /// is cleared. `other` may be in the same tree: the result is that of a copy made beforehand.
     DOMElement& operator=(const DOMElement& other);
-    // Elements of a parse live in memory that they share.
+    /// Elements of a parse live in memory that they share.
     static void* operator new(std::size_t bytes);
     static void* operator new(std::size_t, void* memory) noexcept { return memory; }
+    /// The other half of that.
     static void operator delete(void* memory) noexcept;
     static void operator delete(void*, void*) noexcept {}
     static void operator delete(DOMElement* element, std::destroying_delete_t) noexcept;
@@ -65,9 +78,11 @@ public:
     /// diagnostics of its document.
     ~DOMElement();
 
+    /// The name as it is written, prefix included.
     const TString& GetName() const noexcept { return m_name; }
     void SetName(const TString& name) noexcept { m_name = name; }
 
+    /// All text of the element itself, without that of its children.
     const TString& GetText() const noexcept { return m_text; }
     /// Sets the text and clears the encoded flag.
     void SetText(const TString& text) noexcept { SetText(text, false); }
@@ -88,8 +103,11 @@ public:
     bool IsEncoded() const noexcept { return m_encoded; }
     void SetEncoded(bool encoded) noexcept { m_encoded = encoded; }
 
+    /// Whether the text is not empty.
     bool HasText() const noexcept { return !m_text.IsEmpty(); }
+    /// Whether there is a child.
     bool HasChildren() const noexcept { return !m_children.empty(); }
+    /// Whether there is an attribute.
     bool HasAttributes() const noexcept { return !m_attributes.IsEmpty(); }
     /// No text, no children and no attributes.
     bool IsEmpty() const noexcept { return !HasText() && !HasChildren() && !HasAttributes(); }
@@ -134,14 +152,18 @@ public:
     /// GetAttribute do without.
     const AttributeMap& GetAttributes() const { return m_attributes.Map(); }
     AttributeMap& GetAttributes() { return m_attributes.Map(); }
+    /// Replaces all attributes.
     void SetAttributes(const AttributeMap& attributes);
     void SetAttributes(AttributeMap&& attributes);
+    /// Whether there is an attribute of that name.
     bool HasAttribute(const TString& name) const noexcept;
     /// The value, or an empty text.
     TString GetAttribute(const TString& name) const { return m_attributes.Get(name); }
     /// The entry; a DOMException with the name as message when there is none.
     AttributeMap::const_iterator RequireAttribute(const TString& name) const;
+    /// Inserts or overwrites.
     void SetAttribute(const TString& name, const TString& value);
+    /// Does nothing when there is no such attribute.
     void RemoveAttribute(const TString& name);
     /// The value of this element or of the nearest ancestor that has the attribute, or empty.
     TString GetParentAttr(const TString& name) const;
@@ -155,7 +177,9 @@ public:
     /// that root move onto this document's root, too. When this throws, `child` still owns.
     /// Inserting nothing, or an element into its own subtree, is a logic assertion.
     DOMElement* InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
+    /// InsertChild at the end.
     DOMElement* AppendChild(std::unique_ptr<DOMElement>&& child);
+    /// InsertChild with a new element of that name, which is returned.
     DOMElement* AddNewChild(const TString& name, const DOMElement* before = nullptr);
     /// GetChild(name), or a new child at the end.
     DOMElement* GetOrNewChild(const TString& name);
@@ -164,6 +188,7 @@ public:
     std::unique_ptr<DOMElement> RemoveChild(DOMElement& child);
     /// The first child with that name, or null.
     std::unique_ptr<DOMElement> RemoveChild(const TString& name);
+    /// All children, in their order.
     std::vector<std::unique_ptr<DOMElement>> RemoveChildren();
     /// Removes `child` if it is empty (IsEmpty); otherwise null.
     std::unique_ptr<DOMElement> RemoveIfEmpty(DOMElement& child);
@@ -178,6 +203,7 @@ public:
     void AdoptChildren(DOMElement& from, const DOMElement* before);
     /// Moves one attribute here, over an existing one; nothing when `from` does not have it.
     void AdoptAttribute(DOMElement& from, const TString& name);
+    /// Moves all attributes here, over existing ones.
     void AdoptAttributes(DOMElement& from) { AdoptAttributes(from, true); }
     /// Copies the attributes of `from` here, over existing ones only if `overwrite`; `from` has
     /// none afterwards in any case.
@@ -192,14 +218,19 @@ public:
         m_startLine = line;
         m_startColumn = column;
     }
+    /// Of the end of the end tag; lines and columns count from 1, and 0 means unknown.
     void SetElementEndLocation(int line, int column) noexcept
     {
         m_endLine = line;
         m_endColumn = column;
     }
+    /// The line of the end of the start tag; 0 when unknown.
     int GetStartLine() const noexcept { return m_startLine; }
+    /// The column behind the start tag; 0 when unknown.
     int GetStartColumn() const noexcept { return m_startColumn; }
+    /// The line of the end of the end tag; 0 when unknown.
     int GetEndLine() const noexcept { return m_endLine; }
+    /// The column behind the end tag; 0 when unknown.
     int GetEndColumn() const noexcept { return m_endColumn; }
 
     /// Names, texts, attributes regardless of order, and children in order. Documents, locations
@@ -210,21 +241,34 @@ public:
     // Diagnostics of this element, kept by its document; see DOM. Each is a logic assertion on a
     // detached element.
 
+    /// See DOM::ClearErrors.
     void ClearErrors();
+    /// See DOM::PushError.
     void Error(const TString& message, const TError::ErrorInfo& info, bool reported,
                bool cancel) const;
+    /// See DOM::InsertError.
     void PrefixError(const TString& message, const TError::ErrorInfo& info, bool reported) const;
+    /// See DOM::HasErrors.
     bool HasErrors() const;
+    /// See DOM::HasUnreportedErrors.
     bool HasUnreportedErrors() const;
+    /// See DOM::HasCancelErrors.
     bool HasCancelErrors() const;
+    /// See DOM::HasOnlyCancelErrors.
     bool HasOnlyCancelErrors() const;
+    /// Appends to `out`.
     void GetErrors(std::list<TString>& out) const;
     /// Reads the registry without locking it.
     void GetMetadataForErrors(std::list<TError::ErrorInfo>& out) const;
+    /// See DOM::ClearWarnings.
     void ClearWarnings();
+    /// See DOM::PushWarning.
     void Warning(const TString& message, const TError::ErrorInfo& info) const;
+    /// See DOM::InsertWarning.
     void PrefixWarning(const TString& message, const TError::ErrorInfo& info) const;
+    /// See DOM::HasWarnings.
     bool HasWarnings() const;
+    /// Appends to `out`.
     void GetWarnings(std::list<TString>& out) const;
     /// Reads the registry without locking it.
     void GetMetadataForWarnings(std::list<TError::ErrorInfo>& out) const;
@@ -232,11 +276,17 @@ public:
     // Renames, kept by the document; see DOM. The first two are logic assertions on a detached
     // element, for which the look-ups give back what they were asked for.
 
+    /// See DOM::AddFieldRename.
     void AddFieldRename(const FieldName& from, const FieldName& to);
+    /// See DOM::AddCaptionRename.
     void AddCaptionRename(const TString& from, const TString& to);
+    /// See DOM::RenameField.
     FieldName RenameField(const FieldName& name) const;
+    /// See DOM::RenameDataConnection.
     TString RenameDataConnection(const TString& name) const;
+    /// See DOM::RenameDataSource.
     TString RenameDataSource(const TString& name) const;
+    /// See DOM::RenameMapSource.
     TString RenameMapSource(const TString& name) const;
     /// Looks up the value of the attribute `attrName`. REQUIRES: an attached element.
     TString GetCaptionRenameIfItExists(const TString& attrName) const;

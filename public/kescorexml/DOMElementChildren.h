@@ -16,15 +16,19 @@ class DOMElement;
 class KESCOREXML_EXPORT DOMElementChildren
 {
 public:
+    /// What generic code asks of a container.
     using value_type = ElementList::Owner;
     using iterator = ElementList::iterator;
     using const_iterator = ElementList::const_iterator;
     using reverse_iterator = std::reverse_iterator<iterator>;
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
+    /// The children of `element`, which must outlive this view.
     explicit DOMElementChildren(DOMElement& element) noexcept : m_element(&element) {}
 
+    /// The number of children.
     std::size_t size() const noexcept;
+    /// Whether there is none.
     bool empty() const noexcept { return size() == 0; }
 
     /// std::out_of_range when `index` is not below size().
@@ -36,9 +40,11 @@ public:
     /// REQUIRES: at least one child.
     DOMElement& front() noexcept { return (*this)[0]; }
     const DOMElement& front() const noexcept { return (*this)[0]; }
+    /// REQUIRES: at least one child.
     DOMElement& back() noexcept { return (*this)[size() - 1]; }
     const DOMElement& back() const noexcept { return (*this)[size() - 1]; }
 
+    /// The owners of the children; valid until a child is added or removed.
     iterator begin() noexcept;
     iterator end() noexcept;
     const_iterator begin() const noexcept;

@@ -20,6 +20,7 @@ template <typename T>
 class PreorderGeneratorTemplate
 {
 public:
+    /// `start` comes first.
     explicit PreorderGeneratorTemplate(T& start);
 
     /// The next element, or null when the walk is over.
@@ -34,6 +35,7 @@ template <typename T>
 class PreorderIteratorTemplate
 {
 public:
+    /// What generic code asks of an iterator.
     using iterator_category = std::input_iterator_tag;
     using value_type = T;
     using difference_type = std::ptrdiff_t;
@@ -42,16 +44,21 @@ public:
 
     /// The end.
     PreorderIteratorTemplate() noexcept = default;
+    /// `start` comes first.
     explicit PreorderIteratorTemplate(T& start);
+    /// Goes on from where `other` stands.
     PreorderIteratorTemplate(const PreorderIteratorTemplate& other);
     PreorderIteratorTemplate(PreorderIteratorTemplate&& other) noexcept = default;
+    /// Goes on from where `other` stands.
     PreorderIteratorTemplate& operator=(const PreorderIteratorTemplate& other);
     PreorderIteratorTemplate& operator=(PreorderIteratorTemplate&& other) noexcept = default;
     ~PreorderIteratorTemplate() = default;
 
     /// At the end this does nothing.
     PreorderIteratorTemplate& operator++();
+    /// Returns a copy from before.
     PreorderIteratorTemplate operator++(int);
+    /// The element. REQUIRES: not the end.
     T& operator*() const noexcept { return *m_current; }
     T* operator->() const noexcept { return m_current; }
 
@@ -72,8 +79,10 @@ template <typename T>
 class PreorderTraversalTemplate
 {
 public:
+    /// The elements from `start` on.
     explicit PreorderTraversalTemplate(T& start) : m_begin(start) {}
 
+    /// For loops.
     PreorderIteratorTemplate<T> begin() const { return m_begin; }
     PreorderIteratorTemplate<T> end() const { return m_end; }
 
@@ -82,6 +91,7 @@ private:
     PreorderIteratorTemplate<T> m_end;
 };
 
+/// For elements that may be changed, and for those that may not.
 using PreorderGenerator = PreorderGeneratorTemplate<DOMElement>;
 using ConstPreorderGenerator = PreorderGeneratorTemplate<const DOMElement>;
 using PreorderIterator = PreorderIteratorTemplate<DOMElement>;

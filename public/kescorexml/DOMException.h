@@ -7,7 +7,9 @@
 class KESCOREXML_EXPORT DOMException : public CorvinaException
 {
 public:
+    /// The message and the record.
     DOMException(const TString& message, const TError::ErrorInfo& info);
+    /// Copies share the causes.
     DOMException(const DOMException&) = default;
     ~DOMException() override;
 

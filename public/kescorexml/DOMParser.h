@@ -24,6 +24,14 @@
 /// Parsing many documents with one object is cheaper than with many, unless schemas are in use.
 /// An object is for one thread at a time, its const operations too.
 /// Different objects may be used from different threads.
+///
+/// @code
+/// const DOMParser parser;
+/// const auto good = parser.ParseXmlString("<list><item>tea</item></list>", "good");
+/// std::cout << good->GetDocumentRoot()->GetRequiredChild(u"item").GetText() << '\n'; // tea
+/// const auto bad = parser.ParseXmlString("<list><item></list>", "bad");
+/// std::cout << bad->HasErrors() << '\n'; // 1
+/// @endcode
 class KESCOREXML_EXPORT DOMParser : public ParseLimits
 {
 public:

@@ -9,5 +9,6 @@ struct DOMParserStatistics
 {
     /// In bytes.
     std::uint64_t sourceSize;
+    /// The identifier of the source.
     TString sourceId;
 };

@@ -29,6 +29,15 @@
 /// to the elements visited times the steps of the path.
 ///
 /// T is DOMElement or DOMElement const. Different objects may be used from different threads.
+///
+/// @code
+/// const auto document = DOMParser().ParseXmlString("<a><b>1</b><c><b>2</b></c></a>", "a");
+/// DOMElement& root = *document->GetDocumentRoot();
+/// for (const DOMElement* b : DOMPath::GetAll<DOMElement>(root, u"//b"))
+///     std::cout << b->GetText();
+/// std::cout << '\n'; // 12
+/// std::cout << DOMPath::GetFirst<DOMElement>(root, u"/a/c/b")->GetText() << '\n'; // 2
+/// @endcode
 namespace DOMPath {
 
 /// A level of a walk: the element visited there, its parent (null for the starting element), its
@@ -37,8 +46,11 @@ namespace DOMPath {
 template <typename T>
 struct PathNode
 {
+    /// The element visited.
     T* element;
+    /// Null for the starting element.
     T* parent;
+    /// The position among the parent's children.
     std::int32_t childIndex;
     /// One bit for each position, or, for paths too long for that, where in the walk's store the
     /// positions begin.
@@ -58,7 +70,9 @@ template <typename T>
 class KESCOREXML_EXPORT Generator
 {
 public:
+    /// Finds nothing yet. `start` must outlive the walk.
     Generator(T& start, const TString& path);
+    /// Stands where `other` does.
     Generator(const Generator& other);
     Generator& operator=(const Generator& other) = delete;
     ~Generator();
@@ -98,6 +112,7 @@ template <typename T>
 class KESCOREXML_EXPORT IteratorTemplate
 {
 public:
+    /// What generic code asks of an iterator.
     using iterator_category = std::input_iterator_tag;
     using value_type = T;
     using difference_type = std::ptrdiff_t;
@@ -108,14 +123,18 @@ public:
     IteratorTemplate() noexcept;
     /// Finds the first match.
     IteratorTemplate(T& start, const TString& path);
+    /// Stands where `other` does.
     IteratorTemplate(const IteratorTemplate& other);
     IteratorTemplate(IteratorTemplate&& other) noexcept;
+    /// Stands where `other` does.
     IteratorTemplate& operator=(const IteratorTemplate& other);
     IteratorTemplate& operator=(IteratorTemplate&& other) noexcept;
     ~IteratorTemplate();
 
+    /// The match. REQUIRES: not the end.
     T& operator*() const noexcept { return *m_current; }
     T* operator->() const noexcept { return m_current; }
+    /// Finds the next match.
     IteratorTemplate& operator++();
     /// Returns a copy, with the limits of one.
     IteratorTemplate operator++(int);
@@ -143,18 +162,21 @@ template <typename T>
 class KESCOREXML_EXPORT IterableTemplate
 {
 public:
+    /// Finds nothing yet. The first keeps a reference to the path, the second the path.
     IterableTemplate(T& start, const TString& path) noexcept : m_start(&start), m_path(&path) {}
     IterableTemplate(T& start, TString&& path) noexcept
         : m_start(&start), m_ownPath(std::move(path))
     {
     }
 
+    /// Begins a walk.
     IteratorTemplate<T> begin() { return IteratorTemplate<T>(*m_start, Path()); }
     IteratorTemplate<DOMElement const> begin() const { return cbegin(); }
     IteratorTemplate<DOMElement const> cbegin() const
     {
         return IteratorTemplate<DOMElement const>(*m_start, Path());
     }
+    /// The end of every walk.
     IteratorTemplate<T> end() noexcept { return {}; }
     IteratorTemplate<DOMElement const> end() const noexcept { return {}; }
     IteratorTemplate<DOMElement const> cend() const noexcept { return {}; }

@@ -8,7 +8,7 @@
 /// are one text, so that within this header equal texts have equal addresses.
 namespace ExtensionXmlTokens {
 
-// Elements
+/// The name of an element.
 KESCOREXML_EXPORT extern const char16_t* const tagManifest;
 KESCOREXML_EXPORT extern const char16_t* const tagDashboardExtension;
 KESCOREXML_EXPORT extern const char16_t* const tagWorksheetExtension;
@@ -43,7 +43,7 @@ KESCOREXML_EXPORT extern const char16_t* const tagCustom;
 KESCOREXML_EXPORT extern const char16_t* const tagEncodingIcon;
 KESCOREXML_EXPORT extern const char16_t* const tagTooltip;
 
-// Attributes
+/// The name of an attribute.
 KESCOREXML_EXPORT extern const char16_t* const attrCustomTypeName;
 KESCOREXML_EXPORT extern const char16_t* const attrEmail;
 KESCOREXML_EXPORT extern const char16_t* const attrEnabled;
@@ -61,7 +61,7 @@ KESCOREXML_EXPORT extern const char16_t* const attrToken;
 KESCOREXML_EXPORT extern const char16_t* const attrType;
 KESCOREXML_EXPORT extern const char16_t* const attrWebsite;
 
-// Values of attributes
+/// The value of an attribute.
 KESCOREXML_EXPORT extern const char16_t* const valueDiscreteDimension;
 KESCOREXML_EXPORT extern const char16_t* const valueDiscreteMeasure;
 KESCOREXML_EXPORT extern const char16_t* const valueContinuousDimension;

@@ -14,6 +14,7 @@
 class KESCOREXML_EXPORT InputSource
 {
 public:
+    /// `id` names the document in diagnostics.
     explicit InputSource(const TString& id);
     InputSource(const InputSource&) = delete;
     InputSource& operator=(const InputSource&) = delete;

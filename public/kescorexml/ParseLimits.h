@@ -15,9 +15,12 @@ public:
     /// A count may exceed `factor` times the bytes of the document only up to `threshold`.
     struct Growth
     {
+        /// How often each byte of the document counts.
         std::uint64_t factor;
+        /// What is always allowed.
         std::uint64_t threshold;
 
+        /// Whether both numbers are the same.
         bool operator==(const Growth&) const = default;
     };
 
@@ -59,6 +62,7 @@ public:
     }
     const Growth& GetValidationWorkLimit() const noexcept { return m_validationWork; }
 
+    /// Whether all limits are the same.
     bool operator==(const ParseLimits&) const = default;
 
 private:

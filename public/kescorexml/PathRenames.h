@@ -12,8 +12,10 @@
 class KESCOREXML_EXPORT PathRenames
 {
 public:
+    /// New paths by old ones.
     using PathMap = std::map<TPath, TPath>;
 
+    /// From now on RenamePath gives `to` for `from`.
     void SetRename(const TPath& from, const TPath& to);
     /// Registers one file whose content has the checksum `crc`. A file with the content of an
     /// earlier one goes where that one went, whatever `target` says. The rename of the file's
@@ -33,6 +35,7 @@ public:
     /// Forgets the paths and directories; the checksums stay.
     void ResetRenames() noexcept;
 
+    /// All renames, valid until one is added.
     const PathMap& GetPathMap() const noexcept { return m_paths; }
 
 private:

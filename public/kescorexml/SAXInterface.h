@@ -16,6 +16,7 @@ public:
     /// Names are qualified names as written, prefix included.
     virtual void StartElement(TString&& name,
                               std::unordered_map<TString, TString>&& attributes) = 0;
+    /// The element that was started last, and not ended yet, ends.
     virtual void EndElement() = 0;
     /// One run of text up to the next tag, never empty.
     virtual void TextContent(const TString& text) = 0;

@@ -21,8 +21,10 @@
 class KESCOREXML_EXPORT StandaloneDOMElement
 {
 public:
+    /// Attribute values by name.
     using AttributeMap = std::unordered_map<TString, TString>;
 
+    /// An element of that name and nothing else.
     explicit StandaloneDOMElement(const TString& name);
     explicit StandaloneDOMElement(TString&& name);
     /// Destroys the subtree in time linear in its size, children from the last to the first,
@@ -34,6 +36,7 @@ public:
     /// A deep copy, the encoded marks and the load factors of the attribute maps included.
     std::unique_ptr<StandaloneDOMElement> Clone() const;
 
+    /// The name as it is written, prefix included.
     const TString& GetName() const noexcept { return m_name; }
     void SetName(const TString& name) noexcept { m_name = name; }
 
@@ -44,13 +47,18 @@ public:
 
     /// No content and no attributes.
     bool IsEmpty() const noexcept { return m_children.empty() && m_attributes.empty(); }
+    /// Whether there is any content.
     bool HasTextOrChildren() const noexcept { return !m_children.empty(); }
+    /// Whether there is a text among the content.
     bool HasText() const noexcept;
+    /// Whether there is an element among the content.
     bool HasChildren() const noexcept;
 
     /// This element's own texts in order, joined; the texts of descendants are not in it.
     TString GetAllText() const;
+    /// This element's own texts, in order.
     std::vector<std::reference_wrapper<const TString>> GetTextNodes() const;
+    /// The child elements, in order.
     std::vector<std::reference_wrapper<const StandaloneDOMElement>> GetChildren() const;
     /// The first child element of that name, or null.
     StandaloneDOMElement* GetChild(const TString& name) noexcept;
@@ -74,11 +82,14 @@ public:
     bool IsEncoded() const noexcept { return m_encoded; }
     void SetEncoded(bool encoded) noexcept { m_encoded = encoded; }
 
+    /// The map itself, valid as long as this element.
     AttributeMap& GetAttributes() noexcept { return m_attributes; }
     const AttributeMap& GetAttributes() const noexcept { return m_attributes; }
     /// Copies the map, its load factor included.
     void SetAttributes(const AttributeMap& attributes);
+    /// Takes the map over.
     void SetAttributes(AttributeMap&& attributes);
+    /// Whether there is an attribute of that name.
     bool HasAttribute(const TString& name) const { return m_attributes.contains(name); }
     /// The value of an attribute that must be there: its absence is a logic assertion.
     const TString& GetAttribute(const TString& name) const;

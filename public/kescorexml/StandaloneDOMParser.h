@@ -32,6 +32,14 @@ struct StandaloneParseResult
 /// the parse, and so do references to internal ones unless expansion is allowed. What a parse may
 /// cost is limited. Text that is white space alone is dropped unless a call says otherwise, other
 /// text is kept whole. Different objects may be used from different threads.
+///
+/// @code
+/// const auto result = StandaloneDOMParser().ParseXmlString("<p>some <b>bold</b> text</p>", u"p");
+/// const StandaloneDOMElement& paragraph = *result.root->GetChild(u"p");
+/// paragraph.WalkNodes([](const StandaloneDOMElement& child) { std::cout << child.GetAllText(); },
+///                     [](const TString& text) { std::cout << text; });
+/// std::cout << '\n'; // some bold text
+/// @endcode
 class KESCOREXML_EXPORT StandaloneDOMParser : public ParseLimits
 {
 public:
@@ -53,6 +61,7 @@ public:
     /// way back.
     void AllowEntityExpansion_Insecure();
 
+    /// Parses a source from where it stands.
     StandaloneParseResult ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const;
     /// Parses a file, white space at its start skipped.
     StandaloneParseResult ParseXmlFile(const TString& path) const;

@@ -31,7 +31,9 @@ protected:
     Utf8InputSource(std::shared_ptr<const std::string> utf8, const TString& id,
                     bool skipLeadingWhitespace);
 
+    /// All bytes, which readers may share.
     const std::shared_ptr<const std::string>& GetData() const noexcept { return m_data; }
+    /// The offset of the byte that reading starts at.
     std::uint64_t GetStart() const noexcept { return m_start; }
 
 private:

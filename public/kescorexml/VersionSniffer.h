@@ -16,5 +16,10 @@
 /// moved it, and no further than the root start tag; whatever happens, `document` is back at its
 /// start afterwards. Costs time and memory linear in the bytes read. What the source throws, this
 /// throws. Different sources may be sniffed from different threads.
+///
+/// @code
+/// StringInputSource source(u"<workbook version='18.1'> and so on", u"w", false);
+/// std::cout << VersionSniffer(source, u"version")->GetAsString() << '\n'; // 18.1
+/// @endcode
 KESCOREXML_EXPORT std::optional<VersionNumber> VersionSniffer(InputSource& document,
                                                               const TString& attributeName);

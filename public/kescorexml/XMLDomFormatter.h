@@ -15,6 +15,15 @@
 /// on the stack. Operations that change the tree happen whole or not at all.
 ///
 /// Different objects may be used from different threads.
+///
+/// @code
+/// XMLDomFormatter formatter;
+/// formatter.OutputOpenTag(u"list", {});
+/// formatter.OutputContentTag(u"item", {}, u"tea");
+/// formatter.OutputCloseTag(u"list");
+/// const auto document = formatter.TakeDocument();
+/// std::cout << document->GetDocumentRoot()->GetChildren().size() << '\n'; // 1
+/// @endcode
 class KESCOREXML_EXPORT XMLDomFormatter : public XMLFormatter
 {
 public:
@@ -42,6 +51,7 @@ public:
     void OutputComment(const TString& text) override;
     /// The current element must bear this name.
     void OutputCloseTag(const TString& name) override;
+    /// The new element becomes the current one.
     void OutputOpenTag(const TString& name, const AttributeMap& attributes) override;
     void OutputTag(const TString& name, const AttributeMap& attributes) override;
     /// GetOutput will begin with the XML declaration.
@@ -57,8 +67,11 @@ public:
     std::unique_ptr<DOM> TakeDocument() noexcept;
     /// The document and its parts are owned by this object. Null after TakeDocument.
     DOM* GetDocument() const noexcept { return m_document.get(); }
+    /// DOM::GetRoot of the document.
     DOMElement* GetRoot() const;
+    /// DOM::GetDocumentRoot of the document.
     DOMElement* GetDocumentRoot() const;
+    /// DOM::GetElement of the document.
     DOMElement* GetElement(const TString& name) const;
 
     /// The text of what was built: the header if it was asked for, the comments in the order of

@@ -35,11 +35,17 @@ public:
     /// Attribute values by name; always written in the order of the names.
     using AttributeMap = std::unordered_map<TString, TString>;
 
+    /// What an open tag begins with: "<".
     static const TString prefixOpen;
+    /// What a close tag begins with: "</".
     static const TString prefixClose;
+    /// What both end with: ">".
     static const TString suffixOpenClose;
+    /// What the tag of an element without content ends with: " />".
     static const TString suffixEmpty;
+    /// What a comment begins with: "<!--".
     static const TString commentOpen;
+    /// What a comment ends with: "-->".
     static const TString commentClose;
 
     /// The longest indentation, in UTF-16 code units: 16,384 levels of two blanks. The text of a
@@ -52,6 +58,7 @@ public:
     class KESCOREXML_EXPORT Indenter
     {
     public:
+        /// An element without attributes.
         Indenter(XMLFormatter& formatter, const TString& name);
         /// When Indent throws, the tag is closed again before the exception leaves.
         Indenter(XMLFormatter& formatter, const TString& name, const AttributeMap& attributes);
@@ -76,6 +83,7 @@ public:
     virtual void Indent();
     /// One level back.
     virtual void Undent();
+    /// What stands before each line at present.
     virtual const TString& GetIndent() const;
     /// For sinks that buffer; does nothing here.
     virtual void Flush();
@@ -86,6 +94,7 @@ public:
     /// own text follows its children. std::length_error when the tree is so deep that the thread's
     /// stack or the indentation would not hold it; every tag that is open by then is closed.
     virtual void OutputDOMElement(const DOMElement& element);
+    /// Writes each of the children with OutputDOMElement.
     virtual void OutputDOMElements(const DOMElementChildren& children);
     /// The same as OutputContent(text, false).
     virtual void OutputContent(const TString& text);
@@ -100,7 +109,9 @@ public:
                                   const TString& text, bool encode);
     /// Two hyphens in a row cannot stand in a comment and are written "-&45;".
     virtual void OutputComment(const TString& text);
+    /// A close tag on a line.
     virtual void OutputCloseTag(const TString& name);
+    /// An open tag on a line.
     virtual void OutputOpenTag(const TString& name, const AttributeMap& attributes);
     /// An element without content.
     virtual void OutputTag(const TString& name, const AttributeMap& attributes);
@@ -127,8 +138,11 @@ public:
 
     /// Attribute values. Safe to use from several threads.
     static TString FormatBooleanAttribute(bool value);
+    /// A number in decimal digits.
     static TString FormatIntegerAttribute(int value);
+    /// A number in decimal digits.
     static TString FormatInt64Attribute(long long value);
+    /// A number in decimal digits.
     static TString FormatUInt32Attribute(unsigned int value);
     /// 17 significant digits, as by the printf conversion %g: reads back as the same value.
     static TString FormatDoubleAttribute(double value);
@@ -136,6 +150,7 @@ public:
     static TString FormatFloatAttribute(float value);
     /// The canonical text of a value, free of any locale.
     static TString FormatDataValueAttribute(const DataValue& value);
+    /// The written form of a name.
     static TString FormatQualifiedNameAttribute(const QualifiedName& name);
 
     /// Writes a document: the header if wanted, the comment if not null, the document element if

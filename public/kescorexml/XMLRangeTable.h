@@ -41,6 +41,7 @@ public:
     ~XMLRangeTable();
     /// A source that was moved from is a logic assertion; this table is then unchanged.
     XMLRangeTable& operator=(const XMLRangeTable& other);
+    /// The source may afterwards only be destroyed or assigned to.
     XMLRangeTable& operator=(XMLRangeTable&& other) noexcept;
 
     /// The kind of the range that holds byte `position`; `end` becomes the index of the first byte

@@ -7,9 +7,19 @@
 /// of OutputDOMElement that throws leaves the output as it was.
 ///
 /// Different objects may be used from different threads.
+///
+/// @code
+/// XMLStringFormatter formatter(u"", true);
+/// {
+///     const XMLFormatter::Indenter list(formatter, u"list");
+///     formatter.OutputContentTag(u"item", {{u"cups", u"2"}}, u"tea & milk");
+/// }
+/// std::cout << formatter.GetOutput() << '\n'; // <list><item cups='2'>tea &amp; milk</item></list>
+/// @endcode
 class KESCOREXML_EXPORT XMLStringFormatter : public XMLFormatter
 {
 public:
+    /// See XMLFormatter.
     XMLStringFormatter(const TString& indentUnit, bool suppressNewlines);
     ~XMLStringFormatter() override;
 

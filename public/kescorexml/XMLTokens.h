@@ -16,6 +16,7 @@ extern KESCOREXML_EXPORT const TString tagPack;
 extern KESCOREXML_EXPORT const TString tagTuple;
 extern KESCOREXML_EXPORT const TString tagValue;
 
+/// How truth values are written.
 extern KESCOREXML_EXPORT const TString valueFalse;
 extern KESCOREXML_EXPORT const TString valueTrue;
 

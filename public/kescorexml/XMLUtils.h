@@ -18,7 +18,9 @@ namespace XmlUtils {
 /// A piece of a string. A `start` of npos means "none".
 struct StringRange
 {
+    /// The first position; npos when there is none.
     std::size_t start = std::string::npos;
+    /// The number of positions.
     std::size_t length = 0;
 
     friend bool operator==(const StringRange&, const StringRange&) noexcept = default;

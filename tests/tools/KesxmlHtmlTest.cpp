@@ -319,6 +319,7 @@ TEST_F(KesxmlHtml, ShowsWhatIsWrongWithASchema)
     const HtmlPage page = PageOf({"--xsd", schema, "-"}, "<n/>");
     EXPECT_THAT(page.Texts("td", "result errors"), SizeIs(1));
     EXPECT_THAT(Lines(page), Contains(HasSubstr("type='none'")));
+    EXPECT_THAT(page.Texts("header")[0], Not(HasSubstr("Validated")));
 }
 
 TEST_F(KesxmlHtml, TakesNothingForMarkup)
@@ -426,7 +427,7 @@ TEST_F(KesxmlHtml, SaysWhyAReportCannotBeWritten)
 {
     const QString file = Write("a.xml", "<a/>");
     for (const QString& report : {m_directory.filePath("no/folder.html"), m_directory.path(),
-                                  QString("/dev/null"), QString("")}) {
+                                  QString("/dev/null"), QString("-"), QString("")}) {
         const KesxmlOutcome outcome = RunKesxml({"check", "--html", report, file});
         EXPECT_EQ(outcome.status, 2) << report.toStdString();
         EXPECT_EQ(outcome.out, "");

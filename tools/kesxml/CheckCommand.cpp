@@ -102,13 +102,16 @@ int RunCheck(const QStringList& arguments)
                 return FailUsage(arguments, "the report would replace '" + file + "'.");
         }
         page = std::make_unique<HtmlReport>(name);
-        page->SetSchemas(schemas);
     }
 
     DocumentReader reader({parser.isSet(allowEntities), true});
     CheckReport report(parser.isSet(json), files.size() > 20 && HasProgressLine(), page.get());
-    const int status = LoadSchemas(reader, schemas, report) ? CheckFiles(reader, files, report)
-                                                            : DocumentHasErrors;
+    int status = DocumentHasErrors;
+    if (LoadSchemas(reader, schemas, report)) {
+        if (page)
+            page->SetSchemas(schemas);
+        status = CheckFiles(reader, files, report);
+    }
     if (page)
         page->Write();
     return status;

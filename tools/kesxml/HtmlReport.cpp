@@ -32,8 +32,9 @@ constexpr const char* c_doctype = "<!DOCTYPE html>";
 /// side by side on the command line.
 void CheckReplaceable(const QString& name)
 {
-    if (name.isEmpty())
-        Fail(name, "it needs a name");
+    // Standard output tells of the check already.
+    if (name.isEmpty() || name == "-")
+        Fail(name, "it needs the name of a file");
     const QFileInfo info(name);
     if (!info.exists())
         return;

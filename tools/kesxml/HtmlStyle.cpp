@@ -143,6 +143,9 @@ footer { margin-top: 3rem; font-size: 0.85rem; }
   }
   body { max-width: none; padding: 0; font-size: 10pt; }
   .back { display: none; }
+  .documents { overflow: visible; }
+  .documents th, .documents td { padding-inline-end: 0.4rem; font-size: 8pt; }
+  .documents thead th { white-space: normal; }
   h2, h3, thead { break-after: avoid; }
   .chart, .line, .message, .documents tr { break-inside: avoid; }
 }

@@ -14,9 +14,11 @@ namespace art {
 /// One finished activity.
 struct ActivityRecord
 {
+    /// What was done.
     std::string_view name;
     /// In the order added; numbers as decimal text.
     std::vector<std::pair<TString, TString>> attributes;
+    /// How long it took.
     std::int64_t nanoseconds = 0;
     /// Growth of the process's allocated heap from begin to end of the activity, in bytes;
     /// negative when it shrank. Other threads' allocations count too.
@@ -28,6 +30,7 @@ class KESPLATFORM_EXPORT ActivitySink
 {
 public:
     virtual ~ActivitySink();
+    /// Called once for each activity.
     virtual void ActivityFinished(const ActivityRecord& record) = 0;
 };
 
@@ -46,6 +49,7 @@ public:
     ActivityScope(const ActivityScope&) = delete;
     ActivityScope& operator=(const ActivityScope&) = delete;
 
+    /// Whether no sink was installed when it began.
     bool IsClosed() const noexcept { return m_sink == nullptr; }
     /// Nothing when closed.
     void AddAttribute(const TString& key, const TString& value);

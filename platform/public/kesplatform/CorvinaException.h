@@ -16,10 +16,13 @@ class KESPLATFORM_EXPORT CorvinaException : public std::exception
 public:
     /// An exception whose record is TError::ErrorInfo::NoError().
     explicit CorvinaException(const TString& message);
+    /// An exception with this record, and perhaps what caused it.
     CorvinaException(const TString& message, const TError::ErrorInfo& info);
     CorvinaException(const TString& message, const TError::ErrorInfo& info,
                      const CorvinaException& cause);
+    /// Copies share the causes.
     CorvinaException(const CorvinaException&) = default;
+    /// The same for assignment.
     CorvinaException& operator=(const CorvinaException&) = default;
     ~CorvinaException() override;
 
@@ -34,6 +37,7 @@ public:
     /// One line for a log: every message with its error identifier where there is one.
     virtual TString CollateMessagesForLog() const;
 
+    /// The record for programs.
     const TError::ErrorInfo& GetErrorInfo() const noexcept { return m_info; }
     /// Null when nothing caused this exception; lives as long as this exception.
     const CorvinaException* GetCause() const noexcept { return m_cause.get(); }

@@ -9,8 +9,11 @@
 /// A calendar date (proleptic Gregorian), month and day from 1.
 struct DataDate
 {
+    /// The year.
     int year = 1970;
+    /// From 1 to 12.
     int month = 1;
+    /// From 1.
     int day = 1;
     friend bool operator==(const DataDate&, const DataDate&) noexcept = default;
 };
@@ -18,10 +21,15 @@ struct DataDate
 /// A date and a time of day without time zone.
 struct DataDateTime
 {
+    /// The day.
     DataDate date;
+    /// From 0 to 23.
     int hour = 0;
+    /// From 0 to 59.
     int minute = 0;
+    /// From 0 to 59.
     int second = 0;
+    /// From 0 to 999.
     int millisecond = 0;
     friend bool operator==(const DataDateTime&, const DataDateTime&) noexcept = default;
 };
@@ -30,10 +38,12 @@ struct DataDateTime
 class KESPLATFORM_EXPORT DataValue
 {
 public:
+    /// What is held; std::monostate stands for no value.
     using Variant =
         std::variant<std::monostate, bool, std::int64_t, double, TString, DataDate, DataDateTime>;
 
     DataValue() noexcept = default;
+    /// Holds a value of this type.
     explicit DataValue(bool value) noexcept : m_value(value) {}
     explicit DataValue(int value) noexcept : m_value(std::int64_t{value}) {}
     explicit DataValue(std::int64_t value) noexcept : m_value(value) {}
@@ -43,7 +53,9 @@ public:
     explicit DataValue(DataDate value) noexcept : m_value(value) {}
     explicit DataValue(DataDateTime value) noexcept : m_value(value) {}
 
+    /// Whether no value is held.
     bool IsNull() const noexcept { return m_value.index() == 0; }
+    /// What is held, valid as long as this object.
     const Variant& Get() const noexcept { return m_value; }
 
     friend bool operator==(const DataValue&, const DataValue&) noexcept = default;
@@ -54,6 +66,7 @@ private:
 
 namespace DataValueFormatter {
 
+/// How values are written.
 struct FormatOptions
 {
     /// Texts for machines: no locale, and each reads back as the same value. Without it the texts

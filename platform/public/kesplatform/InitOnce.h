@@ -8,6 +8,8 @@
 class InitOnce
 {
 public:
+    /// Runs `function` unless it, or another one given here, has run to its end. Others wait
+    /// meanwhile. What it throws leaves it to be run by a later call.
     template <typename Function>
     void Run(Function&& function)
     {

@@ -14,6 +14,7 @@ KESPLATFORM_EXPORT TString GetDefaultISOString();
 /// (zh_HK gives zh_TW, pt_PT gives pt_BR, en_AU gives en_GB, de_AT gives de_DE), else the default.
 /// Language and region are compared as they are written, "_" between them.
 KESPLATFORM_EXPORT LanguageCode GetClosestSupportedLanguageCode(const TString& language);
+/// The code as text, for example "pt_BR".
 KESPLATFORM_EXPORT TString GetISOString(const LanguageCode& language);
 
 } // namespace LanguageUtils

@@ -9,6 +9,7 @@ class KESPLATFORM_EXPORT LogicException : public CorvinaException
 public:
     /// The message is `text`; the record holds `error` with source 1 and status 2.
     LogicException(const TString& file, int line, const TString& text, const CorvinaError& error);
+    /// Copies share the causes.
     LogicException(const LogicException&) = default;
     ~LogicException() override;
 
@@ -17,6 +18,7 @@ public:
 
     /// The source path without extension.
     const TString& GetFile() const noexcept { return m_file; }
+    /// The line in that source.
     int GetLine() const noexcept { return m_line; }
     /// The condition as it stands in the source, or a sentence.
     const TString& GetText() const noexcept { return m_text; }

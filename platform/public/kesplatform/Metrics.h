@@ -14,10 +14,14 @@ class KESPLATFORM_EXPORT Sink
 {
 public:
     virtual ~Sink();
+    /// A scope begins; `flags` are those of its maker.
     virtual void ScopeOpened(std::string_view name, std::uint64_t flags) = 0;
+    /// A number that belongs to an open scope.
     virtual void ValueEmitted(std::string_view scope, std::string_view key, std::int64_t value) = 0;
+    /// Bytes that belong to an open scope, valid during the call.
     virtual void BytesEmitted(std::string_view scope, std::string_view key,
                               std::string_view bytes) = 0;
+    /// The scope that was opened last, and not closed yet, closes.
     virtual void ScopeClosed(std::string_view name, std::int64_t nanoseconds) = 0;
 };
 
@@ -36,7 +40,9 @@ public:
     Scope(const Scope&) = delete;
     Scope& operator=(const Scope&) = delete;
 
+    /// Whether a sink listens to this scope.
     bool IsOpen() const noexcept { return m_sink != nullptr; }
+    /// Hands a number or bytes to the sink, if one listens.
     void Emit(std::string_view key, std::int64_t value) const noexcept;
     void Emit(std::string_view key, std::string_view bytes) const noexcept;
 

@@ -13,6 +13,7 @@ class KESPLATFORM_EXPORT QualifiedName
 {
 public:
     QualifiedName() noexcept = default;
+    /// A name of these parts, which are not written forms.
     QualifiedName(TString root, TString field) noexcept
         : m_root(std::move(root)), m_field(std::move(field))
     {
@@ -20,8 +21,10 @@ public:
 
     /// Both parts are empty.
     bool IsEmpty() const noexcept { return m_root.IsEmpty() && m_field.IsEmpty(); }
+    /// The root, empty for a local name.
     const TString& GetRootValue() const noexcept { return m_root; }
     void SetRootValue(const TString& root) noexcept { m_root = root; }
+    /// The field.
     const TString& GetFieldValue() const noexcept { return m_field; }
     /// The written form; that of a name without root is the field alone.
     TString GetFullValue() const;
@@ -39,13 +42,16 @@ private:
 class KESPLATFORM_EXPORT FieldName : public QualifiedName
 {
 public:
+    /// Names that were parsed, by their written form.
     using Cache = std::unordered_map<TString, QualifiedName>;
 
     FieldName() noexcept = default;
+    /// The field of a data source.
     FieldName(TString dataSource, TString field) noexcept
         : QualifiedName(std::move(dataSource), std::move(field))
     {
     }
+    /// Takes the root as the data source.
     explicit FieldName(QualifiedName name) noexcept : QualifiedName(std::move(name)) {}
 
     /// Reads root.field; a text without an unquoted dot is a field without root. The first unquoted

@@ -13,9 +13,12 @@
 class KESPLATFORM_EXPORT TResource
 {
 public:
+    /// Looks for nothing yet.
     explicit TResource(const TString& name);
 
+    /// The name that it was made with.
     const TString& GetName() const noexcept { return m_name; }
+    /// Whether there is such a resource.
     bool isValid() const;
     /// The bytes. A missing resource is a CorvinaException that names it.
     std::string GetBytes() const;
@@ -31,6 +34,7 @@ public:
     /// Reads the resource whole. A missing resource is a CorvinaException that names it.
     explicit UTF8StringTResource(const TString& name);
 
+    /// The text.
     const TString& GetString() const noexcept { return m_text; }
 
 private:
@@ -42,12 +46,14 @@ private:
 class KESPLATFORM_EXPORT ResourceRegistrationCache
 {
 public:
+    /// The only one, which lives as long as the process.
     static ResourceRegistrationCache& GetInstance();
 
     /// The registered name, else that of the alias without variant, else the alias itself.
     TString GetResourcePath(const TString& alias, const TString& variant) const;
     /// Registers or replaces a name.
     void Register(const TString& alias, const TString& variant, const TString& name);
+    /// Forgets a name; does nothing when there is none.
     void Unregister(const TString& alias, const TString& variant);
 
 private:

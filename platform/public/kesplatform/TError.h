@@ -12,12 +12,15 @@ class KESPLATFORM_EXPORT CorvinaError
 public:
     /// Code 0 and an empty identifier: no error.
     CorvinaError() noexcept = default;
+    /// An error of this code and identifier.
     CorvinaError(std::uint32_t code, TString identifier) noexcept
         : m_code(code), m_identifier(std::move(identifier))
     {
     }
 
+    /// The code.
     std::uint32_t GetCode() const noexcept { return m_code; }
+    /// The identifier.
     const TString& GetIdentifier() const noexcept { return m_identifier; }
 
     friend bool operator==(const CorvinaError&, const CorvinaError&) noexcept = default;
@@ -37,6 +40,7 @@ class KESPLATFORM_EXPORT ErrorInfo
 public:
     /// The same as NoError().
     ErrorInfo() noexcept = default;
+    /// A record of these.
     ErrorInfo(CorvinaError error, int errorSource, int statusCode) noexcept
         : m_error(std::move(error)), m_errorSource(errorSource), m_statusCode(statusCode)
     {
@@ -45,8 +49,11 @@ public:
     /// A record that names no error; source and status are 0.
     static ErrorInfo NoError() noexcept { return {}; }
 
+    /// Which error it is.
     const CorvinaError& GetError() const noexcept { return m_error; }
+    /// Who is the source of it.
     int GetErrorSource() const noexcept { return m_errorSource; }
+    /// What state it leaves.
     int GetStatusCode() const noexcept { return m_statusCode; }
 
     friend bool operator==(const ErrorInfo&, const ErrorInfo&) noexcept = default;

@@ -15,13 +15,16 @@ namespace TIO {
 class KESPLATFORM_EXPORT Exception : public CorvinaException
 {
 public:
+    /// About a file; the message names it and the reason.
     Exception(const TPath& path, const TString& reason);
+    /// A copy about the same file.
     Exception(const Exception&) = default;
     ~Exception() override;
 
     Exception* Clone() const override;
     [[noreturn]] void Throw() const override;
 
+    /// The file, as it was named.
     const TPath& GetPath() const noexcept { return m_path; }
 
 private:
@@ -35,11 +38,13 @@ private:
 class KESPLATFORM_EXPORT TFile
 {
 public:
+    /// Opens nothing yet.
     explicit TFile(const TPath& path);
     ~TFile();
     TFile(const TFile&) = delete;
     TFile& operator=(const TFile&) = delete;
 
+    /// The path that it was made with.
     const TPath& GetPath() const noexcept { return m_path; }
 
     /// Opens for reading. A directory, or anything that cannot be opened, is a TIO::Exception.

@@ -12,9 +12,11 @@ class KESPLATFORM_EXPORT TFormatString
 {
 public:
     TFormatString() noexcept = default;
+    /// A text with placeholders.
     TFormatString(TString format) noexcept : m_format(std::move(format)) {}
     TFormatString(const char16_t* format) : m_format(format) {}
 
+    /// The text as it was given.
     const TString& GetFormat() const noexcept { return m_format; }
 
     /// The text with every placeholder replaced in one pass, so that an argument that contains

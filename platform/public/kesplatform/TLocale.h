@@ -8,8 +8,10 @@ class KESPLATFORM_EXPORT LanguageCode
 {
 public:
     LanguageCode() noexcept = default;
+    /// Takes a code such as "de_DE".
     explicit LanguageCode(TString isoString) noexcept : m_isoString(std::move(isoString)) {}
 
+    /// The code.
     const TString& GetISOString() const noexcept { return m_isoString; }
     /// The part before the first "_".
     TString GetLanguage() const;
@@ -24,8 +26,10 @@ private:
 class KESPLATFORM_EXPORT TLocale
 {
 public:
+    /// The locale of a language.
     explicit TLocale(LanguageCode language) noexcept : m_language(std::move(language)) {}
 
+    /// The language.
     const LanguageCode& getLanguageCode() const noexcept { return m_language; }
 
 private:

@@ -22,8 +22,11 @@ enum AnySeverity
 /// One message on its way to the sink. The references end with the call of the sink.
 struct Record
 {
+    /// How grave it is.
     AnySeverity severity;
+    /// The text, valid during the call.
     const TString& message;
+    /// The record that belongs to it, valid during the call.
     const TError::ErrorInfo& info;
 };
 

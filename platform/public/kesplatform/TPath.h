@@ -10,10 +10,13 @@ class KESPLATFORM_EXPORT TPath
 {
 public:
     TPath() noexcept = default;
+    /// A path as it is written.
     TPath(TString path) noexcept : m_path(std::move(path)) {}
     TPath(const char16_t* path) : m_path(path) {}
 
+    /// Whether it is the empty text.
     bool IsEmpty() const noexcept { return m_path.IsEmpty(); }
+    /// The text.
     const TString& GetString() const noexcept { return m_path; }
     /// The path without its last part: "a" of "a/x", empty of "x". The root stays: "/" of "/x".
     TPath RemoveFilename() const;

@@ -18,9 +18,13 @@ public:
     TReadWriteLock(const TReadWriteLock&) = delete;
     TReadWriteLock& operator=(const TReadWriteLock&) = delete;
 
+    /// Waits until no other thread holds the lock.
     void LockExclusive();
+    /// Gives back what LockExclusive took.
     void UnlockExclusive() noexcept;
+    /// Waits until no other thread holds the lock exclusively.
     void LockShared();
+    /// Gives back what LockShared took.
     void UnlockShared() noexcept;
 
 private:
@@ -37,6 +41,7 @@ private:
 class ScopedLock
 {
 public:
+    /// Takes the lock exclusively.
     explicit ScopedLock(TReadWriteLock& lock) : m_lock(lock) { m_lock.LockExclusive(); }
     ~ScopedLock() { m_lock.UnlockExclusive(); }
     ScopedLock(const ScopedLock&) = delete;
@@ -50,6 +55,7 @@ private:
 class ScopedReadLock
 {
 public:
+    /// Takes the lock together with other readers.
     explicit ScopedReadLock(TReadWriteLock& lock) : m_lock(lock) { m_lock.LockShared(); }
     ~ScopedReadLock() { m_lock.UnlockShared(); }
     ScopedReadLock(const ScopedReadLock&) = delete;

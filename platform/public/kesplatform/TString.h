@@ -29,16 +29,19 @@
 class KESPLATFORM_EXPORT TString
 {
 public:
+    /// What generic code asks of a container of units.
     using size_type = std::ptrdiff_t;
     using value_type = char16_t;
     using const_iterator = const char16_t*;
 
+    /// Whether comparisons tell capitals from small letters.
     enum CaseSensitivity
     {
         CaseInsensitive = 0,
         CaseSensitive = 1
     };
 
+    /// The longest text, in units; std::length_error beyond.
     static constexpr size_type maxLength = 0x7FFFFFF0;
 
     constexpr TString() noexcept = default;
@@ -46,16 +49,20 @@ public:
     TString(const char16_t* text);
     /// Copies `length` units; none when it is not positive.
     TString(const char16_t* text, size_type length);
+    /// Copies the units.
     explicit TString(std::u16string_view text);
     /// Decodes a zero-terminated UTF-8 text; see fromUtf8.
     TString(const char* utf8);
+    /// Copies the units.
     TString(const QString& text);
     /// A text of `length` units, all of them `unit`; empty when `length` is not positive.
     TString(size_type length, char16_t unit);
+    /// Shares the units; allocates nothing.
     TString(const TString& other) noexcept : m_rep(other.m_rep) { Retain(m_rep); }
     TString(TString&& other) noexcept : m_rep(other.m_rep) { other.m_rep = nullptr; }
     ~TString() { Release(m_rep); }
 
+    /// Shares the units; allocates nothing.
     TString& operator=(const TString& other) noexcept
     {
         Retain(other.m_rep);
@@ -69,19 +76,27 @@ public:
         return *this;
     }
 
+    /// Copies the units.
     operator QString() const;
+    /// The units; valid until this object changes or ends.
     operator std::u16string_view() const noexcept { return view(); }
 
+    /// Whether there is no unit.
     bool IsEmpty() const noexcept { return m_rep == nullptr || m_rep->Length() == 0; }
+    /// The same, as Qt spells it.
     bool isEmpty() const noexcept { return IsEmpty(); }
+    /// The number of units.
     size_type length() const noexcept { return m_rep == nullptr ? 0 : m_rep->Length(); }
+    /// The same, as the standard library spells it.
     size_type size() const noexcept { return length(); }
     /// The zero-terminated units; valid until this object changes or ends.
     const char16_t* utf16() const noexcept { return m_rep == nullptr ? u"" : m_rep->Units(); }
+    /// The units; valid until this object changes or ends.
     std::u16string_view view() const noexcept
     {
         return {utf16(), static_cast<std::size_t>(length())};
     }
+    /// The units; valid until this object changes or ends.
     const_iterator begin() const noexcept { return utf16(); }
     const_iterator end() const noexcept { return utf16() + length(); }
     /// Requires 0 <= index < length().
@@ -91,6 +106,7 @@ public:
     TString& append(const TString& text);
     TString& append(std::u16string_view text);
     TString& append(char16_t unit);
+    /// The same as append.
     TString& operator+=(const TString& text) { return append(text); }
     TString& operator+=(std::u16string_view text) { return append(text); }
     TString& operator+=(const char16_t* text) { return append(std::u16string_view(text)); }
@@ -112,12 +128,16 @@ public:
 
     /// The first or last `count` units; a count that is negative or too large gives the whole text.
     TString left(size_type count) const;
+    /// The last `count` units, with the same exceptions.
     TString right(size_type count) const;
     /// At most `count` units (a negative count: all) from `position` on; empty past the end.
     TString mid(size_type position, size_type count = -1) const;
 
+    /// Whether the text begins so; the empty text begins every text.
     bool startsWith(const TString& text, int caseSensitivity = CaseSensitive) const;
+    /// Whether the text ends so; the empty text ends every text.
     bool endsWith(const TString& text, int caseSensitivity = CaseSensitive) const;
+    /// Whether it occurs somewhere.
     bool contains(const TString& text) const noexcept { return indexOf(text) >= 0; }
     bool contains(char16_t unit) const noexcept { return indexOf(unit) >= 0; }
     /// First position not before `from`; an empty text is found at any `from` up to the length.
@@ -133,14 +153,18 @@ public:
 
     /// White space is what TCType::isSpace says.
     TString trimmed() const;
+    /// Without the white space at the start only.
     TString trimLeft() const;
 
     /// Numbers in the C locale, blanks around them ignored. Bad text and overflow give 0 and false.
     /// Base 2 to 36, or 0 for the prefixes of C.
     int toInt(bool* ok = nullptr, int base = 10) const;
+    /// The same for numbers of 64 bits without sign.
     unsigned long long toULongLong(bool* ok = nullptr, int base = 10) const;
+    /// The same for decimal numbers, with or without exponent.
     double toDouble(bool* ok = nullptr) const;
 
+    /// The number in decimal digits.
     static TString number(int value);
     static TString number(unsigned int value);
     static TString number(long value);
@@ -153,6 +177,7 @@ public:
 
     /// UTF-8. A unit that is half of no pair becomes U+FFFD.
     std::string toStdString() const;
+    /// The text of UTF-8 bytes.
     static TString fromStdString(const std::string& utf8) { return fromUtf8(utf8); }
     /// Decodes UTF-8. Each byte that is part of no well-formed sequence becomes one U+FFFD. A
     /// leading byte-order mark is a character like any other and stays as U+FEFF.
@@ -372,9 +397,11 @@ inline void TString::Retain(Rep* rep) noexcept
     }
 }
 
+/// For unordered containers.
 template <>
 struct std::hash<TString>
 {
+    /// Equal texts have equal hashes.
     std::size_t operator()(const TString& text) const noexcept { return text.Hash(); }
 };
 
