@@ -203,6 +203,7 @@ void XercesXMLParserImpl::PrepareParserState()
 
 void XercesXMLParserImpl::SwitchToValidating()
 {
+    m_memory->PrepareForSchemas();
     m_noSchemaLoaded = false;
     try {
         PrepareParserState();
