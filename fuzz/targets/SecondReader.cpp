@@ -69,15 +69,23 @@ std::string FindVersion(const std::string& text)
                : text.substr(open + 1, text.find(text[open], open + 1) - open - 1);
 }
 
-/// Whether the position is just behind the default value that a declaration of attributes has.
-bool IsBehindDefaultValue(std::string_view text, std::size_t position)
+/// Whether Expat misses, in a declaration of attributes, the blank between one attribute and the
+/// next, which the scanner does not ask for.
+bool IsBlankMissingBetweenAttributes(const ExpatReading& reading, std::string_view text)
 {
+    const std::size_t position = reading.errorPosition;
     if (position == 0 || position >= text.size())
         return false;
-    const char quote = text[position - 1];
     const std::size_t declaration = text.rfind("<!", position);
-    return (quote == '"' || quote == '\'') && declaration != std::string_view::npos &&
-           text.substr(declaration).starts_with("<!ATTLIST");
+    if (declaration == std::string_view::npos || !text.substr(declaration).starts_with("<!ATTLIST"))
+        return false;
+    // Behind the default value, or behind the word in its place.
+    const char previous = text[position - 1];
+    if (reading.error == "not well-formed (invalid token)")
+        return previous == '"' || previous == '\'';
+    const std::string_view rest = text.substr(position);
+    return reading.error == "syntax error" &&
+           (rest.starts_with("#IMPLIED") || rest.starts_with("#REQUIRED"));
 }
 
 /// Why the library may take what Expat refuses; empty when there is no reason.
@@ -88,10 +96,8 @@ std::string_view FindReasonToTake(const ExpatReading& reading, const std::string
     if (reading.error == "not well-formed (invalid token)" && character >= 0x80 &&
         (character > 0xFFFF || XmlUtils::IsNameChar(static_cast<char16_t>(character))))
         return "name";
-    // The scanner misses no blank between one declared attribute and the next.
-    if (reading.error == "not well-formed (invalid token)" &&
-        IsBehindDefaultValue(text, reading.errorPosition))
-        return "no blank behind a default value";
+    if (IsBlankMissingBetweenAttributes(reading, text))
+        return "no blank between declared attributes";
     if (reading.error == "unknown encoding")
         return "encoding";
     // The scanner goes by the bytes where single bytes declare larger units.

@@ -2,6 +2,7 @@
 
 #include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/util/BinMemInputStream.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include <cstring>
@@ -15,6 +16,10 @@ using xercesc::XMLPlatformUtils;
 // other.
 
 namespace {
+
+/// The room of the stack with which the scanner takes the content model of a type apart, a tree of
+/// which only a deep one needs more.
+constexpr XMLSize_t c_destructionStackSize = 10 * sizeof(void*);
 
 /// What a block begins with: the address of its manager.
 XMLSize_t GetHeaderSize() noexcept
@@ -55,10 +60,17 @@ ScannerMemory::~ScannerMemory()
 
 void ScannerMemory::Reset() noexcept
 {
+    m_hasFailed = false;
     m_readers.clear();
     m_topReader = nullptr;
     if (m_refusedStream != nullptr)
         deallocate(m_refusedStream);
+}
+
+void ScannerMemory::PrepareForSchemas()
+{
+    if (!m_reserve)
+        m_reserve.emplace();
 }
 
 xercesc::MemoryManager* ScannerMemory::getExceptionMemoryManager()
@@ -72,7 +84,7 @@ void* ScannerMemory::allocate(XMLSize_t size)
     const bool isReader = size == GetBlockSize<xercesc::XMLReader>();
     if (isReader) [[unlikely]]
         OpenReader();
-    void* const block = XMLPlatformUtils::fgMemoryManager->allocate(size);
+    void* const block = AllocateBlock(size);
     if (isReader) [[unlikely]]
         NoteReader(block);
     m_latest = block;
@@ -80,9 +92,29 @@ void* ScannerMemory::allocate(XMLSize_t size)
     return block;
 }
 
+void* ScannerMemory::AllocateBlock(XMLSize_t size)
+{
+    if (!m_reserve)
+        return XMLPlatformUtils::fgMemoryManager->allocate(size);
+    try {
+        void* const block = XMLPlatformUtils::fgMemoryManager->allocate(size);
+        // Readers are large, come once for each entity, and initialise themselves.
+        if (size != GetBlockSize<xercesc::XMLReader>())
+            std::memset(block, 0, size);
+        return block;
+    } catch (const xercesc::OutOfMemoryException&) {
+        void* const block =
+            m_hasFailed || size == c_destructionStackSize ? m_reserve->Allocate(size) : nullptr;
+        if (block != nullptr)
+            return block;
+        m_hasFailed = true;
+        throw;
+    }
+}
+
 void ScannerMemory::deallocate(void* block)
 {
-    if (block == nullptr)
+    if (block == nullptr || (m_reserve && m_reserve->Deallocate(block)))
         return;
     if (block == m_latest)
         m_latest = nullptr;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "MemoryReserve.h"
 #include "ParseBudget.h"
 
 #include <xercesc/framework/MemoryManager.hpp>
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 /// The memory of one scanner: all of it comes from Xerces's own memory manager. On the way it sees
@@ -23,12 +25,19 @@ public:
     /// No entity is open. Call it between parses.
     void Reset() noexcept;
 
+    /// Call it before the first schema. Where memory fails while it compiles or destroys a schema,
+    /// the scanner allocates in destructors, which would end the process, and destroys what it has
+    /// not initialised. From now on memory begins as zeros, and some is put aside for what has to
+    /// be done before and after the failure is reported.
+    void PrepareForSchemas();
+
     xercesc::MemoryManager* getExceptionMemoryManager() override;
     /// LimitExceeded when the block is for an entity that the budget does not allow.
     void* allocate(XMLSize_t size) override;
     void deallocate(void* block) override;
 
 private:
+    void* AllocateBlock(XMLSize_t size);
     void OpenReader();
     void NoteReader(void* block);
     bool IsStreamOfEntity() const noexcept;
@@ -42,6 +51,10 @@ private:
     std::vector<void*> m_readers;
     /// The last of m_readers, or null.
     void* m_topReader = nullptr;
+    /// Once there are schemas.
+    std::optional<MemoryReserve> m_reserve;
+    /// Whether the scanner has been told that memory ran out, and is cleaning up.
+    bool m_hasFailed = false;
     /// A stream that nobody took over because its entity was refused.
     void* m_refusedStream = nullptr;
 };

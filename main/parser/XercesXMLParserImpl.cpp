@@ -204,6 +204,7 @@ void XercesXMLParserImpl::PrepareParserState()
 
 void XercesXMLParserImpl::SwitchToValidating()
 {
+    m_memory->PrepareForSchemas();
     m_noSchemaLoaded = false;
     try {
         PrepareParserState();

@@ -226,6 +226,32 @@ TEST(DeepTrees, AreWrittenWithoutIndentationAndRefusedWithIt)
     });
 }
 
+TEST(DeepTrees, AreMadeByFormatterCalls)
+{
+    RunOnSmallStack([] {
+        const auto make = [](XMLFormatter& formatter) {
+            for (std::size_t level = 0; level < c_levels; ++level)
+                formatter.OutputOpenTag(u"e", {});
+            formatter.OutputContent(u"x", false);
+            for (std::size_t level = 0; level < c_levels; ++level)
+                formatter.OutputCloseTag(u"e");
+        };
+        XMLStringFormatter plain(TString(), true);
+        make(plain);
+        EXPECT_EQ(CountLevels(*DOMParser().ParseXmlString(plain.GetOutput(), u"id")), c_levels);
+
+        XMLDomFormatter tree;
+        make(tree);
+        DOM dom;
+        *dom.GetRoot() = *tree.GetRoot();
+        EXPECT_EQ(CountLevels(dom), c_levels);
+        EXPECT_EQ(GetDeepest(dom).GetText(), u"x");
+        XMLDomFormatter copy;
+        copy.OutputDOMElement(*dom.GetDocumentRoot());
+        EXPECT_TRUE(*copy.GetDocumentRoot() == *dom.GetDocumentRoot());
+    });
+}
+
 TEST(DeepTrees, OfMixedContentToo)
 {
     RunOnSmallStack([] {

@@ -45,6 +45,11 @@ std::vector<std::string> MakeDocuments(const std::string& place)
         "<?xml-stylesheet href=\"" + place + "\" type='text/xsl'?><?xml-model href=\"" + place +
             "\"?><a/>",
         "<a xml:base=" + quoted + " xmlns:p=" + quoted + "/>",
+        "<?xml version='1.0' encoding=" + quoted + "?><a/>",
+        "<?xml version='1.0' encoding='there.xml'?><a/>",
+        "<?xml version='1.0' encoding='ibm-9999_P100-1999'?><a/>",
+        "<?xml\nversion='1.0' encoding='x-there'?><a/>",
+        "<?xml version='1.0' encoding='windows-1253'?><a>\xD2</a>",
     };
 }
 
@@ -89,6 +94,7 @@ void ParseInAllWays(const std::string& document, const std::string& schema)
         }
         tree.ParseXmlString(document, u"id");
         tree.ParseXmlString(document, u"/tmp/id.xml");
+        tree.ParseXmlBytes({document.begin(), document.end()});
         standalone.ParseXmlString(document, u"id");
         standalone.AllowEntityExpansion_Insecure();
         standalone.ParseXmlString(document, u"file:///tmp/id.xml");

@@ -59,6 +59,10 @@ const std::vector<Document>& Documents()
         {"<?xml version='1.1'\xC3(?><a/>"},
         {"<a/>\xC3"},
         {std::string("<?xml version='1.1'?><a/>\0<b/>", 29)},
+        {"<?xml\nversion='1.0' encoding='ISO-8859-1'?><a>\xE9</a>"},
+        {"<?xml version='1.0' encoding='windows-1253'?><a>\xD2</a>"},
+        {"<!DOCTYPE a SYSTEM 'b\x0E'><a/>"},
+        {"<?xml version='1.1'?><!DOCTYPE a [<!NOTATION n SYSTEM '\x0E'>]><a/>"},
     };
     return s_documents;
 }
