@@ -8,7 +8,7 @@
 class MemoryReserve
 {
 public:
-    MemoryReserve() : m_bytes(std::make_unique<std::byte[]>(c_size)) {}
+    MemoryReserve() : m_bytes(std::make_unique_for_overwrite<std::byte[]>(c_size)) {}
 
     /// Null when the rest of the reserve is smaller.
     void* Allocate(std::size_t size) noexcept

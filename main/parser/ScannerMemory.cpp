@@ -6,6 +6,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include <cstring>
+#include <limits>
 
 using xercesc::BinMemInputStream;
 using xercesc::XMLPlatformUtils;
@@ -56,6 +57,8 @@ ScannerMemory::ScannerMemory(ParseBudget& budget) : m_budget(budget), m_streamTy
 ScannerMemory::~ScannerMemory()
 {
     Reset();
+    while (m_blocks.next != &m_blocks)
+        FreeLinked(m_blocks.next + 1);
 }
 
 void ScannerMemory::Reset() noexcept
@@ -65,12 +68,6 @@ void ScannerMemory::Reset() noexcept
     m_topReader = nullptr;
     if (m_refusedStream != nullptr)
         deallocate(m_refusedStream);
-}
-
-void ScannerMemory::PrepareForSchemas()
-{
-    if (!m_reserve)
-        m_reserve.emplace();
 }
 
 xercesc::MemoryManager* ScannerMemory::getExceptionMemoryManager()
@@ -94,17 +91,15 @@ void* ScannerMemory::allocate(XMLSize_t size)
 
 void* ScannerMemory::AllocateBlock(XMLSize_t size)
 {
-    if (!m_reserve)
-        return XMLPlatformUtils::fgMemoryManager->allocate(size);
     try {
-        void* const block = XMLPlatformUtils::fgMemoryManager->allocate(size);
+        void* const block = AllocateLinked(size);
         // Readers are large, come once for each entity, and initialise themselves.
-        if (size != GetBlockSize<xercesc::XMLReader>())
+        if (m_clears && size != GetBlockSize<xercesc::XMLReader>())
             std::memset(block, 0, size);
         return block;
     } catch (const xercesc::OutOfMemoryException&) {
         void* const block =
-            m_hasFailed || size == c_destructionStackSize ? m_reserve->Allocate(size) : nullptr;
+            m_hasFailed || size == c_destructionStackSize ? m_reserve.Allocate(size) : nullptr;
         if (block != nullptr)
             return block;
         m_hasFailed = true;
@@ -112,9 +107,29 @@ void* ScannerMemory::AllocateBlock(XMLSize_t size)
     }
 }
 
+void* ScannerMemory::AllocateLinked(XMLSize_t size)
+{
+    if (size > std::numeric_limits<XMLSize_t>::max() - sizeof(Link))
+        throw xercesc::OutOfMemoryException();
+    auto* const link =
+        static_cast<Link*>(XMLPlatformUtils::fgMemoryManager->allocate(sizeof(Link) + size));
+    *link = {&m_blocks, m_blocks.next};
+    link->next->previous = link;
+    m_blocks.next = link;
+    return link + 1;
+}
+
+void ScannerMemory::FreeLinked(void* block) noexcept
+{
+    Link* const link = static_cast<Link*>(block) - 1;
+    link->previous->next = link->next;
+    link->next->previous = link->previous;
+    XMLPlatformUtils::fgMemoryManager->deallocate(link);
+}
+
 void ScannerMemory::deallocate(void* block)
 {
-    if (block == nullptr || (m_reserve && m_reserve->Deallocate(block)))
+    if (block == nullptr || m_reserve.Deallocate(block))
         return;
     if (block == m_latest)
         m_latest = nullptr;
@@ -124,7 +139,7 @@ void ScannerMemory::deallocate(void* block)
         m_readers.pop_back();
         m_topReader = m_readers.empty() ? nullptr : m_readers.back();
     }
-    XMLPlatformUtils::fgMemoryManager->deallocate(block);
+    FreeLinked(block);
 }
 
 bool ScannerMemory::IsStreamOfEntity() const noexcept
@@ -151,7 +166,7 @@ void ScannerMemory::NoteReader(void* block)
     try {
         m_readers.push_back(block);
     } catch (...) {
-        XMLPlatformUtils::fgMemoryManager->deallocate(block);
+        FreeLinked(block);
         throw;
     }
     m_topReader = block;

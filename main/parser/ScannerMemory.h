@@ -6,12 +6,12 @@
 #include <xercesc/framework/MemoryManager.hpp>
 
 #include <cstddef>
-#include <optional>
 #include <vector>
 
 /// The memory of one scanner: all of it comes from Xerces's own memory manager. On the way it sees
 /// what no event tells, every entity that the scanner begins to read, and puts it on the account of
-/// the parse.
+/// the parse. What the scanner has not given back when it is gone, this object frees: some errors
+/// make it forget what it was working on.
 class ScannerMemory final : public xercesc::MemoryManager
 {
 public:
@@ -25,11 +25,9 @@ public:
     /// No entity is open. Call it between parses.
     void Reset() noexcept;
 
-    /// Call it before the first schema. Where memory fails while it compiles or destroys a schema,
-    /// the scanner allocates in destructors, which would end the process, and destroys what it has
-    /// not initialised. From now on memory begins as zeros, and some is put aside for what has to
-    /// be done before and after the failure is reported.
-    void PrepareForSchemas();
+    /// Call it before the first schema: where memory fails while it compiles one, the scanner
+    /// destroys what it has not initialised. From now on memory begins as zeros.
+    void PrepareForSchemas() noexcept { m_clears = true; }
 
     xercesc::MemoryManager* getExceptionMemoryManager() override;
     /// LimitExceeded when the block is for an entity that the budget does not allow.
@@ -37,12 +35,23 @@ public:
     void deallocate(void* block) override;
 
 private:
+    /// Stands before each block, so that all can be found.
+    struct alignas(std::max_align_t) Link
+    {
+        Link* previous;
+        Link* next;
+    };
+
     void* AllocateBlock(XMLSize_t size);
+    void* AllocateLinked(XMLSize_t size);
+    void FreeLinked(void* block) noexcept;
     void OpenReader();
     void NoteReader(void* block);
     bool IsStreamOfEntity() const noexcept;
 
     ParseBudget& m_budget;
+    /// Before the first block and behind the last.
+    Link m_blocks{&m_blocks, &m_blocks};
     /// What an object of the type of an entity's stream begins with.
     const void* m_streamType;
     /// The block allocated last, unless it is gone.
@@ -51,8 +60,10 @@ private:
     std::vector<void*> m_readers;
     /// The last of m_readers, or null.
     void* m_topReader = nullptr;
-    /// Once there are schemas.
-    std::optional<MemoryReserve> m_reserve;
+    bool m_clears = false;
+    /// The scanner allocates in destructors of content models; that must not fail, before or after
+    /// it has been told that memory ran out.
+    MemoryReserve m_reserve;
     /// Whether the scanner has been told that memory ran out, and is cleaning up.
     bool m_hasFailed = false;
     /// A stream that nobody took over because its entity was refused.

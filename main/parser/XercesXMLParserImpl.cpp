@@ -139,10 +139,20 @@ XercesXMLParserImpl::XercesXMLParserImpl(InputSource& source, std::shared_ptr<SA
       m_handler(std::make_unique<XercesXMLHandler>(std::move(sink), m_names, m_budget))
 {
     EnsureXercesIsInitialised();
-    m_memory = std::make_unique<ScannerMemory>(m_budget);
-    m_reader.reset(xercesc::XMLReaderFactory::createXMLReader(m_memory.get()));
     m_securityManager = std::make_unique<xercesc::SecurityManager>();
     m_securityManager->setEntityExpansionLimit(0);
+    MakeReader();
+}
+
+void XercesXMLParserImpl::MakeReader()
+{
+    auto memory = std::make_unique<ScannerMemory>(m_budget);
+    std::unique_ptr<xercesc::SAX2XMLReader> reader(
+        xercesc::XMLReaderFactory::createXMLReader(memory.get()));
+    m_handler->ForgetLocator();
+    // The last reader goes before its memory.
+    m_reader = std::move(reader);
+    m_memory = std::move(memory);
     m_reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
     SetXercesXMLHandler(*m_handler);
     SetEntityResolver();
@@ -152,6 +162,8 @@ XercesXMLParserImpl::XercesXMLParserImpl(InputSource& source, std::shared_ptr<SA
                             {XMLUni::fgXercesLoadSchema, false},
                             {XMLUni::fgXercesDynamic, false}});
     PrepareParserState();
+    m_xmlVersionSticks = false;
+    m_mayHaveLeaked = false;
 }
 
 XercesXMLParserImpl::~XercesXMLParserImpl() = default;
@@ -289,6 +301,9 @@ void XercesXMLParserImpl::DoXercesParse()
     const auto noError = TError::ErrorInfo::NoError();
     BeginBudget(document, !m_noSchemaLoaded);
     try {
+        // A reader that has loaded schemas is not used for long.
+        if (m_mayHaveLeaked && m_noSchemaLoaded)
+            MakeReader();
         ScanDocument(document);
         if (m_handler->SawErrors())
             CollectHandlerErrors();
@@ -340,11 +355,13 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
         ForgetXmlVersion();
     // Until the prolog is known to have been harmless.
     m_xmlVersionSticks = true;
+    m_mayHaveLeaked = true;
     XmlVersionWatch watch;
     const WatchedProlog watched(*m_reader, watch);
     try {
         const bool complete = m_reader->parseFirst(document(), token);
         m_xmlVersionSticks = !complete || watch.SawOtherVersion();
+        m_mayHaveLeaked = !complete;
         return complete;
     } catch (const xercesc::XMLException& exception) {
         // An XML declaration that the scanner cannot even decode, before anything has a position.

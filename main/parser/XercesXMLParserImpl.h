@@ -34,6 +34,8 @@ protected:
     void ParseImpl() override;
 
 private:
+    /// A new reader, with new memory, in place of the last one.
+    void MakeReader();
     /// Content, error and declaration handler.
     void SetXercesXMLHandler(XercesXMLHandler& handler);
     void SetEntityResolver();
@@ -59,4 +61,6 @@ private:
     bool m_noSchemaLoaded = true;
     /// The scanner may hold on to the version of the last document.
     bool m_xmlVersionSticks = false;
+    /// The scanner may have forgotten memory in a document type that is wrong.
+    bool m_mayHaveLeaked = false;
 };

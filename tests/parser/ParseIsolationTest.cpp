@@ -1,5 +1,6 @@
 #include "support/ParseOutcome.h"
 
+#include "support/FailingAllocations.h"
 #include "support/Repeat.h"
 
 #include <kescorexml/BinaryInputSource.h>
@@ -288,4 +289,31 @@ TEST(ParseIsolation, RandomSequencesGiveTheTreesThatFreshDOMParsersGive)
             before = documents[next].text;
         }
     }
+}
+
+TEST(ParseIsolation, NoMemoryIsLeftBehind)
+{
+    std::vector<Document> documents = AllDocuments();
+    for (const char* const model : {"(b,c|d)", "(b|c|", "((b,c),(d|e)?", "(b, (c, d)+, %)",
+                                    "(#PCDATA|b|c", "(b,c)x", "(b,,c)"})
+        documents.push_back({std::string("<!DOCTYPE a [<!ELEMENT a ") + model + ">]><a/>"});
+    documents.push_back({"<!DOCTYPE a [<!ELEMENT a (" + Repeat("b|", 1000) + "|)>]><a/>"});
+    documents.push_back({"<!DOCTYPE a [<!ATTLIST a b (c|d| x 'c'>]><a/>"});
+    const auto parseAll = [&](const DOMParser& parser) {
+        for (const Document& document : documents)
+            parser.ParseXmlBytes({document.text.begin(), document.text.end()});
+        parser.ParseXmlString("<a/>", u"id");
+    };
+    parseAll(DOMParser());
+    const std::ptrdiff_t before = CountLiveAllocations();
+    parseAll(DOMParser());
+    EXPECT_EQ(CountLiveAllocations(), before);
+
+    // Nor does a parser that is used for long keep more and more.
+    const DOMParser parser;
+    parseAll(parser);
+    const std::ptrdiff_t afterOne = CountLiveAllocations();
+    for (int round = 0; round < 10; ++round)
+        parseAll(parser);
+    EXPECT_EQ(CountLiveAllocations(), afterOne);
 }
