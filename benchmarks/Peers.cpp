@@ -8,6 +8,27 @@
 
 using namespace xercesc;
 
+namespace {
+
+/// Libraries that are measured here leave the vector registers in a state in which others run more
+/// slowly. This library's parses begin with the same.
+#if defined(__GNUC__) && defined(__x86_64__)
+[[gnu::target("avx")]] void ExecuteVzeroupper()
+{
+    __builtin_ia32_vzeroupper();
+}
+
+void ClearUpperVectorHalves()
+{
+    if (__builtin_cpu_supports("avx"))
+        ExecuteVzeroupper();
+}
+#else
+void ClearUpperVectorHalves() {}
+#endif
+
+} // namespace
+
 BareReader::BareReader()
 {
     static const bool s_initialised = [] {
@@ -37,6 +58,7 @@ BareReader::~BareReader() = default;
 
 void BareReader::Parse(const std::string& bytes)
 {
+    ClearUpperVectorHalves();
     MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
                              "document");
     // Neither does the library copy the text.

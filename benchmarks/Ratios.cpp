@@ -30,7 +30,7 @@ public:
         for (const Run& run : runs) {
             if (run.run_type != Run::RT_Iteration || run.error_occurred)
                 continue;
-            const double seconds = run.real_accumulated_time / static_cast<double>(run.iterations);
+            const double seconds = run.cpu_accumulated_time / static_cast<double>(run.iterations);
             GetFigures()[run.run_name.function_name].push_back(seconds * 1e9);
             std::fprintf(stderr, "%-60s %14.0f ns\n", run.run_name.function_name.c_str(),
                          seconds * 1e9);

@@ -14,6 +14,7 @@
 ///   --check   exit with 1 when a ratio is above its limit
 ///   --cold    let the heap give memory back to the system after each run, so that the next one
 ///             pays for getting it; else the heap stays warm, for this library and its peers alike
+///   --heaps   measure the memory that trees take, and nothing else
 ///   --growth  measure how time grows with inputs that double, and nothing else
 ///   --large   measure documents up to 1 GB, and nothing else
 int main(int argc, char** argv)
@@ -38,7 +39,10 @@ int main(int argc, char** argv)
         PrintLarge();
         return 0;
     }
-    MeasureHeaps();
+    if (take("--heaps")) {
+        MeasureHeaps();
+        arguments.push_back(const_cast<char*>("--benchmark_filter=^$"));
+    }
     RegisterParseBenchmarks();
     RegisterWriteBenchmarks();
     RegisterTreeBenchmarks();
