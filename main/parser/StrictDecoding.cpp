@@ -48,8 +48,10 @@ std::string SpellReplacement(std::string_view encoding)
     }
 }
 
-/// Hands each UTF-16 code unit that the bytes are decoded to, together with the bytes that may be
-/// those of its character, to `take`, until that returns false.
+constexpr std::size_t c_unknown = std::string_view::npos;
+
+/// Hands each UTF-16 code unit that the bytes are decoded to, together with the offset where its
+/// character begins or the one where it ends, to `take`, until that returns false.
 ///
 /// A decoder swallows the beginning of a character that the end of a block has cut off, and does
 /// not tell how much of it. So behind each block it gets single bytes until a character is whole:
@@ -72,11 +74,11 @@ void Decode(std::string_view bytes, XMLTranscoder& transcoder, const Take& take)
         std::size_t begin = at;
         at += eaten;
         for (XMLSize_t i = 0; i < count; ++i) {
-            const bool isKept = isBlock ? take(units[i], bytes.substr(begin), std::string_view())
-                                        : take(units[i], std::string_view(), bytes.substr(0, at));
+            const bool isKept =
+                isBlock ? take(units[i], begin, c_unknown) : take(units[i], c_unknown, at);
             if (!isKept)
                 return;
-            begin = std::min(begin + sizes[i], bytes.size());
+            begin += sizes[i];
         }
         if (isBlock)
             singles = c_longestCharacter;
@@ -96,14 +98,18 @@ std::optional<TextPosition> StrictDecoding::FindUndecodable(std::string_view byt
     std::optional<std::string> spelling;
     std::optional<TextPosition> found;
     PositionCounter counter;
-    Decode(bytes, *transcoder, [&](XMLCh unit, std::string_view from, std::string_view until) {
-        if (unit == c_replacement) {
-            if (!spelling)
-                spelling = SpellReplacement(encoding);
-            if (spelling->empty() || !(from.starts_with(*spelling) || until.ends_with(*spelling))) {
-                found = counter.Get();
-                return false;
-            }
+    const auto spellsReplacement = [&](std::size_t begin, std::size_t end) {
+        if (!spelling)
+            spelling = SpellReplacement(encoding);
+        if (spelling->empty())
+            return false;
+        return end == c_unknown ? bytes.substr(std::min(begin, bytes.size())).starts_with(*spelling)
+                                : bytes.substr(0, end).ends_with(*spelling);
+    };
+    Decode(bytes, *transcoder, [&](XMLCh unit, std::size_t begin, std::size_t end) {
+        if (unit == c_replacement && !spellsReplacement(begin, end)) {
+            found = counter.Get();
+            return false;
         }
         counter.Pass(unit);
         return true;
@@ -118,7 +124,7 @@ std::optional<TextPosition> StrictDecoding::FindEnd(std::string_view bytes,
     if (transcoder == nullptr)
         return std::nullopt;
     PositionCounter counter;
-    Decode(bytes, *transcoder, [&](XMLCh unit, std::string_view, std::string_view) {
+    Decode(bytes, *transcoder, [&](XMLCh unit, std::size_t, std::size_t) {
         counter.Pass(unit);
         return true;
     });
