@@ -9,13 +9,27 @@ namespace {
 constexpr std::string_view c_declaration = "<?xml";
 constexpr std::string_view c_whitespace = " \t\r\n";
 
-/// Removes `prefix` and the white space behind it, if the text begins with it.
-bool Take(std::string_view& text, std::string_view prefix)
+void SkipSpace(std::string_view& text)
 {
-    if (!text.starts_with(prefix))
-        return false;
-    text.remove_prefix(prefix.size());
     text.remove_prefix(std::min(text.find_first_not_of(c_whitespace), text.size()));
+}
+
+/// Takes name = "value" off the front of `text`; false when there is no such thing. A value without
+/// end goes to that of the text.
+bool TakePseudoAttribute(std::string_view& text, std::string_view& name, std::string_view& value)
+{
+    SkipSpace(text);
+    name = text.substr(0, text.find_first_of("= \t\r\n?"));
+    text.remove_prefix(name.size());
+    SkipSpace(text);
+    if (name.empty() || !text.starts_with('='))
+        return false;
+    text.remove_prefix(1);
+    SkipSpace(text);
+    if (!text.starts_with('\'') && !text.starts_with('"'))
+        return false;
+    value = text.substr(1, text.find(text.front(), 1) - 1);
+    text.remove_prefix(std::min(value.size() + 2, text.size()));
     return true;
 }
 
@@ -78,19 +92,19 @@ bool IsEncodingName(std::string_view name)
 
 std::string_view DeclaredEncoding::Find(std::string_view bytes)
 {
-    if (!Take(bytes, c_declaration))
+    if (!bytes.starts_with(c_declaration))
         return {};
-    bytes = bytes.substr(0, bytes.find("?>"));
-    const std::size_t name = bytes.find("encoding");
-    if (name == std::string_view::npos)
+    bytes.remove_prefix(c_declaration.size());
+    // Else it is another processing instruction, like "<?xml-stylesheet".
+    if (bytes.empty() || c_whitespace.find(bytes.front()) == std::string_view::npos)
         return {};
-    bytes.remove_prefix(name);
-    Take(bytes, "encoding");
-    if (!Take(bytes, "=") || bytes.empty())
-        return {};
-    const char quote = bytes.front();
-    bytes.remove_prefix(1);
-    return bytes.substr(0, bytes.find(quote));
+    std::string_view name;
+    std::string_view value;
+    while (TakePseudoAttribute(bytes, name, value)) {
+        if (name == "encoding")
+            return value;
+    }
+    return {};
 }
 
 std::string_view DeclaredEncoding::FindOfSingleBytes(std::string_view bytes)

@@ -126,37 +126,38 @@ std::size_t FindCutSequence(std::string_view bytes)
     return c_npos;
 }
 
-DocumentEnd::Flaw Locate(const char16_t* message, std::string_view bytes, const Units& units,
-                         std::size_t offset)
+std::string_view SkipMark(std::string_view bytes)
 {
-    DocumentEnd::Flaw flaw{message, 1, 1};
-    std::uint32_t previous = 0;
-    for (std::size_t at = 0; at < offset; at += units.size) {
-        const std::uint32_t unit = units.Read(bytes, at);
-        const bool continuesLineEnd = unit == '\n' && previous == '\r';
-        const bool continuesCharacter = units.size == 1 && (unit & 0xC0) == 0x80;
-        if (!continuesLineEnd && (unit == '\n' || unit == '\r')) {
-            ++flaw.line;
-            flaw.column = 1;
-        } else if (!continuesLineEnd && !continuesCharacter) {
-            ++flaw.column;
-        }
-        previous = unit;
-    }
-    return flaw;
+    constexpr std::string_view c_mark = "\xEF\xBB\xBF";
+    return bytes.starts_with(c_mark) ? bytes.substr(c_mark.size()) : bytes;
 }
 
-std::optional<DocumentEnd::Flaw> FindUndecodable(std::string_view bytes)
+/// Where that stands which follows these bytes, the first of a document of such units. Single bytes
+/// are UTF-8, or one character each where they are not ASCII.
+TextPosition LocateEnd(std::string_view bytes, const Units& units)
 {
-    const std::string_view encoding = DeclaredEncoding::FindOfSingleBytes(bytes);
-    if (encoding.empty())
-        return std::nullopt;
+    constexpr std::uint32_t c_mark = 0xFEFF;
+    constexpr std::uint32_t c_firstOfTwoUnits = 0x10000;
+    const bool isUtf8 = units.size == 1 && units.isAscii;
+    PositionCounter counter;
+    for (std::size_t at = 0; at < bytes.size(); at += units.size) {
+        const std::uint32_t unit = units.Read(bytes, at);
+        const bool isMark = at == 0 && unit == c_mark;
+        const bool continuesCharacter = isUtf8 && (unit & 0xC0) == 0x80;
+        if (!isMark && !continuesCharacter)
+            counter.Pass(isUtf8 && unit >= 0xF0 ? c_firstOfTwoUnits : unit);
+    }
+    return counter.Get();
+}
+
+std::optional<DocumentEnd::Flaw> FindUndecodable(std::string_view bytes, std::string_view encoding)
+{
     const auto position = StrictDecoding::FindUndecodable(bytes, encoding);
     if (!position)
         return std::nullopt;
-    return DocumentEnd::Flaw{TFormatString(u"bytes that are no character in '%1' encoding")
-                                 .Format(TString::fromUtf8(encoding)),
-                             position->line, position->column};
+    return DocumentEnd::Flaw{*position,
+                             TFormatString(u"bytes that are no character in '%1' encoding")
+                                 .Format(TString::fromUtf8(encoding))};
 }
 
 } // namespace
@@ -164,19 +165,31 @@ std::optional<DocumentEnd::Flaw> FindUndecodable(std::string_view bytes)
 std::optional<DocumentEnd::Flaw> DocumentEnd::FindFlaw(std::string_view bytes, bool isUtf8,
                                                        bool mayHoldNull)
 {
-    const Units units = isUtf8 ? Units() : DetectUnits(bytes);
+    const bool isReadAsUtf8 = isUtf8 || Utf8Guard::IsReadAsUtf8(bytes);
+    bytes = SkipMark(bytes);
+    const Units units = isReadAsUtf8 ? Units() : DetectUnits(bytes);
+    const std::string_view encoding = isReadAsUtf8 || units.size > 1 || !units.isAscii
+                                          ? std::string_view()
+                                          : DeclaredEncoding::FindOfSingleBytes(bytes);
+    const auto locate = [&](const char16_t* message, std::size_t offset) {
+        const std::string_view before = bytes.substr(0, offset);
+        std::optional<TextPosition> position;
+        if (!encoding.empty())
+            position = StrictDecoding::FindEnd(before, encoding);
+        return Flaw{position ? *position : LocateEnd(before, units), message};
+    };
+
     const std::size_t null = mayHoldNull ? FindNull(bytes, units) : c_npos;
     if (null != c_npos)
-        return Locate(c_nullCharacter, bytes, units, null);
-    const bool isReadAsUtf8 = isUtf8 || Utf8Guard::IsReadAsUtf8(bytes);
-    if (!isReadAsUtf8 && units.size == 1 && units.isAscii) {
-        if (const auto flaw = FindUndecodable(bytes))
+        return locate(c_nullCharacter, null);
+    if (!encoding.empty()) {
+        if (auto flaw = FindUndecodable(bytes, encoding))
             return flaw;
     }
     std::size_t incomplete = FindIncomplete(bytes, units);
     if (incomplete == c_npos && isReadAsUtf8)
         incomplete = FindCutSequence(bytes);
     if (incomplete != c_npos)
-        return Locate(c_incompleteCharacter, bytes, units, incomplete);
+        return locate(c_incompleteCharacter, incomplete);
     return std::nullopt;
 }

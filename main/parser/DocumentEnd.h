@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TextPosition.h"
+
 #include <kesplatform/TString.h>
 
 #include <optional>
@@ -10,12 +12,9 @@
 /// bytes that many encodings do not know.
 namespace DocumentEnd {
 
-struct Flaw
+struct Flaw : TextPosition
 {
     TString message;
-    /// From 1, in lines of the document and characters of the line.
-    unsigned long long line = 0;
-    unsigned long long column = 0;
 };
 
 /// The flaw of a document that the scanner has read to its end without a fatal error. `isUtf8` is

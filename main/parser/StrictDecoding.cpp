@@ -2,9 +2,12 @@
 
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/TransService.hpp>
+#include <xercesc/util/XML88591Transcoder.hpp>
+#include <xercesc/util/XMLASCIITranscoder.hpp>
 #include <xercesc/util/XMLException.hpp>
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -23,6 +26,13 @@ std::unique_ptr<XMLTranscoder> MakeTranscoder(std::string_view encoding)
         std::string(encoding).c_str(), result, c_block, XMLPlatformUtils::fgMemoryManager));
 }
 
+/// Whether the decoder has a character for every byte, or an error.
+bool IsStrict(const XMLTranscoder& transcoder)
+{
+    return dynamic_cast<const xercesc::XML88591Transcoder*>(&transcoder) != nullptr ||
+           dynamic_cast<const xercesc::XMLASCIITranscoder*>(&transcoder) != nullptr;
+}
+
 /// The bytes of the replacement character itself; empty in an encoding that does not have it.
 std::string SpellReplacement(std::string_view encoding)
 {
@@ -38,58 +48,85 @@ std::string SpellReplacement(std::string_view encoding)
     }
 }
 
-class Counter
-{
-public:
-    void Pass(XMLCh unit) noexcept
-    {
-        const bool continuesLineEnd = unit == u'\n' && m_previous == u'\r';
-        if (!continuesLineEnd && (unit == u'\n' || unit == u'\r')) {
-            ++m_position.line;
-            m_position.column = 1;
-        } else if (!continuesLineEnd) {
-            ++m_position.column;
-        }
-        m_previous = unit;
-    }
-    const StrictDecoding::Position& Get() const noexcept { return m_position; }
+constexpr std::size_t c_unknown = std::string_view::npos;
 
-private:
-    StrictDecoding::Position m_position;
-    XMLCh m_previous = 0;
-};
+/// Hands each UTF-16 code unit that the bytes are decoded to, together with the offset where its
+/// character begins or the one where it ends, to `take`, until that returns false.
+///
+/// A decoder swallows the beginning of a character that the end of a block has cut off, and does
+/// not tell how much of it. So behind each block it gets single bytes until a character is whole:
+/// the bytes up to there end with it, and the next block begins with the one behind.
+template <typename Take>
+void Decode(std::string_view bytes, XMLTranscoder& transcoder, const Take& take)
+{
+    constexpr std::size_t c_longestCharacter = 8;
+    std::size_t singles = 0;
+    for (std::size_t at = 0; at < bytes.size();) {
+        const bool isBlock = singles == 0;
+        XMLCh units[c_block];
+        unsigned char sizes[c_block];
+        XMLSize_t eaten = 0;
+        const XMLSize_t count = transcoder.transcodeFrom(
+            reinterpret_cast<const XMLByte*>(bytes.data()) + at,
+            std::min(bytes.size() - at, isBlock ? c_block : 1), units, c_block, eaten, sizes);
+        if (eaten == 0)
+            return;
+        std::size_t begin = at;
+        at += eaten;
+        for (XMLSize_t i = 0; i < count; ++i) {
+            const bool isKept =
+                isBlock ? take(units[i], begin, c_unknown) : take(units[i], c_unknown, at);
+            if (!isKept)
+                return;
+            begin += sizes[i];
+        }
+        if (isBlock)
+            singles = c_longestCharacter;
+        else
+            singles = count > 0 ? 0 : singles - 1;
+    }
+}
 
 } // namespace
 
-std::optional<StrictDecoding::Position> StrictDecoding::FindUndecodable(std::string_view bytes,
-                                                                        std::string_view encoding)
+std::optional<TextPosition> StrictDecoding::FindUndecodable(std::string_view bytes,
+                                                            std::string_view encoding)
+{
+    const auto transcoder = MakeTranscoder(encoding);
+    if (transcoder == nullptr || IsStrict(*transcoder))
+        return std::nullopt;
+    std::optional<std::string> spelling;
+    std::optional<TextPosition> found;
+    PositionCounter counter;
+    const auto spellsReplacement = [&](std::size_t begin, std::size_t end) {
+        if (!spelling)
+            spelling = SpellReplacement(encoding);
+        if (spelling->empty())
+            return false;
+        return end == c_unknown ? bytes.substr(std::min(begin, bytes.size())).starts_with(*spelling)
+                                : bytes.substr(0, end).ends_with(*spelling);
+    };
+    Decode(bytes, *transcoder, [&](XMLCh unit, std::size_t begin, std::size_t end) {
+        if (unit == c_replacement && !spellsReplacement(begin, end)) {
+            found = counter.Get();
+            return false;
+        }
+        counter.Pass(unit);
+        return true;
+    });
+    return found;
+}
+
+std::optional<TextPosition> StrictDecoding::FindEnd(std::string_view bytes,
+                                                    std::string_view encoding)
 {
     const auto transcoder = MakeTranscoder(encoding);
     if (transcoder == nullptr)
         return std::nullopt;
-    std::optional<std::string> spelling;
-    Counter counter;
-    while (!bytes.empty()) {
-        XMLCh units[c_block];
-        unsigned char sizes[c_block];
-        XMLSize_t eaten = 0;
-        const XMLSize_t count = transcoder->transcodeFrom(
-            reinterpret_cast<const XMLByte*>(bytes.data()), std::min(bytes.size(), c_block), units,
-            c_block, eaten, sizes);
-        std::size_t at = 0;
-        for (XMLSize_t i = 0; i < count; ++i) {
-            if (units[i] == c_replacement) {
-                if (!spelling)
-                    spelling = SpellReplacement(encoding);
-                if (spelling->empty() || !bytes.substr(at).starts_with(*spelling))
-                    return counter.Get();
-            }
-            counter.Pass(units[i]);
-            at += sizes[i];
-        }
-        if (eaten == 0)
-            break;
-        bytes.remove_prefix(eaten);
-    }
-    return std::nullopt;
+    PositionCounter counter;
+    Decode(bytes, *transcoder, [&](XMLCh unit, std::size_t, std::size_t) {
+        counter.Pass(unit);
+        return true;
+    });
+    return counter.Get();
 }

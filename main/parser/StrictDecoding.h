@@ -1,23 +1,23 @@
 #pragma once
 
+#include "TextPosition.h"
+
 #include <optional>
 #include <string_view>
 
-/// Finds the bytes for which the scanner's decoders, but for those of Unicode and of the most
-/// common encodings, put a replacement character in silence.
+/// Decodes as the scanner does, and sees what it passes over: the bytes for which its decoders, but
+/// for those of Unicode and of the most common encodings, put a replacement character in silence.
+/// All here takes time linear in the bytes, and no memory for them. Xerces must be initialised;
+/// throws xercesc::OutOfMemoryException.
 namespace StrictDecoding {
 
-/// From 1, in lines of the document and UTF-16 code units of the line.
-struct Position
-{
-    unsigned long long line = 1;
-    unsigned long long column = 1;
-};
-
 /// Where the first bytes stand that mean no character in the encoding of that name; nothing when
-/// there are none or no decoder knows the name. Bytes that spell U+FFFD itself are fine in
-/// encodings without states. Takes time linear in the bytes, and no memory for them. Xerces must be
-/// initialised; throws xercesc::OutOfMemoryException.
-std::optional<Position> FindUndecodable(std::string_view bytes, std::string_view encoding);
+/// there are none, no decoder knows the name, or it is that of ISO-8859-1, in which all bytes are
+/// characters, or of US-ASCII, of which the scanner itself refuses all others. Bytes that spell
+/// U+FFFD itself are fine in encodings without states.
+std::optional<TextPosition> FindUndecodable(std::string_view bytes, std::string_view encoding);
+
+/// Where that stands which follows these bytes; nothing when no decoder knows the encoding.
+std::optional<TextPosition> FindEnd(std::string_view bytes, std::string_view encoding);
 
 } // namespace StrictDecoding

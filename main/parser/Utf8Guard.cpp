@@ -45,9 +45,13 @@ bool Utf8Guard::IsReadAsUtf8(std::string_view bytes)
     if (bytes.substr(0, 4).find('\0') != std::string_view::npos ||
         bytes.starts_with("\x4C\x6F\xA7\x94"))
         return false;
-    if (bytes.starts_with("\xEF\xBB\xBF"))
+    if (bytes.starts_with("\xEF\xBB\xBF")) {
         bytes.remove_prefix(3);
-    const std::string_view encoding = DeclaredEncoding::Find(bytes);
+        // Behind a mark, nobody tells it.
+        if (!DeclaredEncoding::FindOverlooked(bytes).empty())
+            return true;
+    }
+    const std::string_view encoding = DeclaredEncoding::FindOfSingleBytes(bytes);
     return encoding.empty() || EqualsIgnoringCase(encoding, "UTF-8") ||
            EqualsIgnoringCase(encoding, "UTF8");
 }

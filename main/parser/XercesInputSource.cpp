@@ -15,7 +15,9 @@
 namespace {
 
 /// The scanner counts a line end of one character right behind "<?xml" for none, which would leave
-/// all positions one line short; of CR LF it counts the second half.
+/// all positions one line short; of CR LF it counts the second half. Only of single bytes: in units
+/// of two or four, positions behind such a line end are one line short. The document is copied for
+/// it, which is rare: hardly anybody breaks the line there.
 std::shared_ptr<const std::string>
 WidenLineEndOfDeclaration(std::shared_ptr<const std::string> data, std::size_t start)
 {

@@ -4,10 +4,15 @@
 #include "support/TemporaryFile.h"
 
 #include <kescorexml/BinaryInputSource.h>
+#include <kescorexml/DOM.h>
+#include <kescorexml/DOMParser.h>
+#include <kescorexml/FileInputSource.h>
 #include <kescorexml/InputSourceUtils.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <list>
 
 namespace {
 
@@ -18,6 +23,11 @@ ParseOutcome ParseBytes(const std::string& bytes)
 {
     BinaryInputSource source(std::vector<unsigned char>(bytes.begin(), bytes.end()), u"id", false);
     return ParseSource(source);
+}
+
+std::list<TString> ErrorsOfBytes(const std::string& bytes)
+{
+    return DOMParser().ParseXmlBytes({bytes.begin(), bytes.end()})->GetErrors();
 }
 
 } // namespace
@@ -34,10 +44,41 @@ TEST(DeclaredEncoding, IsWhatStandsBetweenTheQuotes)
         {"<?xml version='1.0' encoding='x-1", "x-1"},
         {"<?xml version='1.0' encoding=", ""},
         {"<?xml version='1.0' encoding", ""},
+        {"<?xml version='1.0' standalone='yes'?>", ""},
+        {"<?xml version=\"encoding='x-1'\"?>", ""},
+        {"<?xml version='1.0' myencoding='x-1'?>", ""},
+        {"<?xml version='1.0' encodings='x-1'?>", ""},
+        {"<?xml version='1.0' standalone='encoding=\"x-1\"' encoding='x-2'?>", "x-2"},
+        {"<?xml version='1.0'?>encoding='x-1'", ""},
+        {"<?xml-stylesheet href='a.xsl' encoding='x-1'?>", ""},
+        {"<?xml-model href='a.rng' encoding='x-1'?><a/>", ""},
+        {"<?xmlencoding='x-1'?>", ""},
+        {"<?xml", ""},
         {"", ""},
     };
     for (const auto& [declaration, encoding] : declarations)
         EXPECT_EQ(DeclaredEncoding::Find(declaration), encoding) << declaration;
+}
+
+TEST(DeclaredEncoding, IsNotThatOfWhatAnInstructionNames)
+{
+    const TemporaryFolder folder;
+    for (const char* const instruction :
+         {"<?xml-stylesheet type='text/xsl' href='a.xsl' encoding=\"Shift_JIS\"?>",
+          "<?xml-model href='a.rng' encoding='US-ASCII'?>", "<?xml-a encoding='windows-1253'?>",
+          "<?xml-a encoding='x-unknown'?>", "<?xml-a encoding='UTF-16'?>",
+          "<?xml version='1.0' standalone='yes'?>", "<?xml\nversion='1.0' standalone='yes'?>",
+          "<?xml version='1.0'?><?xml-a encoding='Big5'?>"}) {
+        SCOPED_TRACE(instruction);
+        const std::string bad = std::string(instruction) + "<a>\xFF</a>";
+        const std::string good = std::string(instruction) + "<a>\xC3\xBF\xD2\x80</a>";
+        const ParseOutcome expected{{"<a>", "'\xC3\xBF\xD2\x80'", "</>"}, {}, {}, false};
+        EXPECT_EQ(ParseBytes(good), expected);
+        EXPECT_THAT(ErrorsOfBytes(good), IsEmpty());
+        FileInputSource chunks(folder.Write("a.xml", good));
+        EXPECT_EQ(ParseSource(chunks), expected);
+        EXPECT_TRUE(ParseBytes(bad).fatal);
+    }
 }
 
 TEST(DeclaredEncoding, IsOverlookedBehindOtherWhiteSpaceThanABlank)
@@ -164,6 +205,78 @@ TEST(DeclaredEncoding, LeavesReplacementCharactersThatADocumentHolds)
                                                 "e\xEF\xBF\xBD'",
                                                 "</>"));
     }
+}
+
+TEST(DeclaredEncoding, DecodesAlikeAtEveryOffset)
+{
+    struct Encoding
+    {
+        std::string name;
+        std::string replacement;
+        std::string undecodable;
+        std::string other;
+    };
+    const Encoding encodings[] = {
+        {"GB18030", "\x84\x31\xA4\x37", "\xFF", "\x81\x30\x84\x36"},
+        {"GB18030", "\x84\x31\xA4\x37", "\x84\x31\xA4\x3B", "\x81\x40"},
+        {"CESU-8", "\xEF\xBF\xBD", "\xFF", "\xED\xA0\xBD\xED\xB8\x80"},
+        {"CESU-8", "\xEF\xBF\xBD", "\xEF\xBF", "\xE2\x82\xAC"},
+        {"ibm-1208", "\xEF\xBF\xBD", "\xC0\xAF", "\xF0\x9F\x98\x80"},
+    };
+    constexpr std::size_t c_block = 4096;
+    for (const Encoding& encoding : encodings) {
+        const std::string start = "<?xml version='1.0' encoding='" + encoding.name + "'?><a>";
+        // Behind each end of a block, and somewhere in the next.
+        for (const std::size_t around : {c_block, 3 * c_block, 3 * c_block + 1000}) {
+            for (std::size_t at = around - 8; at <= around + 8; ++at) {
+                SCOPED_TRACE(encoding.name + " " + std::to_string(at));
+                const std::size_t length = at - start.size();
+                std::string filled = start + std::string(length % encoding.other.size(), 'x');
+                while (filled.size() < at)
+                    filled += encoding.other;
+                for (const std::string& before : {start + std::string(length, 'x'), filled}) {
+                    ASSERT_EQ(before.size(), at);
+                    const std::string& good = encoding.replacement;
+                    for (const std::string& text :
+                         {good, good + good, good + encoding.other + good, "x" + good + "x"}) {
+                        EXPECT_THAT(ParseBytes(before + text + "</a>").errors, IsEmpty());
+                        EXPECT_THAT(
+                            ParseBytes(before + text + encoding.undecodable + "</a>").errors,
+                            testing::SizeIs(1));
+                        EXPECT_THAT(
+                            ParseBytes(before + encoding.undecodable + text + "</a>").errors,
+                            testing::SizeIs(1));
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(DeclaredEncoding, IsCheckedBehindAMarkWhereItCounts)
+{
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::string rest = "version='1.0' encoding='windows-1253'?>";
+    EXPECT_TRUE(ParseBytes(mark + "<?xml " + rest + "<a>\xD2</a>").fatal);
+    EXPECT_THAT(ParseBytes(mark + "<?xml " + rest + "<a>\xE1</a>").events,
+                ElementsAre("<a>", "'\xCE\xB1'", "</>"));
+    // The scanner overlooks this one, and the mark says what the bytes are.
+    EXPECT_EQ(ParseBytes(mark + "<?xml\n" + rest + "<a>\xD2\x90</a>"),
+              (ParseOutcome{{"<a>", "'\xD2\x90'", "</>"}, {}, {}, false}));
+    EXPECT_TRUE(ParseBytes(mark + "<?xml\n" + rest + "<a>\xE1</a>").fatal);
+}
+
+TEST(DeclaredEncoding, OfLatinTextsHasTheBytesThatItHas)
+{
+    std::string all;
+    for (int byte = 0xA0; byte <= 0xFF; ++byte)
+        all += static_cast<char>(byte);
+    for (const char* const name : {"ISO-8859-1", "latin1", "iso8859-1", "windows-1252"})
+        EXPECT_THAT(ParseBytes(std::string("<?xml version='1.0' encoding='") + name + "'?><a>" +
+                               all + "</a>")
+                        .errors,
+                    IsEmpty())
+            << name;
 }
 
 TEST(DeclaredEncoding, ReadsTextsOfAnyLength)

@@ -215,8 +215,57 @@ TEST(MalformedDocuments, WhatTheScannerDropsIsFoundInOtherEncodings)
     for (const std::string& bytes : {good[0], good[1], good[2], good[3], good[4], good[5]})
         EXPECT_TRUE(ParseBytes(bytes + "x").fatal) << bytes;
     EXPECT_TRUE(ParseBytes(good[7] + "\x83").fatal);
+    // Single bytes are UTF-8 where a declaration names larger units.
+    for (const std::string name : {"UTF-16", "UTF-32", "UCS-4"}) {
+        const std::string start = "<?xml version='1.0' encoding='" + name + "'?><a/>";
+        EXPECT_THAT(ParseBytes(start).errors, IsEmpty());
+        EXPECT_TRUE(ParseBytes(start + "\xF8 />").fatal) << name;
+        EXPECT_TRUE(ParseBytes(start + "<!--\xF7\xBF\xBF\xBF-->").fatal) << name;
+    }
     EXPECT_THAT(ParseBytes(good[1] + null).errors,
                 ElementsAre("Fatal Error(2,1): invalid character (Unicode: 0x0) (id: id)"));
+}
+
+TEST(MalformedDocuments, ColumnsAreCodeUnitsInEveryEncoding)
+{
+    const auto expectAt = [](const std::string& bytes, const std::string& position) {
+        const ParseOutcome outcome = ParseBytes(bytes);
+        EXPECT_TRUE(outcome.fatal);
+        EXPECT_THAT(outcome.errors, ElementsAre(StartsWith("Fatal Error" + position + ":")))
+            << bytes;
+    };
+    const auto declare = [](const std::string& encoding) {
+        return "<?xml version='1.0' encoding='" + encoding + "'?>\n";
+    };
+    const std::string null(1, '\0');
+    // Bytes that would continue a character of UTF-8.
+    expectAt(declare("ISO-8859-1") + "<a/><!--\xA9\xA9\xE9-->" + null, "(2,15)");
+    expectAt(declare("windows-1252") + "<a/><!--\x80\xA9\xE9-->" + null, "(2,15)");
+    expectAt(declare("Shift_JIS") + "<a/><!--\x83\x41\xB1-->" + null, "(2,14)");
+    expectAt(declare("Shift_JIS") + "<a/><!--\x83\x41\xB1-->\x83", "(2,14)");
+    expectAt(declare("GB18030") + "<a/><!--\x94\x39\xFC\x36-->" + null, "(2,14)");
+    expectAt(declare("GB18030") + "<a/><!--\x94\x39\xFC\x36-->\xFF", "(2,14)");
+    // A character of two code units.
+    for (const std::string& start :
+         {std::string(), declare("UTF-8"), std::string("\xEF\xBB\xBF")}) {
+        const std::string line = start.ends_with('\n') ? "(2," : "(1,";
+        expectAt(start + "<a/><!--\xF0\x9F\x98\x80-->" + null, line + "14)");
+        expectAt(start + "<a/><!--\xF0\x9F\x98\x80-->\xC3", line + "14)");
+        // As the scanner itself counts.
+        expectAt(start + "<a/><!--\xF0\x9F\x98\x80--></b>", line + "14)");
+        expectAt(start + "<a/><!--\xC3\xA9\xC3\xA9--></b>", line + "14)");
+    }
+    const auto widen = [](const std::u32string& text, std::size_t size) {
+        std::string bytes;
+        for (const char32_t c : text) {
+            for (std::size_t i = 0; i < size; ++i)
+                bytes += static_cast<char>(c >> 8 * i & 0xFF);
+        }
+        return bytes;
+    };
+    using namespace std::string_literals;
+    expectAt(widen(U"\uFEFF<a/><!--\xD83D\xDE00-->\0"s, 2), "(1,14)");
+    expectAt(widen(U"\uFEFF<a/><!--\U0001F600-->\0"s, 4), "(1,14)");
 }
 
 TEST(MalformedDocuments, AnySingleByteCanBeMissingWithoutHarm)
