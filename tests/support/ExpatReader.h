@@ -17,6 +17,9 @@ struct ExpatReading
     /// As the XML declaration has it; empty without one.
     std::string version;
     bool declaresEntities = false;
+    /// Whether there is a reference to a parameter entity, which Expat passes over. It reads no
+    /// declarations behind it.
+    bool refersToParameterEntities = false;
     bool hasExternalSubset = false;
 };
 
