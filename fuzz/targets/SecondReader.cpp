@@ -22,7 +22,7 @@ bool IsUtf16WithoutMark(std::string_view text)
 
 bool IsOtherVersion(const ExpatReading& reading)
 {
-    return !reading.version.empty() && reading.version != "1.0";
+    return reading.version.has_value() && reading.version != "1.0";
 }
 
 /// Whether the library says that it refuses entities on purpose: references to internal ones, the
