@@ -260,13 +260,16 @@ double FitExponent(const std::vector<double>& sizes, const std::vector<double>& 
 
 } // namespace
 
-void PrintGrowth()
+int PrintGrowth()
 {
     constexpr std::size_t c_doublings = 4;
+    constexpr double c_largestExponent = 1.5;
+    constexpr double c_leastSeconds = 0.05;
     std::vector<Family> families;
     AddScannerFamilies(families);
     AddParseFamilies(families);
     AddTreeFamilies(families);
+    int exceeded = 0;
     std::printf("| input | largest | ms | exponent |\n|---|---:|---:|---:|\n");
     for (const Family& family : families) {
         std::vector<double> sizes;
@@ -276,8 +279,11 @@ void PrintGrowth()
             sizes.push_back(static_cast<double>(size));
             seconds.push_back(Measure(family, size));
         }
+        const double exponent = FitExponent(sizes, seconds);
+        exceeded += exponent > c_largestExponent && seconds.back() > c_leastSeconds;
         std::printf("| %s | %zu | %.2f | %.2f |\n", family.name.c_str(), family.largest,
-                    seconds.back() * 1e3, FitExponent(sizes, seconds));
+                    seconds.back() * 1e3, exponent);
         std::fflush(stdout);
     }
+    return exceeded;
 }

@@ -15,7 +15,8 @@
 ///   --cold    let the heap give memory back to the system after each run, so that the next one
 ///             pays for getting it; else the heap stays warm, for this library and its peers alike
 ///   --heaps   measure the memory that trees take, and nothing else
-///   --growth  measure how time grows with inputs that double, and nothing else
+///   --growth  measure how time grows with inputs that double, and nothing else; exit with 1 when
+///             one grows clearly faster than linearly (see Growth.h)
 ///   --large   measure documents up to 1 GB, and nothing else
 int main(int argc, char** argv)
 {
@@ -32,8 +33,10 @@ int main(int argc, char** argv)
     }
 
     if (take("--growth")) {
-        PrintGrowth();
-        return 0;
+        const int exceeded = PrintGrowth();
+        if (exceeded > 0)
+            std::fprintf(stderr, "%d inputs take more than linear time\n", exceeded);
+        return exceeded > 0 ? 1 : 0;
     }
     if (take("--large")) {
         PrintLarge();

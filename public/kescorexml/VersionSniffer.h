@@ -17,6 +17,9 @@
 /// start afterwards. Costs time and memory linear in the bytes read. What the source throws, this
 /// throws. Different sources may be sniffed from different threads.
 ///
+/// REQUIRES: `document` can be rewound. Else the process ends, as InputSourceResetter states: do
+/// not sniff a FileInputSource of a pipe, but read the pipe into memory first.
+///
 /// @code
 /// StringInputSource source(u"<workbook version='18.1'> and so on", u"w", false);
 /// std::cout << VersionSniffer(source, u"version")->GetAsString() << '\n'; // 18.1

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QStringList>
 #include <QTemporaryFile>
 
@@ -171,5 +172,24 @@ TEST(Comparison, TellsTheMemoryOfTrees)
             EXPECT_NEAR(MeasureHeap(*library, document->second), told, 0.05 * told + 0.05)
                 << table[0][column];
         }
+    }
+}
+
+TEST(Comparison, TellsTheMemoryOfTheWorstTree)
+{
+    std::string document = "<a>";
+    for (int i = 0; i < 250'000; ++i)
+        document += "<a/>";
+    document += "</a>";
+    const double measured = MeasureHeap(*MakeKescorexml(), document);
+    for (const char* page : {README_PATH, SECURITY_PATH}) {
+        QFile file(page);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << page;
+        const QRegularExpression sentence(
+            "list of `<a/>`, takes (\\d+)|\\((\\d+) for a list of `<a/>`");
+        const QRegularExpressionMatch match = sentence.match(QString(file.readAll()));
+        ASSERT_TRUE(match.hasMatch()) << page;
+        const double told = (match.captured(1) + match.captured(2)).toDouble();
+        EXPECT_NEAR(measured, told, 0.05 * told) << page;
     }
 }

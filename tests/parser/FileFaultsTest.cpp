@@ -165,6 +165,19 @@ TEST(FileFaults, APipeIsReadToItsEnd)
     }
 }
 
+TEST(FileFaults, APipeCannotBeSniffed)
+{
+    const TemporaryFolder folder;
+    const TString path = MakePipe(folder);
+    EXPECT_DEATH(
+        {
+            const PipeWriter writer(path, "<a version='10.4'/>");
+            FileInputSource source(path);
+            VersionSniffer(source, TString());
+        },
+        "terminate called after throwing an instance of .*TIO::Exception");
+}
+
 TEST(FileFaults, APipeThatBreaksOffGivesAnErrorOfTheDocument)
 {
     const TemporaryFolder folder;

@@ -1,5 +1,6 @@
 #include "support/ParseOutcome.h"
 #include "support/Repeat.h"
+#include "support/SmallStack.h"
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMParser.h>
@@ -391,13 +392,15 @@ TEST(ParseLimits, DepthIsThatOfOpenElements)
 
 TEST(ParseLimits, TenThousandLevelsCanBeValidated)
 {
-    Session most(Nest(10000), c_openSchema);
-    EXPECT_THAT(most.Parse(), IsEmpty());
-    Session more(Nest(10001), c_openSchema);
-    EXPECT_THAT(more.Parse(), c_isDepthError);
-    EXPECT_EQ(more.sink->elements, 10000U);
-    Session many(Nest(1000000), c_openSchema);
-    EXPECT_THAT(many.Parse(), c_isDepthError);
+    RunOnSmallStack([] {
+        Session most(Nest(10000), c_openSchema);
+        EXPECT_THAT(most.Parse(), IsEmpty());
+        Session more(Nest(10001), c_openSchema);
+        EXPECT_THAT(more.Parse(), c_isDepthError);
+        EXPECT_EQ(more.sink->elements, 10000U);
+        Session many(Nest(1000000), c_openSchema);
+        EXPECT_THAT(many.Parse(), c_isDepthError);
+    });
 }
 
 TEST(ParseLimits, ValidationWorkCountsDepthNamespacesAndDifferentElements)

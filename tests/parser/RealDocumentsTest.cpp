@@ -58,7 +58,7 @@ void ExpectRoundTrip(const DOMParser& parser, const std::string& file)
 void ExpectRoundTrips(const fs::path& directory, std::size_t least)
 {
     const std::vector<std::string> files = FindDocuments(directory);
-    EXPECT_GE(files.size(), least);
+    EXPECT_GE(files.size(), least) << directory;
     const DOMParser parser;
     for (const std::string& file : files)
         ExpectRoundTrip(parser, file);
@@ -73,10 +73,16 @@ TEST(RealDocuments, OfThisRepositoryComeBackAsTheyWereWritten)
 
 TEST(RealDocuments, OfTheMimeDatabaseComeBackAsTheyWereWritten)
 {
-    ExpectRoundTrips("/usr/share/mime/packages", 0);
+    const fs::path folder("/usr/share/mime");
+    if (!fs::exists(folder))
+        GTEST_SKIP() << "shared-mime-info is not installed";
+    ExpectRoundTrips(folder, 500);
 }
 
 TEST(RealDocuments, OfTheLocaleRepositoryComeBackAsTheyWereWritten)
 {
-    ExpectRoundTrips("/usr/share/unicode/cldr", 0);
+    const fs::path folder("/usr/share/unicode/cldr");
+    if (!fs::exists(folder))
+        GTEST_SKIP() << "unicode-cldr-core is not installed";
+    ExpectRoundTrips(folder, 500);
 }

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <atomic>
+#include <barrier>
 #include <functional>
 #include <thread>
 
@@ -183,17 +184,24 @@ TEST(Threads, ParseWithOneParserEach)
 
 TEST(Threads, ReadOneTreeSideBySide)
 {
-    const auto document =
-        DOMParser().ParseXmlString("<a x='1' y='2'><b x='3'>text</b><c><b y='4'/></c></a>", u"id");
-    const DOM& tree = *document;
-    const TString expected = XMLDomFormatter::RenderAsXMLString(*document, nullptr, false);
+    const auto parse = [] {
+        return DOMParser().ParseXmlString("<a x='1' y='2'><b x='3'>text</b><c><b y='4'/></c></a>",
+                                          u"id");
+    };
+    const auto model = parse();
+    const TString expected = XMLDomFormatter::RenderAsXMLString(*model, nullptr, false);
+    // What a tree makes only once it is asked for is made by all threads at once, in each round.
+    std::unique_ptr<const DOM> fresh;
+    std::barrier round(static_cast<std::ptrdiff_t>(c_threads), [&]() noexcept { fresh = parse(); });
     std::atomic<int> good = 0;
     RunOnThreads([&](std::size_t) {
-        good += XMLDomFormatter::RenderAsXMLString(tree, nullptr, false) == expected &&
-                DOMPath::GetAll(*tree.GetRoot(), u"//b").size() == 2 &&
-                tree.GetDocumentRoot()->GetAttributes().size() == 2 &&
+        round.arrive_and_wait();
+        const DOM& tree = *fresh;
+        good += tree.GetDocumentRoot()->GetAttributes().size() == 2 &&
                 tree.GetElement(u"c")->GetChildren()[0].GetParentAttr(u"x") == u"1" &&
-                tree == *document;
+                DOMPath::GetAll(*tree.GetRoot(), u"//b").size() == 2 &&
+                XMLDomFormatter::RenderAsXMLString(tree, nullptr, false) == expected &&
+                tree == *model;
     });
     EXPECT_EQ(good, static_cast<int>(c_threads) * c_rounds);
 }

@@ -86,6 +86,32 @@ TEST(XercesXMLParser, RefusesReferencesToInternalEntities)
     EXPECT_THAT(session.parser->GetMetadataForErrors(), ElementsAre(TError::ErrorInfo::NoError()));
 }
 
+TEST(XercesXMLParser, RefusesReferencesInContentAndInAttributeValues)
+{
+    for (const char* content : {"<a>&e;</a>", "<a><b/>&e;</a>", "<a b='&e;'/>", "<a>&f;</a>"}) {
+        Session session(std::string("<!DOCTYPE a [<!ENTITY e 'x'><!ENTITY f '&e;'>]>") + content);
+        const ParseOutcome outcome = session.Parse();
+        EXPECT_THAT(outcome.errors, ElementsAre(HasSubstr("more than '0' entity expansions")))
+            << content;
+        EXPECT_TRUE(outcome.fatal) << content;
+    }
+}
+
+TEST(XercesXMLParser, ExpandsEntitiesOfDeclarationsWithoutPermission)
+{
+    const std::pair<const char*, const char*> documents[] = {
+        {"<!ENTITY e 'text'><!ATTLIST a d CDATA '&e;'>", "<a d=text>"},
+        {"<!ENTITY e 'te'><!ENTITY f '&e;xt'><!ATTLIST a d CDATA '&f;'>", "<a d=text>"},
+        {"<!ENTITY % e \"<!ATTLIST a d CDATA 'text'>\">%e;", "<a d=text>"},
+        {"<!ENTITY e 'text'>", "<a>"},
+    };
+    for (const auto& [declarations, start] : documents) {
+        const std::string text = std::string("<!DOCTYPE a [") + declarations + "]><a/>";
+        Session session(text);
+        EXPECT_EQ(session.Parse(), (ParseOutcome{{start, "</>"}, {}, {}, false})) << text;
+    }
+}
+
 TEST(XercesXMLParser, ExpandsInternalEntitiesOnceAllowed)
 {
     Session session(c_entityDocument);

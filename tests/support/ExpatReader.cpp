@@ -60,6 +60,13 @@ void OnEntity(void* data, const XML_Char*, int, const XML_Char*, int, const XML_
     Get(data).reading.declaresEntities = true;
 }
 
+/// Gets each token of a document type for which there is no other handler.
+void OnOther(void* data, const XML_Char* text, int length)
+{
+    if (length > 2 && text[0] == '%' && text[length - 1] == ';')
+        Get(data).reading.refersToParameterEntities = true;
+}
+
 void OnDoctype(void* data, const XML_Char*, const XML_Char* systemId, const XML_Char*, int)
 {
     Get(data).reading.hasExternalSubset = systemId != nullptr;
@@ -78,6 +85,7 @@ ExpatReading ReadWithExpat(std::string_view bytes)
     XML_SetXmlDeclHandler(parser.get(), OnDeclaration);
     XML_SetEntityDeclHandler(parser.get(), OnEntity);
     XML_SetStartDoctypeDeclHandler(parser.get(), OnDoctype);
+    XML_SetDefaultHandlerExpand(parser.get(), OnOther);
     const auto status =
         XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
     if (status != XML_STATUS_OK) {

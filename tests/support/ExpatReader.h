@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,9 +15,12 @@ struct ExpatReading
     std::string error;
     /// Where in the bytes the error is.
     std::size_t errorPosition = 0;
-    /// As the XML declaration has it; empty without one.
-    std::string version;
+    /// As the XML declaration has it; nothing without one.
+    std::optional<std::string> version;
     bool declaresEntities = false;
+    /// Whether there is a reference to a parameter entity, which Expat passes over. It reads no
+    /// declarations behind it.
+    bool refersToParameterEntities = false;
     bool hasExternalSubset = false;
 };
 
