@@ -86,10 +86,7 @@ struct Pair
     char second;
     std::size_t distance = 1;
 
-    bool operator()(const char* p) const noexcept
-    {
-        return p[0] == first && p[distance] == second;
-    }
+    bool operator()(const char* p) const noexcept { return p[0] == first && p[distance] == second; }
 #if defined(__SSE2__)
     Block MayMatch(const char* p) const noexcept
     {
