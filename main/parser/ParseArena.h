@@ -111,7 +111,7 @@ public:
 
         bool operator==(const SlabNumber&) const = default;
     };
-    /// The number of the slab in use, or to be used next.
+    /// The number of the slab in use.
     const SlabNumber& GetSlabNumber() const noexcept { return m_slabNumber; }
 
     /// Room for attributes named by `names`, which `slab` keeps alive.

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <xercesc/sax/Locator.hpp>
@@ -27,11 +26,17 @@ struct LimitExceeded
 class ParseBudget
 {
 public:
-    /// Opens the accounts of a parse; nothing is limited before the first one. `limits` must
-    /// outlive the parse.
+    /// Opens the accounts of a parse; nothing is limited before the first one. What happens to
+    /// `limits` later does not touch the parse.
     void Begin(const ParseLimits& limits, std::uint64_t inputBytes, bool isValidating);
+    /// The scanner has cleared away what the last document left and begins to read: from now on the
+    /// memory of a parse that validates counts.
+    void BeginMemory() noexcept;
+    /// Memory does not count any more: the scanner is done, or must be able to clean up.
+    void EndMemory() noexcept { m_countsMemory = false; }
     /// Where errors are located; null for nowhere. Begin forgets it.
     void SetLocator(const xercesc::Locator* locator) noexcept { m_locator = locator; }
+    const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
 
     /// How many attributes the document type of a parse declares for the elements of one name.
     struct DeclaredAttributes
@@ -66,9 +71,32 @@ public:
     /// An entity of that length is about to be read inside of `depth` - 1 others.
     void AddExpansion(std::uint64_t units, std::size_t depth);
 
+    /// The scanner is about to allocate a block.
+    void AddMemory(std::size_t bytes)
+    {
+        if (m_countsMemory) [[unlikely]] {
+            m_memory += static_cast<std::int64_t>(bytes);
+            AddToStep(bytes);
+        }
+    }
+    /// The scanner is about to make a node of a content model.
+    void AddModelNode()
+    {
+        if (m_countsMemory) [[unlikely]]
+            AddToStep(++m_modelNodesInStep / 2);
+    }
+    /// The document type declares an element with that content model.
+    void DeclareElement(std::u16string_view model);
+    /// The document type declares an attribute of that type.
+    void DeclareAttribute(std::u16string_view elementName, std::u16string_view type);
+
+    /// The scanner has freed a block.
+    void ReturnMemory(std::size_t bytes) noexcept { m_memory -= static_cast<std::int64_t>(bytes); }
+    /// The scanner is between two steps. What it has allocated for the last one, if much, goes on
+    /// the account of validation.
+    void SettleMemory() noexcept;
     void EndElement() noexcept { --m_depth; }
     void DeclareEntity() noexcept { m_countsAttributes = true; }
-    void DeclareAttribute(std::u16string_view elementName);
     void OpenNamespaceScope() noexcept { ++m_namespacesInScope; }
     void CloseNamespaceScope() noexcept { --m_namespacesInScope; }
 
@@ -77,13 +105,16 @@ private:
                                           DeclaredAttributes& known) const;
     void AddScannerWork(std::uint64_t amount);
     void AddValidationWork(const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes);
+    void AddDeclarationWork(std::uint64_t amount);
+    void AddToStep(std::uint64_t amount);
+    [[noreturn]] void FailMemory();
     std::uint64_t CountLookUp(const XMLCh* uri, const XMLCh* localName);
     [[noreturn]] void FailAmplification() const;
     [[noreturn]] void Fail(const TString& message) const;
 
     static constexpr std::uint64_t c_unlimited = std::numeric_limits<std::uint64_t>::max();
 
-    const ParseLimits* m_limits = nullptr;
+    ParseLimits m_limits;
     const xercesc::Locator* m_locator = nullptr;
     std::uint64_t m_output = 0;
     std::uint64_t m_outputLimit = c_unlimited;
@@ -95,7 +126,7 @@ private:
     /// Of the parse.
     std::uint64_t m_number = 0;
     // By element name; complete before the first element begins.
-    std::unordered_map<std::u16string, std::uint64_t> m_declaredAttributes;
+    std::unordered_map<TString, std::uint64_t> m_declaredAttributes;
 
     bool m_isValidating = false;
     std::uint64_t m_validationWork = 0;
@@ -104,5 +135,15 @@ private:
     std::uint64_t m_differentElements = 0;
     // The number of namespaces by local name, and an entry for each pair of local name and
     // namespace.
-    std::unordered_map<std::u16string, std::uint64_t> m_elementNames;
+    std::unordered_map<TString, std::uint64_t> m_elementNames;
+
+    bool m_countsMemory = false;
+    /// What the scanner holds more, or less, than when it began to read.
+    std::int64_t m_memory = 0;
+    std::uint64_t m_allocatedInStep = 0;
+    /// The scanner compares each name of a mixed model with all others before it tells of the
+    /// declaration.
+    std::uint64_t m_modelNodesInStep = 0;
+    /// What m_allocatedInStep may become before the account of validation is empty.
+    std::uint64_t m_mostInStep = 0;
 };

@@ -4,9 +4,11 @@
 #include <xercesc/util/BinMemInputStream.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/validators/common/ContentSpecNode.hpp>
 
 #include <cstring>
 #include <limits>
+#include <new>
 
 using xercesc::BinMemInputStream;
 using xercesc::XMLPlatformUtils;
@@ -32,6 +34,12 @@ template <typename Type>
 XMLSize_t GetBlockSize() noexcept
 {
     return GetHeaderSize() + sizeof(Type);
+}
+
+/// Readers are accounted for as entities, and destructors must not fail.
+bool CountsAsMemory(XMLSize_t size) noexcept
+{
+    return size != GetBlockSize<xercesc::XMLReader>() && size != c_destructionStackSize;
 }
 
 /// The address of a polymorphic object's type information, which objects begin with.
@@ -81,6 +89,10 @@ void* ScannerMemory::allocate(XMLSize_t size)
     const bool isReader = size == GetBlockSize<xercesc::XMLReader>();
     if (isReader) [[unlikely]]
         OpenReader();
+    if (CountsAsMemory(size))
+        m_budget.AddMemory(size);
+    if (size == GetBlockSize<xercesc::ContentSpecNode>())
+        m_budget.AddModelNode();
     void* const block = AllocateBlock(size);
     if (isReader) [[unlikely]]
         NoteReader(block);
@@ -103,6 +115,7 @@ void* ScannerMemory::AllocateBlock(XMLSize_t size)
         if (block != nullptr)
             return block;
         m_hasFailed = true;
+        m_budget.EndMemory();
         throw;
     }
 }
@@ -113,7 +126,7 @@ void* ScannerMemory::AllocateLinked(XMLSize_t size)
         throw xercesc::OutOfMemoryException();
     auto* const link =
         static_cast<Link*>(XMLPlatformUtils::fgMemoryManager->allocate(sizeof(Link) + size));
-    *link = {&m_blocks, m_blocks.next};
+    *link = {&m_blocks, m_blocks.next, size};
     link->next->previous = link;
     m_blocks.next = link;
     return link + 1;
@@ -139,6 +152,9 @@ void ScannerMemory::deallocate(void* block)
         m_readers.pop_back();
         m_topReader = m_readers.empty() ? nullptr : m_readers.back();
     }
+    const XMLSize_t size = (static_cast<Link*>(block) - 1)->size;
+    if (CountsAsMemory(size))
+        m_budget.ReturnMemory(size);
     FreeLinked(block);
 }
 
@@ -165,9 +181,11 @@ void ScannerMemory::NoteReader(void* block)
 {
     try {
         m_readers.push_back(block);
-    } catch (...) {
-        FreeLinked(block);
-        throw;
+    } catch (const std::bad_alloc&) {
+        deallocate(block);
+        m_hasFailed = true;
+        m_budget.EndMemory();
+        throw xercesc::OutOfMemoryException();
     }
     m_topReader = block;
 }

@@ -10,8 +10,8 @@
 
 /// The memory of one scanner: all of it comes from Xerces's own memory manager. On the way it sees
 /// what no event tells, every entity that the scanner begins to read, and puts it on the account of
-/// the parse. What the scanner has not given back when it is gone, this object frees: some errors
-/// make it forget what it was working on.
+/// the parse, with the memory that it takes. What the scanner has not given back when it is gone,
+/// this object frees: some errors make it forget what it was working on.
 class ScannerMemory final : public xercesc::MemoryManager
 {
 public:
@@ -30,7 +30,7 @@ public:
     void PrepareForSchemas() noexcept { m_clears = true; }
 
     xercesc::MemoryManager* getExceptionMemoryManager() override;
-    /// LimitExceeded when the block is for an entity that the budget does not allow.
+    /// LimitExceeded when the block, or the entity that it is for, is more than the budget allows.
     void* allocate(XMLSize_t size) override;
     void deallocate(void* block) override;
 
@@ -40,6 +40,8 @@ private:
     {
         Link* previous;
         Link* next;
+        /// Of the block, in bytes.
+        XMLSize_t size;
     };
 
     void* AllocateBlock(XMLSize_t size);
@@ -51,7 +53,7 @@ private:
 
     ParseBudget& m_budget;
     /// Before the first block and behind the last.
-    Link m_blocks{&m_blocks, &m_blocks};
+    Link m_blocks{&m_blocks, &m_blocks, 0};
     /// What an object of the type of an entity's stream begins with.
     const void* m_streamType;
     /// The block allocated last, unless it is gone.

@@ -6,7 +6,6 @@
 #include <kescorexml/CoreXml.h>
 #include <kescorexml/XMLParseException.h>
 
-#include <kesplatform/CorePlatformUtils.h>
 #include <kesplatform/TFile.h>
 #include <kesplatform/TFormatString.h>
 
@@ -15,9 +14,6 @@
 #include <xercesc/sax2/Attributes.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLUni.hpp>
-
-#include <QChar>
-#include <QString>
 
 #include <algorithm>
 
@@ -33,21 +29,6 @@ void RecordMessage(const char16_t* kind, const TString& message, const TString& 
     if (line != 0 || column != 0)
         position = TFormatString(u"(%1,%2)").Format(line, column);
     list.push_back(TFormatString(u"%1%2: %3 (id: %4)").Format(kind, position, message, systemId));
-}
-
-/// The length of the text when there is none.
-std::size_t FindInvalidCharacter(std::u16string_view text)
-{
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const char16_t unit = text[at];
-        const bool beginsPair = QChar::isHighSurrogate(unit) && at + 1 < text.size() &&
-                                QChar::isLowSurrogate(text[at + 1]);
-        if (beginsPair)
-            ++at;
-        else if (QChar::isSurrogate(unit) || !CorePlatformUtils::IsValidCharacter(unit))
-            return at;
-    }
-    return text.size();
 }
 
 /// The text that a schema compiler shall read, as UTF-8 whatever encoding it declares.
@@ -151,6 +132,7 @@ void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
 {
     m_locator = locator;
     m_budget.SetLocator(locator);
+    m_budget.BeginMemory();
 }
 
 void XercesXMLHandler::startPrefixMapping(const XMLCh* /*prefix*/, const XMLCh* /*uri*/)
@@ -163,16 +145,21 @@ void XercesXMLHandler::endPrefixMapping(const XMLCh* /*prefix*/)
     m_budget.CloseNamespaceScope();
 }
 
+void XercesXMLHandler::elementDecl(const XMLCh* /*name*/, const XMLCh* model)
+{
+    m_budget.DeclareElement(ViewXMLCh(model));
+}
+
 void XercesXMLHandler::internalEntityDecl(const XMLCh* /*name*/, const XMLCh* /*value*/)
 {
     m_budget.DeclareEntity();
 }
 
 void XercesXMLHandler::attributeDecl(const XMLCh* elementName, const XMLCh* /*name*/,
-                                     const XMLCh* /*type*/, const XMLCh* /*mode*/,
+                                     const XMLCh* type, const XMLCh* /*mode*/,
                                      const XMLCh* /*value*/)
 {
-    m_budget.DeclareAttribute(ViewXMLCh(elementName));
+    m_budget.DeclareAttribute(ViewXMLCh(elementName), ViewXMLCh(type));
 }
 
 // Diagnostics
@@ -219,12 +206,14 @@ void XercesXMLHandler::RecordFatalError(const TString& message, const TString& s
 
 void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
 {
+    m_budget.SettleMemory();
     RecordWarning(exception.getMessage(), exception.getSystemId(), exception.getLineNumber(),
                   exception.getColumnNumber());
 }
 
 void XercesXMLHandler::error(const xercesc::SAXParseException& exception)
 {
+    m_budget.SettleMemory();
     RecordError(exception.getMessage(), exception.getSystemId(), exception.getLineNumber(),
                 exception.getColumnNumber());
 }
@@ -248,36 +237,6 @@ void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh* /*publ
                                           const XMLCh* /*systemId*/)
 {
     FailBecauseExternalEntity(name);
-}
-
-void XercesXMLHandler::startDTD(const XMLCh* /*name*/, const XMLCh* /*publicId*/,
-                                const XMLCh* systemId)
-{
-    RefuseInvalidCharacters(systemId);
-}
-
-void XercesXMLHandler::notationDecl(const XMLCh* /*name*/, const XMLCh* /*publicId*/,
-                                    const XMLCh* systemId)
-{
-    RefuseInvalidCharacters(systemId);
-}
-
-void XercesXMLHandler::unparsedEntityDecl(const XMLCh* /*name*/, const XMLCh* /*publicId*/,
-                                          const XMLCh* systemId, const XMLCh* /*notationName*/)
-{
-    RefuseInvalidCharacters(systemId);
-}
-
-void XercesXMLHandler::RefuseInvalidCharacters(const XMLCh* systemId) const
-{
-    const std::u16string_view text = ViewXMLCh(systemId);
-    const std::size_t invalid = FindInvalidCharacter(text);
-    if (invalid == text.size())
-        return;
-    const TString number = QString::number(text[invalid], 16).toUpper();
-    const TString message =
-        TFormatString(u"invalid character 0x%1 in system identifier").Format(number);
-    throw xercesc::SAXParseException(GetInternalXMLChPtrFromTString(message), *m_locator);
 }
 
 void XercesXMLHandler::FailBecauseExternalEntity(const XMLCh* name)

@@ -68,16 +68,10 @@ public:
     void externalEntityDecl(const XMLCh* name, const XMLCh* publicId,
                             const XMLCh* systemId) override;
 
-    // The scanner takes any character in a system identifier; these refuse what is none in XML, by
-    // an exception of Xerces's kind for fatal errors.
-    void startDTD(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId) override;
-    void notationDecl(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId) override;
-    void unparsedEntityDecl(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId,
-                            const XMLCh* notationName) override;
-
     // For the accounts of the parse alone.
     void startPrefixMapping(const XMLCh* prefix, const XMLCh* uri) override;
     void endPrefixMapping(const XMLCh* prefix) override;
+    void elementDecl(const XMLCh* name, const XMLCh* model) override;
     void internalEntityDecl(const XMLCh* name, const XMLCh* value) override;
     void attributeDecl(const XMLCh* elementName, const XMLCh* name, const XMLCh* type,
                        const XMLCh* mode, const XMLCh* value) override;
@@ -89,7 +83,6 @@ private:
     void EndText();
     void PassPendingText();
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
-    void RefuseInvalidCharacters(const XMLCh* systemId) const;
 
     std::shared_ptr<SAXInterface> m_sink;
     /// The same sink, when it takes elements packed; else null.

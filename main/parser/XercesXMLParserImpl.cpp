@@ -109,6 +109,19 @@ private:
     XercesXMLHandler& m_handler;
 };
 
+/// A scan during which memory may count; the scanner cleans up afterwards whatever it takes.
+class CountedMemoryScope
+{
+public:
+    explicit CountedMemoryScope(ParseBudget& budget) noexcept : m_budget(budget) {}
+    ~CountedMemoryScope() { m_budget.EndMemory(); }
+    CountedMemoryScope(const CountedMemoryScope&) = delete;
+    CountedMemoryScope& operator=(const CountedMemoryScope&) = delete;
+
+private:
+    ParseBudget& m_budget;
+};
+
 /// Has the version watch installed among the reader's handlers.
 class WatchedProlog
 {
@@ -149,69 +162,70 @@ void XercesXMLParserImpl::MakeReader()
     auto memory = std::make_unique<ScannerMemory>(m_budget);
     std::unique_ptr<xercesc::SAX2XMLReader> reader(
         xercesc::XMLReaderFactory::createXMLReader(memory.get()));
+    reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
+    SetXercesXMLHandler(*reader, *m_handler);
+    reader->setLexicalHandler(&m_documentType);
+    reader->setDTDHandler(&m_documentType);
+    SetEntityResolver(*reader, m_handler.get());
+    reader->setExitOnFirstFatalError(true);
+    SetFeatures(*reader, {{XMLUni::fgXercesLoadExternalDTD, false},
+                          {XMLUni::fgXercesDisableDefaultEntityResolution, true},
+                          {XMLUni::fgXercesLoadSchema, false},
+                          {XMLUni::fgXercesDynamic, false}});
+    PrepareParserState(*reader);
     m_handler->ForgetLocator();
     // The last reader goes before its memory.
     m_reader = std::move(reader);
     m_memory = std::move(memory);
-    m_reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
-    SetXercesXMLHandler(*m_handler);
-    SetEntityResolver();
-    m_reader->setExitOnFirstFatalError(true);
-    SetFeatures(*m_reader, {{XMLUni::fgXercesLoadExternalDTD, false},
-                            {XMLUni::fgXercesDisableDefaultEntityResolution, true},
-                            {XMLUni::fgXercesLoadSchema, false},
-                            {XMLUni::fgXercesDynamic, false}});
-    PrepareParserState();
     m_xmlVersionSticks = false;
     m_mayHaveLeaked = false;
 }
 
 XercesXMLParserImpl::~XercesXMLParserImpl() = default;
 
-void XercesXMLParserImpl::SetXercesXMLHandler(XercesXMLHandler& handler)
+void XercesXMLParserImpl::SetXercesXMLHandler(xercesc::SAX2XMLReader& reader,
+                                              XercesXMLHandler& handler)
 {
-    m_reader->setContentHandler(&handler);
-    m_reader->setErrorHandler(&handler);
-    m_reader->setDeclarationHandler(&handler);
-    m_reader->setLexicalHandler(&handler);
-    m_reader->setDTDHandler(&handler);
+    reader.setContentHandler(&handler);
+    reader.setErrorHandler(&handler);
+    reader.setDeclarationHandler(&handler);
     handler.resetErrors();
 }
 
-void XercesXMLParserImpl::SetEntityResolver()
+void XercesXMLParserImpl::SetEntityResolver(xercesc::SAX2XMLReader& reader,
+                                            XercesXMLHandler* handler)
 {
-    auto* const xmlEntityResolver = m_handler.get();
-    auto* const sax2readerImpl = dynamic_cast<xercesc::SAX2XMLReaderImpl*>(m_reader.get());
-    if (xmlEntityResolver == nullptr || sax2readerImpl == nullptr)
+    auto* const sax2readerImpl = dynamic_cast<xercesc::SAX2XMLReaderImpl*>(&reader);
+    if (handler == nullptr || sax2readerImpl == nullptr)
         ThrowAssertion(u"XercesXMLParser", 322, u"xmlEntityResolver && sax2readerImpl",
                        KesErrorsError::LogicAssert_0x9D18F6F8());
-    sax2readerImpl->setXMLEntityResolver(xmlEntityResolver);
+    sax2readerImpl->setXMLEntityResolver(handler);
 }
 
-void XercesXMLParserImpl::PrepareParserState()
+void XercesXMLParserImpl::PrepareParserState(xercesc::SAX2XMLReader& reader)
 {
     const Metrics::Scope scope("XercesXMLParser_PrepareParserState");
-    m_reader->resetCachedGrammarPool();
+    reader.resetCachedGrammarPool();
     if (m_noSchemaLoaded) {
-        SetFeatures(*m_reader, {{XMLUni::fgSAX2CoreNameSpaces, false},
-                                {XMLUni::fgSAX2CoreValidation, false},
-                                {XMLUni::fgXercesSkipDTDValidation, true},
-                                {XMLUni::fgXercesSchemaFullChecking, false},
-                                {XMLUni::fgXercesHandleMultipleImports, false}});
+        SetFeatures(reader, {{XMLUni::fgSAX2CoreNameSpaces, false},
+                             {XMLUni::fgSAX2CoreValidation, false},
+                             {XMLUni::fgXercesSkipDTDValidation, true},
+                             {XMLUni::fgXercesSchemaFullChecking, false},
+                             {XMLUni::fgXercesHandleMultipleImports, false}});
         return;
     }
     LoadXSDResource(LookupResource(QtKesResourceId::FileformatXmlXsd));
     LoadXSDResource(LookupResource(QtKesResourceId::FileformatUserXsd));
-    SetFeatures(*m_reader, {{XMLUni::fgSAX2CoreNameSpaces, true},
-                            {XMLUni::fgSAX2CoreNameSpacePrefixes, true},
-                            {XMLUni::fgSAX2CoreValidation, true},
-                            {XMLUni::fgXercesIdentityConstraintChecking, true},
-                            {XMLUni::fgXercesSkipDTDValidation, false},
-                            {XMLUni::fgXercesSchemaFullChecking, true},
-                            {XMLUni::fgXercesHandleMultipleImports, true},
-                            {XMLUni::fgXercesSchema, true},
-                            {XMLUni::fgXercesUseCachedGrammarInParse, true},
-                            {XMLUni::fgXercesValidationErrorAsFatal, false}});
+    SetFeatures(reader, {{XMLUni::fgSAX2CoreNameSpaces, true},
+                         {XMLUni::fgSAX2CoreNameSpacePrefixes, true},
+                         {XMLUni::fgSAX2CoreValidation, true},
+                         {XMLUni::fgXercesIdentityConstraintChecking, true},
+                         {XMLUni::fgXercesSkipDTDValidation, false},
+                         {XMLUni::fgXercesSchemaFullChecking, true},
+                         {XMLUni::fgXercesHandleMultipleImports, true},
+                         {XMLUni::fgXercesSchema, true},
+                         {XMLUni::fgXercesUseCachedGrammarInParse, true},
+                         {XMLUni::fgXercesValidationErrorAsFatal, false}});
 }
 
 void XercesXMLParserImpl::SwitchToValidating()
@@ -219,7 +233,7 @@ void XercesXMLParserImpl::SwitchToValidating()
     m_memory->PrepareForSchemas();
     m_noSchemaLoaded = false;
     try {
-        PrepareParserState();
+        PrepareParserState(*m_reader);
     } catch (...) {
         // A parser that went on without the base schemas would not validate, and say nothing.
         m_noSchemaLoaded = true;
@@ -269,9 +283,9 @@ void XercesXMLParserImpl::Reload(InputSource& source, std::shared_ptr<SAXInterfa
     m_names.ForgetUnlessSmall();
     auto handler = std::make_unique<XercesXMLHandler>(sink, m_names, m_budget);
     XercesXMLParser::Reload(source, std::move(sink));
-    SetXercesXMLHandler(*handler);
+    SetXercesXMLHandler(*m_reader, *handler);
     m_handler = std::move(handler);
-    SetEntityResolver();
+    SetEntityResolver(*m_reader, m_handler.get());
 }
 
 void XercesXMLParserImpl::AllowEntityExpansion_Insecure()
@@ -301,7 +315,8 @@ void XercesXMLParserImpl::DoXercesParse()
     const auto noError = TError::ErrorInfo::NoError();
     BeginBudget(document, !m_noSchemaLoaded);
     try {
-        // A reader that has loaded schemas is not used for long.
+        // A new one would have to load all schemas again: what one that has them forgot stays until
+        // the parser ends.
         if (m_mayHaveLeaked && m_noSchemaLoaded)
             MakeReader();
         ScanDocument(document);
@@ -326,6 +341,7 @@ void XercesXMLParserImpl::DoXercesParse()
 void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)
 {
     ClearUpperVectorHalves();
+    const CountedMemoryScope counted(m_budget);
     xercesc::XMLPScanToken token;
     if (!ScanProlog(document, token))
         return;
@@ -356,19 +372,22 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
     // Until the prolog is known to have been harmless.
     m_xmlVersionSticks = true;
     m_mayHaveLeaked = true;
+    m_documentType.Reset();
     XmlVersionWatch watch;
     const WatchedProlog watched(*m_reader, watch);
     try {
         const bool complete = m_reader->parseFirst(document(), token);
         m_xmlVersionSticks = !complete || watch.SawOtherVersion();
-        m_mayHaveLeaked = !complete;
+        m_mayHaveLeaked = !complete && m_documentType.HasBegun();
         return complete;
     } catch (const xercesc::XMLException& exception) {
+        m_mayHaveLeaked = m_documentType.HasBegun();
         // An XML declaration that the scanner cannot even decode, before anything has a position.
         m_handler->RecordFatalError(GetTStringFromXMLChPtr(exception.getMessage(), -1),
                                     GetSource().Id(), 1, 1);
         return false;
     } catch (const xercesc::SAXParseException& exception) {
+        m_mayHaveLeaked = m_documentType.HasBegun();
         m_handler->fatalError(exception);
         return false;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DocumentTypeGuard.h"
 #include "ParseBudget.h"
 #include "ScannerMemory.h"
 #include "XercesXMLHandler.h"
@@ -34,12 +35,13 @@ protected:
     void ParseImpl() override;
 
 private:
-    /// A new reader, with new memory, in place of the last one.
+    /// A new reader, with new memory, in place of the last one, which stays when this throws. It
+    /// knows of no schemas.
     void MakeReader();
     /// Content, error and declaration handler.
-    void SetXercesXMLHandler(XercesXMLHandler& handler);
-    void SetEntityResolver();
-    void PrepareParserState();
+    static void SetXercesXMLHandler(xercesc::SAX2XMLReader& reader, XercesXMLHandler& handler);
+    static void SetEntityResolver(xercesc::SAX2XMLReader& reader, XercesXMLHandler* handler);
+    void PrepareParserState(xercesc::SAX2XMLReader& reader);
     void SwitchToValidating();
     void DoXercesParse();
     void ScanDocument(const XercesInputSource& document);
@@ -53,6 +55,7 @@ private:
 
     ParsedNames m_names;
     ParseBudget m_budget;
+    DocumentTypeGuard m_documentType{m_budget};
     std::unique_ptr<ScannerMemory> m_memory;
     std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;

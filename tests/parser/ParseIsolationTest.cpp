@@ -83,6 +83,12 @@ const std::vector<Document>& HostileDocuments()
         {"<a>" + Repeat("text<b/>", 300) + "</a>"},
         {Repeat("<a>", 30) + Repeat("</a>", 30)},
         {"<a>" + Repeat("<b><c/></b>", 30) + "</a>"},
+        // These do harm only where document types are validated.
+        {"<!DOCTYPE a [<!ELEMENT a (#PCDATA" + Repeat("|b", 20) + ")*>]><a/>"},
+        {"<!DOCTYPE a [<!ELEMENT a (b" + Repeat(",b?", 20) + ")>]><a/>"},
+        {"<!DOCTYPE a [<!ELEMENT b EMPTY><!ATTLIST b c (d" + Repeat("|d", 30) + ") 'd'>]><a/>"},
+        {"<!DOCTYPE a [<!ELEMENT b EMPTY><!ELEMENT c EMPTY><!ELEMENT a ((b|c)*,b" +
+         Repeat(",(b|c)", 10) + ")>]><a>" + Repeat("<b/>", 11) + "</a>"},
     };
     return s_documents;
 }
@@ -238,7 +244,7 @@ TEST(ParseIsolation, RandomSequencesGiveWhatFreshParsersGive)
                                    alone.back().errors.back().find("Limit)") != std::string::npos;
             limited += isLimited ? 1 : 0;
         }
-        EXPECT_GE(limited, HostileDocuments().size() - (isValidating ? 0 : 2));
+        EXPECT_GE(limited, HostileDocuments().size() - (isValidating ? 0 : 6));
 
         BinaryInputSource first = MakeSource(documents[0]);
         const auto parser = makeParser(first, std::make_shared<RecordingSink>(), isValidating);
@@ -299,6 +305,10 @@ TEST(ParseIsolation, NoMemoryIsLeftBehind)
         documents.push_back({std::string("<!DOCTYPE a [<!ELEMENT a ") + model + ">]><a/>"});
     documents.push_back({"<!DOCTYPE a [<!ELEMENT a (" + Repeat("b|", 1000) + "|)>]><a/>"});
     documents.push_back({"<!DOCTYPE a [<!ATTLIST a b (c|d| x 'c'>]><a/>"});
+    for (const char* const start :
+         {"<!DOCTYPE", "<!DOCTYPE a", "<!DOCTYPE a SYSTEM", "<!DOCTYPE a SYSTEM 'b'",
+          "<!DOCTYPE a PUBLIC 'b", "<!DOCTYPE a ["})
+        documents.push_back({start});
     const auto parseAll = [&](const DOMParser& parser) {
         for (const Document& document : documents)
             parser.ParseXmlBytes({document.text.begin(), document.text.end()});

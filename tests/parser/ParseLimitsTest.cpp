@@ -14,6 +14,7 @@
 namespace {
 
 using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -25,6 +26,11 @@ const char* const c_openSchema =
     "<xs:complexType mixed='true'><xs:sequence><xs:any processContents='lax' minOccurs='0' "
     "maxOccurs='unbounded'/></xs:sequence><xs:anyAttribute processContents='lax'/>"
     "</xs:complexType></xs:element></xs:schema>";
+
+/// Schemas with a target namespace leave documents without namespace to their own document type.
+const char* const c_targetSchema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:u'>"
+    "<xs:element name='z' type='xs:int'/></xs:schema>";
 
 /// Counts what reaches it, as the amplification limit does.
 class CountingSink : public SAXInterface
@@ -447,6 +453,152 @@ TEST(ParseLimits, ManyNamespaceDeclarationsEnd)
         Concatenate(40000, [](const std::string& i) { return " xmlns:p" + i + "='u'"; });
     Session session("<a" + declarations + ">" + Repeat("<a/>", 40000) + "</a>", c_openSchema);
     EXPECT_THAT(session.Parse(), c_isValidationWorkError);
+}
+
+TEST(ParseLimits, ValidationWorkCountsTheModelsThatADocumentTypeDeclares)
+{
+    // The names times the particles, and a 64th of the cube of the names.
+    const auto list = [](int names, const char* suffix) {
+        return Concatenate(names - 1, [&](const std::string& i) { return ",b" + i + suffix; });
+    };
+    const std::pair<std::string, std::uint64_t> declarations[] = {
+        {"<!ELEMENT x (b)>", 1},
+        {"<!ELEMENT x (b?)>", 2},
+        {"<!ELEMENT x ((b | c)*, d)>", 3 * 4},
+        {"<!ELEMENT x (#PCDATA | b | c)*>", 3 * 4},
+        {"<!ELEMENT x (b" + list(32, "") + ")>", 32 * 32 + 32 * 32 * 32 / 64},
+        {"<!ELEMENT x (b?" + list(32, "?") + ")>", 32 * 64 + 32 * 32 * 32 / 64},
+        {"<!ELEMENT x (b)><!ELEMENT y (b)>", 1 + 1},
+        {"<!ATTLIST x y (b | c | d) 'b'>", 3 * 3},
+        {"<!NOTATION b SYSTEM 'b'><!ATTLIST x y NOTATION (b) #IMPLIED>", 2 * 2},
+        {"<!ATTLIST x y CDATA #IMPLIED>", 1},
+    };
+    for (const auto& [declaration, work] : declarations) {
+        SCOPED_TRACE(declaration);
+        // The document breaks off before anything else is counted.
+        Session session(WithDoctype(declaration, ""), c_openSchema);
+        session.parser->SetValidationWorkLimit(0, work);
+        EXPECT_THAT(session.Parse(), testing::Not(Contains(HasSubstr("limit, Set"))));
+        session.parser->SetValidationWorkLimit(0, work - 1);
+        EXPECT_THAT(session.Parse(), c_isValidationWorkError);
+    }
+}
+
+TEST(ParseLimits, ManyNamesInADeclarationEnd)
+{
+    const std::string names = Concatenate(10000, [](const std::string& i) { return "|e" + i; });
+    const std::string optional =
+        Concatenate(3000, [](const std::string& i) { return ",e" + i + "?"; });
+    for (const std::string& declaration :
+         {"<!ELEMENT a (#PCDATA" + names + ")*>", "<!ELEMENT a (b" + names + ")*>",
+          "<!ELEMENT a (b" + optional + ")>", "<!ATTLIST a b (c" + names + ") #IMPLIED>"}) {
+        Session session(WithDoctype(declaration, "<a/>"), c_targetSchema);
+        EXPECT_THAT(session.Parse(), Contains(HasSubstr("(validation work limit, ")));
+        EXPECT_EQ(session.sink->elements, 0U);
+        // Nothing of it is work where nothing is validated.
+        Session plain(WithDoctype(declaration, "<a/>"));
+        EXPECT_THAT(plain.Parse(), IsEmpty());
+    }
+}
+
+TEST(ParseLimits, OrdinaryModelsFit)
+{
+    // With models of 150 names.
+    const std::string choice =
+        "(b" + Concatenate(149, [](const std::string& i) { return "|b" + i; }) + ")*";
+    const std::string sequence =
+        "(b?" + Concatenate(149, [](const std::string& i) { return ",b" + i + "?"; }) + ")";
+    for (const auto& [count, model] : {std::pair(300, choice), std::pair(40, sequence)}) {
+        const std::string declarations = Concatenate(
+            count, [&](const std::string& i) { return "<!ELEMENT b" + i + " " + model + ">"; });
+        const std::string content = Concatenate(
+            count, [](const std::string& i) { return "<b" + i + "><b0/></b" + i + ">"; });
+        Session session(WithDoctype(declarations + "<!ELEMENT a ANY>", "<a>" + content + "</a>"),
+                        c_targetSchema);
+        session.parser->Parse();
+        EXPECT_THAT(ToUtf8(session.parser->GetErrors()),
+                    testing::Not(Contains(HasSubstr("limit, Set"))));
+        EXPECT_EQ(session.sink->elements, 1U + 2U * static_cast<unsigned>(count));
+    }
+}
+
+TEST(ParseLimits, AModelThatTakesExponentialMemoryEnds)
+{
+    const auto parse = [](std::size_t levels) {
+        Session session(WithDoctype("<!ELEMENT b EMPTY><!ELEMENT c EMPTY><!ELEMENT a ((b|c)*,b" +
+                                        Repeat(",(b|c)", levels) + ")>",
+                                    "<a>" + Repeat("<b/>", levels + 1) + "</a>"),
+                        c_targetSchema);
+        return session.Parse();
+    };
+    EXPECT_THAT(parse(8), IsEmpty());
+    EXPECT_THAT(parse(24), c_isValidationWorkError);
+    EXPECT_THAT(parse(60), c_isValidationWorkError);
+}
+
+TEST(ParseLimits, ManySmallModelsOfExponentialSizeEnd)
+{
+    const std::string model = "((b|c)*,b" + Repeat(",(b|c)", 12) + ")";
+    const std::string content = Repeat("<b/>", 13);
+    const auto parse = [&](int count) {
+        Session session(
+            WithDoctype("<!ELEMENT b EMPTY><!ELEMENT c EMPTY><!ELEMENT a ANY>" +
+                            Concatenate(count,
+                                        [&](const std::string& i) {
+                                            return "<!ELEMENT a" + i + " " + model + ">";
+                                        }),
+                        "<a>" +
+                            Concatenate(count,
+                                        [&](const std::string& i) {
+                                            return "<a" + i + ">" + content + "</a" + i + ">";
+                                        }) +
+                            "</a>"),
+            c_targetSchema);
+        return session.Parse();
+    };
+    EXPECT_THAT(parse(10), IsEmpty());
+    EXPECT_THAT(parse(1000), c_isValidationWorkError);
+}
+
+TEST(ParseLimits, MemoryOfASchemaDoesNotCount)
+{
+    // Their values take more than the limit of a parse allows.
+    std::string schema = c_openSchema;
+    schema.insert(schema.find("<xs:element"),
+                  "<xs:simpleType name='t'><xs:restriction base='xs:string'>" +
+                      Concatenate(20000,
+                                  [](const std::string& i) {
+                                      return "<xs:enumeration value='value" + i + "'/>";
+                                  }) +
+                      "</xs:restriction></xs:simpleType>");
+    Session session("<a/>", schema.c_str());
+    session.parser->SetValidationWorkLimit(0, 10);
+    EXPECT_THAT(session.Parse(), IsEmpty());
+}
+
+TEST(ParseLimits, TheSinkMayChangeThemForTheNextParse)
+{
+    class LoweringSink : public CountingSink
+    {
+    public:
+        void StartElement(TString&& name,
+                          std::unordered_map<TString, TString>&& attributes) override
+        {
+            CountingSink::StartElement(std::move(name), std::move(attributes));
+            limits->SetAmplificationLimit(0, 1);
+            limits->SetValidationDepthLimit(1);
+        }
+        ParseLimits* limits = nullptr;
+    };
+    Utf8InputSource source("<a><a>text</a></a>", u"id", false);
+    const auto sink = std::make_shared<LoweringSink>();
+    const auto parser = XercesXMLParser::Create(source, sink);
+    parser->LoadXSDString(c_openSchema, u"schema");
+    sink->limits = parser.get();
+    parser->Parse();
+    EXPECT_THAT(ToUtf8(parser->GetErrors()), IsEmpty());
+    parser->Parse();
+    EXPECT_THAT(ToUtf8(parser->GetErrors()), c_isAmplificationError);
 }
 
 TEST(ParseLimits, WithoutSchemasManyNamesAreNoWork)
