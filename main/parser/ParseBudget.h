@@ -144,6 +144,6 @@ private:
     /// The scanner compares each name of a mixed model with all others before it tells of the
     /// declaration.
     std::uint64_t m_modelNodesInStep = 0;
-    /// What that may become before the account of validation is empty.
+    /// What m_allocatedInStep may become before the account of validation is empty.
     std::uint64_t m_mostInStep = 0;
 };
