@@ -1,5 +1,7 @@
 #include "Peers.h"
 
+#include <kesplatform/VectorRegisters.h>
+
 #include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -7,27 +9,6 @@
 #include <malloc.h>
 
 using namespace xercesc;
-
-namespace {
-
-/// Libraries that are measured here leave the vector registers in a state in which others run more
-/// slowly. This library's parses begin with the same.
-#if defined(__GNUC__) && defined(__x86_64__)
-[[gnu::target("avx")]] void ExecuteVzeroupper()
-{
-    __builtin_ia32_vzeroupper();
-}
-
-void ClearUpperVectorHalves()
-{
-    if (__builtin_cpu_supports("avx"))
-        ExecuteVzeroupper();
-}
-#else
-void ClearUpperVectorHalves() {}
-#endif
-
-} // namespace
 
 BareReader::BareReader()
 {
@@ -58,6 +39,7 @@ BareReader::~BareReader() = default;
 
 void BareReader::Parse(const std::string& bytes)
 {
+    // As the library does: others that are measured here leave them in use.
     ClearUpperVectorHalves();
     MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
                              "document");

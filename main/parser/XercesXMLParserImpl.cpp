@@ -3,7 +3,6 @@
 #include "Assertion.h"
 #include "DocumentEnd.h"
 #include "KesErrors.h"
-#include "VectorRegisters.h"
 #include "XercesInputSource.h"
 #include "XercesMemory.h"
 #include "XercesText.h"
@@ -14,6 +13,7 @@
 #include <kescorexml/XMLParseException.h>
 
 #include <kesplatform/Metrics.h>
+#include <kesplatform/VectorRegisters.h>
 
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax/SAXParseException.hpp>

@@ -3,6 +3,7 @@
 #include "FindText.h"
 
 #include <kesplatform/TCType.h>
+#include <kesplatform/VectorRegisters.h>
 
 #include <QHashFunctions>
 
@@ -264,7 +265,11 @@ std::size_t TString::Hash() const noexcept
 {
     // Fixed at the first use: a seed that changed later would unhinge the tables made before.
     static const std::size_t s_seed = QHashSeed::globalSeed();
-    return qHashBits(utf16(), static_cast<std::size_t>(length()) * c_unitSize, s_seed);
+    const std::size_t hash =
+        qHashBits(utf16(), static_cast<std::size_t>(length()) * c_unitSize, s_seed);
+    // It may leave them in use.
+    ClearUpperVectorHalves();
+    return hash;
 }
 
 // Parts
