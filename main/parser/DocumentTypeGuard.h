@@ -7,12 +7,12 @@
 
 /// What Xerces calls back while it reads a document type. The scanner takes any character in a
 /// system identifier; this refuses what is none in XML, by an exception of Xerces's kind for fatal
-/// errors.
+/// errors. From here on, the memory of a parse that validates counts.
 class DocumentTypeGuard final : public xercesc::LexicalHandler, public xercesc::DTDHandler
 {
 public:
     /// `budget`, which knows where the scanner is, must outlive the guard.
-    explicit DocumentTypeGuard(const ParseBudget& budget) noexcept : m_budget(budget) {}
+    explicit DocumentTypeGuard(ParseBudget& budget) noexcept : m_budget(budget) {}
 
     /// Call it before each parse.
     void Reset() noexcept { m_hasBegun = false; }
@@ -35,6 +35,6 @@ public:
 private:
     void RefuseInvalidCharacters(const XMLCh* systemId) const;
 
-    const ParseBudget& m_budget;
+    ParseBudget& m_budget;
     bool m_hasBegun = false;
 };

@@ -171,6 +171,8 @@ void ParseBudget::AddValidationWork(const XMLCh* uri, const XMLCh* localName,
                  .Format(deepest));
     }
     SettleMemory();
+    if (m_depth == 1 && !m_countsMemory)
+        BeginMemory();
     Add(m_validationWork, MultiplyOrMost(1 + attributes, m_depth + m_namespacesInScope) +
                               CountLookUp(uri, localName));
     if (m_validationWork > m_validationWorkLimit) {

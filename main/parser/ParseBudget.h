@@ -29,8 +29,9 @@ public:
     /// Opens the accounts of a parse; nothing is limited before the first one. What happens to
     /// `limits` later does not touch the parse.
     void Begin(const ParseLimits& limits, std::uint64_t inputBytes, bool isValidating);
-    /// The scanner has cleared away what the last document left and begins to read: from now on the
-    /// memory of a parse that validates counts.
+    /// From now on the memory of a parse that validates counts: a document type begins. Else it
+    /// counts from the first start tag on. What the scanner does before that is no validation, and
+    /// forgets what it has opened when it is stopped.
     void BeginMemory() noexcept;
     /// Memory does not count any more: the scanner is done, or must be able to clean up.
     void EndMemory() noexcept { m_countsMemory = false; }

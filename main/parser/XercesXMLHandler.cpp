@@ -132,7 +132,6 @@ void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
 {
     m_locator = locator;
     m_budget.SetLocator(locator);
-    m_budget.BeginMemory();
 }
 
 void XercesXMLHandler::startPrefixMapping(const XMLCh* /*prefix*/, const XMLCh* /*uri*/)
