@@ -203,9 +203,18 @@ std::optional<std::string> FindAttributeValue(const std::string& xml, const std:
     // Nothing stands before the tag's "<" that could separate a name from it.
     std::size_t next = idx + 1;
     for (;;) {
-        const std::size_t hit = ByteScan::FindText(text, name, next);
-        if (hit == std::string::npos)
-            return std::nullopt;
+        // Stretch by stretch, so that the bytes whose quotes are read are still in the cache.
+        constexpr std::size_t c_stretch = 16'384;
+        const std::size_t stretchEnd = next + c_stretch + name.size();
+        const std::size_t hit = ByteScan::FindText(text.substr(0, stretchEnd), name, next);
+        if (hit == std::string::npos) {
+            if (stretchEnd >= text.size())
+                return std::nullopt;
+            next += c_stretch;
+            quotes.Advance(text.substr(quotesRead, next - quotesRead));
+            quotesRead = next;
+            continue;
+        }
         next = hit + std::max<std::size_t>(name.size(), 1);
         if (!CharacterClasses::IsWhitespace(text[hit - 1]))
             continue;

@@ -438,6 +438,23 @@ TEST(XMLUtils, FindsAttributesAsAModelDoes)
     EXPECT_GT(found, 10000);
 }
 
+TEST(XMLUtils, FindsAnAttributeBehindAValueOfAnyLength)
+{
+    for (const std::size_t power : {4096U, 8192U, 16'384U, 32'768U, 65'536U}) {
+        for (std::size_t length = power - 40; length < power + 40; ++length) {
+            const std::string value(length, 'v');
+            const std::string tag = "<r a='" + value + "' version='1'>";
+            EXPECT_EQ(XmlUtils::FindAttributeValue(tag, "version", Whole(tag)), "1") << length;
+            const std::string inValue = "<r a='" + value + " version=\"2\"' version='1'>";
+            EXPECT_EQ(XmlUtils::FindAttributeValue(inValue, "version", Whole(inValue)), "1")
+                << length;
+            const std::string absent = "<r a='" + value + "' versio='1'>";
+            EXPECT_EQ(XmlUtils::FindAttributeValue(absent, "version", Whole(absent)), std::nullopt)
+                << length;
+        }
+    }
+}
+
 TEST(XMLUtils, PassesAMillionFalseNamesInLinearTime)
 {
     const std::string names = Repeat(" version", 1'000'000);
