@@ -87,6 +87,7 @@ std::unique_ptr<QDomDocument> MakeQDom(const Document& document)
 
 std::unique_ptr<xercesc::XercesDOMParser> MakeXercesDom(const Document& document)
 {
+    EnsureXercesIsInitialised();
     auto tree = std::make_unique<xercesc::XercesDOMParser>();
     tree->setLoadExternalDTD(false);
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(document.bytes.data()),

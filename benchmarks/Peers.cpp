@@ -10,13 +10,18 @@
 
 using namespace xercesc;
 
-BareReader::BareReader()
+void EnsureXercesIsInitialised()
 {
     static const bool s_initialised = [] {
         XMLPlatformUtils::Initialize();
         return true;
     }();
     static_cast<void>(s_initialised);
+}
+
+BareReader::BareReader()
+{
+    EnsureXercesIsInitialised();
     m_reader.reset(XMLReaderFactory::createXMLReader());
     m_securityManager.setEntityExpansionLimit(0);
     m_reader->setProperty(XMLUni::fgXercesSecurityManager, &m_securityManager);

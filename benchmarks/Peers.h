@@ -8,6 +8,9 @@
 #include <memory>
 #include <string>
 
+/// Call it before anything of Xerces; it stays initialised.
+void EnsureXercesIsInitialised();
+
 /// A Xerces reader with the features of a plain parse of this library and a handler that does
 /// nothing: what the scanner alone costs.
 class BareReader
