@@ -1,9 +1,9 @@
 #include <kescorexml/XMLDomFormatter.h>
 
 #include "Assertion.h"
-#include "CompleteStringFormatter.h"
 #include "DOMElementAccess.h"
 #include "KesErrors.h"
+#include "XMLTreeWriter.h"
 
 #include <kescorexml/Base64.h>
 #include <kescorexml/DOM.h>
@@ -258,15 +258,18 @@ void XMLDomFormatter::Format(XMLFormatter& target, const DOMElement& element)
 
 TString XMLDomFormatter::GetOutput(FormatMode mode)
 {
-    CompleteStringFormatter formatter(c_indentUnit, false);
-    formatter.SetFormatMode(mode);
+    XMLStringFormatter prolog(c_indentUnit, false);
     if (m_hasHeader)
-        formatter.OutputHeader();
+        prolog.OutputHeader();
     for (const TString& comment : m_comments)
-        formatter.OutputComment(comment);
-    if (const DOMElement* first = GetDocumentRoot())
-        Format(formatter, *first);
-    return formatter.GetOutput();
+        prolog.OutputComment(comment);
+    TString output = prolog.GetOutput();
+    // What Format has a string formatter write.
+    if (const DOMElement* first = GetDocumentRoot()) {
+        const XMLTreeWriter::Style style{mode, {}, c_indentUnit, u"\n", GetIndent()};
+        XMLTreeWriter(output, style).Write(*first);
+    }
+    return output;
 }
 
 TString XMLDomFormatter::RenderAsXMLString(const DOM& document, TString* comment, bool header)

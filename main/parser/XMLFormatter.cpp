@@ -15,6 +15,7 @@
 #include <kesplatform/QualifiedName.h>
 
 #include <algorithm>
+#include <optional>
 #include <typeinfo>
 #include <utility>
 #include <vector>
@@ -187,7 +188,8 @@ void XMLFormatter::OutputDOMElement(const DOMElement& element)
     // Nobody can tell in how many pieces, and by which calls, the text of a plain string formatter
     // came about. A subclass can: for it the calls below are the contract, recursion included.
     if (typeid(*this) == typeid(XMLStringFormatter)) {
-        const XMLTreeWriter::Style style{m_formatMode, m_indent, m_indentUnit, m_newline};
+        const XMLTreeWriter::Style style{m_formatMode, m_indent, m_indentUnit, m_newline,
+                                         std::nullopt};
         XMLTreeWriter(static_cast<XMLStringFormatter&>(*this).m_output, style).Write(element);
         return;
     }

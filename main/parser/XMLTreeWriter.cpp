@@ -80,7 +80,7 @@ void XMLTreeWriter::CloseInnermost()
 {
     const DOMElement& element = *m_levels.back().element;
     if (element.HasText()) {
-        m_buffer.Append(GetIndent());
+        m_buffer.Append(m_style.textIndent.value_or(GetIndent()));
         WriteText(element);
     }
     m_indentLength -= m_style.indentUnit.size();

@@ -6,6 +6,7 @@
 #include <kescorexml/XMLFormatter.h>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,8 @@ public:
         std::u16string_view indent;
         std::u16string_view indentUnit;
         std::u16string_view newline;
+        /// Before the text of an element that has children; none for that of the children.
+        std::optional<std::u16string_view> textIndent;
     };
 
     /// The views of `style` stay valid and `output` untouched as long as the writer lives.

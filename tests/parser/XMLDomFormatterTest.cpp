@@ -630,6 +630,13 @@ TEST(XMLDomFormatter, RendersWhatItBuilt)
             expected.SetFormatMode(mode);
             FormatModel(expected, First(formatter));
             ASSERT_EQ(formatter.GetOutput(mode), expected.GetText());
+            // The formatter's own indentation shows in texts that follow children.
+            formatter.Indent();
+            RecordingFormatter indented;
+            indented.SetFormatMode(mode);
+            formatter.Format(indented, First(formatter));
+            ASSERT_EQ(formatter.GetOutput(mode), indented.GetText());
+            formatter.Undent();
         }
     }
 }
