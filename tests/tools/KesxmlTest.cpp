@@ -1,11 +1,14 @@
 #include "support/KesxmlProcess.h"
 
+#include <QDir>
 #include <QRegularExpression>
 
 namespace {
 
 using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::StartsWith;
 
@@ -48,6 +51,23 @@ TEST_F(Kesxml, ReadsStandardInput)
         EXPECT_NE(outcome.out, "");
         EXPECT_EQ(outcome.err, "");
     }
+}
+
+TEST_F(Kesxml, ReadsStandardInputBesideAFileOfThatName)
+{
+    Write("-", "<other version='9'><a/></other>");
+    const QByteArray document = "<a version='1.2'>text</a>";
+    const QString elsewhere = QDir::rootPath();
+    for (const QStringList& arguments :
+         {QStringList{"format", "-"}, QStringList{"check", "-"}, QStringList{"query", "//a", "-"},
+          QStringList{"version", "-"}, QStringList{"tree", "-"}}) {
+        EXPECT_EQ(RunKesxml(arguments, document, m_directory.path()).out,
+                  RunKesxml(arguments, document, elsewhere).out)
+            << arguments.front().toStdString();
+    }
+    EXPECT_THAT(RunKesxml({"stats", "-"}, document, m_directory.path()).OutLines(),
+                Contains(MatchesRegex("bytes +" + std::to_string(document.size()))));
+    EXPECT_EQ(RunKesxml({"version", "./-"}, {}, m_directory.path()).out, "9\n");
 }
 
 TEST_F(Kesxml, ReadsStandardInputOnlyOnce)
