@@ -181,6 +181,17 @@ TEST_F(Kesxml, ShowsHelpWithAnExampleAndVersion)
     EXPECT_THAT(RunKesxml({"--version"}).out, StartsWith("kesxml 1."));
 }
 
+TEST_F(Kesxml, ShowsHelpThatFitsATerminal)
+{
+    std::vector<QStringList> calls{{"--help"}};
+    for (const QString& command : AllCommands())
+        calls.push_back({command, "--help"});
+    for (const QStringList& call : calls) {
+        for (const std::string& line : RunKesxml(call).OutLines())
+            EXPECT_LE(line.size(), 80U) << line;
+    }
+}
+
 TEST_F(Kesxml, HasAManualPageOfAllCommandsAndOptions)
 {
     QFile file(TESTS_SOURCE_DIR "/../docs/kesxml.1");

@@ -82,8 +82,8 @@ int RunStats(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Counts what is in a document and measures what it costs to parse: the time, without\n"
-        "that for reading the file, and the heap that the tree takes.");
+        "Counts what is in a document and measures what it costs to parse: the time,\n"
+        "without that for reading the file, and the heap that the tree takes.");
     parser.addPositionalArgument("FILE", "The document, or - for standard input.");
     const QCommandLineOption json = JsonOption();
     parser.addOption(json);
