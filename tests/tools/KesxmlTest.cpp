@@ -11,6 +11,7 @@ using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::StartsWith;
+using ::testing::UnorderedElementsAreArray;
 
 /// A command with arguments that make it read `file`.
 std::vector<QStringList> AllCommandsOn(const QString& file)
@@ -19,16 +20,19 @@ std::vector<QStringList> AllCommandsOn(const QString& file)
             {"version", file}, {"stats", file}, {"tree", file}};
 }
 
-std::vector<QString> AllCommands()
-{
-    return {"format", "check", "query", "version", "stats", "tree"};
-}
-
 class Kesxml : public KesxmlTest
 {
 };
 
 } // namespace
+
+TEST_F(Kesxml, IsTriedWithEveryCommand)
+{
+    std::vector<QString> tried;
+    for (const QStringList& arguments : AllCommandsOn("-"))
+        tried.push_back(arguments.front());
+    EXPECT_THAT(GetKesxmlCommands(), UnorderedElementsAreArray(tried));
+}
 
 TEST_F(Kesxml, NamesAFileThatCannotBeRead)
 {
@@ -148,7 +152,7 @@ TEST_F(Kesxml, ReportsARefusedExternalEntityOnce)
 
 TEST_F(Kesxml, ExplainsWhatIsWrongWithTheArguments)
 {
-    for (const QString& command : AllCommands()) {
+    for (const QString& command : GetKesxmlCommands()) {
         const KesxmlOutcome outcome = RunKesxml({command, "--nonsense", "x", "y"});
         EXPECT_EQ(outcome.status, 2);
         EXPECT_THAT(outcome.err, HasSubstr("nonsense"));
@@ -169,7 +173,7 @@ TEST_F(Kesxml, ShowsHelpWithAnExampleAndVersion)
     const KesxmlOutcome help = RunKesxml({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.out, HasSubstr("Example"));
-    for (const QString& command : AllCommands()) {
+    for (const QString& command : GetKesxmlCommands()) {
         EXPECT_THAT(help.out, HasSubstr("\n  " + command.toStdString() + " "));
         const KesxmlOutcome own = RunKesxml({command, "--help"});
         const std::string call = "kesxml " + command.toStdString() + " ";
@@ -184,7 +188,7 @@ TEST_F(Kesxml, ShowsHelpWithAnExampleAndVersion)
 TEST_F(Kesxml, ShowsHelpThatFitsATerminal)
 {
     std::vector<QStringList> calls{{"--help"}};
-    for (const QString& command : AllCommands())
+    for (const QString& command : GetKesxmlCommands())
         calls.push_back({command, "--help"});
     for (const QStringList& call : calls) {
         for (const std::string& line : RunKesxml(call).OutLines())
@@ -198,7 +202,7 @@ TEST_F(Kesxml, HasAManualPageOfAllCommandsAndOptions)
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QString page = file.readAll();
     const QString examples = page.mid(page.indexOf("\n.SH EXAMPLES\n"));
-    for (const QString& command : AllCommands()) {
+    for (const QString& command : GetKesxmlCommands()) {
         EXPECT_TRUE(page.contains("\n.SS " + command + "\n")) << command.toStdString();
         EXPECT_TRUE(examples.contains("kesxml " + command + " ")) << command.toStdString();
         const QString help = QString::fromStdString(RunKesxml({command, "--help"}).out);

@@ -54,7 +54,7 @@ private:
     locale_t m_previous = nullptr;
 };
 
-void SetExcerpt(Diagnostic& diagnostic, const QString& line)
+void SetExcerpt(Diagnostic& diagnostic, const QString& line, const CharacterWidths& widths)
 {
     const qsizetype column = diagnostic.column - 1;
     if (column < 0 || column > line.size())
@@ -72,7 +72,7 @@ void SetExcerpt(Diagnostic& diagnostic, const QString& line)
         line.mid(column, last - column) + (last < line.size() ? QString(QChar(0x2026)) : QString());
     const QString safeBefore = ToSafeUnits(before);
     diagnostic.excerpt = safeBefore + QString(ToSafeUnits(after));
-    diagnostic.caret = CharacterWidths().Of(safeBefore);
+    diagnostic.caret = widths.Of(safeBefore);
 }
 
 /// The parser reads ahead, and reports bytes that are not UTF-8 where it was when it came upon
@@ -115,12 +115,13 @@ void AddExcerpts(Diagnostics& diagnostics, InputSource& source)
         return;
     std::stable_sort(inOrder.begin(), inOrder.end(),
                      [](const Diagnostic* a, const Diagnostic* b) { return a->line < b->line; });
+    const CharacterWidths widths;
     SourceLines lines(source);
     QString text;
     for (Diagnostic* const diagnostic : inOrder) {
         // The end of a document that ends with a line end is on a line of its own.
         if (lines.GetNumber() < diagnostic->line)
             text = lines.GoTo(diagnostic->line);
-        SetExcerpt(*diagnostic, text);
+        SetExcerpt(*diagnostic, text, widths);
     }
 }
