@@ -119,6 +119,14 @@ TEST_F(KesxmlExcerpt, PointsAtTheFirstByteThatIsNotUtf8)
     }
 }
 
+TEST_F(KesxmlExcerpt, SaysWhyAPipeCannotBeReadWithoutReadingItAgain)
+{
+    const KesxmlOutcome outcome =
+        RunProgram("/bin/bash", {"-c", "'" KESXML_PATH "' check <(printf '<a>\\xE9</a>')"});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.err, HasSubstr(": the byte at offset 3 is not valid in UTF-8"));
+}
+
 TEST_F(KesxmlExcerpt, TakesNoOtherEncodingForBrokenUtf8)
 {
     const QByteArray document = "<?xml version='1.0' encoding='ISO-8859-1'?>\n<a>\xE9\n<b></c></a>";

@@ -11,6 +11,7 @@
 #include <kesplatform/TFile.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QStringConverter>
 
 #include <algorithm>
@@ -19,10 +20,10 @@
 
 namespace {
 
-/// All bytes of an open file; `name` is for the message of what goes wrong.
-QByteArray ReadBytes(QFile& file, const TString& name)
+/// All bytes of a file that is open when `isOpen`; `name` is for the message of what went wrong.
+QByteArray ReadBytes(QFile& file, bool isOpen, const TString& name)
 {
-    QByteArray bytes = file.readAll();
+    QByteArray bytes = isOpen ? file.readAll() : QByteArray();
     if (file.error() != QFileDevice::NoError)
         throw CorvinaException(name + u": " + TString(file.errorString()));
     return bytes;
@@ -34,15 +35,13 @@ QByteArray ReadStandardInput()
     if (std::exchange(s_wasRead, true))
         throw CorvinaException(u"standard input: it can be read only once.");
     QFile input;
-    static_cast<void>(input.open(stdin, QIODevice::ReadOnly));
-    return ReadBytes(input, u"standard input");
+    return ReadBytes(input, input.open(stdin, QIODevice::ReadOnly), u"standard input");
 }
 
 QByteArray ReadFile(const QString& name)
 {
     QFile file(name);
-    static_cast<void>(file.open(QIODevice::ReadOnly));
-    return ReadBytes(file, name);
+    return ReadBytes(file, file.open(QIODevice::ReadOnly), name);
 }
 
 /// UTF-16 and UTF-32, which nothing that looks at single bytes could read.
@@ -91,8 +90,10 @@ std::unique_ptr<InputSource> OpenDocument(const QString& file)
         // White space that was skipped would be missing from all positions.
         return InputSourceUtils::InputSourceFromFileName(file, false);
     } catch (const TIO::Exception& e) {
-        // What is wrong with the document can be shown where it is wrong.
-        if (!QString(e.GetMessagesFront()).endsWith(" is not valid in UTF-8"))
+        // What is wrong with the document can be shown where it is wrong, unless it is gone: a pipe
+        // is read only once.
+        if (!QString(e.GetMessagesFront()).endsWith(" is not valid in UTF-8") ||
+            !QFileInfo(file).isFile())
             throw;
     }
     return MakeSource(ReadFile(file), file);
