@@ -12,12 +12,14 @@ add_test(NAME consumer.install COMMAND ${consume} install ${PROJECT_BINARY_DIR} 
 add_test(NAME consumer.package COMMAND ${consume} package ${work})
 add_test(NAME consumer.pkg-config COMMAND ${consume} pkg-config ${work})
 add_test(NAME consumer.readme COMMAND ${consume} readme ${work} ${PROJECT_SOURCE_DIR})
+add_test(NAME consumer.readme-shell COMMAND ${consume} readme-shell ${work} ${PROJECT_SOURCE_DIR})
 add_test(NAME consumer.readme-sources
   COMMAND ${consume} readme-sources ${work} ${PROJECT_SOURCE_DIR})
 add_test(NAME consumer.subdirectory COMMAND ${consume} subdirectory ${work} ${PROJECT_SOURCE_DIR})
 add_test(NAME consumer.fetch COMMAND ${consume} fetch ${work} ${PROJECT_SOURCE_DIR})
 set_tests_properties(consumer.install PROPERTIES FIXTURES_SETUP installed)
-set_tests_properties(consumer.package consumer.pkg-config consumer.readme
+set_tests_properties(
+  consumer.package consumer.pkg-config consumer.readme consumer.readme-shell
   PROPERTIES FIXTURES_REQUIRED installed)
 set_tests_properties(consumer.subdirectory PROPERTIES PROCESSORS 2 TIMEOUT 3000)
 set_tests_properties(

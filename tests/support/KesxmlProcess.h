@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QRegularExpression>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -62,6 +63,20 @@ inline KesxmlOutcome RunKesxml(const QStringList& arguments, const QByteArray& i
                                const QString& directory = {})
 {
     return RunProgram(KESXML_PATH, arguments, input, directory);
+}
+
+/// The subcommands that help lists.
+inline QStringList GetKesxmlCommands()
+{
+    const QString help = QString::fromStdString(RunKesxml({"--help"}).out);
+    const qsizetype start = help.indexOf("\nCommands:\n");
+    const QString list = help.mid(start, help.indexOf("\nOptions:\n") - start);
+    static const QRegularExpression s_command("^  ([a-z]+) ", QRegularExpression::MultilineOption);
+    QStringList commands;
+    for (auto match = s_command.globalMatch(list); match.hasNext();)
+        commands.append(match.next().captured(1));
+    EXPECT_GE(commands.size(), 6);
+    return commands;
 }
 
 /// Files that live as long as the test.

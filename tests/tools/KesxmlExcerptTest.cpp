@@ -65,6 +65,78 @@ TEST_F(KesxmlExcerpt, PointsBehindWideAndCombiningCharacters)
                 ElementsAre("  <a>\u00E9\u4E2D\U0001F600e\u0301<b></c></a>", "                ^"));
 }
 
+TEST_F(KesxmlExcerpt, KnowsWhichCharactersTakeNoColumnOrTwo)
+{
+    struct Case
+    {
+        const char* text;
+        std::size_t columns;
+    };
+    for (const Case& c : {Case{"\U0001F680", 2}, Case{"\U0001FA70", 2}, Case{"\u231A", 2},
+                          Case{"\u200D", 0}, Case{"\u200B", 0}, Case{"\uFE0F", 0},
+                          // A vowel sign of Devanagari stands beside its letter.
+                          Case{"\u0915\u093E", 2}, Case{"\u1112\u1161", 2}, Case{"\uFF21", 2}}) {
+        const QByteArray document = "<a>" + QByteArray(c.text) + "<b></c></a>";
+        EXPECT_THAT(Excerpt(document),
+                    ElementsAre("  " + document.toStdString(),
+                                std::string(2 + 3 + c.columns + 5, ' ').append("^")))
+            << c.text;
+    }
+}
+
+TEST_F(KesxmlExcerpt, PointsAtTheFirstByteThatIsNotUtf8)
+{
+    const QByteArray far = "<a>\n" + QByteArray("<b>text</b>\n").repeated(10000);
+    struct Case
+    {
+        QByteArray document;
+        std::vector<std::string> lines;
+    };
+    for (const Case& c : {Case{"<a>\n \xE9t\xE9 \u00E9</a>",
+                               {":2:2: error: the byte 0xE9 is not valid in UTF-8",
+                                "   \uFFFDt\uFFFD \u00E9</a>", "   ^"}},
+                          Case{"<a>\r\n\u00E9\U0001F600\xF5\x80\x80\x80</a>",
+                               {":2:4: error: the byte 0xF5 is not valid in UTF-8",
+                                "  \u00E9\U0001F600\uFFFD\uFFFD\uFFFD\uFFFD</a>", "     ^"}},
+                          Case{"\xEF\xBB\xBF<a>\xED\xA0\x80</a>",
+                               {":1:4: error: the byte 0xED is not valid in UTF-8",
+                                "  <a>\uFFFD\uFFFD\uFFFD</a>", "     ^"}},
+                          Case{far + "\xC0\x80</a>",
+                               {":10002:1: error: the byte 0xC0 is not valid in UTF-8",
+                                "  \uFFFD\uFFFD</a>", "  ^"}}}) {
+        const QString file = Write("a.xml", c.document);
+        for (const QStringList& arguments :
+             {QStringList{"check"}, QStringList{"format"}, QStringList{"stats"},
+              QStringList{"tree"}, QStringList{"query", "a"}}) {
+            for (const QString& name : {file, QString("-")}) {
+                const KesxmlOutcome outcome = RunKesxml(arguments + QStringList{name}, c.document);
+                std::vector<std::string> expected = c.lines;
+                expected[0].insert(0, name.toStdString());
+                EXPECT_EQ(outcome.status, 1);
+                EXPECT_EQ(outcome.ErrLines(), expected) << arguments.front().toStdString();
+            }
+        }
+    }
+}
+
+TEST_F(KesxmlExcerpt, SaysWhyAPipeCannotBeReadWithoutReadingItAgain)
+{
+    const KesxmlOutcome outcome =
+        RunProgram("/bin/bash", {"-c", "'" KESXML_PATH "' check <(printf '<a>\\xE9</a>')"});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.err, HasSubstr(": the byte at offset 3 is not valid in UTF-8"));
+}
+
+TEST_F(KesxmlExcerpt, TakesNoOtherEncodingForBrokenUtf8)
+{
+    const QByteArray document = "<?xml version='1.0' encoding='ISO-8859-1'?>\n<a>\xE9\n<b></c></a>";
+    for (const QString& name : {Write("a.xml", document), QString("-")}) {
+        EXPECT_THAT(RunKesxml({"check", name}, document).ErrLines(),
+                    ElementsAre(StartsWith(name.toStdString() + ":3:6: error: expected end of tag"),
+                                "  <b></c></a>", "       ^"));
+    }
+}
+
 TEST_F(KesxmlExcerpt, ShowsBlanksForTabsAndNothingThatSteersATerminal)
 {
     EXPECT_THAT(Excerpt("<a>\t\u009B<b></c></a>"),

@@ -1,13 +1,17 @@
 #include "support/KesxmlProcess.h"
 
+#include <QDir>
 #include <QRegularExpression>
 
 namespace {
 
 using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::StartsWith;
+using ::testing::UnorderedElementsAreArray;
 
 /// A command with arguments that make it read `file`.
 std::vector<QStringList> AllCommandsOn(const QString& file)
@@ -16,16 +20,19 @@ std::vector<QStringList> AllCommandsOn(const QString& file)
             {"version", file}, {"stats", file}, {"tree", file}};
 }
 
-std::vector<QString> AllCommands()
-{
-    return {"format", "check", "query", "version", "stats", "tree"};
-}
-
 class Kesxml : public KesxmlTest
 {
 };
 
 } // namespace
+
+TEST_F(Kesxml, IsTriedWithEveryCommand)
+{
+    std::vector<QString> tried;
+    for (const QStringList& arguments : AllCommandsOn("-"))
+        tried.push_back(arguments.front());
+    EXPECT_THAT(GetKesxmlCommands(), UnorderedElementsAreArray(tried));
+}
 
 TEST_F(Kesxml, NamesAFileThatCannotBeRead)
 {
@@ -48,6 +55,23 @@ TEST_F(Kesxml, ReadsStandardInput)
         EXPECT_NE(outcome.out, "");
         EXPECT_EQ(outcome.err, "");
     }
+}
+
+TEST_F(Kesxml, ReadsStandardInputBesideAFileOfThatName)
+{
+    Write("-", "<other version='9'><a/></other>");
+    const QByteArray document = "<a version='1.2'>text</a>";
+    const QString elsewhere = QDir::rootPath();
+    for (const QStringList& arguments :
+         {QStringList{"format", "-"}, QStringList{"check", "-"}, QStringList{"query", "//a", "-"},
+          QStringList{"version", "-"}, QStringList{"tree", "-"}}) {
+        EXPECT_EQ(RunKesxml(arguments, document, m_directory.path()).out,
+                  RunKesxml(arguments, document, elsewhere).out)
+            << arguments.front().toStdString();
+    }
+    EXPECT_THAT(RunKesxml({"stats", "-"}, document, m_directory.path()).OutLines(),
+                Contains(MatchesRegex("bytes +" + std::to_string(document.size()))));
+    EXPECT_EQ(RunKesxml({"version", "./-"}, {}, m_directory.path()).out, "9\n");
 }
 
 TEST_F(Kesxml, ReadsStandardInputOnlyOnce)
@@ -128,7 +152,7 @@ TEST_F(Kesxml, ReportsARefusedExternalEntityOnce)
 
 TEST_F(Kesxml, ExplainsWhatIsWrongWithTheArguments)
 {
-    for (const QString& command : AllCommands()) {
+    for (const QString& command : GetKesxmlCommands()) {
         const KesxmlOutcome outcome = RunKesxml({command, "--nonsense", "x", "y"});
         EXPECT_EQ(outcome.status, 2);
         EXPECT_THAT(outcome.err, HasSubstr("nonsense"));
@@ -149,7 +173,7 @@ TEST_F(Kesxml, ShowsHelpWithAnExampleAndVersion)
     const KesxmlOutcome help = RunKesxml({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.out, HasSubstr("Example"));
-    for (const QString& command : AllCommands()) {
+    for (const QString& command : GetKesxmlCommands()) {
         EXPECT_THAT(help.out, HasSubstr("\n  " + command.toStdString() + " "));
         const KesxmlOutcome own = RunKesxml({command, "--help"});
         const std::string call = "kesxml " + command.toStdString() + " ";
@@ -161,13 +185,24 @@ TEST_F(Kesxml, ShowsHelpWithAnExampleAndVersion)
     EXPECT_THAT(RunKesxml({"--version"}).out, StartsWith("kesxml 1."));
 }
 
+TEST_F(Kesxml, ShowsHelpThatFitsATerminal)
+{
+    std::vector<QStringList> calls{{"--help"}};
+    for (const QString& command : GetKesxmlCommands())
+        calls.push_back({command, "--help"});
+    for (const QStringList& call : calls) {
+        for (const std::string& line : RunKesxml(call).OutLines())
+            EXPECT_LE(line.size(), 80U) << line;
+    }
+}
+
 TEST_F(Kesxml, HasAManualPageOfAllCommandsAndOptions)
 {
     QFile file(TESTS_SOURCE_DIR "/../docs/kesxml.1");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QString page = file.readAll();
     const QString examples = page.mid(page.indexOf("\n.SH EXAMPLES\n"));
-    for (const QString& command : AllCommands()) {
+    for (const QString& command : GetKesxmlCommands()) {
         EXPECT_TRUE(page.contains("\n.SS " + command + "\n")) << command.toStdString();
         EXPECT_TRUE(examples.contains("kesxml " + command + " ")) << command.toStdString();
         const QString help = QString::fromStdString(RunKesxml({command, "--help"}).out);

@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* c_examples =
     "  kesxml check *.xml\n"
-    "  kesxml check --xsd invoice.xsd --xsd address.xsd invoice.xml\n"
+    "  kesxml check --xsd address.xsd --xsd invoice.xsd invoice.xml\n"
     "  kesxml check --html report.html *.xml\n"
     "  kesxml check --json *.xml | jq -r '.[] | select(.valid | not) | .file'\n"
     "  curl https://example.com/feed | kesxml check -\n";

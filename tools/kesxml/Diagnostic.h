@@ -21,6 +21,8 @@ struct Diagnostic
     TString excerpt{};
     /// How many columns of a terminal are before the position in the excerpt.
     int caret = 0;
+    /// Whether the document was not read up to the position, so that the element is not known.
+    bool isAhead = false;
 };
 
 using Diagnostics = std::vector<Diagnostic>;

@@ -8,8 +8,10 @@
 #include <kescorexml/InputSourceUtils.h>
 #include <kescorexml/XMLUtils.h>
 #include <kesplatform/CorvinaException.h>
+#include <kesplatform/TFile.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QStringConverter>
 
 #include <algorithm>
@@ -18,18 +20,28 @@
 
 namespace {
 
+/// All bytes of a file that is open when `isOpen`; `name` is for the message of what went wrong.
+QByteArray ReadBytes(QFile& file, bool isOpen, const TString& name)
+{
+    QByteArray bytes = isOpen ? file.readAll() : QByteArray();
+    if (file.error() != QFileDevice::NoError)
+        throw CorvinaException(name + u": " + TString(file.errorString()));
+    return bytes;
+}
+
 QByteArray ReadStandardInput()
 {
     static bool s_wasRead = false;
     if (std::exchange(s_wasRead, true))
         throw CorvinaException(u"standard input: it can be read only once.");
     QFile input;
-    if (!input.open(stdin, QIODevice::ReadOnly))
-        throw CorvinaException(TString(u"standard input: ") + TString(input.errorString()));
-    QByteArray bytes = input.readAll();
-    if (input.error() != QFileDevice::NoError)
-        throw CorvinaException(TString(u"standard input: ") + TString(input.errorString()));
-    return bytes;
+    return ReadBytes(input, input.open(stdin, QIODevice::ReadOnly), u"standard input");
+}
+
+QByteArray ReadFile(const QString& name)
+{
+    QFile file(name);
+    return ReadBytes(file, file.open(QIODevice::ReadOnly), name);
 }
 
 /// UTF-16 and UTF-32, which nothing that looks at single bytes could read.
@@ -42,6 +54,15 @@ bool DecodeWideUnits(const QByteArray& bytes, TString& text)
     const QString decoded = decoder.decode(bytes);
     text = decoded;
     return !decoder.hasError();
+}
+
+/// A source for bytes in an encoding that is yet to be found out.
+std::unique_ptr<InputSource> MakeSource(const QByteArray& bytes, const QString& name)
+{
+    if (TString text; DecodeWideUnits(bytes, text))
+        return std::make_unique<StringInputSource>(text, name, false);
+    return std::make_unique<BinaryInputSource>(
+        std::vector<unsigned char>(bytes.begin(), bytes.end()), name, false);
 }
 
 /// The name of the first element without its prefix; empty when the first megabyte holds no whole
@@ -63,15 +84,19 @@ std::string ReadRootName(InputSource& source)
 
 std::unique_ptr<InputSource> OpenDocument(const QString& file)
 {
-    if (file == "-") {
-        const QByteArray bytes = ReadStandardInput();
-        if (TString text; DecodeWideUnits(bytes, text))
-            return std::make_unique<StringInputSource>(text, file, false);
-        return std::make_unique<BinaryInputSource>(
-            std::vector<unsigned char>(bytes.begin(), bytes.end()), file, false);
+    if (file == "-")
+        return MakeSource(ReadStandardInput(), file);
+    try {
+        // White space that was skipped would be missing from all positions.
+        return InputSourceUtils::InputSourceFromFileName(file, false);
+    } catch (const TIO::Exception& e) {
+        // What is wrong with the document can be shown where it is wrong, unless it is gone: a pipe
+        // is read only once.
+        if (!QString(e.GetMessagesFront()).endsWith(" is not valid in UTF-8") ||
+            !QFileInfo(file).isFile())
+            throw;
     }
-    // White space that was skipped would be missing from all positions.
-    return InputSourceUtils::InputSourceFromFileName(file, false);
+    return MakeSource(ReadFile(file), file);
 }
 
 DocumentReader::DocumentReader(const ReadOptions& options)

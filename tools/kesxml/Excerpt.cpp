@@ -4,48 +4,57 @@
 #include "SourceLines.h"
 
 #include <QList>
+#include <QRegularExpression>
 #include <QString>
 
 #include <algorithm>
 #include <vector>
+
+#include <locale.h>
+#include <wchar.h>
 
 namespace {
 
 /// How much of a long line is shown on either side of the position, in UTF-16 units.
 constexpr qsizetype c_unitsAround = 60;
 
-/// The columns of a terminal that a character takes.
-int WidthOf(char32_t character)
+/// Asks the C library how wide characters are, as terminals do, whatever the locale of the process
+/// is.
+class CharacterWidths
 {
-    if (QChar::isMark(character))
-        return 0;
-    struct Range
+public:
+    CharacterWidths() : m_locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr))
     {
-        char32_t first;
-        char32_t last;
-    };
-    // What Unicode's East Asian Width calls wide, by whole blocks.
-    static constexpr Range s_wide[] = {
-        {0x1100, 0x115F},   {0x2E80, 0xA4CF},   {0xAC00, 0xD7A3},   {0xF900, 0xFAFF},
-        {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},   {0xFFE0, 0xFFE6},   {0x1F300, 0x1F64F},
-        {0x1F900, 0x1F9FF}, {0x20000, 0x2FFFD}, {0x30000, 0x3FFFD},
-    };
-    for (const Range& range : s_wide) {
-        if (character >= range.first && character <= range.last)
-            return 2;
+        if (m_locale != nullptr)
+            m_previous = uselocale(m_locale);
     }
-    return 1;
-}
+    ~CharacterWidths()
+    {
+        if (m_locale == nullptr)
+            return;
+        uselocale(m_previous);
+        freelocale(m_locale);
+    }
+    CharacterWidths(const CharacterWidths&) = delete;
+    CharacterWidths& operator=(const CharacterWidths&) = delete;
 
-int WidthOf(const QString& text)
-{
-    int width = 0;
-    for (const uint character : text.toUcs4())
-        width += WidthOf(character);
-    return width;
-}
+    /// The columns of a terminal that a text takes. What the C library does not know takes one.
+    int Of(const QString& text) const
+    {
+        int columns = 0;
+        for (const uint character : text.toUcs4()) {
+            const int width = wcwidth(static_cast<wchar_t>(character));
+            columns += width < 0 ? 1 : width;
+        }
+        return columns;
+    }
 
-void SetExcerpt(Diagnostic& diagnostic, const QString& line)
+private:
+    locale_t m_locale;
+    locale_t m_previous = nullptr;
+};
+
+void SetExcerpt(Diagnostic& diagnostic, const QString& line, const CharacterWidths& widths)
 {
     const qsizetype column = diagnostic.column - 1;
     if (column < 0 || column > line.size())
@@ -63,13 +72,40 @@ void SetExcerpt(Diagnostic& diagnostic, const QString& line)
         line.mid(column, last - column) + (last < line.size() ? QString(QChar(0x2026)) : QString());
     const QString safeBefore = ToSafeUnits(before);
     diagnostic.excerpt = safeBefore + QString(ToSafeUnits(after));
-    diagnostic.caret = WidthOf(safeBefore);
+    diagnostic.caret = widths.Of(safeBefore);
+}
+
+/// The parser reads ahead, and reports bytes that are not UTF-8 where it was when it came upon
+/// them.
+void PlaceInvalidBytes(Diagnostics& diagnostics, InputSource& source)
+{
+    static const QRegularExpression s_invalid(" [1-6]-byte sequence$");
+    const auto found =
+        std::find_if(diagnostics.begin(), diagnostics.end(), [&](const Diagnostic& diagnostic) {
+            return diagnostic.file == source.Id() && s_invalid.match(diagnostic.message).hasMatch();
+        });
+    if (found == diagnostics.end())
+        return;
+    SourceLines lines(source);
+    while (!lines.IsAtEnd()) {
+        lines.GoTo(lines.GetNumber() + 1);
+        const std::optional<SourceLines::InvalidByte> invalid = lines.FindInvalidByte();
+        if (!invalid)
+            continue;
+        found->isAhead = true;
+        found->line = lines.GetNumber();
+        found->column = static_cast<int>(invalid->unitsBefore) + 1;
+        found->message = QString("the byte 0x%1 is not valid in UTF-8")
+                             .arg(QString::number(invalid->value, 16).toUpper());
+        return;
+    }
 }
 
 } // namespace
 
 void AddExcerpts(Diagnostics& diagnostics, InputSource& source)
 {
+    PlaceInvalidBytes(diagnostics, source);
     std::vector<Diagnostic*> inOrder;
     for (Diagnostic& diagnostic : diagnostics) {
         if (diagnostic.line > 0 && diagnostic.file == source.Id())
@@ -79,12 +115,13 @@ void AddExcerpts(Diagnostics& diagnostics, InputSource& source)
         return;
     std::stable_sort(inOrder.begin(), inOrder.end(),
                      [](const Diagnostic* a, const Diagnostic* b) { return a->line < b->line; });
+    const CharacterWidths widths;
     SourceLines lines(source);
     QString text;
     for (Diagnostic* const diagnostic : inOrder) {
         // The end of a document that ends with a line end is on a line of its own.
         if (lines.GetNumber() < diagnostic->line)
             text = lines.GoTo(diagnostic->line);
-        SetExcerpt(*diagnostic, text);
+        SetExcerpt(*diagnostic, text, widths);
     }
 }

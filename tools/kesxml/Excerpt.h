@@ -4,6 +4,7 @@
 
 #include <kescorexml/InputSource.h>
 
-/// Gives each diagnostic of this source that has a position the line that it speaks of. Reads the
-/// source from its start to the last of these lines.
+/// Gives each diagnostic of this source that has a position the line that it speaks of, and that of
+/// bytes which are not UTF-8 their very position. Reads the source from its start to the last of
+/// these lines.
 void AddExcerpts(Diagnostics& diagnostics, InputSource& source);

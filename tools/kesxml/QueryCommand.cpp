@@ -79,7 +79,7 @@ int RunQuery(const QStringList& arguments)
         "Prints the elements that a path finds, one a line: LINE:COLUMN of the end of the\n"
         "start tag, the element's own path, its attributes and the start of its text.\n\n"
         "The steps of a path are names, * for any element, or nothing for any number of\n"
-        "levels. /a/b finds the children b of the document element a, //b every element b.");
+        "levels. /a/b finds the children b of the document element a, //b all elements b.");
     parser.addPositionalArgument("PATH", "The path.");
     parser.addPositionalArgument("FILE", "The document, or - for standard input.");
     const QCommandLineOption count("count", "Print the number of matches and nothing else.");

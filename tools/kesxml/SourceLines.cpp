@@ -1,25 +1,45 @@
 #include "SourceLines.h"
 
+#include <QByteArrayView>
 #include <QChar>
 
 #include <algorithm>
-#include <string_view>
 
 namespace {
 
-/// Bytes that are not UTF-8 are of an encoding that only the parser knows; most of these have one
-/// byte for each character, and ASCII in common.
-QString Decode(std::string_view line)
+/// How many bytes are UTF-8, up to the first that is not.
+qsizetype CountValid(QByteArrayView bytes)
 {
-    const QByteArrayView bytes(line.data(), static_cast<qsizetype>(line.size()));
     if (bytes.isValidUtf8())
-        return QString::fromUtf8(bytes);
-    QString text = QString::fromLatin1(bytes);
-    for (QChar& unit : text) {
-        if (unit.unicode() > 0x7F)
-            unit = QChar::ReplacementCharacter;
+        return bytes.size();
+    qsizetype count = 0;
+    for (;;) {
+        const auto lead = static_cast<unsigned char>(bytes[count]);
+        const qsizetype length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        if (count + length > bytes.size() || !bytes.sliced(count, length).isValidUtf8())
+            return count;
+        count += length;
     }
-    return text;
+}
+
+QByteArrayView ToView(const std::string& bytes)
+{
+    return {bytes.data(), static_cast<qsizetype>(bytes.size())};
+}
+
+/// Bytes that are not UTF-8 may be of an encoding that only the parser knows; most of these have
+/// one byte for each character, and ASCII in common.
+QString Decode(QByteArrayView line)
+{
+    QString text;
+    for (;;) {
+        const qsizetype valid = CountValid(line);
+        text += QString::fromUtf8(line.first(valid));
+        if (valid == line.size())
+            return text;
+        text += QChar(QChar::ReplacementCharacter);
+        line = line.sliced(valid + 1);
+    }
 }
 
 } // namespace
@@ -30,7 +50,17 @@ QString SourceLines::GoTo(int number)
         ReadLine();
         ++m_number;
     }
-    return Decode(m_line);
+    return Decode(ToView(m_line));
+}
+
+std::optional<SourceLines::InvalidByte> SourceLines::FindInvalidByte() const
+{
+    const QByteArrayView line = ToView(m_line);
+    const qsizetype valid = CountValid(line);
+    if (valid == line.size())
+        return {};
+    return InvalidByte{static_cast<unsigned char>(line[valid]),
+                       QString::fromUtf8(line.first(valid)).size()};
 }
 
 bool SourceLines::HasBytes()

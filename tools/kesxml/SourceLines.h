@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 /// The lines of a source as the parser counts them, from 1: a line feed, a carriage return or both
@@ -18,8 +19,16 @@ public:
     /// The number of the line that was read last; 0 before the first.
     int GetNumber() const noexcept { return m_number; }
     /// Reads on to a line after that one and returns it without its end. Behind the last line there
-    /// are empty ones. Bytes that are not UTF-8 become U+FFFD.
+    /// are empty ones. Bytes that are not UTF-8 become U+FFFD each.
     QString GoTo(int number);
+    /// A byte of a line, and the UTF-16 units of the text before it.
+    struct InvalidByte
+    {
+        unsigned char value;
+        qsizetype unitsBefore;
+    };
+    /// The first byte that is not UTF-8 in the line that was read last.
+    std::optional<InvalidByte> FindInvalidByte() const;
     /// Whether all of the source was read.
     bool IsAtEnd() { return !HasBytes(); }
 

@@ -82,8 +82,8 @@ int RunStats(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Statistics what is in a document and measures what it costs to parse: the time, without\n"
-        "that for reading the file, and the heap that the tree takes.");
+        "Counts what is in a document and measures what it costs to parse: the time,\n"
+        "without that for reading the file, and the heap that the tree takes.");
     parser.addPositionalArgument("FILE", "The document, or - for standard input.");
     const QCommandLineOption json = JsonOption();
     parser.addOption(json);
@@ -104,7 +104,7 @@ int RunStats(const QStringList& arguments)
     const Statistics statistics = Count(*parse.dom);
     const QFileInfo info(file);
     // A file that is not UTF-8 was decoded before.
-    const std::int64_t bytes = info.isFile() ? info.size() : source->Size();
+    const std::int64_t bytes = file != "-" && info.isFile() ? info.size() : source->Size();
     if (parser.isSet(json))
         PrintAsJson(statistics, parse, bytes);
     else

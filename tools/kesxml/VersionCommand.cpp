@@ -15,7 +15,7 @@ constexpr const char* c_examples = "  kesxml version workbook.xml\n"
 
 std::optional<VersionNumber> Sniff(const QString& file, const QString& attribute)
 {
-    if (QFileInfo(file).isFile()) {
+    if (file != "-" && QFileInfo(file).isFile()) {
         try {
             // Reads no more of a large file than its first tag.
             FileInputSource source(file);

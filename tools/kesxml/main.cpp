@@ -19,9 +19,13 @@ QString GetHelp()
     help += "\nOptions:\n"
             "  -h, --help     Show this help; after a command, that of the command.\n"
             "  -v, --version  Show the version.\n"
-            "\nExit status: 0 fine, 1 a document has errors or nothing was found, 2 usage or an "
-            "unreadable file.\n"
-            "\nExample:\n  kesxml check *.xml\n";
+            "\nA FILE named - is standard input. Terminals get colours unless NO_COLOR is set.\n"
+            "\nExit status: 0 fine, 1 a document has errors or nothing was found, 2 wrong\n"
+            "arguments or an unreadable file.\n"
+            "\nExamples:\n"
+            "  kesxml check *.xml\n"
+            "  kesxml query //item feed.xml\n"
+            "  kesxml format - <settings.xml\n";
     return help;
 }
 
