@@ -245,6 +245,9 @@ TEST(MemoryFailure, OfACallOfATreeFormatterLeavesTheTreeAsItWas)
         [&](XMLDomFormatter& f) { f.OutputString(u"some more text"); },
         [&](XMLDomFormatter& f) { f.OutputLine(u"some more text"); },
         [&](XMLDomFormatter& f) { f.OutputDOMElement(element); },
+        [&](XMLDomFormatter& f) { f.OutputDOMElements(std::as_const(element).GetChildren()); },
+        [&](XMLDomFormatter& f) { f.OutputContent(u"raw &amp; text", true); },
+        [&](XMLDomFormatter& f) { f.OutputHeader(); },
         [&](XMLDomFormatter& f) { f.OutputBinary(bytes.data(), 100); },
         [&](XMLDomFormatter& f) { f.OutputComment(u"comment"); },
     };
