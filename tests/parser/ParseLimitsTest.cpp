@@ -642,13 +642,14 @@ TEST(ParseLimits, AValueMayTakeMuchMemoryForAMomentToMatch)
 
 TEST(ParseLimits, MemoryOfASchemaDoesNotCount)
 {
-    // Their values take more than the limit of a parse allows.
+    // Their values take some megabytes, more than the parse may hold.
     std::string schema = c_openSchema;
     schema.insert(schema.find("<xs:element"),
                   "<xs:simpleType name='t'><xs:restriction base='xs:string'>" +
                       Concatenate(20000,
                                   [](const std::string& i) {
-                                      return "<xs:enumeration value='value" + i + "'/>";
+                                      return "<xs:enumeration value='" + std::string(100, 'x') + i +
+                                             "'/>";
                                   }) +
                       "</xs:restriction></xs:simpleType>");
     Session session("<a/>", schema.c_str());
