@@ -33,7 +33,7 @@ void DocumentTypeGuard::startDTD(const XMLCh* /*name*/, const XMLCh* /*publicId*
                                  const XMLCh* systemId)
 {
     m_hasBegun = true;
-    m_budget.BeginMemory();
+    m_budget.BeginDocumentType();
     RefuseInvalidCharacters(systemId);
 }
 

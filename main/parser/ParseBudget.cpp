@@ -1,5 +1,6 @@
 #include "ParseBudget.h"
 
+#include "StackGuard.h"
 #include "XercesText.h"
 
 #include <kesplatform/TFormatString.h>
@@ -18,6 +19,9 @@ constexpr std::uint64_t c_lookUpsANamespace = 8;
 /// What the scanner may allocate for a step, a tag or a declaration, before that is work. Building
 /// the automaton of a content model can take far more than the automaton.
 constexpr std::uint64_t c_freeMemoryInStep = 32 * 1024;
+/// The scanner recurses through a content model that is not mixed, a level for each particle at
+/// most. It takes 180 bytes a level.
+constexpr std::uint64_t c_stackAParticle = 256;
 /// What the scanner may hold without regard to the limit: buffers that any document needs.
 constexpr std::uint64_t c_freeMemory = 1024 * 1024;
 
@@ -99,11 +103,12 @@ void ParseBudget::AddExpansion(std::uint64_t units, std::size_t depth)
     AddScannerWork(units + depth * c_unitsAnOpenEntity);
 }
 
-void ParseBudget::BeginMemory() noexcept
+void ParseBudget::BeginMemory(bool countsSteps) noexcept
 {
     m_memory = 0;
     m_allocatedInStep = 0;
     m_countsMemory = m_isValidating;
+    m_countsSteps = countsSteps;
     SettleMemory();
 }
 
@@ -126,8 +131,12 @@ void ParseBudget::SettleMemory() noexcept
 
 void ParseBudget::DeclareElement(std::u16string_view model)
 {
-    if (m_isValidating)
-        AddDeclarationWork(EstimateModelWork(MeasureModel(model)));
+    if (!m_isValidating)
+        return;
+    const ModelSize size = MeasureModel(model);
+    AddDeclarationWork(EstimateModelWork(size));
+    if (!model.starts_with(u"(#PCDATA"))
+        RequireStack(MultiplyOrMost(size.particles, c_stackAParticle));
 }
 
 void ParseBudget::DeclareAttribute(std::u16string_view elementName, std::u16string_view type)
@@ -172,7 +181,7 @@ void ParseBudget::AddValidationWork(const XMLCh* uri, const XMLCh* localName,
     }
     SettleMemory();
     if (m_depth == 1 && !m_countsMemory)
-        BeginMemory();
+        BeginMemory(false);
     Add(m_validationWork, MultiplyOrMost(1 + attributes, m_depth + m_namespacesInScope) +
                               CountLookUp(uri, localName));
     if (m_validationWork > m_validationWorkLimit) {
@@ -194,6 +203,14 @@ void ParseBudget::AddDeclarationWork(std::uint64_t amount)
                            u"than %1 (validation work limit, SetValidationWorkLimit)")
                  .Format(DescribeGrowth(m_limits.GetValidationWorkLimit())));
     }
+}
+
+void ParseBudget::RequireStack(std::size_t bytes)
+{
+    if (StackGuard::HasRoom(bytes)) [[likely]]
+        return;
+    EndMemory();
+    Fail(u"validation takes more stack than the thread has");
 }
 
 void ParseBudget::FailMemory()
@@ -219,15 +236,16 @@ std::uint64_t ParseBudget::CountLookUp(const XMLCh* uri, const XMLCh* localName)
     return m_differentElements + namespaces * c_lookUpsANamespace;
 }
 
-void ParseBudget::FailAmplification() const
+void ParseBudget::FailAmplification()
 {
     Fail(TFormatString(u"the document yields more than %1 (amplification limit, "
                        u"SetAmplificationLimit)")
              .Format(DescribeGrowth(m_limits.GetAmplificationLimit())));
 }
 
-void ParseBudget::Fail(const TString& message) const
+void ParseBudget::Fail(const TString& message)
 {
+    m_hasFailed = true;
     LimitExceeded exceeded{message};
     if (m_locator != nullptr) {
         exceeded.line = m_locator->getLineNumber();

@@ -32,12 +32,18 @@ public:
     /// From now on the memory of a parse that validates counts: a document type begins. Else it
     /// counts from the first start tag on. What the scanner does before that is no validation, and
     /// forgets what it has opened when it is stopped.
-    void BeginMemory() noexcept;
+    ///
+    /// With a document type, what the scanner allocates for a step counts, too, even if it frees
+    /// it at once: the models are the document's. Those of schemas are ready before the parse, and
+    /// values that are matched with a pattern may take much for a moment.
+    void BeginDocumentType() noexcept { BeginMemory(true); }
     /// Memory does not count any more: the scanner is done, or must be able to clean up.
     void EndMemory() noexcept { m_countsMemory = false; }
     /// Where errors are located; null for nowhere. Begin forgets it.
     void SetLocator(const xercesc::Locator* locator) noexcept { m_locator = locator; }
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
+    /// Whether the parse has exceeded a limit. What the scanner reports on its way out is no news.
+    bool HasFailed() const noexcept { return m_hasFailed; }
 
     /// How many attributes the document type of a parse declares for the elements of one name.
     struct DeclaredAttributes
@@ -72,18 +78,21 @@ public:
     /// An entity of that length is about to be read inside of `depth` - 1 others.
     void AddExpansion(std::uint64_t units, std::size_t depth);
 
-    /// The scanner is about to allocate a block.
+    /// The scanner is about to allocate a block. It does so at each level where it recurses
+    /// through a value that it matches with a pattern.
     void AddMemory(std::size_t bytes)
     {
         if (m_countsMemory) [[unlikely]] {
+            RequireStack(0);
             m_memory += static_cast<std::int64_t>(bytes);
-            AddToStep(bytes);
+            if (m_countsSteps)
+                AddToStep(bytes);
         }
     }
     /// The scanner is about to make a node of a content model.
     void AddModelNode()
     {
-        if (m_countsMemory) [[unlikely]]
+        if (m_countsMemory && m_countsSteps) [[unlikely]]
             AddToStep(++m_modelNodesInStep / 2);
     }
     /// The document type declares an element with that content model.
@@ -107,16 +116,19 @@ private:
     void AddScannerWork(std::uint64_t amount);
     void AddValidationWork(const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes);
     void AddDeclarationWork(std::uint64_t amount);
+    void BeginMemory(bool countsSteps) noexcept;
     void AddToStep(std::uint64_t amount);
+    void RequireStack(std::size_t bytes);
     [[noreturn]] void FailMemory();
     std::uint64_t CountLookUp(const XMLCh* uri, const XMLCh* localName);
-    [[noreturn]] void FailAmplification() const;
-    [[noreturn]] void Fail(const TString& message) const;
+    [[noreturn]] void FailAmplification();
+    [[noreturn]] void Fail(const TString& message);
 
     static constexpr std::uint64_t c_unlimited = std::numeric_limits<std::uint64_t>::max();
 
     ParseLimits m_limits;
     const xercesc::Locator* m_locator = nullptr;
+    bool m_hasFailed = false;
     std::uint64_t m_output = 0;
     std::uint64_t m_outputLimit = c_unlimited;
     std::uint64_t m_scannerWork = 0;
@@ -139,6 +151,7 @@ private:
     std::unordered_map<TString, std::uint64_t> m_elementNames;
 
     bool m_countsMemory = false;
+    bool m_countsSteps = false;
     /// What the scanner holds more, or less, than when it began to read.
     std::int64_t m_memory = 0;
     std::uint64_t m_allocatedInStep = 0;

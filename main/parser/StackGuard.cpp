@@ -11,12 +11,13 @@
 
 namespace {
 
-/// The part of a thread's stack in which RequireRoom fails: addresses from `low` up to `end`.
+/// A thread's stack, from `low` up to `top`, of which all below `end` is kept in reserve.
 struct Reserve
 {
     bool isKnown = false;
     std::uintptr_t low = 0;
     std::uintptr_t end = 0;
+    std::uintptr_t top = 0;
 };
 
 Reserve FindReserve() noexcept
@@ -33,6 +34,7 @@ Reserve FindReserve() noexcept
         constexpr std::size_t most = std::size_t{128} * 1024;
         reserve.low = reinterpret_cast<std::uintptr_t>(low);
         reserve.end = reserve.low + std::min(size / 4, most);
+        reserve.top = reserve.low + size;
     }
     pthread_attr_destroy(&attributes);
 #endif
@@ -45,12 +47,19 @@ thread_local Reserve t_reserve;
 
 namespace StackGuard {
 
-void RequireRoom(const char* what)
+bool HasRoom(std::size_t bytes) noexcept
 {
     if (!t_reserve.isKnown)
         t_reserve = FindReserve();
     const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-    if (here >= t_reserve.low && here < t_reserve.end)
+    if (here < t_reserve.low || here >= t_reserve.top)
+        return true;
+    return here >= t_reserve.end && here - t_reserve.end >= bytes;
+}
+
+void RequireRoom(const char* what)
+{
+    if (!HasRoom())
         throw std::length_error(what);
 }
 

@@ -213,6 +213,8 @@ void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
 void XercesXMLHandler::error(const xercesc::SAXParseException& exception)
 {
     m_budget.SettleMemory();
+    if (m_budget.HasFailed())
+        return;
     RecordError(exception.getMessage(), exception.getSystemId(), exception.getLineNumber(),
                 exception.getColumnNumber());
 }

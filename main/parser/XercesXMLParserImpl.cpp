@@ -178,7 +178,7 @@ void XercesXMLParserImpl::MakeReader()
     m_reader = std::move(reader);
     m_memory = std::move(memory);
     m_xmlVersionSticks = false;
-    m_mayHaveLeaked = false;
+    m_isSpoilt = false;
 }
 
 XercesXMLParserImpl::~XercesXMLParserImpl() = default;
@@ -230,6 +230,8 @@ void XercesXMLParserImpl::PrepareParserState(xercesc::SAX2XMLReader& reader)
 
 void XercesXMLParserImpl::SwitchToValidating()
 {
+    if (m_isSpoilt)
+        MakeReader();
     m_memory->PrepareForSchemas();
     m_noSchemaLoaded = false;
     try {
@@ -238,6 +240,8 @@ void XercesXMLParserImpl::SwitchToValidating()
         // A parser that went on without the base schemas would not validate, and say nothing.
         m_noSchemaLoaded = true;
         m_xsdNames.clear();
+        // Where memory failed, the reader takes itself to be still at it.
+        m_isSpoilt = true;
         throw;
     }
 }
@@ -317,7 +321,7 @@ void XercesXMLParserImpl::DoXercesParse()
     try {
         // A new one would have to load all schemas again: what one that has them forgot stays until
         // the parser ends.
-        if (m_mayHaveLeaked && m_noSchemaLoaded)
+        if (m_isSpoilt && m_noSchemaLoaded)
             MakeReader();
         ScanDocument(document);
         if (m_handler->SawErrors())
@@ -371,23 +375,23 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
         ForgetXmlVersion();
     // Until the prolog is known to have been harmless.
     m_xmlVersionSticks = true;
-    m_mayHaveLeaked = true;
+    m_isSpoilt = true;
     m_documentType.Reset();
     XmlVersionWatch watch;
     const WatchedProlog watched(*m_reader, watch);
     try {
         const bool complete = m_reader->parseFirst(document(), token);
         m_xmlVersionSticks = !complete || watch.SawOtherVersion();
-        m_mayHaveLeaked = !complete && m_documentType.HasBegun();
+        m_isSpoilt = !complete && m_documentType.HasBegun();
         return complete;
     } catch (const xercesc::XMLException& exception) {
-        m_mayHaveLeaked = m_documentType.HasBegun();
+        m_isSpoilt = m_documentType.HasBegun();
         // An XML declaration that the scanner cannot even decode, before anything has a position.
         m_handler->RecordFatalError(GetTStringFromXMLChPtr(exception.getMessage(), -1),
                                     GetSource().Id(), 1, 1);
         return false;
     } catch (const xercesc::SAXParseException& exception) {
-        m_mayHaveLeaked = m_documentType.HasBegun();
+        m_isSpoilt = m_documentType.HasBegun();
         m_handler->fatalError(exception);
         return false;
     }

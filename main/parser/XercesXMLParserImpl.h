@@ -64,6 +64,7 @@ private:
     bool m_noSchemaLoaded = true;
     /// The scanner may hold on to the version of the last document.
     bool m_xmlVersionSticks = false;
-    /// The scanner may have forgotten memory in a document type that is wrong.
-    bool m_mayHaveLeaked = false;
+    /// The reader is to be made anew when that is possible: the scanner may have forgotten memory
+    /// in a document type that is wrong, or that it is no longer at work.
+    bool m_isSpoilt = false;
 };

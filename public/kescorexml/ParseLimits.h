@@ -56,12 +56,12 @@ public:
     /// the look-up of its declaration the different elements so far, and eight for each namespace
     /// that elements of its name have been in. What the document type declares counts, too, as it
     /// is validated by: of a content model the names times the particles and a 64th of the cube of
-    /// the names, of an attribute's type the square of the names. So does half of the memory that
-    /// the scanner allocates for one tag or declaration beyond 32 KiB; and neither that nor what it
-    /// holds, beyond what it held when the parse began and 1 MiB, may exceed the limit in bytes. At
-    /// first 100 times the bytes, 64 Mi at least. Many declarations, or many elements that no
-    /// schema knows, take quadratic time otherwise, and a content model of 200 bytes exponential
-    /// time.
+    /// the names, of an attribute's type the square of the names. So does, where there is a
+    /// document type, half of the memory that the scanner allocates for one tag or declaration
+    /// beyond 32 KiB; and neither that nor what it holds, beyond what it held when the parse began
+    /// and 1 MiB, may exceed the limit in bytes. At first 100 times the bytes, 64 Mi at least. Many
+    /// declarations, or many elements that no schema knows, take quadratic time otherwise, and a
+    /// content model of 200 bytes exponential time.
     void SetValidationWorkLimit(std::uint64_t factor, std::uint64_t threshold) noexcept
     {
         m_validationWork = {factor, threshold};

@@ -3,6 +3,9 @@
 #include "support/FailingAllocations.h"
 #include "support/TreeTesting.h"
 
+#include <kescorexml/DOMParser.h>
+#include <kescorexml/XMLDomFormatter.h>
+
 #include <functional>
 #include <new>
 
@@ -15,7 +18,7 @@ public:
     World()
     {
         for (DOM* dom : {&first, &second}) {
-            AddChildren(*dom->GetRoot(), "p(a(b(c),d),e),q(f)");
+            AddChildren(*dom->GetRoot(), "p(a(b(c),d),e,empty),q(f)");
             for (const char* name : {"p", "a", "b", "c", "d", "e", "q", "f"}) {
                 DOMElement& element = Find(*dom, name);
                 element.SetText(TString(u"a text that is not short: ") + TString(name));
@@ -152,6 +155,11 @@ TEST(DOMTreeFailure, InsertChildAcrossDocuments)
     ExpectNoLeak([](World& w) { w.A().InsertChild(std::move(w.loose), &w.A().GetChildren()[0]); });
 }
 
+TEST(DOMTreeFailure, AppendChild)
+{
+    ExpectNoLeak([](World& w) { w.A().AppendChild(std::move(w.loose)); });
+}
+
 TEST(DOMTreeFailure, AddNewChild)
 {
     ExpectNoLeak([](World& w) { w.A().AddNewChild(c_new, nullptr); });
@@ -161,7 +169,9 @@ TEST(DOMTreeFailure, AddNewChild)
 TEST(DOMTreeFailure, RemoveChild)
 {
     ExpectNoLeak([](World& w) { w.loose = w.A().RemoveChild(w.A().GetChildren()[0]); });
+    ExpectNoLeak([](World& w) { w.loose = w.A().RemoveChild(u"d"); });
     ExpectNoLeak([](World& w) { w.A().RemoveChildren(); });
+    ExpectNoLeak([](World& w) { w.loose = w.A().GetParent()->RemoveIfEmpty(u"empty"); });
 }
 
 TEST(DOMTreeFailure, Move)
@@ -203,6 +213,8 @@ TEST(DOMTreeFailure, SetAttributes)
     ExpectNoLeak([](World& w) { w.first.GetRoot()->SetAttributes(s_attributes); });
     ExpectNoLeak([](World& w) { w.A().SetAttribute(c_new, c_new); });
     ExpectNoLeak([](World& w) { w.first.GetRoot()->SetAttribute(c_new, c_new); });
+    ExpectNoLeak([](World& w) { w.A().SetAttributes(DOMElement::AttributeMap(s_attributes)); });
+    ExpectNoLeak([](World& w) { w.A().RemoveAttribute(u"k"); });
 }
 
 TEST(DOMTreeFailure, AppendText)
@@ -246,4 +258,65 @@ TEST(DOMTreeFailure, AdoptingAndCopyingDiagnostics)
         [](World& w) { w.second.AdoptErrorsAndWarningsForNode(w.A(), w.second.GetRoot()); });
     ExpectNoLeak(
         [](World& w) { w.second.CopyErrorsAndWarningsForNode(w.A(), w.second.GetRoot()); });
+}
+
+TEST(DOMTreeFailure, ClearingAndMovingDiagnostics)
+{
+    ExpectNoLeak([](World& w) { w.A().ClearErrors(); });
+    ExpectNoLeak([](World& w) { w.A().ClearWarnings(); });
+    ExpectNoLeak([](World& w) { w.first.EraseErrorsAndWarningsForNode(w.A()); });
+    ExpectNoLeak([](World& w) { w.first.MoveErrorsAndWarningsTo(w.second); });
+    ExpectNoLeak([](World& w) { w.first.ClearAllErrorsAndWarnings(); });
+}
+
+TEST(DOMTreeFailure, ChangesOfAParsedElement)
+{
+    // Its attributes lie packed in the memory of the parse until they are changed.
+    const std::function<void(DOMElement&)> changes[] = {
+        [](DOMElement& e) { e.SetAttribute(u"k", c_new); },
+        [](DOMElement& e) { e.SetAttribute(c_new, c_new); },
+        [](DOMElement& e) { e.RemoveAttribute(u"k"); },
+        [](DOMElement& e) { e.GetAttributes()[c_new] = c_new; },
+        [](DOMElement& e) {
+            e.SetAttributes(DOMElement::AttributeMap{{u"k", u"1"}});
+        },
+        [](DOMElement& e) { e.AdoptAttributes(e.GetChildren()[0]); },
+        [](DOMElement& e) { e.AppendText(u"a text that is not short"); },
+        [](DOMElement& e) { e.AddNewChild(c_new, &e.GetChildren()[0]); },
+        [](DOMElement& e) { e.GetChildren()[1].MoveToFront(); },
+        [](DOMElement& e) { e.AdoptChildren(e.GetChildren()[0], nullptr); },
+        [](DOMElement& e) { e = e.GetChildren()[0]; },
+    };
+    for (std::size_t index = 0; index < std::size(changes); ++index) {
+        SCOPED_TRACE(index);
+        const auto parse = [] {
+            return DOMParser().ParseXmlString(
+                "<a k='v' l='a longer value of it'>text<b m='n'><c/></b><d/></a>", u"id");
+        };
+        const auto describe = [](const DOM& dom) {
+            return XMLDomFormatter::RenderAsXMLString(dom, nullptr, false);
+        };
+        const TString before = describe(*parse());
+        const auto model = parse();
+        changes[index](*model->GetDocumentRoot());
+        const TString after = describe(*model);
+        EXPECT_NE(after, before);
+        for (std::size_t allowed = 0;; ++allowed) {
+            const auto dom = parse();
+            bool done = true;
+            {
+                const FailingAllocations failing(allowed);
+                try {
+                    changes[index](*dom->GetDocumentRoot());
+                } catch (const std::bad_alloc&) {
+                    done = false;
+                }
+            }
+            const bool hasFailed = FailingAllocations::HasFailed();
+            EXPECT_TRUE(done || hasFailed);
+            ASSERT_EQ(describe(*dom), done ? after : before) << "after " << allowed;
+            if (!hasFailed)
+                break;
+        }
+    }
 }

@@ -26,23 +26,15 @@
 #include <optional>
 #include <string>
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/lsan_interface.h>
-#endif
-
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__)
-using LeaksAreAllowed = __lsan::ScopedDisabler;
-#else
-struct LeaksAreAllowed
-{
-};
-#endif
 
 /// Does something and returns what came of it; nothing when the operation itself said that it
 /// failed.
 using Operation = std::function<std::optional<std::string>()>;
+
+/// Where the memory for the reader of a document fails, which takes some ten allocations, the
+/// scanner forgets the stream that it was to read: a block of 48 bytes for each.
+constexpr std::ptrdiff_t c_mostForgotten = 10;
 
 constexpr std::size_t c_all = std::numeric_limits<std::size_t>::max();
 
@@ -57,25 +49,16 @@ std::optional<std::string> RunWith(const Operation& operation, std::size_t allow
     }
 }
 
-enum class Scanner
-{
-    IsUsed,
-    IsNotUsed,
-};
-
 /// Runs the operation again and again, allowing it one allocation more each time before `failures`
 /// of them fail, until none does:
 /// it has to give the whole result or to say that it failed, and must work afterwards. Nothing may
-/// be left on the heap, but for what the scanner leaves: when its memory runs out, it abandons on
-/// purpose what it has.
-void ExpectReported(const Operation& operation, Scanner scanner, std::size_t failures)
+/// be left on the heap, but for what the scanner forgets of as many documents as the operation
+/// parses.
+void ExpectReported(const Operation& operation, std::size_t failures, int documents)
 {
     // The first call also makes what stays for the life of the process.
     const std::optional<std::string> expected = operation();
     ASSERT_TRUE(expected);
-    std::optional<LeaksAreAllowed> leaksAreAllowed;
-    if (scanner == Scanner::IsUsed)
-        leaksAreAllowed.emplace();
     const std::ptrdiff_t before = CountLiveAllocations();
     for (std::size_t allowed = 0;; ++allowed) {
         ASSERT_LT(allowed, 100'000U);
@@ -91,16 +74,14 @@ void ExpectReported(const Operation& operation, Scanner scanner, std::size_t fai
             ASSERT_EQ(operation(), expected) << "after " << allowed;
         }
     }
-    if (scanner == Scanner::IsNotUsed) {
-        EXPECT_EQ(CountLiveAllocations(), before);
-    }
+    EXPECT_LE(CountLiveAllocations(), before + documents * c_mostForgotten);
 }
 
 /// The same for a single failure and for all memory.
-void ExpectReported(const Operation& operation, Scanner scanner = Scanner::IsNotUsed)
+void ExpectReported(const Operation& operation, int documents = 0)
 {
-    ExpectReported(operation, scanner, 1);
-    ExpectReported(operation, scanner, c_all);
+    ExpectReported(operation, 1, documents);
+    ExpectReported(operation, c_all, documents);
 }
 
 const char* const c_document =
@@ -118,17 +99,24 @@ std::optional<std::string> Describe(const std::unique_ptr<DOM>& document)
 
 } // namespace
 
+#if defined(__SANITIZE_ADDRESS__)
+/// See c_mostForgotten.
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions()
+{
+    return "leak:ReaderMgr::createReader\n";
+}
+#endif
+
 TEST(MemoryFailure, OfAParseIsReported)
 {
     static const std::string s_text(c_document);
     static const TString s_id(u"an identifier that is not short");
-    ExpectReported([] { return Describe(DOMParser().ParseXmlString(s_text, s_id)); },
-                   Scanner::IsUsed);
+    ExpectReported([] { return Describe(DOMParser().ParseXmlString(s_text, s_id)); }, 1);
     static const TString s_wide = TString::fromStdString(s_text);
-    ExpectReported([] { return Describe(DOMParser().ParseXmlString(s_wide, s_id)); },
-                   Scanner::IsUsed);
+    ExpectReported([] { return Describe(DOMParser().ParseXmlString(s_wide, s_id)); }, 1);
     const DOMParser reused;
-    ExpectReported([&] { return Describe(reused.ParseXmlString(s_text, s_id)); }, Scanner::IsUsed);
+    // It keeps a little more than after its first document.
+    ExpectReported([&] { return Describe(reused.ParseXmlString(s_text, s_id)); }, 2);
 }
 
 TEST(MemoryFailure, OfAParseOfABadDocumentIsReported)
@@ -149,7 +137,7 @@ TEST(MemoryFailure, OfAParseOfABadDocumentIsReported)
                     return std::nullopt;
                 return errors;
             },
-            Scanner::IsUsed);
+            1);
     }
 }
 
@@ -167,7 +155,7 @@ TEST(MemoryFailure, OfAParseIntoAStandaloneTreeIsReported)
             return r.GetAllText().toStdString() + r.GetAttribute(u"version").toStdString() +
                    std::to_string(r.Clone()->GetChildren().size());
         },
-        Scanner::IsUsed);
+        1);
 }
 
 TEST(MemoryFailure, OfAnEditOfAStandaloneTreeLeavesItAsItWas)
@@ -257,6 +245,9 @@ TEST(MemoryFailure, OfACallOfATreeFormatterLeavesTheTreeAsItWas)
         [&](XMLDomFormatter& f) { f.OutputString(u"some more text"); },
         [&](XMLDomFormatter& f) { f.OutputLine(u"some more text"); },
         [&](XMLDomFormatter& f) { f.OutputDOMElement(element); },
+        [&](XMLDomFormatter& f) { f.OutputDOMElements(std::as_const(element).GetChildren()); },
+        [&](XMLDomFormatter& f) { f.OutputContent(u"raw &amp; text", true); },
+        [&](XMLDomFormatter& f) { f.OutputHeader(); },
         [&](XMLDomFormatter& f) { f.OutputBinary(bytes.data(), 100); },
         [&](XMLDomFormatter& f) { f.OutputComment(u"comment"); },
     };
@@ -388,7 +379,7 @@ TEST(MemoryFailure, OfAValidationIsReported)
         return parser.ParseXmlString(s_text, u"id")->GetConcatenatedErrors().toStdString();
     };
     const std::optional<std::string> expected = validate();
-    [[maybe_unused]] const LeaksAreAllowed leaksAreAllowed;
+    const std::ptrdiff_t before = CountLiveAllocations();
     for (const std::size_t failures : {std::size_t(1), c_all}) {
         std::size_t reported = 0;
         std::size_t allowed = 0;
@@ -404,4 +395,22 @@ TEST(MemoryFailure, OfAValidationIsReported)
         }
         EXPECT_GT(reported, 1000U);
     }
+    // The schema, the two that all schemas stand on, and the document.
+    EXPECT_LE(CountLiveAllocations(), before + 2 * 4 * c_mostForgotten);
+}
+
+TEST(MemoryFailure, OfAValidationOfAValidDocumentIsReported)
+{
+    static const std::string s_text("<r><a>1</a><a>22</a></r>");
+    ExpectReported(
+        [] {
+            DOMParser parser;
+            parser.AddXSDInputSource(
+                std::make_unique<StringInputSource>(c_schema, u"schema", false));
+            return Describe(parser.ParseXmlString(s_text, u"id"));
+        },
+        4);
+    DOMParser reused;
+    reused.AddXSDInputSource(std::make_unique<StringInputSource>(c_schema, u"schema", false));
+    ExpectReported([&] { return Describe(reused.ParseXmlString(s_text, u"id")); }, 4);
 }

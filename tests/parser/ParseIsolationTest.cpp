@@ -5,6 +5,7 @@
 
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/DOMParser.h>
+#include <kescorexml/StandaloneDOMParser.h>
 #include <kescorexml/XMLDomFormatter.h>
 
 #include <gtest/gtest.h>
@@ -309,21 +310,44 @@ TEST(ParseIsolation, NoMemoryIsLeftBehind)
          {"<!DOCTYPE", "<!DOCTYPE a", "<!DOCTYPE a SYSTEM", "<!DOCTYPE a SYSTEM 'b'",
           "<!DOCTYPE a PUBLIC 'b", "<!DOCTYPE a ["})
         documents.push_back({start});
-    const auto parseAll = [&](const DOMParser& parser) {
-        for (const Document& document : documents)
-            parser.ParseXmlBytes({document.text.begin(), document.text.end()});
+    const auto parseAll = [&](const auto& parser) {
+        for (const Document& document : documents) {
+            BinaryInputSource source = MakeSource(document);
+            parser.ParseXmlInputSource(source, false);
+        }
         parser.ParseXmlString("<a/>", u"id");
     };
-    parseAll(DOMParser());
-    const std::ptrdiff_t before = CountLiveAllocations();
-    parseAll(DOMParser());
-    EXPECT_EQ(CountLiveAllocations(), before);
+    const auto expectNothingLeft = [&](const auto& makeParser) {
+        parseAll(*makeParser());
+        const std::ptrdiff_t before = CountLiveAllocations();
+        parseAll(*makeParser());
+        EXPECT_EQ(CountLiveAllocations(), before);
 
-    // Nor does a parser that is used for long keep more and more.
-    const DOMParser parser;
-    parseAll(parser);
-    const std::ptrdiff_t afterOne = CountLiveAllocations();
-    for (int round = 0; round < 10; ++round)
-        parseAll(parser);
-    EXPECT_EQ(CountLiveAllocations(), afterOne);
+        // Nor does a parser that is used for long keep more and more.
+        const auto parser = makeParser();
+        parseAll(*parser);
+        const std::ptrdiff_t afterOne = CountLiveAllocations();
+        for (int round = 0; round < 10; ++round)
+            parseAll(*parser);
+        EXPECT_EQ(CountLiveAllocations(), afterOne);
+    };
+    const auto makeSchema = [] {
+        return std::make_unique<StringInputSource>(c_schema, u"schema", false);
+    };
+    expectNothingLeft([] { return std::make_unique<DOMParser>(); });
+    for (const bool isValidating : {false, true}) {
+        SCOPED_TRACE(isValidating);
+        const auto configure = [&](auto parser) {
+            LowerLimits(*parser);
+            if (isValidating)
+                parser->AddXSDInputSource(makeSchema());
+            return parser;
+        };
+        expectNothingLeft([&] { return configure(std::make_unique<DOMParser>()); });
+        expectNothingLeft([&] {
+            auto parser = configure(std::make_unique<StandaloneDOMParser>());
+            parser->AllowEntityExpansion_Insecure();
+            return parser;
+        });
+    }
 }

@@ -32,6 +32,13 @@ const char* const c_targetSchema =
     "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:u'>"
     "<xs:element name='z' type='xs:int'/></xs:schema>";
 
+/// Takes a level of the scanner's recursion, or some, for each word.
+const std::string c_wordsPattern = "(\\w+[ ,]?)*\\w*";
+const std::string c_wordsSchema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:simpleType>"
+    "<xs:restriction base='xs:string'><xs:pattern value='" +
+    c_wordsPattern + "'/></xs:restriction></xs:simpleType></xs:element></xs:schema>";
+
 /// Counts what reaches it, as the amplification limit does.
 class CountingSink : public SAXInterface
 {
@@ -143,6 +150,9 @@ const auto c_isAmplificationError = IsOnlyError("amplification", "SetAmplificati
 const auto c_isExpansionError = IsOnlyError("expansion", "SetExpansionLimit");
 const auto c_isDepthError = IsOnlyError("validation depth", "SetValidationDepthLimit");
 const auto c_isValidationWorkError = IsOnlyError("validation work", "SetValidationWorkLimit");
+const auto c_isStackError =
+    ElementsAre(MatchesRegex("Fatal Error\\([0-9]+,[0-9]+\\): validation takes more stack than the "
+                             "thread has \\(id: id\\)"));
 
 } // namespace
 
@@ -560,15 +570,86 @@ TEST(ParseLimits, ManySmallModelsOfExponentialSizeEnd)
     EXPECT_THAT(parse(1000), c_isValidationWorkError);
 }
 
+TEST(ParseLimits, MemoryThatAParseHoldsIsLimited)
+{
+    const char* const schema =
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'>"
+        "<xs:complexType><xs:sequence><xs:element name='b' maxOccurs='unbounded'><xs:complexType>"
+        "<xs:attribute name='c' type='xs:ID'/></xs:complexType></xs:element></xs:sequence>"
+        "</xs:complexType></xs:element></xs:schema>";
+    const auto parse = [&](int count) {
+        Session session(
+            "<a>" + Concatenate(count, [](const std::string& i) { return "<b c='i" + i + "'/>"; }) +
+                "</a>",
+            schema);
+        // Enough for the look-ups.
+        session.parser->SetValidationWorkLimit(0, 1000000);
+        return session.Parse();
+    };
+    // Identifiers are held to the end. The first mebibyte of all that is held is free.
+    EXPECT_THAT(parse(2000), IsEmpty());
+    EXPECT_THAT(parse(40000), AllOf(c_isValidationWorkError, Contains(HasSubstr("of memory"))));
+}
+
+TEST(ParseLimits, AContentModelThatTakesMoreStackThanThereIsEnds)
+{
+    const auto parse = [](const std::string& model) {
+        Session session(WithDoctype("<!ELEMENT b EMPTY><!ELEMENT a " + model + ">", "<a><b/></a>"),
+                        c_targetSchema);
+        return session.Parse();
+    };
+    const auto makeModels = [](std::size_t levels) {
+        const std::string open = Repeat("(", levels);
+        return std::vector<std::string>{
+            open + "b" + Repeat(")?", levels), open + "b" + Repeat("|b)", levels),
+            open + "b" + Repeat(",b?)", levels), open + "b" + Repeat("|b)+", levels),
+            "(b" + Repeat(",b?", levels) + ")"};
+    };
+    // Larger stacks take larger documents, which other limits allow more.
+    RunOnSmallStack([&] {
+        for (const std::string& model : makeModels(100))
+            EXPECT_THAT(parse(model), IsEmpty());
+        for (const std::string& model : makeModels(1500))
+            EXPECT_THAT(parse(model), c_isStackError);
+        // Names of mixed content are compared one after the other.
+        EXPECT_THAT(parse("(#PCDATA" +
+                          Concatenate(1500, [](const std::string& i) { return "|c" + i; }) +
+                          "|b)*"),
+                    IsEmpty());
+    });
+}
+
+TEST(ParseLimits, AValueThatTakesMoreStackThanThereIsToMatchEnds)
+{
+    const auto parse = [](std::size_t words) {
+        Session session("<a>" + Repeat("word ", words) + "</a>", c_wordsSchema.c_str());
+        return session.Parse();
+    };
+    RunOnSmallStack([&] {
+        EXPECT_THAT(parse(100), IsEmpty());
+        EXPECT_THAT(parse(100000), c_isStackError);
+    });
+}
+
+TEST(ParseLimits, AValueMayTakeMuchMemoryForAMomentToMatch)
+{
+    // A few hundred bytes a character, all of which are freed before the end of the element.
+    std::string schema = c_wordsSchema;
+    schema.replace(schema.find(c_wordsPattern), c_wordsPattern.size(), "(a|b)*");
+    Session session("<a>" + Repeat("ab", 300000) + "</a>", schema.c_str());
+    EXPECT_THAT(session.Parse(), IsEmpty());
+}
+
 TEST(ParseLimits, MemoryOfASchemaDoesNotCount)
 {
-    // Their values take more than the limit of a parse allows.
+    // Their values take some megabytes, more than the parse may hold.
     std::string schema = c_openSchema;
     schema.insert(schema.find("<xs:element"),
                   "<xs:simpleType name='t'><xs:restriction base='xs:string'>" +
                       Concatenate(20000,
                                   [](const std::string& i) {
-                                      return "<xs:enumeration value='value" + i + "'/>";
+                                      return "<xs:enumeration value='" + std::string(100, 'x') + i +
+                                             "'/>";
                                   }) +
                       "</xs:restriction></xs:simpleType>");
     Session session("<a/>", schema.c_str());

@@ -112,6 +112,14 @@ TEST(StandaloneDOMFailure, OfAttributes)
     ExpectAllOrNothing([&](World& world) { world.element->SetAttributes(attributes); });
 }
 
+TEST(StandaloneDOMFailure, OfRemovingAChildOrAnAttribute)
+{
+    ExpectAllOrNothing([](World& world) {
+        world.loose = world.element->RemoveChild(*world.element->GetChild(u"b"));
+    });
+    ExpectAllOrNothing([](World& world) { world.element->RemoveAttribute(u"k"); });
+}
+
 TEST(StandaloneDOMFailure, OfRemovingAllChildren)
 {
     ExpectAllOrNothing([](World& world) { world.element->RemoveChildren(); });
@@ -122,6 +130,7 @@ TEST(StandaloneDOMFailure, OfReadingChangesNothing)
     ExpectAllOrNothing([](World& world) { world.element->Clone(); });
     ExpectAllOrNothing([](World& world) { world.element->GetAllText(); });
     ExpectAllOrNothing([](World& world) { world.element->GetChildren(); });
+    ExpectAllOrNothing([](World& world) { world.element->GetTextNodes(); });
     const World other;
     bool areEqual = false;
     ExpectAllOrNothing([&](World& world) { areEqual = *world.element == *other.element; });

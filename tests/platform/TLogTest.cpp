@@ -131,7 +131,7 @@ TEST_F(TLogTest, LetsASinkLogAndReplaceSinks)
                                            TString(u"from outside")));
 }
 
-TEST_F(TLogTest, ReplacesTheSinkWhileOthersLog)
+TEST_F(TLogTest, ReplacesTheSinkWhileOtherThreadsLog)
 {
     std::atomic<int> count = 0;
     const auto sink = [&count](const TLog::Record&) { ++count; };
