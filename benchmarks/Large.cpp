@@ -66,8 +66,8 @@ struct Figures
     std::size_t heap = 0;
 };
 
-/// Makes the machine itself get `size` bytes of memory, and gives them back to the system. Where the
-/// machine is a virtual one, the first use of a page costs many times what later ones do.
+/// Makes the machine itself get `size` bytes of memory, and gives them back to the system. Where
+/// the machine is a virtual one, the first use of a page costs many times what later ones do.
 void TouchMemory(std::size_t size)
 {
     constexpr std::size_t c_pageSize = 4096;
