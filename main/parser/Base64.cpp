@@ -2,6 +2,7 @@
 
 #include "Assertion.h"
 #include "KesErrors.h"
+#include "Prefetch.h"
 
 #include <kesplatform/TCType.h>
 
@@ -52,11 +53,16 @@ std::uint64_t LoadBigEndian(const unsigned char* bytes) noexcept
     return value;
 }
 
-/// Writes four characters for each three of `count` bytes, the last ones padded.
-void Encode(const unsigned char* bytes, std::size_t count, char16_t* out) noexcept
+/// Writes four characters for each three of `count` bytes, the last ones padded. `readable` bytes
+/// may be read, `count` at least.
+void Encode(const unsigned char* bytes, std::size_t count, std::size_t readable,
+            char16_t* out) noexcept
 {
     // Eight bytes are read for six that are used.
-    for (; count >= 8; bytes += 6, count -= 6) {
+    const unsigned char* const stepsEnd =
+        readable < 8 ? bytes : bytes + std::min(count / 6, (readable - 2) / 6) * 6;
+    count -= static_cast<std::size_t>(stepsEnd - bytes);
+    for (; bytes != stepsEnd; bytes += 6) {
         const std::uint64_t bits = LoadBigEndian(bytes);
         out = PutTwelveBits(out, bits >> 52);
         out = PutTwelveBits(out, bits >> 40);
@@ -96,19 +102,24 @@ public:
     void Append(const unsigned char* bytes, unsigned int lineCount, std::vector<TString>& lines)
     {
         constexpr std::size_t c_slotSize = TStringBlock::SlotSize(c_lineLength);
+        // Blocks lie behind one another as a rule, so that this helps the next one, too.
+        constexpr std::size_t c_prefetchDistance = 8 * c_slotSize;
         static_assert(sizeof(TStringBlock) % TStringBlock::slotAlignment == 0);
         void* const memory = ::operator new(sizeof(TStringBlock) + lineCount * c_slotSize);
         auto* const block = new (memory) TStringBlock(*this);
         // One reference for each line, the maker's for the first.
         block->RetainUnshared(lineCount - 1);
         auto* slot = static_cast<std::byte*>(memory) + sizeof(TStringBlock);
+        std::size_t readable = std::size_t{lineCount} * c_bytesPerLine;
         for (unsigned int i = 0; i < lineCount; ++i) {
             char16_t* const units = TStringBlock::UnitsOfSlot(slot);
-            Encode(bytes, c_bytesPerLine, units);
+            PrefetchForWriting(slot + c_prefetchDistance, c_slotSize);
+            Encode(bytes, c_bytesPerLine, readable, units);
             units[c_lineLength] = u'\0';
             block->FinishSlot(slot, c_lineLength);
             lines.push_back(TStringBlock::AdoptSlot(slot));
             bytes += c_bytesPerLine;
+            readable -= c_bytesPerLine;
             slot += c_slotSize;
         }
     }
@@ -121,7 +132,7 @@ TString EncodeLine(const unsigned char* bytes, unsigned int count)
 {
     TString line;
     const std::ptrdiff_t groups = count / 3 + (count % 3 != 0 ? 1 : 0);
-    Encode(bytes, count, line.resizeForOverwrite(groups * 4));
+    Encode(bytes, count, count, line.resizeForOverwrite(groups * 4));
     return line;
 }
 

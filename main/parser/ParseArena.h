@@ -126,9 +126,7 @@ private:
     void PrefetchAhead(std::size_t bytes) const noexcept
     {
         constexpr std::size_t distance = 1024;
-        constexpr std::size_t line = 64;
-        for (std::size_t i = 0; i < bytes; i += line)
-            PrefetchForWriting(m_next + distance + i);
+        PrefetchForWriting(m_next + distance, bytes);
     }
 
     ParseSlab* m_slab = nullptr;

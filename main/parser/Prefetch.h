@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 /// Asks for the memory at `address`, which need not be valid, because it will be written soon.
 /// Does nothing where the compiler has no word for it.
 inline void PrefetchForWriting(const void* address) noexcept
@@ -9,4 +11,12 @@ inline void PrefetchForWriting(const void* address) noexcept
 #else
     static_cast<void>(address);
 #endif
+}
+
+/// The same for `size` bytes.
+inline void PrefetchForWriting(const std::byte* bytes, std::size_t size) noexcept
+{
+    constexpr std::size_t c_cacheLine = 64;
+    for (std::size_t i = 0; i < size; i += c_cacheLine)
+        PrefetchForWriting(bytes + i);
 }
