@@ -9,9 +9,11 @@
 #include <kescorexml/XMLDomFormatter.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -57,63 +59,94 @@ std::size_t MeasurePeak(Work&& work)
     return static_cast<std::size_t>(usage.ru_maxrss) * 1024;
 }
 
+/// For each byte of a document: nanoseconds of the processor, and bytes of memory.
 struct Figures
 {
     double scan = 0;
     double parse = 0;
     double destroy = 0;
     double write = 0;
-    std::size_t heap = 0;
+    /// Filling fresh memory, as much as a text of the document takes at least.
+    double fill = 0;
+    double heap = 0;
 };
 
-/// Makes the machine itself get `size` bytes of memory, and gives them back to the system. Where
-/// the machine is a virtual one, the first use of a page costs many times what later ones do, and
-/// pages that were free for some seconds may count as new.
-void TouchMemory(std::size_t size)
+enum class Heap
 {
-    constexpr std::size_t c_pageSize = 4096;
+    /// Memory comes from the system when it is needed and goes back when it is not, as in a process
+    /// that sets nothing.
+    Cold,
+    /// All memory that will be needed is in the process, and used before.
+    Warm,
+};
+
+/// Fills memory, and has the compiler keep that although nobody reads it.
+void Fill(void* memory, std::size_t size)
+{
+    std::memset(memory, 1, size);
+    asm volatile("" : : "r"(memory) : "memory");
+}
+
+void WarmHeap(std::size_t size)
+{
+    constexpr int c_never = -1;
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, c_never);
+    void* memory = std::malloc(size);
+    if (memory == nullptr)
+        std::_Exit(1);
+    Fill(memory, size);
+    std::free(memory);
+}
+
+/// What every program pays for fresh memory. On a virtual machine it differs from one moment to the
+/// next by a factor of ten, with whether its host has the memory at hand.
+void FillFreshMemory(std::size_t size)
+{
     void* memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
-        return;
-    for (std::size_t at = 0; at < size; at += c_pageSize)
-        static_cast<volatile char*>(memory)[at] = 1;
+        std::_Exit(1);
+    Fill(memory, size);
     munmap(memory, size);
 }
 
-/// One run: the first in a process, so that all memory comes from the system.
-Figures Measure(const std::string& bytes)
+/// One run: the first in a process.
+Figures Measure(const std::string& bytes, Heap heap)
 {
-    Figures figures;
-    constexpr std::size_t c_mostMemory = 8'000'000'000;
-    constexpr std::size_t c_mostMemoryPerByte = 40;
-    const std::size_t touched = std::min(c_mostMemory, c_mostMemoryPerByte * bytes.size());
-    const auto time = [touched](double& seconds, auto&& work) {
-        TouchMemory(touched);
+    const auto size = static_cast<double>(bytes.size());
+    const auto time = [size](auto&& work) {
         const double start = GetProcessorSeconds();
         work();
-        seconds = GetProcessorSeconds() - start;
+        return (GetProcessorSeconds() - start) / size * 1e9;
     };
+    if (heap == Heap::Warm) {
+        constexpr std::size_t c_most = 12'000'000'000;
+        constexpr std::size_t c_mostPerByte = 100;
+        WarmHeap(std::min(c_most, c_mostPerByte * bytes.size()));
+    }
+    Figures figures;
     BareReader reader;
     const DOMParser parser;
     parser.ParseXmlString("<warm/>", TString());
-    time(figures.scan, [&] { reader.Parse(bytes); });
+    figures.scan = time([&] { reader.Parse(bytes); });
     const std::size_t before = GetHeapInUse();
     std::unique_ptr<DOM> dom;
-    time(figures.parse, [&] { dom = parser.ParseXmlString(bytes, TString()); });
-    figures.heap = GetHeapInUse() - before;
+    figures.parse = time([&] { dom = parser.ParseXmlString(bytes, TString()); });
+    figures.heap = static_cast<double>(GetHeapInUse() - before) / size;
+    figures.fill = time([&] { FillFreshMemory(sizeof(char16_t) * bytes.size()); });
     try {
         TString text;
-        time(figures.write,
-             [&] { text = XMLDomFormatter::RenderAsXMLString(*dom, nullptr, true); });
+        figures.write =
+            time([&] { text = XMLDomFormatter::RenderAsXMLString(*dom, nullptr, true); });
     } catch (const std::length_error&) {
         figures.write = std::numeric_limits<double>::quiet_NaN();
     }
-    time(figures.destroy, [&] { dom.reset(); });
+    figures.destroy = time([&] { dom.reset(); });
     return figures;
 }
 
 /// The medians of some such runs, each in a process of its own.
-Figures MeasureApart(const std::string& bytes, int runs)
+Figures MeasureApart(const std::string& bytes, Heap heap, int runs)
 {
     int ends[2];
     if (pipe(ends) != 0)
@@ -121,7 +154,7 @@ Figures MeasureApart(const std::string& bytes, int runs)
     std::vector<Figures> all(static_cast<std::size_t>(runs));
     for (Figures& figures : all) {
         MeasurePeak([&] {
-            const Figures measured = Measure(bytes);
+            const Figures measured = Measure(bytes, heap);
             if (write(ends[1], &measured, sizeof(measured)) != sizeof(measured))
                 std::_Exit(1);
         });
@@ -130,39 +163,50 @@ Figures MeasureApart(const std::string& bytes, int runs)
     }
     close(ends[0]);
     close(ends[1]);
-    const auto median = [&all](auto member) {
+    const auto median = [&all](double Figures::*member) {
         std::nth_element(
             all.begin(), all.begin() + static_cast<std::ptrdiff_t>(all.size() / 2), all.end(),
             [member](const Figures& a, const Figures& b) { return a.*member < b.*member; });
         return all[all.size() / 2].*member;
     };
-    return {median(&Figures::scan), median(&Figures::parse), median(&Figures::destroy),
-            median(&Figures::write), median(&Figures::heap)};
+    return {median(&Figures::scan),  median(&Figures::parse), median(&Figures::destroy),
+            median(&Figures::write), median(&Figures::fill),  median(&Figures::heap)};
 }
 
-void PrintSizes()
+/// Prints a table of documents of one kind in three sizes. Returns how many of its costs a byte are
+/// more than 1.3 times as high at the largest size that has them as at the smallest.
+int PrintSizes(const char* name, std::string (*make)(std::size_t), Heap heap)
 {
-    std::printf("| document | bytes | scan, ns/B | parse, ns/B | destroy, ns/B | write, ns/B "
-                "| heap, B/B |\n|---|---:|---:|---:|---:|---:|---:|\n");
-    const auto print = [](const char* name, std::string (*make)(std::size_t), std::size_t size) {
-        const std::string bytes = make(size);
-        const Figures figures = MeasureApart(bytes, size > 100'000'000 ? 3 : 7);
-        const auto perByte = [&bytes](auto value) {
-            return static_cast<double>(value) / static_cast<double>(bytes.size());
-        };
-        std::printf("| %s | %zu | %.2f | %.2f | %.3f | %.2f | %.2f |\n", name, bytes.size(),
-                    perByte(figures.scan) * 1e9, perByte(figures.parse) * 1e9,
-                    perByte(figures.destroy) * 1e9, perByte(figures.write) * 1e9,
-                    perByte(figures.heap));
+    std::printf("\n| %s, %s heap | scan, ns/B | parse, ns/B | destroy, ns/B | write, ns/B "
+                "| fill, ns/B | heap, B/B |\n|---|---:|---:|---:|---:|---:|---:|\n",
+                name, heap == Heap::Warm ? "warm" : "cold");
+    constexpr struct
+    {
+        double Figures::*perByte;
+        bool isOurs;
+    } c_costs[] = {{&Figures::scan, false}, {&Figures::parse, true}, {&Figures::destroy, true},
+                   {&Figures::write, true}, {&Figures::fill, false}, {&Figures::heap, true}};
+    std::vector<Figures> sizes;
+    for (const std::size_t size : {10'000'000U, 100'000'000U, 1'000'000'000U}) {
+        sizes.push_back(MeasureApart(make(size), heap, size < 1'000'000'000 ? 7 : 3));
+        std::printf("| %zu MB", size / 1'000'000);
+        for (const auto& cost : c_costs)
+            std::printf(" | %.3f", sizes.back().*cost.perByte);
+        std::printf(" |\n");
         std::fflush(stdout);
-    };
-    for (const std::size_t size :
-         {std::size_t{10'000'000}, std::size_t{100'000'000}, std::size_t{1'000'000'000}}) {
-        print("attributes", MakeAttributeHeavy, size);
-        print("text", MakeTextHeavy, size);
-        print("deep", MakeDeep, size);
     }
-    std::printf("\nWhat is \"nan\" would not fit into a string.\n");
+    int grown = 0;
+    std::printf("| growth");
+    for (const auto& [perByte, isOurs] : c_costs) {
+        const double largest =
+            std::isnan(sizes[2].*perByte) ? sizes[1].*perByte : sizes[2].*perByte;
+        const double growth = largest / (sizes[0].*perByte);
+        std::printf(" | %.2f", growth);
+        constexpr double c_mostGrowth = 1.3;
+        grown += isOurs && growth > c_mostGrowth ? 1 : 0;
+    }
+    std::printf(" |\n");
+    return grown;
 }
 
 /// Copies of one element until the file is larger than what is read at once.
@@ -213,10 +257,18 @@ void PrintPeaks()
 
 } // namespace
 
-void PrintLarge()
+int PrintLarge()
 {
     PrintPeaks();
     PrintFile();
-    std::printf("\n");
-    PrintSizes();
+    std::printf("\nWhat is \"nan\" would not fit into a string.\n");
+    int grown = 0;
+    for (const Heap heap : {Heap::Cold, Heap::Warm}) {
+        const int grownHere = PrintSizes("attributes", MakeAttributeHeavy, heap) +
+                              PrintSizes("text", MakeTextHeavy, heap) +
+                              PrintSizes("deep", MakeDeep, heap);
+        if (heap == Heap::Warm)
+            grown = grownHere;
+    }
+    return grown;
 }

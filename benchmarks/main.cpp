@@ -17,7 +17,8 @@
 ///   --heaps   measure the memory that trees take, and nothing else
 ///   --growth  measure how time grows with inputs that double, and nothing else; exit with 1 when
 ///             one grows clearly faster than linearly (see Growth.h)
-///   --large   measure documents up to 1 GB, and nothing else
+///   --large   measure documents up to 1 GB, and nothing else; exit with 1 when a byte costs more
+///             in large ones (see Large.h)
 int main(int argc, char** argv)
 {
     std::vector<char*> arguments(argv, argv + argc);
@@ -26,6 +27,12 @@ int main(int argc, char** argv)
                    return std::strcmp(argument, flag) == 0;
                }) > 0;
     };
+    if (take("--large")) {
+        const int grown = PrintLarge();
+        if (grown > 0)
+            std::fprintf(stderr, "%d costs a byte grow with the size\n", grown);
+        return grown > 0 ? 1 : 0;
+    }
     const bool check = take("--check");
     if (!take("--cold")) {
         mallopt(M_MMAP_THRESHOLD, 1 << 30);
@@ -37,10 +44,6 @@ int main(int argc, char** argv)
         if (exceeded > 0)
             std::fprintf(stderr, "%d inputs take more than linear time\n", exceeded);
         return exceeded > 0 ? 1 : 0;
-    }
-    if (take("--large")) {
-        PrintLarge();
-        return 0;
     }
     if (take("--heaps")) {
         MeasureHeaps();
