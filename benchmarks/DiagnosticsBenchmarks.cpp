@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <list>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -24,12 +25,16 @@ std::unique_ptr<DOM> MakeDocument(std::size_t errors)
 {
     std::unique_ptr<DOM> dom = DOMParser().ParseXmlString(GetDocument(c_document).bytes, TString());
     const TString message(u"the value is out of range");
+    std::size_t left = errors;
     for (const DOMElement& element :
          DOMElementTraversal::ConstPreorderTraversal(*dom->GetDocumentRoot())) {
-        if (errors-- == 0)
+        if (left == 0)
             break;
         element.Error(message, TError::ErrorInfo::NoError(), false, false);
+        --left;
     }
+    if (left > 0)
+        throw std::logic_error("the document has too few elements");
     return dom;
 }
 
@@ -51,6 +56,22 @@ void HasErrors(benchmark::State& state, std::size_t errors)
     const std::unique_ptr<DOM> dom = MakeDocument(errors);
     for (auto _ : state)
         benchmark::DoNotOptimize(dom->GetDocumentRoot()->HasErrors());
+}
+
+/// Asks an element that has none, behind all those that have some.
+void HasErrorsNot(benchmark::State& state, std::size_t errors)
+{
+    const std::unique_ptr<DOM> dom = MakeDocument(errors);
+    const DOMElement* last = nullptr;
+    for (const DOMElement& element :
+         DOMElementTraversal::ConstPreorderTraversal(*dom->GetDocumentRoot()))
+        last = &element;
+    if (last->HasErrors()) {
+        state.SkipWithError("the last element has errors");
+        return;
+    }
+    for (auto _ : state)
+        benchmark::DoNotOptimize(last->HasErrors());
 }
 
 void GetErrors(benchmark::State& state, std::size_t errors)
@@ -97,6 +118,7 @@ void RegisterDiagnosticsBenchmarks()
                 {work + ", " + std::to_string(count) + " errors", c_document, subject, walk, 0});
         };
         add("HasErrors", HasErrors);
+        add("HasErrors of an element without", HasErrorsNot);
         add("GetErrors", GetErrors);
         add("recording and clearing", Record);
     }

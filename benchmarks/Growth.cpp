@@ -193,6 +193,18 @@ void AddTreeFamilies(std::vector<Family>& families)
                  document->GetErrors();
              });
          }});
+    families.push_back({"HasErrors of each element without, half of them have some", 100000,
+                        [](std::size_t count) {
+                            auto document = MakeWideDocument(count);
+                            const auto elements = document->GetDocumentRoot()->GetChildren();
+                            for (std::size_t i = 0; i < count / 2; ++i)
+                                elements[i].Error(u"e", TError::ErrorInfo::NoError(), false, false);
+                            return Work([document, count] {
+                                const auto all = document->GetDocumentRoot()->GetChildren();
+                                for (std::size_t i = count / 2; i < count; ++i)
+                                    all[i].HasErrors();
+                            });
+                        }});
     for (const char* const path : {"//a", "//a//a", "a//a/a", "//a//b", "a//a//a//b"}) {
         families.push_back(
             {std::string("all of ") + path + " in a deep tree", 1000000, [path](std::size_t count) {

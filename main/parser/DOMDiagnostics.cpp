@@ -85,17 +85,38 @@ private:
     std::unordered_set<const DOMElement*> m_outside;
 };
 
+/// Whether an element that was removed from this one still names it as its parent.
+bool HasRemovedChildren(const DOMElement& element)
+{
+    const ElementIdentity* identity = DOMElementAccess::Identity(element);
+    return identity != nullptr && identity->removedChildren.load(std::memory_order_relaxed) > 0;
+}
+
 /// Whether an entry that qualifies belongs to the subtree of `top`; for a `top` without parent,
-/// whether there is one at all.
+/// whether there is one at all. Looks at the entries and at the elements of the subtree in turns:
+/// whichever has an end first gives the answer. A walk down from `top` does not come to elements
+/// that were removed from there, which belong to the subtree as their entries tell, and ends where
+/// there are some.
 template <typename Message, typename Qualifies>
 bool AnyInSubtree(const DiagnosticsRegistry<Message>& registry, const DOMElement& top,
                   Qualifies&& qualifies)
 {
     SubtreeTest subtree(top);
+    DOMElementTraversal::ConstPreorderGenerator elements(top);
+    bool isWalking = !top.IsRootNode();
     for (const auto& [key, entry] : registry) {
         const DOMElement* element = entry.identity.Element();
         if (element != nullptr && qualifies(entry.messages) &&
             (top.IsRootNode() || subtree.Contains(*element)))
+            return true;
+        if (!isWalking)
+            continue;
+        const DOMElement* below = elements.Next();
+        if (below == nullptr)
+            return false;
+        isWalking = !HasRemovedChildren(*below);
+        const auto own = FindEntry(registry, *below);
+        if (own != registry.end() && qualifies(own->second.messages))
             return true;
     }
     return false;

@@ -91,8 +91,17 @@ void Unlink(ElementIdentity& identity, ElementIdentity*& first) noexcept
 
 void ForgetFormerParent(ElementIdentity& identity) noexcept
 {
-    if (ElementIdentity* former = std::exchange(identity.formerParent, nullptr))
+    if (ElementIdentity* former = std::exchange(identity.formerParent, nullptr)) {
+        former->removedChildren.fetch_sub(1, std::memory_order_relaxed);
         former->Release();
+    }
+}
+
+void SetFormerParent(ElementIdentity& identity, ElementIdentity& former) noexcept
+{
+    former.Retain();
+    former.removedChildren.fetch_add(1, std::memory_order_relaxed);
+    identity.formerParent = &former;
 }
 
 } // namespace
@@ -111,9 +120,7 @@ void DOMElementAccess::Unloosen(DOMElement& element) noexcept
 
 void DOMElementAccess::MarkRemoved(DOMElement& child, DOMElement& parent) noexcept
 {
-    ElementIdentity& former = *Identity(parent);
-    former.Retain();
-    Identity(child)->formerParent = &former;
+    SetFormerParent(*Identity(child), *Identity(parent));
     if (child.m_dom != nullptr)
         LinkLoose(child);
 }
@@ -125,8 +132,7 @@ void DOMElementAccess::NameNoParent(DOMElement& element) noexcept
 
     ElementIdentity& identity = *Identity(element);
     ForgetFormerParent(identity);
-    s_nobody.Retain();
-    identity.formerParent = &s_nobody;
+    SetFormerParent(identity, s_nobody);
 }
 
 void DOMElementAccess::DetachAllLoose(DOM& dom) noexcept

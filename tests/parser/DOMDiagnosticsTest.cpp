@@ -1,11 +1,17 @@
 #include <kescorexml/DOM.h>
+#include <kescorexml/DOMElementTraversal.h>
 
 #include "support/FailingAllocations.h"
 #include "support/SmallStack.h"
 #include "support/TreeTesting.h"
 
+#include <algorithm>
 #include <atomic>
+#include <list>
+#include <random>
+#include <set>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -232,6 +238,54 @@ TEST_F(DOMDiagnostics, HasWarningsAsksTheElementAndItsDescendants)
     for (const char* name : {"c", "d", "e"})
         EXPECT_FALSE(m_dom.HasWarnings(At(name))) << name;
     EXPECT_FALSE(m_dom.HasErrors());
+}
+
+TEST_F(DOMDiagnostics, QuestionsAboutASubtreeAgreeWithItsListing)
+{
+    std::mt19937 random(7);
+    for (const std::size_t recorded : {0U, 1U, 5U, 40U, 200U}) {
+        DOM dom;
+        std::vector<DOMElement*> elements{dom.GetRoot()};
+        while (elements.size() < 200) {
+            // Some subtrees are deep and some are wide.
+            const std::size_t most = elements.size() % 3 == 0 ? elements.size() : 4;
+            elements.push_back(
+                elements[elements.size() - 1 - random() % std::min(most, elements.size())]
+                    ->AddNewChild(u"a"));
+        }
+        std::set<const DOMElement*> cancelled;
+        for (std::size_t i = 0; i < recorded; ++i) {
+            DOMElement& element = *elements[random() % elements.size()];
+            const bool cancel = random() % 2 == 0;
+            element.Error(u"e", TError::ErrorInfo::NoError(), false, cancel);
+            if (cancel)
+                cancelled.insert(&element);
+        }
+        for (const DOMElement* element : elements) {
+            std::list<TString> messages;
+            dom.GetErrors(*element, messages);
+            EXPECT_EQ(element->HasErrors(), !messages.empty());
+            bool isCancelled = false;
+            for (const DOMElement& below : DOMElementTraversal::ConstPreorderTraversal(*element))
+                isCancelled = isCancelled || cancelled.contains(&below);
+            EXPECT_EQ(element->HasCancelErrors(), isCancelled);
+        }
+    }
+}
+
+TEST_F(DOMDiagnostics, AQuestionAboutASubtreeCountsWhatWasRemovedFromIt)
+{
+    // So many errors elsewhere that the subtree is walked to its end before they are.
+    for (int i = 0; i < 100; ++i)
+        Push("e", "m");
+    for (int i = 0; i < 100; ++i)
+        AddError(*At("e").AddNewChild(u"x"), "m");
+    AddError(At("c"), "m");
+    const std::unique_ptr<DOMElement> removed = At("b").RemoveChild(At("c"));
+    EXPECT_TRUE(removed->IsChildOf(At("a")));
+    EXPECT_TRUE(m_dom.HasErrors(At("a")));
+    EXPECT_TRUE(m_dom.HasErrors(At("b")));
+    EXPECT_FALSE(m_dom.HasErrors(At("d")));
 }
 
 TEST_F(DOMDiagnostics, QuestionsAboutManyEntriesInADeepTreeStayQuick)

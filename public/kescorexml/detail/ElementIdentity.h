@@ -21,6 +21,8 @@ struct ElementIdentity
     }
 
     std::atomic<std::uint32_t> references{1};
+    /// How many elements name this one as their former parent.
+    std::atomic<std::uint32_t> removedChildren{0};
     /// Null once the element is gone.
     std::atomic<DOMElement*> element;
     /// Of the element that this one was removed from and still names as its parent; else null.
