@@ -111,14 +111,14 @@ struct AfterWhitespace
 #if defined(__SSE2__)
     Block MayMatch(const char* p) const noexcept
     {
-        // White space is not above the blank, and hardly anything else is not.
-        const Block before = Load(p - 1);
-        const Block isLow = _mm_cmpeq_epi8(_mm_min_epu8(before, _mm_set1_epi8(' ')), before);
-        return _mm_and_si128(Hint(p), isLow);
+        // White space is below "!", and hardly anything else is: control characters, and bytes of
+        // other scripts, which count as negative.
+        const Block isLow = _mm_cmplt_epi8(Load(p - 1), _mm_set1_epi8('!'));
+        return _mm_and_si128(Equal(Load(p), c), isLow);
     }
     Block Hint(const char* p) const noexcept
     {
-        return Equal(Load(p), c);
+        return MayMatch(p);
     }
 #endif
 };
@@ -181,6 +181,23 @@ inline std::size_t FindByte(std::string_view text, char c, std::size_t from) noe
     return found == nullptr
                ? c_npos
                : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+}
+
+/// The first position not before `from`, which is not 0, that holds `c` behind white space, or
+/// npos.
+inline std::size_t FindByteAfterWhitespace(std::string_view text, char c, std::size_t from) noexcept
+{
+    const AfterWhitespace pattern{c};
+    constexpr std::size_t c_rare = 256;
+    constexpr std::size_t c_fewStops = 64;
+    for (std::size_t pos = from, stops = 0;; ++pos, ++stops) {
+        pos = FindByte(text, c, pos);
+        if (pos == c_npos || pattern(text.data() + pos))
+            return pos;
+        // What stops often is better not stopped.
+        if (stops > c_fewStops && stops * c_rare > pos - from)
+            return FindFirst(text.data(), pos + 1, text.size(), pattern);
+    }
 }
 
 /// The first position not before `from` where `sub` starts, or npos, with whatever the C library

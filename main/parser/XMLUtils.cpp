@@ -144,14 +144,8 @@ std::size_t FindInRange(const TString& s, const TString& sub, std::size_t from,
 {
     if (!IsRange(from, to, s.view().size()))
         return std::string::npos;
-    // This search looks at the range alone, but may compare `sub` at every position of it.
-    constexpr TString::size_type c_longestCompared = 32;
-    if (sub.length() <= c_longestCompared)
-        return ToPosition(ToQt(s.view().substr(0, to + 1))
-                              .indexOf(ToQt(sub.view()), static_cast<qsizetype>(from)));
-    const std::size_t found = Find(s, sub, from);
-    return found != std::string::npos && found + sub.view().size() <= to + 1 ? found
-                                                                             : std::string::npos;
+    return ToPosition(s.indexOf(sub, static_cast<TString::size_type>(from),
+                                static_cast<TString::size_type>(to + 1)));
 }
 
 std::size_t AdvanceFromOpenToCloseBrace(const std::string& xml, std::size_t start)

@@ -106,8 +106,8 @@ std::size_t XercesColonSanitizerImpl::FindNextColonAttribute(std::size_t from)
     const std::string& input = *m_input;
     for (;;) {
         // Nothing stands before a colon at 0.
-        const std::size_t idx = ByteScan::FindFirst(
-            input.data(), from == 0 ? 1 : from, input.size(), ByteScan::AfterWhitespace{c_colon});
+        const std::size_t idx =
+            ByteScan::FindByteAfterWhitespace(input, c_colon, from == 0 ? 1 : from);
         if (idx == ByteScan::c_npos)
             return std::string::npos;
         if (input[idx] != c_colon)

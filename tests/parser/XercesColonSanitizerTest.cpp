@@ -170,6 +170,22 @@ TEST(XercesColonSanitizer, EncodesAsAModelDoes)
     EXPECT_GT(changed, 1000);
 }
 
+TEST(XercesColonSanitizer, FindsNamesBehindManyOtherColons)
+{
+    // A search may go on in another way where there are many; the names stand before, at and
+    // behind every place where it could change.
+    const std::string name = "<s :a='1'/>";
+    const std::string encoded = "<s IllegalColon:a='1'/>";
+    for (const std::size_t distance : {1U, 3U, 60U, 300U}) {
+        const std::string other = std::string(distance, 'x') + ":";
+        for (std::size_t count = 0; count < 150; ++count) {
+            const std::string others = Repeat(other, count);
+            EXPECT_EQ(Encode("<r>" + others + name + others + name + "</r>"),
+                      "<r" + c_declaration + ">" + others + encoded + others + encoded + "</r>");
+        }
+    }
+}
+
 /// A well-formed document that is full of colons.
 std::string MakeDocument(RandomBytes& random)
 {

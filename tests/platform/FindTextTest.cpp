@@ -36,6 +36,24 @@ TEST(FindText, FindsEveryPartThatAPlainSearchFinds)
     }
 }
 
+TEST(FindText, FindsNothingThatReachesOverAnEnd)
+{
+    RandomText random(3);
+    for (int round = 0; round < 3000; ++round) {
+        const TString text{std::u16string_view(random.Of(u"ab", 60))};
+        const TString part{std::u16string_view(random.Of(u"ab", 8))};
+        const auto from = static_cast<TString::size_type>(random.Number(10));
+        const auto end = static_cast<TString::size_type>(random.Number(70));
+        const TString::size_type expected =
+            from > end ? -1 : FindPlainly(text.left(end), part, from);
+        ASSERT_EQ(expected, text.indexOf(part, from, end)) << text << ' ' << part;
+    }
+    EXPECT_EQ(0, TString(u"aa").indexOf(u"aa", -5, 2));
+    EXPECT_EQ(-1, TString(u"aa").indexOf(u"aa", 0, 1));
+    EXPECT_EQ(1, TString(u"aa").indexOf(u"", 1, 1));
+    EXPECT_EQ(-1, TString(u"aa").indexOf(u"", 0, -1));
+}
+
 // Every needle of two letters up to length 9, behind enough near misses that the search gives up
 // comparing plainly.
 TEST(FindText, FindsEveryShortPeriodBehindNearMisses)

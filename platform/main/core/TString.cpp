@@ -346,12 +346,15 @@ bool TString::endsWith(const TString& text, int caseSensitivity) const
     return ToView(view()).endsWith(ToView(text.view()), Qt::CaseInsensitive);
 }
 
-TString::size_type TString::indexOf(const TString& text, size_type from) const noexcept
+TString::size_type TString::indexOf(const TString& text, size_type from,
+                                    size_type end) const noexcept
 {
     const size_type start = std::max<size_type>(0, from);
-    if (start > length())
+    if (start > std::min(end, length()))
         return -1;
-    const std::size_t found = FindText(view().substr(static_cast<std::size_t>(start)), text.view());
+    const std::u16string_view range =
+        view().substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start));
+    const std::size_t found = FindText(range, text.view());
     return found == std::u16string_view::npos ? -1 : start + static_cast<size_type>(found);
 }
 
