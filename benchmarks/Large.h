@@ -6,4 +6,5 @@
 /// Returns how many costs a byte are more than 1.3 times as high for a document of 1 GB as for one
 /// of 10 MB, with memory that the process has already. Where it has to come from the system, the
 /// system decides what it costs.
+/// Throws std::runtime_error when something cannot be measured.
 int PrintLarge();

@@ -6,6 +6,8 @@
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMParser.h>
 
+#include <kesplatform/VectorRegisters.h>
+
 #include <QDomDocument>
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>
@@ -33,11 +35,17 @@ void MakeAndEnd(benchmark::State& state, Make&& make)
     for (auto _ : state) {
         if constexpr (Destroy)
             state.PauseTiming();
+        // As the library does: others leave them in use, and all that follows is slow.
+        ClearUpperVectorHalves();
         auto tree = make();
         if constexpr (Destroy)
             state.ResumeTiming();
         else
             state.PauseTiming();
+        if (tree == nullptr) {
+            state.SkipWithError("the document was not parsed");
+            return;
+        }
         tree.reset();
         if constexpr (!Destroy)
             state.ResumeTiming();
@@ -54,7 +62,8 @@ void OurDom(benchmark::State& state, const Document& document)
 std::unique_ptr<pugi::xml_document> MakePugixml(const Document& document)
 {
     auto tree = std::make_unique<pugi::xml_document>();
-    tree->load_buffer(document.bytes.data(), document.bytes.size());
+    if (!tree->load_buffer(document.bytes.data(), document.bytes.size()))
+        return nullptr;
     return tree;
 }
 
@@ -73,15 +82,23 @@ std::unique_ptr<xmlDoc, EndXmlDoc> MakeLibxml2(const Document& document)
 std::unique_ptr<tinyxml2::XMLDocument> MakeTinyxml2(const Document& document)
 {
     auto tree = std::make_unique<tinyxml2::XMLDocument>();
-    tree->Parse(document.bytes.data(), document.bytes.size());
+    if (tree->Parse(document.bytes.data(), document.bytes.size()) != tinyxml2::XML_SUCCESS)
+        return nullptr;
     return tree;
+}
+
+/// It refuses documents of more than some hundred levels.
+bool TakesTinyxml2(const Document& document)
+{
+    return document.name != "deep";
 }
 
 std::unique_ptr<QDomDocument> MakeQDom(const Document& document)
 {
     auto tree = std::make_unique<QDomDocument>();
-    tree->setContent(QByteArray::fromRawData(document.bytes.data(),
-                                             static_cast<qsizetype>(document.bytes.size())));
+    const auto size = static_cast<qsizetype>(document.bytes.size());
+    if (!tree->setContent(QByteArray::fromRawData(document.bytes.data(), size)))
+        return nullptr;
     return tree;
 }
 
@@ -90,9 +107,12 @@ std::unique_ptr<xercesc::XercesDOMParser> MakeXercesDom(const Document& document
     EnsureXercesIsInitialised();
     auto tree = std::make_unique<xercesc::XercesDOMParser>();
     tree->setLoadExternalDTD(false);
-    const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(document.bytes.data()),
-                                            document.bytes.size(), "document");
+    xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(document.bytes.data()),
+                                      document.bytes.size(), u"document");
+    source.setCopyBufToStream(false);
     tree->parse(source);
+    if (tree->getErrorCount() > 0)
+        return nullptr;
     return tree;
 }
 
@@ -137,9 +157,11 @@ void RegisterParseBenchmarks()
         peer("libxml2", [](benchmark::State& state, const Document& d) {
             MakeAndEnd<false>(state, [&] { return MakeLibxml2(d); });
         });
-        peer("tinyxml2", [](benchmark::State& state, const Document& d) {
-            MakeAndEnd<false>(state, [&] { return MakeTinyxml2(d); });
-        });
+        if (TakesTinyxml2(document)) {
+            peer("tinyxml2", [](benchmark::State& state, const Document& d) {
+                MakeAndEnd<false>(state, [&] { return MakeTinyxml2(d); });
+            });
+        }
         peer("QDomDocument", [](benchmark::State& state, const Document& d) {
             MakeAndEnd<false>(state, [&] { return MakeQDom(d); });
         });
@@ -164,7 +186,8 @@ void MeasureHeaps()
         measure("kescorexml", 6, [&] { return parser.ParseXmlString(document.bytes, TString()); });
         measure("pugixml", 0, [&] { return MakePugixml(document); });
         measure("libxml2", 0, [&] { return MakeLibxml2(document); });
-        measure("tinyxml2", 0, [&] { return MakeTinyxml2(document); });
+        if (TakesTinyxml2(document))
+            measure("tinyxml2", 0, [&] { return MakeTinyxml2(document); });
         measure("QDomDocument", 0, [&] { return MakeQDom(document); });
         measure("XercesDOMParser", 0, [&] { return MakeXercesDom(document); });
     }

@@ -47,7 +47,7 @@ void BareReader::Parse(const std::string& bytes)
     // As the library does: others that are measured here leave them in use.
     ClearUpperVectorHalves();
     MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
-                             "document");
+                             u"document");
     // Neither does the library copy the text.
     source.setCopyBufToStream(false);
     XMLPScanToken token;

@@ -57,20 +57,6 @@ struct Trees
     pugi::xml_document peer;
 };
 
-class CountingWalker final : public pugi::xml_tree_walker
-{
-public:
-    bool for_each(pugi::xml_node& node) override
-    {
-        m_elements += node.type() == pugi::node_element ? 1U : 0U;
-        return true;
-    }
-    std::size_t Elements() const { return m_elements; }
-
-private:
-    std::size_t m_elements = 0;
-};
-
 std::size_t WalkOurs(const Trees& trees)
 {
     std::size_t elements = 0;
@@ -83,9 +69,20 @@ std::size_t WalkOurs(const Trees& trees)
 
 std::size_t WalkPeer(Trees& trees)
 {
-    CountingWalker walker;
-    trees.peer.traverse(walker);
-    return walker.Elements();
+    std::size_t elements = 0;
+    pugi::xml_node node = trees.peer.document_element();
+    while (node) {
+        elements += node.type() == pugi::node_element ? 1U : 0U;
+        if (const pugi::xml_node child = node.first_child()) {
+            node = child;
+            continue;
+        }
+        pugi::xml_node next;
+        while (node && !(next = node.next_sibling()))
+            node = node.parent();
+        node = next;
+    }
+    return elements;
 }
 
 std::size_t FindOurs(const Trees& trees)

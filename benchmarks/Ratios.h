@@ -20,6 +20,17 @@ void AddRatio(Ratio ratio);
 /// "1" it stands for itself.
 void AddValue(const std::string& name, double value);
 
-/// Runs the registered benchmarks and prints the ratios of their medians as a Markdown table.
-/// Returns the number of ratios above their limits.
-int RunAndPrintRatios(int argc, char** argv);
+/// Has the process keep the memory that it once got, so that no run but the first pays for getting
+/// it, unless "--cold" is among the arguments, which is taken out of them. Call it first.
+void SetUpHeap(std::vector<char*>& arguments);
+
+/// Runs the registered benchmarks and prints the ratios as a Markdown table. Takes the flags of
+/// Google Benchmark and these:
+///   --check     fail when a ratio is above its limit
+///   --rounds=N  run all N times, in turns (else once); a ratio is the median of those of each
+///   round
+///
+/// Returns the exit status of the program: 1 when it fails, which it always does when a benchmark
+/// says that it could not measure, or when one was run and what it is compared with was not; 2 when
+/// it does not know a flag.
+int RunAndPrintRatios(std::vector<char*> arguments);

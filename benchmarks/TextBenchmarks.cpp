@@ -15,6 +15,7 @@
 #include <functional>
 #include <numeric>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -35,19 +36,32 @@ void Add(const std::string& name, Work work)
 
 /// A scanner that has nothing to stop for is to be as fast as two searches for a byte.
 constexpr double c_oneRun = 2;
-/// A search that starts anew behind each of many short constructs cannot be.
-constexpr double c_manyConstructs = 0;
+/// A search that starts anew behind each of many short constructs cannot be. Lest it becomes worse.
+constexpr double c_manyConstructs = 30;
 
-/// Measures a scanner beside one search through the same text for a byte that is not there.
-template <typename Scan>
-void AddScan(const std::string& name, const std::string& document, std::string text, Scan scan,
+std::string_view BytesOf(const std::string& text)
+{
+    return text;
+}
+
+std::string_view BytesOf(const TString& text)
+{
+    return {reinterpret_cast<const char*>(text.utf16()),
+            static_cast<std::size_t>(text.size()) * sizeof(char16_t)};
+}
+
+/// Measures a scanner beside one search through the same memory for a byte that is not there.
+template <typename Text, typename Scan>
+void AddScan(const std::string& name, const std::string& document, Text text, Scan scan,
              double limit = c_oneRun)
 {
-    const auto shared = std::make_shared<const std::string>(std::move(text));
+    const auto shared = std::make_shared<const Text>(std::move(text));
     const std::string suffix = "/" + document;
     Add("text:" + name + suffix, [shared, scan] { benchmark::DoNotOptimize(scan(*shared)); });
-    Add("memchr:" + name + suffix,
-        [shared] { benchmark::DoNotOptimize(std::memchr(shared->data(), '\1', shared->size())); });
+    Add("memchr:" + name + suffix, [shared] {
+        const std::string_view bytes = BytesOf(*shared);
+        benchmark::DoNotOptimize(std::memchr(bytes.data(), '\1', bytes.size()));
+    });
     AddRatio({name, document, "text:" + name + suffix, "memchr:" + name + suffix, limit});
 }
 
@@ -66,25 +80,47 @@ void RegisterScanners()
     using namespace XmlUtils;
     const std::string plain = MakeTextHeavy(c_bytes);
     const std::string value(c_bytes, 'v');
-    const std::string comments = [] {
+    const auto repeat = [](const std::string& part) {
         std::string text;
         while (text.size() < c_bytes)
-            text += "<!-- a comment of a length that is usual in practice -->\n";
+            text += part;
         return text;
-    }();
+    };
+    const std::string comments =
+        repeat("<!-- a comment of a length that is usual in practice -->\n");
+    const std::string sections =
+        repeat("<![CDATA[" + std::string(10'000, 'v') + "]]>" + std::string(10'000, 't'));
 
     AddScan("Find, a character", "text", plain,
             [](const std::string& s) { return Find(s, '\1', 0); });
     AddScan("Find, a text", "text", plain,
             [sub = std::string("</nowhere>")](const std::string& s) { return Find(s, sub, 0); });
-    AddScan("FindInRange", "text", plain,
+    AddScan("FindInRange, a character", "text", plain,
             [](const std::string& s) { return FindInRange(s, '\1', 1, s.size() - 1); });
+    AddScan("FindInRange, a text", "text", plain,
+            [sub = std::string("</nowhere>")](const std::string& s) {
+                return FindInRange(s, sub, 1, s.size() - 1);
+            });
+    const TString wide = TString::fromStdString(plain);
+    const auto last = static_cast<std::size_t>(wide.size()) - 1;
+    AddScan("Find, a character", "text in UTF-16", wide,
+            [](const TString& s) { return Find(s, u'\1', 0); });
+    AddScan("Find, a text", "text in UTF-16", wide,
+            [sub = TString(u"</nowhere>")](const TString& s) { return Find(s, sub, 0); });
+    AddScan("FindInRange, a character", "text in UTF-16", wide,
+            [last](const TString& s) { return FindInRange(s, u'\1', 1, last); });
+    AddScan("FindInRange, a text", "text in UTF-16", wide,
+            [last, sub = TString(u"</nowhere>")](const TString& s) {
+                return FindInRange(s, sub, 1, last);
+            });
     AddScan("AdvanceFromOpenToCloseBrace", "a long comment", "<!--" + value + "-->",
             [](const std::string& s) { return AdvanceFromOpenToCloseBrace(s, 0); });
     AddScan("AdvanceFromOpenToCloseBrace", "a long attribute", "<a b='" + value + "'>",
             [](const std::string& s) { return AdvanceFromOpenToCloseBrace(s, 0); });
     AddScan("AreQuotesMatchingInRange", "a long attribute", "<a b='" + value + "'>",
             [](const std::string& s) { return AreQuotesMatchingInRange(s, 0, s.size() - 1); });
+    AddScan("FindRootTag", "a prolog of one comment", "<!--" + value + "--><root/>",
+            [](const std::string& s) { return FindRootTag(s).start; });
     AddScan(
         "FindRootTag", "a prolog of comments", comments + "<root/>",
         [](const std::string& s) { return FindRootTag(s).start; }, c_manyConstructs);
@@ -93,6 +129,7 @@ void RegisterScanners()
                 return FindAttributeValue(s, name, {0, s.size()}).has_value();
             });
     AddScan("XMLRangeTable", "text", plain, WalkRanges);
+    AddScan("XMLRangeTable", "long sections", sections, WalkRanges);
     AddScan("XMLRangeTable", "comments", comments, WalkRanges, c_manyConstructs);
 }
 
