@@ -205,6 +205,33 @@ void AddTreeFamilies(std::vector<Family>& families)
                                     all[i].HasErrors();
                             });
                         }});
+    families.push_back({"HasErrors of a long list for each child, one error elsewhere", 100000,
+                        [](std::size_t count) {
+                            auto document =
+                                MakeDocument("<r><a>" + Repeat("<b/>", count) + "</a><c/></r>");
+                            const auto children = document->GetDocumentRoot()->GetChildren();
+                            children.back().Error(u"e", TError::ErrorInfo::NoError(), false, false);
+                            return Work([document, count] {
+                                const auto all = document->GetDocumentRoot()->GetChildren();
+                                for (std::size_t i = 0; i < count; ++i)
+                                    all.front().HasErrors();
+                            });
+                        }});
+    families.push_back({"HasErrors of a leaf on each level, one error on the deepest", 100000,
+                        [](std::size_t count) {
+                            auto document = MakeDocument("<r>" + Repeat("<a><b/>", count) + "<e/>" +
+                                                         Repeat("</a>", count) + "</r>");
+                            DOMElement* deepest = document->GetDocumentRoot();
+                            while (!deepest->GetChildren().empty())
+                                deepest = &deepest->GetChildren().back();
+                            deepest->Error(u"e", TError::ErrorInfo::NoError(), false, false);
+                            return Work([document] {
+                                const DOMElement* level = document->GetDocumentRoot();
+                                for (; !level->GetChildren().empty();
+                                     level = &level->GetChildren().back())
+                                    level->GetChildren().front().HasErrors();
+                            });
+                        }});
     for (const char* const path : {"//a", "//a//a", "a//a/a", "//a//b", "a//a//a//b"}) {
         families.push_back(
             {std::string("all of ") + path + " in a deep tree", 1000000, [path](std::size_t count) {

@@ -98,9 +98,8 @@ void WarmHeap(std::size_t size)
     std::free(memory);
 }
 
-/// What every program pays for fresh memory. On a virtual machine it differs from one moment to the
-/// next by a factor of ten, with whether its host has the memory at hand.
-/// Fills memory that comes from the system, as any program can.
+/// Fills memory that comes from the system, which any program pays for as much. On a virtual
+/// machine that differs by a factor of ten, with whether its host has the memory at hand.
 void FillFreshMemory(std::size_t size)
 {
     void* memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

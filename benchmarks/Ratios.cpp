@@ -42,6 +42,8 @@ public:
                 m_hasFailed = true;
                 continue;
             }
+            if (run.run_type != Run::RT_Iteration)
+                continue;
             const double seconds = run.cpu_accumulated_time / static_cast<double>(run.iterations);
             GetFigures()[name].push_back(seconds * 1e9);
             std::fprintf(stderr, "%-60s %14.0f ns\n", name, seconds * 1e9);
@@ -141,6 +143,8 @@ int RunAndPrintRatios(std::vector<char*> arguments)
     const int rounds = TakeRounds(arguments);
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, arguments.data());
+    if (rounds < 1)
+        std::fprintf(stderr, "--rounds wants a number of rounds\n");
     if (rounds < 1 || benchmark::ReportUnrecognizedArguments(count, arguments.data()))
         return 2;
     CollectingReporter reporter;

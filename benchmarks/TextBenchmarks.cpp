@@ -36,7 +36,7 @@ void Add(const std::string& name, Work work)
 
 /// A scanner that has nothing to stop for is to be as fast as two searches for a byte.
 constexpr double c_oneRun = 2;
-/// A search that starts anew behind each of many short constructs cannot be. Lest it becomes worse.
+/// A search that starts anew behind each of many short constructs cannot be. Lest it become worse.
 constexpr double c_manyConstructs = 30;
 
 std::string_view BytesOf(const std::string& text)

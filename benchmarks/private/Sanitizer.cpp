@@ -22,7 +22,7 @@ constexpr std::size_t c_bytes = 8'000'000;
 constexpr double c_oneRun = 2;
 /// Where each block of bytes that are looked at together has a colon, it is a little more.
 constexpr double c_manyColons = 3;
-/// What is found has to be looked at, and the whole text copied. Lest it becomes worse.
+/// What is found has to be looked at, and the whole text copied. Lest it become worse.
 constexpr double c_manyNames = 60;
 
 std::string Replace(std::string text, std::string_view before, std::string_view after)

@@ -8,8 +8,12 @@
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementTraversal.h>
 
+#include <algorithm>
+#include <optional>
 #include <type_traits>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -58,31 +62,59 @@ void Record(DiagnosticsRegistry<Message>& registry, const DOMElement& element, M
     }
 }
 
-/// Whether an element lies in a subtree. Remembers what it has met on the way up, so that asking
-/// for many elements costs no more than one step for each of their ancestors.
-class SubtreeTest
+/// Elements that were met on the ways up from others, so that nobody goes the same way twice.
+class MetElements
 {
 public:
-    explicit SubtreeTest(const DOMElement& top) : m_top(top) {}
-
-    bool Contains(const DOMElement& element)
+    /// Whether it is met for the first time, as far as is known.
+    bool Meet(const DOMElement& element)
     {
-        const DOMElement* ancestor = &element;
-        while (ancestor != nullptr && ancestor != &m_top) {
-            // A few steps cost less than remembering them.
-            if (++m_steps > c_freeSteps && !m_outside.insert(ancestor).second)
-                return false;
-            ancestor = DOMElementAccess::Parent(*ancestor);
-        }
-        return ancestor != nullptr;
+        // A few steps cost less than remembering them.
+        return ++m_steps <= c_freeSteps || m_elements.insert(&element).second;
     }
 
 private:
     static constexpr std::size_t c_freeSteps = 1024;
 
-    const DOMElement& m_top;
     std::size_t m_steps = 0;
-    std::unordered_set<const DOMElement*> m_outside;
+    std::unordered_set<const DOMElement*> m_elements;
+};
+
+/// Walks over a subtree, parents before their children. A step takes the same time whatever the
+/// number of children.
+class SubtreeWalk
+{
+public:
+    explicit SubtreeWalk(const DOMElement& top) : m_top(top) {}
+
+    /// The next element, or null behind the last.
+    const DOMElement* Next()
+    {
+        if (!m_hasBegun) {
+            m_hasBegun = true;
+            return Enter(m_top);
+        }
+        while (!m_open.empty()) {
+            auto& [element, nextChild] = m_open.back();
+            const ElementList& children = DOMElementAccess::Children(*element);
+            if (nextChild < children.size())
+                return Enter(*children[nextChild++]);
+            m_open.pop_back();
+        }
+        return nullptr;
+    }
+
+private:
+    const DOMElement* Enter(const DOMElement& element)
+    {
+        if (!DOMElementAccess::Children(element).empty())
+            m_open.emplace_back(&element, 0);
+        return &element;
+    }
+
+    const DOMElement& m_top;
+    bool m_hasBegun = false;
+    std::vector<std::pair<const DOMElement*, std::size_t>> m_open;
 };
 
 /// Whether an element that was removed from this one still names it as its parent.
@@ -92,34 +124,57 @@ bool HasRemovedChildren(const DOMElement& element)
     return identity != nullptr && identity->removedChildren.load(std::memory_order_relaxed) > 0;
 }
 
+/// Whether an entry that qualifies belongs to the subtree of `top`, which has a parent. Goes down
+/// through the subtree and up from the entries in turns, step by step: whichever has an end first
+/// gives the answer. On the way down there are no elements that were removed from there, which
+/// belong to the subtree as their entries tell; so that way is left where there are some.
+template <typename Message, typename Qualifies>
+bool AnyBelow(const DiagnosticsRegistry<Message>& registry, const DOMElement& top,
+              Qualifies&& qualifies)
+{
+    SubtreeWalk walk(top);
+    bool isWalking = true;
+    const auto stepDown = [&]() -> std::optional<bool> {
+        if (!isWalking)
+            return std::nullopt;
+        const DOMElement* element = walk.Next();
+        if (element == nullptr)
+            return false;
+        isWalking = !HasRemovedChildren(*element);
+        const auto own = FindEntry(registry, *element);
+        if (own != registry.end() && qualifies(own->second.messages))
+            return true;
+        return std::nullopt;
+    };
+    MetElements met;
+    for (const auto& [key, entry] : registry) {
+        if (const std::optional<bool> answer = stepDown())
+            return *answer;
+        const DOMElement* element = entry.identity.Element();
+        if (element == nullptr || !qualifies(entry.messages))
+            continue;
+        while (element != nullptr && element != &top && met.Meet(*element)) {
+            element = DOMElementAccess::Parent(*element);
+            if (const std::optional<bool> answer = stepDown())
+                return *answer;
+        }
+        if (element == &top)
+            return true;
+    }
+    return false;
+}
+
 /// Whether an entry that qualifies belongs to the subtree of `top`; for a `top` without parent,
-/// whether there is one at all. Looks at the entries and at the elements of the subtree in turns:
-/// whichever has an end first gives the answer. A walk down from `top` does not come to elements
-/// that were removed from there, which belong to the subtree as their entries tell, and ends where
-/// there are some.
+/// whether there is one at all.
 template <typename Message, typename Qualifies>
 bool AnyInSubtree(const DiagnosticsRegistry<Message>& registry, const DOMElement& top,
                   Qualifies&& qualifies)
 {
-    SubtreeTest subtree(top);
-    DOMElementTraversal::ConstPreorderGenerator elements(top);
-    bool isWalking = !top.IsRootNode();
-    for (const auto& [key, entry] : registry) {
-        const DOMElement* element = entry.identity.Element();
-        if (element != nullptr && qualifies(entry.messages) &&
-            (top.IsRootNode() || subtree.Contains(*element)))
-            return true;
-        if (!isWalking)
-            continue;
-        const DOMElement* below = elements.Next();
-        if (below == nullptr)
-            return false;
-        isWalking = !HasRemovedChildren(*below);
-        const auto own = FindEntry(registry, *below);
-        if (own != registry.end() && qualifies(own->second.messages))
-            return true;
-    }
-    return false;
+    if (!top.IsRootNode())
+        return AnyBelow(registry, top, qualifies);
+    return std::any_of(registry.begin(), registry.end(), [&](const auto& entry) {
+        return entry.second.identity.Element() != nullptr && qualifies(entry.second.messages);
+    });
 }
 
 template <typename Message, typename Matches>

@@ -111,7 +111,8 @@ public:
                        const TError::ErrorInfo& info);
 
     // Each of these asks about an element and its descendants; about the whole registry when the
-    // element has no parent, and without element.
+    // element has no parent, and without element. Takes time for each element of the subtree or, if
+    // they are fewer, for each entry of the registry and its ancestors.
 
     /// Whether there is an error, cancellations included.
     bool HasErrors(const DOMElement& element) const;

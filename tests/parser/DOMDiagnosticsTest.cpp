@@ -278,14 +278,24 @@ TEST_F(DOMDiagnostics, AQuestionAboutASubtreeCountsWhatWasRemovedFromIt)
     // Among many errors elsewhere, so that a walk over the subtree ends before all are looked at.
     for (int i = 0; i < 200; ++i) {
         if (i == 100)
-            AddError(At("c"), "m");
+            AddError(*At("c").AddNewChild(u"below"), "m");
         AddError(*At("e").AddNewChild(u"x"), "m");
     }
-    const std::unique_ptr<DOMElement> removed = At("b").RemoveChild(At("c"));
+    std::unique_ptr<DOMElement> removed = At("b").RemoveChild(At("c"));
     EXPECT_TRUE(removed->IsChildOf(At("a")));
     EXPECT_TRUE(m_dom.HasErrors(At("a")));
     EXPECT_TRUE(m_dom.HasErrors(At("b")));
     EXPECT_FALSE(m_dom.HasErrors(At("d")));
+
+    DOMElement* inserted = At("d").InsertChild(std::move(removed), nullptr);
+    EXPECT_FALSE(m_dom.HasErrors(At("b")));
+    EXPECT_TRUE(m_dom.HasErrors(At("d")));
+
+    removed = At("d").RemoveChild(*inserted);
+    EXPECT_TRUE(m_dom.HasErrors(At("d")));
+    removed.reset();
+    EXPECT_FALSE(m_dom.HasErrors(At("d")));
+    EXPECT_FALSE(m_dom.HasErrors(At("a")));
 }
 
 TEST_F(DOMDiagnostics, QuestionsAboutManyEntriesInADeepTreeStayQuick)

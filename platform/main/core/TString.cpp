@@ -346,6 +346,11 @@ bool TString::endsWith(const TString& text, int caseSensitivity) const
     return ToView(view()).endsWith(ToView(text.view()), Qt::CaseInsensitive);
 }
 
+TString::size_type TString::indexOf(const TString& text, size_type from) const noexcept
+{
+    return indexOf(text, from, length());
+}
+
 TString::size_type TString::indexOf(const TString& text, size_type from,
                                     size_type end) const noexcept
 {

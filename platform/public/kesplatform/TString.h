@@ -142,10 +142,7 @@ public:
     bool contains(char16_t unit) const noexcept { return indexOf(unit) >= 0; }
     /// First position not before `from`; an empty text is found at any `from` up to the length.
     /// A negative `from` counts as 0.
-    size_type indexOf(const TString& text, size_type from = 0) const noexcept
-    {
-        return indexOf(text, from, length());
-    }
+    size_type indexOf(const TString& text, size_type from = 0) const noexcept;
     /// The same within what lies before `end`, the last unit of `text` included.
     size_type indexOf(const TString& text, size_type from, size_type end) const noexcept;
     size_type indexOf(char16_t unit, size_type from = 0) const noexcept;
