@@ -1,7 +1,7 @@
 #include <kescorexml/CoreXml.h>
 
 #include "CoreXmlStringTable.h"
-#include "KesErrors.h"
+#include "base/KesErrors.h"
 
 #include <kescorexml/ExtensionXmlTokens.h>
 

@@ -1,7 +1,7 @@
 #include "../Documents.h"
 #include "../Ratios.h"
 
-#include "XercesColonSanitizer.h"
+#include "bytes/XercesColonSanitizer.h"
 
 #include <benchmark/benchmark.h>
 

@@ -5,7 +5,7 @@
 #include "support/Require.h"
 #include "support/XercesEvents.h"
 
-#include "XercesColonSanitizer.h"
+#include "bytes/XercesColonSanitizer.h"
 
 #include <kesplatform/LogicException.h>
 

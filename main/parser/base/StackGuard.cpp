@@ -1,4 +1,4 @@
-#include "StackGuard.h"
+#include "base/StackGuard.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "DeclaredEncoding.h"
+#include "bytes/DeclaredEncoding.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,8 +1,8 @@
-#include "DocumentEnd.h"
+#include "bytes/DocumentEnd.h"
 
-#include "DeclaredEncoding.h"
-#include "StrictDecoding.h"
-#include "Utf8Guard.h"
+#include "bytes/DeclaredEncoding.h"
+#include "bytes/StrictDecoding.h"
+#include "bytes/Utf8Guard.h"
 
 #include <kesplatform/TFormatString.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TextPosition.h"
+#include "bytes/TextPosition.h"
 
 #include <kesplatform/TString.h>
 

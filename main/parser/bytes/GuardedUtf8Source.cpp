@@ -1,7 +1,7 @@
-#include "GuardedUtf8Source.h"
+#include "bytes/GuardedUtf8Source.h"
 
-#include "Utf8Guard.h"
-#include "XercesText.h"
+#include "bytes/Utf8Guard.h"
+#include "bytes/XercesText.h"
 
 #include <xercesc/util/BinInputStream.hpp>
 

@@ -1,4 +1,4 @@
-#include "StrictDecoding.h"
+#include "bytes/StrictDecoding.h"
 
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/TransService.hpp>

@@ -1,7 +1,7 @@
-#include "Utf8Guard.h"
+#include "bytes/Utf8Guard.h"
 
-#include "ByteScan.h"
-#include "DeclaredEncoding.h"
+#include "base/ByteScan.h"
+#include "bytes/DeclaredEncoding.h"
 
 #include <algorithm>
 

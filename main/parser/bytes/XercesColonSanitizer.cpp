@@ -1,10 +1,10 @@
-#include "XercesColonSanitizer.h"
+#include "bytes/XercesColonSanitizer.h"
 
-#include "Assertion.h"
-#include "ByteScan.h"
-#include "CharacterClasses.h"
-#include "KesErrors.h"
-#include "StartTagWalker.h"
+#include "base/Assertion.h"
+#include "base/ByteScan.h"
+#include "base/KesErrors.h"
+#include "markup/CharacterClasses.h"
+#include "markup/StartTagWalker.h"
 
 #include <kescorexml/XMLRangeTable.h>
 #include <kescorexml/XMLUtils.h>

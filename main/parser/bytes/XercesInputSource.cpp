@@ -1,11 +1,11 @@
-#include "XercesInputSource.h"
+#include "bytes/XercesInputSource.h"
 
-#include "DeclaredEncoding.h"
-#include "GuardedUtf8Source.h"
-#include "Utf8Guard.h"
-#include "XercesColonSanitizer.h"
-#include "XercesMemory.h"
-#include "XercesText.h"
+#include "bytes/DeclaredEncoding.h"
+#include "bytes/GuardedUtf8Source.h"
+#include "bytes/Utf8Guard.h"
+#include "bytes/XercesColonSanitizer.h"
+#include "bytes/XercesMemory.h"
+#include "bytes/XercesText.h"
 
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>

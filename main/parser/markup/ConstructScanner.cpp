@@ -1,6 +1,6 @@
-#include "ConstructScanner.h"
+#include "markup/ConstructScanner.h"
 
-#include "ByteScan.h"
+#include "base/ByteScan.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "RootTagFinder.h"
+#include "markup/RootTagFinder.h"
 
-#include "ByteScan.h"
+#include "base/ByteScan.h"
 
 XmlUtils::StringRange RootTagFinder::Feed(const std::string& headSoFar) noexcept
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ConstructScanner.h"
+#include "markup/ConstructScanner.h"
 
 #include <kescorexml/XMLUtils.h>
 

@@ -1,6 +1,6 @@
-#include "StartTagWalker.h"
+#include "markup/StartTagWalker.h"
 
-#include "ByteScan.h"
+#include "base/ByteScan.h"
 
 namespace {
 

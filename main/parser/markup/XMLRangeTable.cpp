@@ -1,8 +1,8 @@
 #include <kescorexml/XMLRangeTable.h>
 
-#include "Assertion.h"
-#include "ByteScan.h"
-#include "KesErrors.h"
+#include "base/Assertion.h"
+#include "base/ByteScan.h"
+#include "base/KesErrors.h"
 
 #include <array>
 #include <string_view>

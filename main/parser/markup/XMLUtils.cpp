@@ -1,11 +1,11 @@
 #include <kescorexml/XMLUtils.h>
 
-#include "Assertion.h"
-#include "ByteScan.h"
-#include "CharacterClasses.h"
-#include "ConstructScanner.h"
-#include "KesErrors.h"
-#include "RootTagFinder.h"
+#include "base/Assertion.h"
+#include "base/ByteScan.h"
+#include "base/KesErrors.h"
+#include "markup/CharacterClasses.h"
+#include "markup/ConstructScanner.h"
+#include "markup/RootTagFinder.h"
 
 #include <QStringView>
 

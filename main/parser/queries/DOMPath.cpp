@@ -1,7 +1,7 @@
 #include <kescorexml/DOMPath.h>
 
-#include "DOMElementAccess.h"
-#include "PrefetchSiblings.h"
+#include "tree/DOMElementAccess.h"
+#include "tree/PrefetchSiblings.h"
 
 #include <kescorexml/DOM.h>
 

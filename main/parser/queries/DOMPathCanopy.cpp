@@ -1,6 +1,6 @@
 #include <kescorexml/DOMPathCanopy.h>
 
-#include "DOMElementAccess.h"
+#include "tree/DOMElementAccess.h"
 
 #include <kescorexml/DOMPath.h>
 

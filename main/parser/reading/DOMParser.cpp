@@ -1,10 +1,10 @@
 #include <kescorexml/DOMParser.h>
 
-#include "Assertion.h"
-#include "BorrowedUtf8Source.h"
-#include "CompactDOMBuilder.h"
-#include "KesErrors.h"
-#include "XercesXMLParserImpl.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
+#include "scanner/XercesXMLParserImpl.h"
+#include "sinks/CompactDOMBuilder.h"
+#include "sources/BorrowedUtf8Source.h"
 
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/DOMElement.h>

@@ -1,7 +1,7 @@
-#include "AttributeAssembler.h"
+#include "scanner/AttributeAssembler.h"
 
-#include "XercesColonSanitizer.h"
-#include "XercesText.h"
+#include "bytes/XercesColonSanitizer.h"
+#include "bytes/XercesText.h"
 
 #include <algorithm>
 #include <array>

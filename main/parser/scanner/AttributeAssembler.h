@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ParsedNames.h"
+#include "scanner/ParsedNames.h"
 
 #include <kescorexml/detail/AttributeStorage.h>
 

@@ -1,6 +1,6 @@
-#include "DocumentTypeGuard.h"
+#include "scanner/DocumentTypeGuard.h"
 
-#include "XercesText.h"
+#include "bytes/XercesText.h"
 
 #include <kesplatform/CorePlatformUtils.h>
 #include <kesplatform/TFormatString.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ParseBudget.h"
+#include "scanner/ParseBudget.h"
 
 #include <xercesc/sax/DTDHandler.hpp>
 #include <xercesc/sax2/LexicalHandler.hpp>

@@ -1,7 +1,7 @@
-#include "ParseBudget.h"
+#include "scanner/ParseBudget.h"
 
-#include "StackGuard.h"
-#include "XercesText.h"
+#include "base/StackGuard.h"
+#include "bytes/XercesText.h"
 
 #include <kesplatform/TFormatString.h>
 

@@ -1,4 +1,4 @@
-#include "ParsedNames.h"
+#include "scanner/ParsedNames.h"
 
 #include <QHashFunctions>
 

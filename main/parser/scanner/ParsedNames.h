@@ -1,8 +1,8 @@
 #pragma once
 
-#include "AttributeBlock.h"
-#include "ParseBudget.h"
-#include "TerminatedText.h"
+#include "base/TerminatedText.h"
+#include "scanner/ParseBudget.h"
+#include "slabs/AttributeBlock.h"
 
 #include <kesplatform/TString.h>
 

@@ -1,4 +1,4 @@
-#include "ScannerMemory.h"
+#include "scanner/ScannerMemory.h"
 
 #include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/util/BinMemInputStream.hpp>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "MemoryReserve.h"
-#include "ParseBudget.h"
+#include "scanner/MemoryReserve.h"
+#include "scanner/ParseBudget.h"
 
 #include <xercesc/framework/MemoryManager.hpp>
 

@@ -1,7 +1,7 @@
-#include "XercesXMLHandler.h"
+#include "scanner/XercesXMLHandler.h"
 
-#include "AttributeAssembler.h"
-#include "XercesText.h"
+#include "bytes/XercesText.h"
+#include "scanner/AttributeAssembler.h"
 
 #include <kescorexml/CoreXml.h>
 #include <kescorexml/XMLParseException.h>

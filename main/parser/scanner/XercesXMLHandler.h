@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CompactDOMBuilder.h"
-#include "ParseBudget.h"
-#include "ParsedNames.h"
+#include "scanner/ParseBudget.h"
+#include "scanner/ParsedNames.h"
+#include "sinks/CompactDOMBuilder.h"
 
 #include <kescorexml/SAXInterface.h>
 

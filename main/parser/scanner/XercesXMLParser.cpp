@@ -1,7 +1,7 @@
 #include <kescorexml/XercesXMLParser.h>
 
-#include "XercesMemory.h"
-#include "XercesXMLParserImpl.h"
+#include "bytes/XercesMemory.h"
+#include "scanner/XercesXMLParserImpl.h"
 
 #include <kesplatform/Resources.h>
 

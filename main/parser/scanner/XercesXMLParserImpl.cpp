@@ -1,12 +1,12 @@
-#include "XercesXMLParserImpl.h"
+#include "scanner/XercesXMLParserImpl.h"
 
-#include "Assertion.h"
-#include "DocumentEnd.h"
-#include "KesErrors.h"
-#include "XercesInputSource.h"
-#include "XercesMemory.h"
-#include "XercesText.h"
-#include "XmlVersionWatch.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
+#include "bytes/DocumentEnd.h"
+#include "bytes/XercesInputSource.h"
+#include "bytes/XercesMemory.h"
+#include "bytes/XercesText.h"
+#include "scanner/XmlVersionWatch.h"
 
 #include <kescorexml/IXercesInputSourceProvider.h>
 #include <kescorexml/LookupResource.h>

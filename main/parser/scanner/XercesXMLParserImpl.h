@@ -1,9 +1,9 @@
 #pragma once
 
-#include "DocumentTypeGuard.h"
-#include "ParseBudget.h"
-#include "ScannerMemory.h"
-#include "XercesXMLHandler.h"
+#include "scanner/DocumentTypeGuard.h"
+#include "scanner/ParseBudget.h"
+#include "scanner/ScannerMemory.h"
+#include "scanner/XercesXMLHandler.h"
 
 #include <kescorexml/XercesXMLParser.h>
 

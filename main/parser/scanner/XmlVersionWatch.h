@@ -1,6 +1,6 @@
 #pragma once
 
-#include "XercesText.h"
+#include "bytes/XercesText.h"
 
 #include <xercesc/framework/XMLDocumentHandler.hpp>
 

@@ -1,6 +1,6 @@
 #include <kescorexml/VersionSniffer.h>
 
-#include "RootTagFinder.h"
+#include "markup/RootTagFinder.h"
 
 #include <kescorexml/InputSourceResetter.h>
 #include <kescorexml/XMLUtils.h>

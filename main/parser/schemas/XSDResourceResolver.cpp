@@ -1,7 +1,7 @@
 #include <kescorexml/XSDResources.h>
 
-#include "Assertion.h"
-#include "KesErrors.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
 
 #include <kescorexml/DOMException.h>
 #include <kescorexml/StringInputSource.h>

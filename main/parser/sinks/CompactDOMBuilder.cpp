@@ -1,6 +1,6 @@
-#include "CompactDOMBuilder.h"
+#include "sinks/CompactDOMBuilder.h"
 
-#include "DOMElementAccess.h"
+#include "tree/DOMElementAccess.h"
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/SAXFileLocation.h>

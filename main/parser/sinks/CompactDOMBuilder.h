@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ArenaText.h"
-#include "ParseArena.h"
+#include "slabs/ArenaText.h"
+#include "slabs/ParseArena.h"
 
 #include <kescorexml/DOMBuilder.h>
 #include <kescorexml/detail/AttributeStorage.h>

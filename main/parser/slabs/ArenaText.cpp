@@ -1,4 +1,4 @@
-#include "ArenaText.h"
+#include "slabs/ArenaText.h"
 
 #include <algorithm>
 #include <span>

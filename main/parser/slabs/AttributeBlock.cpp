@@ -1,6 +1,6 @@
-#include "AttributeBlock.h"
+#include "slabs/AttributeBlock.h"
 
-#include "TerminatedText.h"
+#include "base/TerminatedText.h"
 
 #include <algorithm>
 #include <cstddef>

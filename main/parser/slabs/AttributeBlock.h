@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ParseArena.h"
+#include "slabs/ParseArena.h"
 
 #include <kesplatform/TString.h>
 

@@ -1,6 +1,6 @@
-#include "ParseArena.h"
+#include "slabs/ParseArena.h"
 
-#include "AttributeBlock.h"
+#include "slabs/AttributeBlock.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Prefetch.h"
+#include "base/Prefetch.h"
 
 #include <kesplatform/TString.h>
 

@@ -1,6 +1,6 @@
 #include <kescorexml/BinaryInputSource.h>
 
-#include "XercesInputSource.h"
+#include "bytes/XercesInputSource.h"
 
 #include <kesplatform/DetectEncoding.h>
 

@@ -1,9 +1,9 @@
 #include <kescorexml/FileInputSource.h>
 
-#include "FileSizeLimit.h"
-#include "KesErrors.h"
-#include "LeadingWhitespace.h"
-#include "XercesInputSource.h"
+#include "base/KesErrors.h"
+#include "base/LeadingWhitespace.h"
+#include "bytes/XercesInputSource.h"
+#include "sources/FileSizeLimit.h"
 
 #include <kescorexml/CoreXml.h>
 

@@ -1,6 +1,6 @@
 #include <kescorexml/InputSourceUtils.h>
 
-#include "FileSizeLimit.h"
+#include "sources/FileSizeLimit.h"
 
 #include <kescorexml/FileInputSource.h>
 #include <kescorexml/StringInputSource.h>

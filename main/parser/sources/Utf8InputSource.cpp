@@ -1,7 +1,7 @@
 #include <kescorexml/Utf8InputSource.h>
 
-#include "LeadingWhitespace.h"
-#include "XercesInputSource.h"
+#include "base/LeadingWhitespace.h"
+#include "bytes/XercesInputSource.h"
 
 #include <algorithm>
 

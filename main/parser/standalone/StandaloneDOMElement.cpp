@@ -1,7 +1,7 @@
 #include <kescorexml/StandaloneDOMElement.h>
 
-#include "Assertion.h"
-#include "KesErrors.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
 
 #include <algorithm>
 #include <tuple>

@@ -1,6 +1,6 @@
 #include <kescorexml/XMLLookupTable.h>
 
-#include "CompleteStringFormatter.h"
+#include "writing/CompleteStringFormatter.h"
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>

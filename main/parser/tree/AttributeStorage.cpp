@@ -1,6 +1,6 @@
 #include <kescorexml/detail/AttributeStorage.h>
 
-#include "AttributeBlock.h"
+#include "slabs/AttributeBlock.h"
 
 #include <memory>
 

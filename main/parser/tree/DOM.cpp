@@ -1,9 +1,9 @@
 #include <kescorexml/DOM.h>
 
-#include "Assertion.h"
-#include "DOMElementAccess.h"
-#include "KesErrors.h"
-#include "LockedPair.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
+#include "tree/DOMElementAccess.h"
+#include "tree/LockedPair.h"
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementSearch.h>

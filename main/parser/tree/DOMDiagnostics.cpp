@@ -2,8 +2,8 @@
 
 #include <kescorexml/DOM.h>
 
-#include "DOMElementAccess.h"
-#include "LockedPair.h"
+#include "tree/DOMElementAccess.h"
+#include "tree/LockedPair.h"
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementTraversal.h>

@@ -1,10 +1,10 @@
 #include <kescorexml/DOMElement.h>
 
-#include "Assertion.h"
-#include "DOMElementAccess.h"
-#include "KesErrors.h"
-#include "Prefetch.h"
-#include "SlabReferences.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
+#include "base/Prefetch.h"
+#include "tree/DOMElementAccess.h"
+#include "tree/SlabReferences.h"
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMException.h>

@@ -1,6 +1,6 @@
-#include "DOMElementAccess.h"
+#include "tree/DOMElementAccess.h"
 
-#include "AttributeBlock.h"
+#include "slabs/AttributeBlock.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ArenaText.h"
-#include "ParseArena.h"
-#include "SlabReferences.h"
+#include "slabs/ArenaText.h"
+#include "slabs/ParseArena.h"
+#include "tree/SlabReferences.h"
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>

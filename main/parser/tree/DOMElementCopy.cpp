@@ -2,7 +2,7 @@
 
 #include <kescorexml/DOMElement.h>
 
-#include "DOMElementAccess.h"
+#include "tree/DOMElementAccess.h"
 
 #include <utility>
 #include <vector>

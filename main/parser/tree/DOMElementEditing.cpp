@@ -2,9 +2,9 @@
 
 #include <kescorexml/DOMElement.h>
 
-#include "Assertion.h"
-#include "DOMElementAccess.h"
-#include "KesErrors.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
+#include "tree/DOMElementAccess.h"
 
 #include <kescorexml/DOM.h>
 #include <kesplatform/TLog.h>

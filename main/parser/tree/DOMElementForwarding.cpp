@@ -2,8 +2,8 @@
 
 #include <kescorexml/DOMElement.h>
 
-#include "Assertion.h"
-#include "KesErrors.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
 
 #include <kescorexml/DOM.h>
 

@@ -1,6 +1,6 @@
 #include <kescorexml/DOMElementSearch.h>
 
-#include "DOMElementAccess.h"
+#include "tree/DOMElementAccess.h"
 
 #include <utility>
 #include <vector>

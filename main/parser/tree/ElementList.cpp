@@ -1,6 +1,6 @@
 #include <kescorexml/detail/ElementList.h>
 
-#include "ParseArena.h"
+#include "slabs/ParseArena.h"
 
 #include <kescorexml/DOMElement.h>
 

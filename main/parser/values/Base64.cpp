@@ -1,8 +1,8 @@
 #include <kescorexml/Base64.h>
 
-#include "Assertion.h"
-#include "KesErrors.h"
-#include "Prefetch.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
+#include "base/Prefetch.h"
 
 #include <kesplatform/TCType.h>
 

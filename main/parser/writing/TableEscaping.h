@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Assertion.h"
-#include "KesErrors.h"
-#include "XMLEscapeTable.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
+#include "writing/XMLEscapeTable.h"
 
 #include <kesplatform/TFormatString.h>
 #include <kesplatform/TLog.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "XMLEscapeTable.h"
+#include "writing/XMLEscapeTable.h"
 
 #include <bit>
 #include <cstddef>

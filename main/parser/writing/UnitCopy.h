@@ -1,7 +1,7 @@
 #pragma once
 
-#include "UnitBlock.h"
-#include "XMLEscapeTable.h"
+#include "writing/UnitBlock.h"
+#include "writing/XMLEscapeTable.h"
 
 #include <cstddef>
 #include <cstring>

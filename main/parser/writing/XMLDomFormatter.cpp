@@ -1,9 +1,9 @@
 #include <kescorexml/XMLDomFormatter.h>
 
-#include "Assertion.h"
-#include "DOMElementAccess.h"
-#include "KesErrors.h"
-#include "XMLTreeWriter.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
+#include "tree/DOMElementAccess.h"
+#include "writing/XMLTreeWriter.h"
 
 #include <kescorexml/Base64.h>
 #include <kescorexml/DOM.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Assertion.h"
-#include "KesErrors.h"
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
 
 #include <kesplatform/CorePlatformUtils.h>
 

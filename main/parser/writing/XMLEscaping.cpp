@@ -1,7 +1,7 @@
-#include "XMLEscaping.h"
+#include "writing/XMLEscaping.h"
 
-#include "TableEscaping.h"
-#include "UnitBlock.h"
+#include "writing/TableEscaping.h"
+#include "writing/UnitBlock.h"
 
 #include <QStringView>
 

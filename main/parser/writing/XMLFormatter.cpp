@@ -1,9 +1,9 @@
 #include <kescorexml/XMLFormatter.h>
 
-#include "IndentLimit.h"
-#include "StackGuard.h"
-#include "XMLEscaping.h"
-#include "XMLTreeWriter.h"
+#include "base/StackGuard.h"
+#include "writing/IndentLimit.h"
+#include "writing/XMLEscaping.h"
+#include "writing/XMLTreeWriter.h"
 
 #include <kescorexml/Base64.h>
 #include <kescorexml/DOM.h>

@@ -1,10 +1,10 @@
-#include "XMLTreeWriter.h"
+#include "writing/XMLTreeWriter.h"
 
-#include "AttributeBlock.h"
-#include "DOMElementAccess.h"
-#include "IndentLimit.h"
-#include "UnitCopy.h"
-#include "XMLEscaping.h"
+#include "slabs/AttributeBlock.h"
+#include "tree/DOMElementAccess.h"
+#include "writing/IndentLimit.h"
+#include "writing/UnitCopy.h"
+#include "writing/XMLEscaping.h"
 
 #include <algorithm>
 #include <array>

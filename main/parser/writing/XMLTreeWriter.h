@@ -1,6 +1,6 @@
 #pragma once
 
-#include "XMLTextBuffer.h"
+#include "writing/XMLTextBuffer.h"
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/XMLFormatter.h>

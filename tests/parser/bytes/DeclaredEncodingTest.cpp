@@ -1,4 +1,4 @@
-#include "DeclaredEncoding.h"
+#include "bytes/DeclaredEncoding.h"
 
 #include "support/ParseOutcome.h"
 #include "support/TemporaryFile.h"

@@ -1,4 +1,4 @@
-#include "XercesColonSanitizer.h"
+#include "bytes/XercesColonSanitizer.h"
 
 #include "support/ColonModel.h"
 #include "support/RandomBytes.h"

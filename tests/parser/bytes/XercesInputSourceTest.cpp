@@ -1,4 +1,4 @@
-#include "XercesInputSource.h"
+#include "bytes/XercesInputSource.h"
 #include "support/ParseOutcome.h"
 #include "support/TemporaryFile.h"
 

@@ -1,4 +1,4 @@
-#include "RootTagFinder.h"
+#include "markup/RootTagFinder.h"
 
 #include "support/RandomBytes.h"
 #include "support/ScannerModel.h"

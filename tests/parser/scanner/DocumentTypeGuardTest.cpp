@@ -1,5 +1,5 @@
-#include "DocumentTypeGuard.h"
-#include "XercesXMLParserImpl.h"
+#include "scanner/DocumentTypeGuard.h"
+#include "scanner/XercesXMLParserImpl.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "MemoryReserve.h"
+#include "scanner/MemoryReserve.h"
 
 #include <gtest/gtest.h>
 

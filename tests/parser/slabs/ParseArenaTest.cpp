@@ -1,9 +1,9 @@
-#include "ParseArena.h"
+#include "slabs/ParseArena.h"
 
-#include "DOMElementAccess.h"
 #include "support/FailingAllocations.h"
 #include "support/SmallStack.h"
 #include "support/TreeTesting.h"
+#include "tree/DOMElementAccess.h"
 
 #include <cstdint>
 #include <new>

@@ -1,4 +1,4 @@
-#include "FileSizeLimit.h"
+#include "sources/FileSizeLimit.h"
 #include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
 

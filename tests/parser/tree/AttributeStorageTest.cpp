@@ -1,8 +1,8 @@
 #include <kescorexml/detail/AttributeStorage.h>
 
-#include "AttributeBlock.h"
-#include "DOMElementAccess.h"
+#include "slabs/AttributeBlock.h"
 #include "support/TreeTesting.h"
+#include "tree/DOMElementAccess.h"
 
 #include <array>
 #include <random>

@@ -1,8 +1,8 @@
-#include "TableEscaping.h"
-#include "UnitBlock.h"
 #include "support/EscapingModel.h"
 #include "support/RandomTree.h"
 #include "support/TreeTesting.h"
+#include "writing/TableEscaping.h"
+#include "writing/UnitBlock.h"
 
 #include <kescorexml/XMLFormatter.h>
 
