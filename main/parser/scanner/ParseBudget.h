@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sinks/ParsedNames.h"
+
 #include <kescorexml/ParseLimits.h>
 
 #include <kesplatform/TString.h>
@@ -45,14 +47,6 @@ public:
     /// Whether the parse has exceeded a limit. What the scanner reports on its way out is no news.
     bool HasFailed() const noexcept { return m_hasFailed; }
 
-    /// How many attributes the document type of a parse declares for the elements of one name.
-    struct DeclaredAttributes
-    {
-        /// The number of the parse.
-        std::uint64_t parse = 0;
-        std::uint64_t count = 0;
-    };
-
     // Each of these throws LimitExceeded.
 
     void AddText(std::size_t units)
@@ -62,8 +56,8 @@ public:
             FailAmplification();
     }
     /// `name` is the qualified name, and `known` what the budget noted down for it.
-    void StartElement(std::u16string_view name, DeclaredAttributes& known, const XMLCh* uri,
-                      const XMLCh* localName, std::uint64_t attributes)
+    void StartElement(std::u16string_view name, ParsedNames::DeclaredAttributes& known,
+                      const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes)
     {
         ++m_depth;
         if (m_isValidating) [[unlikely]]
@@ -112,7 +106,7 @@ public:
 
 private:
     std::uint64_t CountDeclaredAttributes(std::u16string_view name,
-                                          DeclaredAttributes& known) const;
+                                          ParsedNames::DeclaredAttributes& known) const;
     void AddScannerWork(std::uint64_t amount);
     void AddValidationWork(const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes);
     void AddDeclarationWork(std::uint64_t amount);

@@ -148,9 +148,21 @@ void EnsureXercesIsInitialised()
 }
 
 XercesXMLParserImpl::XercesXMLParserImpl(InputSource& source, std::shared_ptr<SAXInterface> sink)
-    : XercesXMLParser(source, sink),
-      m_handler(std::make_unique<XercesXMLHandler>(std::move(sink), m_names, m_budget))
+    : XercesXMLParser(source, sink), m_saxSink(std::make_unique<SAXSink>(std::move(sink)))
 {
+    Start(*m_saxSink, m_saxSink->GetExtension());
+}
+
+XercesXMLParserImpl::XercesXMLParserImpl(InputSource& source, ScanSink& sink)
+    : XercesXMLParser(source, nullptr)
+{
+    Start(sink, nullptr);
+}
+
+void XercesXMLParserImpl::Start(ScanSink& sink, SAXInterfaceExtension* extension)
+{
+    m_handler = std::make_unique<XercesXMLHandler>(sink, extension, m_names, m_budget);
+    m_sink = &sink;
     EnsureXercesIsInitialised();
     m_securityManager = std::make_unique<xercesc::SecurityManager>();
     m_securityManager->setEntityExpansionLimit(0);
@@ -284,12 +296,27 @@ void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
 
 void XercesXMLParserImpl::Reload(InputSource& source, std::shared_ptr<SAXInterface> sink)
 {
-    m_names.ForgetUnlessSmall();
-    auto handler = std::make_unique<XercesXMLHandler>(sink, m_names, m_budget);
+    auto saxSink = std::make_unique<SAXSink>(sink);
+    SendTo(*saxSink, saxSink->GetExtension());
+    m_saxSink = std::move(saxSink);
     XercesXMLParser::Reload(source, std::move(sink));
+}
+
+void XercesXMLParserImpl::Reload(InputSource& source, ScanSink& sink)
+{
+    SendTo(sink, nullptr);
+    m_saxSink.reset();
+    XercesXMLParser::Reload(source, nullptr);
+}
+
+void XercesXMLParserImpl::SendTo(ScanSink& sink, SAXInterfaceExtension* extension)
+{
+    m_names.ForgetUnlessSmall();
+    auto handler = std::make_unique<XercesXMLHandler>(sink, extension, m_names, m_budget);
     SetXercesXMLHandler(*m_reader, *handler);
     m_handler = std::move(handler);
     SetEntityResolver(*m_reader, m_handler.get());
+    m_sink = &sink;
 }
 
 void XercesXMLParserImpl::AllowEntityExpansion_Insecure()
@@ -309,7 +336,7 @@ void XercesXMLParserImpl::DoXercesParse()
 {
     const Metrics::Scope scope("XercesXMLParser_DoXercesParse");
     m_handler->resetErrors();
-    m_handler->DiscardPendingText();
+    m_sink->BeginDocument();
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
     if (xercesableSource == nullptr)
         ThrowAssertion(u"XercesXMLParser", __LINE__, u"xercesableSource != nullptr",

@@ -4,6 +4,7 @@
 #include "scanner/ParseBudget.h"
 #include "scanner/ScannerMemory.h"
 #include "scanner/XercesXMLHandler.h"
+#include "sinks/SAXSink.h"
 
 #include <kescorexml/XercesXMLParser.h>
 
@@ -23,7 +24,12 @@ class XercesXMLParserImpl final : public XercesXMLParser
 {
 public:
     XercesXMLParserImpl(InputSource& source, std::shared_ptr<SAXInterface> sink);
+    /// `sink` must live for as long as Parse may be called without a Reload before.
+    XercesXMLParserImpl(InputSource& source, ScanSink& sink);
     ~XercesXMLParserImpl() override;
+
+    /// As the other one, for a sink of that kind.
+    void Reload(InputSource& source, ScanSink& sink);
 
     void LoadXSDSource(InputSource& xsdSource) override;
     void GetCurrentLocation(int& line, int& column) override;
@@ -35,6 +41,11 @@ protected:
     void ParseImpl() override;
 
 private:
+    // In these, `extension`, which supplies schemas, may be null.
+
+    void Start(ScanSink& sink, SAXInterfaceExtension* extension);
+    /// From now on, events go to `sink`.
+    void SendTo(ScanSink& sink, SAXInterfaceExtension* extension);
     /// A new reader, with new memory, in place of the last one, which stays when this throws. It
     /// knows of no schemas.
     void MakeReader();
@@ -59,6 +70,9 @@ private:
     std::unique_ptr<ScannerMemory> m_memory;
     std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
+    /// What serves the sink of a caller outside of the library; else null.
+    std::unique_ptr<SAXSink> m_saxSink;
+    ScanSink* m_sink = nullptr;
     std::unique_ptr<XercesXMLHandler> m_handler;
     std::vector<TString> m_xsdNames;
     bool m_noSchemaLoaded = true;
