@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
-/// A hash for short texts, such as names, of which documents hold many: what counts is that there is
-/// little to do before and after the loop. Who does not know the seed cannot choose texts that
+/// A hash for short texts, such as names, of which documents hold many: what counts is that there
+/// is little to do before and after the loop. Who does not know the seed cannot choose texts that
 /// collide, for each step multiplies by a number made of it.
 namespace ByteHash {
 

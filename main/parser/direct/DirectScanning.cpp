@@ -51,6 +51,8 @@ const char* DirectScanning::GetName(Verdict verdict) noexcept
         return "document type";
     case Verdict::Entity:
         return "entity";
+    case Verdict::ColonName:
+        return "colon name";
     case Verdict::Markup:
         return "markup";
     }

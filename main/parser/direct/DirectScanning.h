@@ -31,6 +31,8 @@ enum class Verdict
     DocumentType,
     /// A reference to an entity that is not predefined.
     Entity,
+    /// An attribute whose name begins with a colon, before the colon sanitizer has seen it.
+    ColonName,
     /// Not well-formed, or not known for certain to be.
     Markup
 };

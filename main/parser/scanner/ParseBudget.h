@@ -44,6 +44,10 @@ public:
     /// Where errors are located; null for nowhere. Begin forgets it.
     void SetLocator(const xercesc::Locator* locator) noexcept { m_locator = locator; }
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
+    /// How many units may reach the sink.
+    std::uint64_t GetOutputLimit() const noexcept { return m_outputLimit; }
+    /// How many declared attributes and units of entities the scanner may be given to do.
+    std::uint64_t GetScannerWorkLimit() const noexcept { return m_scannerWorkLimit; }
     /// Whether the parse has exceeded a limit. What the scanner reports on its way out is no news.
     bool HasFailed() const noexcept { return m_hasFailed; }
 

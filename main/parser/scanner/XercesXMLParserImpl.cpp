@@ -291,7 +291,10 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 
 void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
 {
-    m_handler->GetCurrentLocationHandler(line, column);
+    if (m_isDirect)
+        m_directScanner.GetCurrentLocation(line, column);
+    else
+        m_handler->GetCurrentLocationHandler(line, column);
 }
 
 void XercesXMLParserImpl::Reload(InputSource& source, std::shared_ptr<SAXInterface> sink)
@@ -317,6 +320,7 @@ void XercesXMLParserImpl::SendTo(ScanSink& sink, SAXInterfaceExtension* extensio
     m_handler = std::move(handler);
     SetEntityResolver(*m_reader, m_handler.get());
     m_sink = &sink;
+    m_isDirect = false;
 }
 
 void XercesXMLParserImpl::AllowEntityExpansion_Insecure()
@@ -343,16 +347,19 @@ void XercesXMLParserImpl::DoXercesParse()
                        KesErrorsError::LogicAssert_0x7C41D09B());
     const XercesInputSource document =
         xercesableSource->GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
-    const auto noError = TError::ErrorInfo::NoError();
     BeginBudget(document, !m_noSchemaLoaded);
+    if (ScanDirectly(document))
+        return;
+    static_cast<void>(document());
+    RecordFailures([&] { ScanWithXerces(document); });
+}
+
+template <typename Scan>
+void XercesXMLParserImpl::RecordFailures(Scan&& scan)
+{
+    const auto noError = TError::ErrorInfo::NoError();
     try {
-        // A new one would have to load all schemas again: what one that has them forgot stays until
-        // the parser ends.
-        if (m_isSpoilt && m_noSchemaLoaded)
-            MakeReader();
-        ScanDocument(document);
-        if (m_handler->SawErrors())
-            CollectHandlerErrors();
+        scan();
     } catch (const LimitExceeded& exceeded) {
         RecordLimit(exceeded, GetSource().Id());
         CollectHandlerErrors();
@@ -367,6 +374,63 @@ void XercesXMLParserImpl::DoXercesParse()
     } catch (...) {
         Error(u"Unexpected exception", noError);
     }
+}
+
+void XercesXMLParserImpl::ScanWithXerces(const XercesInputSource& document)
+{
+    // A new one would have to load all schemas again: what one that has them forgot stays until
+    // the parser ends.
+    if (m_isSpoilt && m_noSchemaLoaded)
+        MakeReader();
+    ScanDocument(document);
+    if (m_handler->SawErrors())
+        CollectHandlerErrors();
+}
+
+DirectScanning::Verdict XercesXMLParserImpl::FindReasonForXerces() const
+{
+    using DirectScanning::Verdict;
+
+    if (!DirectScanning::IsEnabled())
+        return Verdict::Disabled;
+    if (!m_noSchemaLoaded)
+        return Verdict::Schema;
+    // A sink that is done before the first event is told of no other, but of what is wrong before.
+    if (m_sink->IsDone())
+        return Verdict::Markup;
+    return Verdict::Accepted;
+}
+
+bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
+{
+    using DirectScanning::Verdict;
+
+    Verdict verdict = FindReasonForXerces();
+    if (verdict == Verdict::Accepted) {
+        // Positions that a listener asks for are those behind the sanitizer.
+        if (m_sink->PassesOn())
+            document.Sanitize();
+        const auto scan = [&] {
+            m_isDirect = true;
+            const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
+            verdict = m_directScanner.Scan({document.GetBytes(), isUtf8, m_budget.GetOutputLimit(),
+                                            m_budget.GetScannerWorkLimit()},
+                                           *m_sink);
+            if (verdict != Verdict::Accepted)
+                m_sink->Rewind();
+        };
+        RecordFailures(scan);
+        if (verdict == Verdict::ColonName && !m_sink->PassesOn()) {
+            document.Sanitize();
+            RecordFailures(scan);
+        }
+        // The last location may be asked for when the document is gone.
+        if (m_sink->PassesOn())
+            m_directScanner.SettleLocation();
+    }
+    m_isDirect = verdict == Verdict::Accepted;
+    DirectScanning::SetLastVerdict(verdict);
+    return m_isDirect;
 }
 
 void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "direct/DirectScanner.h"
 #include "scanner/DocumentTypeGuard.h"
 #include "scanner/ParseBudget.h"
 #include "scanner/ScannerMemory.h"
@@ -55,6 +56,13 @@ private:
     void PrepareParserState(xercesc::SAX2XMLReader& reader);
     void SwitchToValidating();
     void DoXercesParse();
+    /// Reads the document without Xerces, if it is plain. False when Xerces is to read it.
+    bool ScanDirectly(const XercesInputSource& document);
+    DirectScanning::Verdict FindReasonForXerces() const;
+    void ScanWithXerces(const XercesInputSource& document);
+    /// Calls `scan` and records what it throws.
+    template <typename Scan>
+    void RecordFailures(Scan&& scan);
     void ScanDocument(const XercesInputSource& document);
     bool ScanProlog(const XercesInputSource& document, xercesc::XMLPScanToken& token);
     void ForgetXmlVersion();
@@ -65,6 +73,9 @@ private:
     void CollectHandlerErrors();
 
     ParsedNames m_names;
+    DirectScanner m_directScanner{m_names};
+    /// The direct scanner has read the document last, or is reading it.
+    bool m_isDirect = false;
     ParseBudget m_budget;
     DocumentTypeGuard m_documentType{m_budget};
     std::unique_ptr<ScannerMemory> m_memory;

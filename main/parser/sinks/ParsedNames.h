@@ -78,9 +78,10 @@ public:
     /// Between elements: bounds what a document of very many names can make this hold.
     void ForgetIfLarge() noexcept
     {
-        if (m_units > maxUnits)
+        if (IsLarge())
             Forget();
     }
+    bool IsLarge() const noexcept { return m_units > maxUnits; }
     /// Between documents: gives back what an unusual one has left behind.
     void ForgetUnlessSmall() noexcept
     {

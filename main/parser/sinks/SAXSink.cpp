@@ -2,6 +2,8 @@
 
 #include "sinks/AttributeAssembler.h"
 
+#include <utility>
+
 namespace {
 
 /// A run of text that needed more room than this gives it back.
@@ -21,6 +23,8 @@ SAXInterfaceExtension* SAXSink::GetExtension() const noexcept
 void SAXSink::StartElement(const StartTag& tag)
 {
     EndText();
+    if (IsRepeated())
+        return;
     m_sink->StartElement(TString(tag.element.name), ToAttributeMap(tag));
     m_isDone |= m_sink->IsDone();
 }
@@ -28,12 +32,36 @@ void SAXSink::StartElement(const StartTag& tag)
 void SAXSink::EndElement()
 {
     EndText();
+    if (IsRepeated())
+        return;
     m_sink->EndElement();
     m_isDone |= m_sink->IsDone();
 }
 
+void SAXSink::BeginDocument()
+{
+    m_text.clear();
+    m_eventsPassed = 0;
+    m_eventsToSkip = 0;
+}
+
+void SAXSink::Rewind()
+{
+    m_text.clear();
+    m_eventsToSkip = std::exchange(m_eventsPassed, 0);
+}
+
+bool SAXSink::IsRepeated() noexcept
+{
+    return m_eventsPassed++ < m_eventsToSkip;
+}
+
 void SAXSink::PassText()
 {
+    if (IsRepeated()) {
+        m_text.clear();
+        return;
+    }
     const TString text{std::u16string_view(m_text)};
     m_text.clear();
     m_sink->TextContent(text);

@@ -4,6 +4,7 @@
 
 #include <kescorexml/SAXInterface.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -20,12 +21,16 @@ public:
     void AppendText(std::u16string_view piece) override { m_text.append(piece); }
     void EndElement() override;
     bool IsDone() const noexcept override { return m_isDone; }
-    void BeginDocument() override { m_text.clear(); }
+    void BeginDocument() override;
+    void Rewind() override;
+    bool PassesOn() const noexcept override { return true; }
 
     /// The interface as one that also supplies schemas; null when it does not.
     SAXInterfaceExtension* GetExtension() const noexcept;
 
 private:
+    /// Whether the next event is one that was passed on before the sink was rewound.
+    bool IsRepeated() noexcept;
     void EndText()
     {
         if (!m_text.empty())
@@ -35,6 +40,9 @@ private:
 
     std::shared_ptr<SAXInterface> m_sink;
     bool m_isDone = false;
+    /// Those of this document.
+    std::uint64_t m_eventsPassed = 0;
+    std::uint64_t m_eventsToSkip = 0;
     /// Keeps its room between runs.
     std::u16string m_text;
 };

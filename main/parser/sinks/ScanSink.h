@@ -18,8 +18,8 @@ struct StartTag
     std::span<const char16_t* const> attributeValues;
 };
 
-/// What a scanner talks to. The events come balanced and in the order of the document; text comes in
-/// pieces, and those between two tags make one run.
+/// What a scanner talks to. The events come balanced and in the order of the document; text comes
+/// in pieces, and those between two tags make one run.
 ///
 /// For one thread at a time. What an event throws ends the parse.
 class ScanSink
@@ -37,4 +37,9 @@ public:
 
     /// A document begins: text that an abandoned parse has left behind is forgotten.
     virtual void BeginDocument() = 0;
+    /// The events of the document will come again from the first one on, more of them. What grew of
+    /// them is dropped; a sink that has passed them on passes on only those that follow them.
+    virtual void Rewind() = 0;
+    /// Whether events are passed on at once to somebody from whom they cannot be taken back.
+    virtual bool PassesOn() const noexcept = 0;
 };

@@ -70,6 +70,14 @@ void TreeSink::CloseTop()
     }
 }
 
+void TreeSink::Rewind()
+{
+    m_text.Drop();
+    m_waiting.clear();
+    while (m_open.size() > 1)
+        m_open.pop_back();
+}
+
 void TreeSink::Finish()
 {
     m_text.Drop();

@@ -31,6 +31,8 @@ public:
     void EndElement() override;
     bool IsDone() const noexcept override { return false; }
     void BeginDocument() override {}
+    void Rewind() override;
+    bool PassesOn() const noexcept override { return false; }
 
     /// Closes what a parse that stopped early has left open; text after the last tag is forgotten.
     /// No events may follow.
