@@ -71,10 +71,16 @@ XercesXMLHandler::~XercesXMLHandler() = default;
 
 void XercesXMLHandler::GetCurrentLocationHandler(int& line, int& column) const
 {
-    if (m_locator == nullptr)
+    if (m_line == 0)
         return;
-    line = static_cast<int>(m_locator->getLineNumber());
-    column = static_cast<int>(m_locator->getColumnNumber());
+    line = m_line;
+    column = m_column;
+}
+
+void XercesXMLHandler::RememberLocation()
+{
+    m_line = static_cast<int>(m_locator->getLineNumber());
+    m_column = static_cast<int>(m_locator->getColumnNumber());
 }
 
 // Elements and text
@@ -88,6 +94,7 @@ void XercesXMLHandler::characters(const XMLCh* chars, XMLSize_t length)
 void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qName,
                                     const xercesc::Attributes& attributes)
 {
+    RememberLocation();
     m_names.ForgetIfLarge();
     ParsedNames::Entry& name = m_names.FindElement(reinterpret_cast<const char16_t*>(qName));
     const XMLSize_t count = attributes.getLength();
@@ -106,6 +113,7 @@ void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, co
 void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
                                   const XMLCh* /*qName*/)
 {
+    RememberLocation();
     m_budget.EndElement();
     m_sink.EndElement();
 }

@@ -23,7 +23,7 @@ public:
                      ParseBudget& budget);
     ~XercesXMLHandler() override;
 
-    /// Leaves both as they are before the first document has begun.
+    /// Of the last event; leaves both as they are before the first one.
     void GetCurrentLocationHandler(int& line, int& column) const;
 
     bool SawWarnings() const noexcept { return !m_warnings.empty(); }
@@ -77,11 +77,16 @@ public:
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* id) override;
 
 private:
+    /// The locator knows nothing before and after a scan, and must not be asked then.
+    void RememberLocation();
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
     ScanSink& m_sink;
     SAXInterfaceExtension* m_extension;
     const xercesc::Locator* m_locator = nullptr;
+    /// Where the last event was; lines count from 1, and 0 is none.
+    int m_line = 0;
+    int m_column = 0;
     /// Those of the last start tag, which keep their room.
     std::vector<const char16_t*> m_attributeNames;
     std::vector<const char16_t*> m_attributeValues;
