@@ -291,7 +291,7 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 
 void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
 {
-    if (m_isDirect)
+    if (m_isDirect && m_directScanner.HasSentEvent())
         m_directScanner.GetCurrentLocation(line, column);
     else
         m_handler->GetCurrentLocationHandler(line, column);
@@ -320,7 +320,6 @@ void XercesXMLParserImpl::SendTo(ScanSink& sink, SAXInterfaceExtension* extensio
     m_handler = std::move(handler);
     SetEntityResolver(*m_reader, m_handler.get());
     m_sink = &sink;
-    m_isDirect = false;
 }
 
 void XercesXMLParserImpl::AllowEntityExpansion_Insecure()
@@ -339,6 +338,7 @@ void XercesXMLParserImpl::ParseImpl()
 void XercesXMLParserImpl::DoXercesParse()
 {
     const Metrics::Scope scope("XercesXMLParser_DoXercesParse");
+    DirectScanning::SetLastVerdict(DirectScanning::Verdict::None);
     m_handler->resetErrors();
     m_sink->BeginDocument();
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
@@ -424,13 +424,17 @@ bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
             document.Sanitize();
             RecordFailures(scan);
         }
-        // The last location may be asked for when the document is gone.
-        if (m_sink->PassesOn())
-            m_directScanner.SettleLocation();
+        m_isDirect = false;
+        // It may be asked for when the document is gone.
+        if (m_sink->PassesOn() && m_directScanner.HasSentEvent()) {
+            int line = 0;
+            int column = 0;
+            m_directScanner.GetCurrentLocation(line, column);
+            m_handler->SetLocation(line, column);
+        }
     }
-    m_isDirect = verdict == Verdict::Accepted;
     DirectScanning::SetLastVerdict(verdict);
-    return m_isDirect;
+    return verdict == Verdict::Accepted;
 }
 
 void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)

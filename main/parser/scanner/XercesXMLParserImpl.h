@@ -74,7 +74,7 @@ private:
 
     ParsedNames m_names;
     DirectScanner m_directScanner{m_names};
-    /// The direct scanner has read the document last, or is reading it.
+    /// The direct scanner is reading a document.
     bool m_isDirect = false;
     ParseBudget m_budget;
     DocumentTypeGuard m_documentType{m_budget};
