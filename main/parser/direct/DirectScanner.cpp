@@ -43,7 +43,8 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     at = m_output > m_maxOutput ? Decline(Verdict::Limit) : ScanProlog(at);
     if (at != nullptr)
         at = ScanElements(at);
-    if (at != nullptr && !m_isDone) {
+    // What stands behind the root element is looked at even if the sink is done with its end.
+    if (at != nullptr && m_open.empty()) {
         at = ScanMisc(at);
         if (at != nullptr && at != m_end)
             Decline(Verdict::Markup);

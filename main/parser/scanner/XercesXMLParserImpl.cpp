@@ -166,7 +166,8 @@ void XercesXMLParserImpl::Start(ScanSink& sink, SAXInterfaceExtension* extension
     EnsureXercesIsInitialised();
     m_securityManager = std::make_unique<xercesc::SecurityManager>();
     m_securityManager->setEntityExpansionLimit(0);
-    MakeReader();
+    // The reader is made, and prepared, when a document or a schema needs it.
+    const Metrics::Scope scope("XercesXMLParser_PrepareParserState");
 }
 
 void XercesXMLParserImpl::MakeReader()
@@ -216,7 +217,6 @@ void XercesXMLParserImpl::SetEntityResolver(xercesc::SAX2XMLReader& reader,
 
 void XercesXMLParserImpl::PrepareParserState(xercesc::SAX2XMLReader& reader)
 {
-    const Metrics::Scope scope("XercesXMLParser_PrepareParserState");
     reader.resetCachedGrammarPool();
     if (m_noSchemaLoaded) {
         SetFeatures(reader, {{XMLUni::fgSAX2CoreNameSpaces, false},
@@ -242,10 +242,11 @@ void XercesXMLParserImpl::PrepareParserState(xercesc::SAX2XMLReader& reader)
 
 void XercesXMLParserImpl::SwitchToValidating()
 {
-    if (m_isSpoilt)
+    if (m_reader == nullptr || m_isSpoilt)
         MakeReader();
     m_memory->PrepareForSchemas();
     m_noSchemaLoaded = false;
+    const Metrics::Scope scope("XercesXMLParser_PrepareParserState");
     try {
         PrepareParserState(*m_reader);
     } catch (...) {
@@ -316,9 +317,11 @@ void XercesXMLParserImpl::SendTo(ScanSink& sink, SAXInterfaceExtension* extensio
 {
     m_names.ForgetUnlessSmall();
     auto handler = std::make_unique<XercesXMLHandler>(sink, extension, m_names, m_budget);
-    SetXercesXMLHandler(*m_reader, *handler);
+    if (m_reader != nullptr) {
+        SetXercesXMLHandler(*m_reader, *handler);
+        SetEntityResolver(*m_reader, handler.get());
+    }
     m_handler = std::move(handler);
-    SetEntityResolver(*m_reader, m_handler.get());
     m_sink = &sink;
 }
 
@@ -380,7 +383,7 @@ void XercesXMLParserImpl::ScanWithXerces(const XercesInputSource& document)
 {
     // A new one would have to load all schemas again: what one that has them forgot stays until
     // the parser ends.
-    if (m_isSpoilt && m_noSchemaLoaded)
+    if (m_reader == nullptr || (m_isSpoilt && m_noSchemaLoaded))
         MakeReader();
     ScanDocument(document);
     if (m_handler->SawErrors())
@@ -512,7 +515,8 @@ void XercesXMLParserImpl::ForgetXmlVersion()
 
 void XercesXMLParserImpl::BeginBudget(const XercesInputSource& input, bool isValidating)
 {
-    m_memory->Reset();
+    if (m_memory != nullptr)
+        m_memory->Reset();
     m_budget.Begin(*this, input.GetBytes().size(), isValidating);
 }
 

@@ -78,6 +78,8 @@ private:
     bool m_isDirect = false;
     ParseBudget m_budget;
     DocumentTypeGuard m_documentType{m_budget};
+    // Null until a document or a schema is left to Xerces.
+
     std::unique_ptr<ScannerMemory> m_memory;
     std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
