@@ -221,7 +221,7 @@ const char* DirectScanner::ScanDefault(const char* at, AttributeDeclarations::At
     const std::string_view source(at, static_cast<std::size_t>(end - at));
     if (source.find_first_of("&%") != std::string_view::npos)
         return nullptr;
-    std::u16string value(GetValue(0));
+    std::u16string value(GetValue(0), m_values[0].length);
     if (attribute.isTokenized)
         AttributeDeclarations::CollapseBlanks(value);
     attribute.defaultValue = std::move(value);

@@ -141,11 +141,12 @@ private:
     struct Value
     {
         std::size_t offset;
+        std::size_t length;
         bool hasReference;
     };
     std::vector<Value> m_values;
     std::vector<const char16_t*> m_attributeNames;
-    std::vector<const char16_t*> m_attributeValues;
+    std::vector<std::u16string_view> m_attributeValues;
     /// Values of a tag, or a piece of text.
     WideBuffer m_units;
     char16_t* m_to = nullptr;

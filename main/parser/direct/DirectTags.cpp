@@ -1,9 +1,9 @@
+#include "base/ShortText.h"
 #include "direct/ByteClasses.h"
 #include "direct/DirectScanner.h"
 #include "direct/WideRun.h"
 
 #include <algorithm>
-#include <cstring>
 
 using DirectScanning::Verdict;
 
@@ -14,7 +14,7 @@ constexpr std::size_t c_slack = 64;
 bool BeginsWith(const char* at, const char* end, std::string_view text) noexcept
 {
     return static_cast<std::size_t>(end - at) >= text.size() &&
-           std::memcmp(at, text.data(), text.size()) == 0;
+           ShortText::Equals(at, text.data(), text.size());
 }
 
 } // namespace
@@ -97,13 +97,14 @@ const char* DirectScanner::ScanAttributeValue(const char* at)
     if (quote != '"' && quote != '\'')
         return Decline(Verdict::Markup);
     ++at;
-    m_values.push_back({static_cast<std::size_t>(m_to - m_units.Begin()), false});
+    m_values.push_back({static_cast<std::size_t>(m_to - m_units.Begin()), 0, false});
     const WideRun::Stops<WideRun::Controls::StopAll> stops{quote, '<', '&'};
     for (;;) {
         m_to = m_units.Reserve(m_to, c_slack + WideRun::c_step);
         at = WideRun::Copy(at, m_end, stops, m_to, m_units.End() - c_slack);
         if (*at == quote) {
-            *m_to++ = u'\0';
+            const char16_t* const begin = m_units.Begin() + m_values.back().offset;
+            m_values.back().length = static_cast<std::size_t>(m_to - begin);
             return at + 1;
         }
         switch (*at) {
@@ -139,7 +140,7 @@ const char* DirectScanner::StartElement(const char* at, NameTable::Name& element
     m_attributeValues.resize(count);
     for (std::size_t i = 0; i < count; ++i) {
         m_attributeNames[i] = m_attributes[i]->entry->name.utf16();
-        m_attributeValues[i] = GetValue(i);
+        m_attributeValues[i] = {GetValue(i), m_values[i].length};
     }
     if (count > 0 && m_attributes != element.lastAttributes)
         element.lastAttributes = m_attributes;
@@ -165,7 +166,7 @@ bool DirectScanner::ApplyDeclarations(const NameTable::Name& element)
                 return false;
         } else if (attribute.defaultValue) {
             m_attributeNames.push_back(attribute.name->entry->name.utf16());
-            m_attributeValues.push_back(attribute.defaultValue->c_str());
+            m_attributeValues.push_back(*attribute.defaultValue);
             m_output += attribute.name->bytes.size() + attribute.defaultValue->size() + 1;
         }
     }
@@ -181,10 +182,10 @@ bool DirectScanner::CollapseBlanks(const NameTable::Name& attribute)
     const auto index = static_cast<std::size_t>(found - m_attributes.begin());
     if (m_values[index].hasReference)
         return Decline(Verdict::DocumentType) != nullptr;
-    char16_t* const units = m_units.Begin() + m_values[index].offset;
-    std::u16string value(units);
+    std::u16string value(m_attributeValues[index]);
     AttributeDeclarations::CollapseBlanks(value);
-    *std::copy(value.begin(), value.end(), units) = u'\0';
+    std::copy(value.begin(), value.end(), m_units.Begin() + m_values[index].offset);
+    m_attributeValues[index] = m_attributeValues[index].substr(0, value.size());
     return true;
 }
 

@@ -112,13 +112,18 @@ const char* DirectScanner::ScanCharacters(const char* at) noexcept
     }
     if (m_isAscii)
         return Decline(Verdict::Encoding);
-    const char16_t* const room = m_units.End() - 1;
+    const char16_t* const room = m_units.End() - 2;
     char16_t* to = m_to;
     do {
         const char32_t character = Utf8Sequence::Read(at);
         if (character == Utf8Sequence::c_invalid)
             return Decline(Verdict::Encoding);
         to = Utf8Sequence::Write(character, to);
+        // Words of other scripts stand with blanks between them.
+        if (*at == ' ') {
+            *to++ = u' ';
+            ++at;
+        }
     } while (to < room && !ByteClasses::IsAscii(*at));
     m_to = to;
     return at;
@@ -131,15 +136,19 @@ const char* DirectScanner::ScanReference(const char* at) noexcept
         std::string_view text;
         char16_t unit;
     };
-    constexpr Predefined c_predefined[] = {
-        {"&lt;", u'<'}, {"&gt;", u'>'}, {"&amp;", u'&'}, {"&quot;", u'"'}, {"&apos;", u'\''}};
-    if (at[1] == '#')
-        return ScanCharacterReference(at + 2);
-    const auto rest = std::string_view(at, static_cast<std::size_t>(m_end - at));
+    static constexpr Predefined c_predefined[] = {
+        {"lt;", u'<'}, {"gt;", u'>'}, {"amp;", u'&'}, {"quot;", u'"'}, {"apos;", u'\''}};
+    ++at;
+    if (*at == '#')
+        return ScanCharacterReference(at + 1);
     for (const Predefined& entity : c_predefined) {
-        if (rest.starts_with(entity.text)) {
+        // The zero behind the document ends the comparison at the latest.
+        std::size_t length = 0;
+        while (length < entity.text.size() && at[length] == entity.text[length])
+            ++length;
+        if (length == entity.text.size()) {
             *m_to++ = entity.unit;
-            return at + entity.text.size();
+            return at + length;
         }
     }
     return Decline(Verdict::Entity);

@@ -1,5 +1,7 @@
 #include "direct/NameTable.h"
 
+#include "base/ShortText.h"
+
 #include <algorithm>
 
 NameTable::Name& NameTable::Find(std::string_view bytes)
@@ -7,7 +9,8 @@ NameTable::Name& NameTable::Find(std::string_view bytes)
     const std::uint32_t hash = m_names.GetSeed().Hash(bytes.data(), bytes.size());
     const std::size_t mask = m_slots.size() - 1;
     for (std::size_t slot = hash & mask; Name* name = m_slots[slot]; slot = (slot + 1) & mask) {
-        if (name->hash == hash && name->bytes == bytes)
+        if (name->hash == hash && name->bytes.size() == bytes.size() &&
+            ShortText::Equals(name->bytes.data(), bytes.data(), bytes.size()))
             return *name;
     }
     return Add(bytes, hash);

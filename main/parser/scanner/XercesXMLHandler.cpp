@@ -105,7 +105,7 @@ void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, co
     m_attributeValues.resize(count);
     for (XMLSize_t i = 0; i < count; ++i) {
         m_attributeNames[i] = ToTerminated(attributes.getQName(i));
-        m_attributeValues[i] = ToTerminated(attributes.getValue(i));
+        m_attributeValues[i] = ViewXMLCh(attributes.getValue(i));
     }
     m_sink.StartElement({m_names, name, m_attributeNames, m_attributeValues});
 }

@@ -95,7 +95,7 @@ private:
     int m_column = 0;
     /// Those of the last start tag, which keep their room.
     std::vector<const char16_t*> m_attributeNames;
-    std::vector<const char16_t*> m_attributeValues;
+    std::vector<std::u16string_view> m_attributeValues;
     std::vector<TString> m_warnings;
     std::vector<TString> m_errors;
     bool m_sawFatalError = false;

@@ -11,11 +11,11 @@ struct StartTag
     /// All names that the parser has met, and among them that of the element.
     ParsedNames& names;
     ParsedNames::Entry& element;
-    /// The attributes in the order of the document, zero-terminated; as many values as names. Names
-    /// may be those that the colon sanitizer put in place of others; of equal names the first one
-    /// counts.
+    /// The attributes in the order of the document; as many values as names, which are
+    /// zero-terminated. Names may be those that the colon sanitizer put in place of others; of
+    /// equal names the first one counts.
     std::span<const char16_t* const> attributeNames;
-    std::span<const char16_t* const> attributeValues;
+    std::span<const std::u16string_view> attributeValues;
 };
 
 /// What a scanner talks to. The events come balanced and in the order of the document; text comes

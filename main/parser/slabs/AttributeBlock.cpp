@@ -1,6 +1,6 @@
 #include "slabs/AttributeBlock.h"
 
-#include "base/TerminatedText.h"
+#include "base/ShortText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -42,45 +42,6 @@ constexpr std::size_t c_bytesForNames =
 } // namespace
 
 AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
-                                       std::span<const char16_t* const> values)
-{
-    if (AttributeBlock* block = CreateInRoom(arena, names, values))
-        return block;
-    std::array<std::u16string_view, AttributeNames::maxCount> views;
-    std::copy(values.begin(), values.end(), views.begin());
-    return Create(arena, names, std::span(views.data(), values.size()));
-}
-
-/// Writes the values to where the next object of the arena will begin; null when they do not fit
-/// there. It takes one pass over the values, whose lengths nobody knows.
-AttributeBlock* AttributeBlock::CreateInRoom(ParseArena& arena, AttributeNames& names,
-                                             std::span<const char16_t* const> values)
-{
-    constexpr std::size_t valuesAt = offsetof(AttributeBlock, m_slots);
-    const std::span<std::byte> room = arena.GetRoom();
-    if (room.size() < sizeof(AttributeBlock) + c_bytesForNames)
-        return nullptr;
-    const std::size_t mostBytes = std::min(room.size(), ParseArena::maxObject) - c_bytesForNames;
-    const auto* const end = reinterpret_cast<const char16_t*>(room.data() + mostBytes);
-    ParseSlab* slab = arena.GetSlab();
-    // Before its slots are written, which are a part of it.
-    auto* block = new (room.data()) AttributeBlock(names, slab->OffsetOf(room.data()));
-    std::byte* slot = room.data() + valuesAt;
-    for (const char16_t* const value : values) {
-        char16_t* const units = TStringBlock::UnitsOfSlot(slot);
-        const char16_t* const zero = TerminatedText::Copy(value, units, end);
-        if (zero == nullptr)
-            return nullptr;
-        const auto length = static_cast<std::size_t>(zero - units);
-        slab->FinishSlot(slot, length);
-        slot += TStringBlock::SlotSize(length);
-    }
-    const auto bytes = static_cast<std::size_t>(slot - room.data());
-    arena.AllocateNamed(std::max(bytes, sizeof(AttributeBlock)), names, slab);
-    return block;
-}
-
-AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
                                        std::span<const std::u16string_view> values)
 {
     constexpr std::size_t valuesAt = offsetof(AttributeBlock, m_slots);
@@ -98,7 +59,10 @@ AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
     auto* block = new (memory) AttributeBlock(names, slab->OffsetOf(memory));
     std::byte* slot = memory + valuesAt;
     for (const std::u16string_view value : values) {
-        slab->WriteSlot(slot, value);
+        char16_t* const units = TStringBlock::UnitsOfSlot(slot);
+        ShortText::Copy(value.data(), units, value.size());
+        units[value.size()] = u'\0';
+        slab->FinishSlot(slot, value.size());
         slot += TStringBlock::SlotSize(value.size());
     }
     return block;

@@ -63,9 +63,6 @@ public:
     /// more room than an arena gives to one object. The slab keeps `names` alive.
     static AttributeBlock* Create(ParseArena& arena, AttributeNames& names,
                                   std::span<const std::u16string_view> values);
-    /// The same for zero-terminated values.
-    static AttributeBlock* Create(ParseArena& arena, AttributeNames& names,
-                                  std::span<const char16_t* const> values);
     AttributeBlock(const AttributeBlock&) = delete;
     AttributeBlock& operator=(const AttributeBlock&) = delete;
 
@@ -111,9 +108,6 @@ private:
         : m_names(&names), m_slabOffset(slabOffset)
     {
     }
-
-    static AttributeBlock* CreateInRoom(ParseArena& arena, AttributeNames& names,
-                                        std::span<const char16_t* const> values);
 
     ParseSlab& Slab() const noexcept { return ParseSlab::At(this, m_slabOffset); }
     const std::byte* Slot(std::size_t index) const noexcept
