@@ -393,22 +393,29 @@ std::string BothScanners::CompareFrontDoors(const std::string& bytes)
 
 // Many comparisons
 
-std::string BothScanners::CompareAll(const std::string& bytes)
+std::string BothScanners::CompareWith(const std::string& bytes, Source source)
 {
-    std::string differences = CompareFrontDoors(bytes);
-    for (const Source source : c_sources) {
-        differences += CompareEvents(bytes, source);
-        differences += CompareNewParser(bytes, source);
-        differences += CompareMetrics(bytes, source);
-        differences += CompareDom(bytes, source, {false, false});
-        differences += CompareDom(bytes, source, {true, true});
-        differences += CompareStandalone(bytes, source, source == Source::Binary);
-    }
-    for (const Source source : {Source::Utf8, Source::Binary}) {
+    std::string differences = CompareEvents(bytes, source);
+    differences += CompareNewParser(bytes, source);
+    differences += CompareMetrics(bytes, source);
+    differences += CompareDom(bytes, source, {false, false});
+    differences += CompareDom(bytes, source, {true, true});
+    differences += CompareStandalone(bytes, source, source == Source::Binary);
+    if (source == Source::Utf8 || source == Source::Binary) {
         differences += CompareDom(bytes, source, {true, false});
         differences += CompareDom(bytes, source, {false, true});
     }
     return differences;
+}
+
+std::string BothScanners::CompareAll(const std::string& bytes)
+{
+    for (const Source source : c_sources) {
+        std::string differences = CompareWith(bytes, source);
+        if (!differences.empty())
+            return differences;
+    }
+    return CompareFrontDoors(bytes);
 }
 
 std::string BothScanners::CompareSome(const std::string& bytes, std::size_t turn)
@@ -440,7 +447,7 @@ std::string BothScanners::CompareSinks(const std::string& bytes, std::size_t mos
                                   SinkPlan::Thrown::ParseException, SinkPlan::Thrown::OutOfMemory,
                                   SinkPlan::Thrown::Number};
     std::string differences;
-    for (std::size_t event = 1; event <= mostEvents; ++event) {
+    for (std::size_t event = 1; event <= mostEvents && differences.empty(); ++event) {
         SinkPlan plan;
         plan.stopFrom = event;
         differences += CompareEvents(bytes, Source::Utf8, plan);

@@ -80,11 +80,12 @@ public:
     /// new ones, while metrics and activities are recorded.
     std::string CompareFrontDoors(const std::string& bytes);
 
-    /// Every comparison above with every source.
+    /// Every comparison above with every source, up to the first source that shows a difference.
     std::string CompareAll(const std::string& bytes);
     /// The events of UTF-8, and one of the others: `turn` chooses which.
     std::string CompareSome(const std::string& bytes, std::size_t turn);
-    /// Sinks that stop, stop once or throw at each of the events, `mostEvents` at most.
+    /// Sinks that stop, stop once or throw at each of the events, `mostEvents` at most, up to the
+    /// first event that shows a difference.
     std::string CompareSinks(const std::string& bytes, std::size_t mostEvents);
 
     /// How often the direct scanner came to that verdict in these comparisons.
@@ -112,6 +113,7 @@ private:
     StandaloneDOMParser& GetStandaloneParser(Side& side) const;
     std::unique_ptr<InputSource> MakeSource(const std::string& bytes, Source source);
     const TString& WriteFile(const std::string& bytes);
+    std::string CompareWith(const std::string& bytes, Source source);
     void RunParser(XercesXMLParser& parser, const std::string& bytes, Source source,
                    const SinkPlan& plan, ParseTrace& trace);
 
