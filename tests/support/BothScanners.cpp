@@ -293,15 +293,14 @@ void TraceParse(ParseTrace& trace, XercesXMLParser& parser)
 
 } // namespace
 
-void BothScanners::RunParser(XercesXMLParser& parser, const std::string& bytes, Source source,
-                             const SinkPlan& plan, ParseTrace& trace)
+void BothScanners::RunParser(XercesXMLParser& parser, InputSource& source, const SinkPlan& plan,
+                             ParseTrace& trace)
 {
-    const std::unique_ptr<InputSource> input = MakeSource(bytes, source);
     const auto sink = std::make_shared<TracingSink>(trace, plan);
     sink->Listen(parser);
-    parser.Reload(*input, sink);
+    parser.Reload(source, sink);
     TraceParse(trace, parser);
-    TraceSource(trace, *input);
+    TraceSource(trace, source);
 }
 
 std::string BothScanners::CompareEvents(const std::string& bytes, Source source,
@@ -309,7 +308,8 @@ std::string BothScanners::CompareEvents(const std::string& bytes, Source source,
 {
     return Compare(Join("events", source, Describe(plan)), bytes,
                    [&](Side& side, ParseTrace& trace) {
-                       RunParser(GetParser(side), bytes, source, plan, trace);
+                       const std::unique_ptr<InputSource> input = MakeSource(bytes, source);
+                       RunParser(GetParser(side), *input, plan, trace);
                    });
 }
 
@@ -318,7 +318,8 @@ std::string BothScanners::CompareMetrics(const std::string& bytes, Source source
     return Compare(Join("metrics", source), bytes, [&](Side& side, ParseTrace& trace) {
         const RecordingMetrics metrics;
         const RecordingActivities activities;
-        RunParser(GetParser(side), bytes, source, {}, trace);
+        const std::unique_ptr<InputSource> input = MakeSource(bytes, source);
+        RunParser(GetParser(side), *input, {}, trace);
         TraceRecords(trace, metrics, activities);
     });
 }
@@ -388,6 +389,21 @@ std::string BothScanners::CompareFrontDoors(const std::string& bytes)
         TraceStatistics(trace, standaloneParser);
         TraceFrontDoors(trace, standaloneParser, bytes, path);
         TraceRecords(trace, metrics, activities);
+    });
+}
+
+std::string BothScanners::CompareText(const std::u16string& text)
+{
+    const TString units{std::u16string_view(text)};
+    return Compare("text", units.toStdString(), [&](Side& side, ParseTrace& trace) {
+        StringInputSource input(units, Id(), false);
+        RunParser(GetParser(side), input, {}, trace);
+        DOMParser& domParser = GetDomParser(side, true);
+        TraceStatistics(trace, domParser);
+        TraceDocument(trace, *domParser.ParseXmlString(units, Id()));
+        StandaloneDOMParser& standaloneParser = GetStandaloneParser(side);
+        TraceStatistics(trace, standaloneParser);
+        TraceResult(trace, standaloneParser.ParseXmlString(units, Id()));
     });
 }
 

@@ -151,7 +151,7 @@ TEST(DirectEquivalence, LongDocumentsOfMixedThingsAreTheSame)
 TEST(DirectEquivalence, DeepDocumentsAreTheSame)
 {
     BothScanners both;
-    for (const std::size_t depth : {1000U, 100'000U}) {
+    for (const std::size_t depth : {1000U, 20'000U}) {
         std::string document;
         for (std::size_t i = 0; i < depth; ++i)
             document += "<a>";
@@ -165,5 +165,19 @@ TEST(DirectEquivalence, DeepDocumentsAreTheSame)
         document.pop_back();
         ASSERT_TRUE(
             ExpectSame(both.CompareDom(document, BothScanners::Source::Utf8, {true, false})));
+    }
+}
+
+TEST(DirectEquivalence, AnyNumberOfAttributesIsTheSame)
+{
+    BothScanners both;
+    std::string tag = "<a";
+    for (std::size_t count = 0; count <= 200; ++count) {
+        ASSERT_TRUE(ExpectSame(both.CompareSome("<r>" + tag + "/>" + tag + "></a></r>", count)));
+        // The first, one in the middle or the last of them again.
+        for (const std::size_t again : {std::size_t{0}, count / 2, count})
+            ASSERT_TRUE(
+                ExpectSame(both.CompareEvents(tag + " n" + std::to_string(again) + "='x'/>")));
+        tag += " n" + std::to_string(count) + "='" + std::string(count % 40, 'v') + "'";
     }
 }
