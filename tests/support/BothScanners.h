@@ -80,11 +80,17 @@ public:
     /// new ones, while metrics and activities are recorded.
     std::string CompareFrontDoors(const std::string& bytes);
 
-    /// Every comparison above with every source.
+    /// The same for a text as it is, which may hold halves of surrogate pairs: a StringInputSource,
+    /// and both kinds of parsers that are handed the text.
+    std::string CompareText(const std::u16string& text);
+
+    /// Every comparison of bytes above with every source, up to the first source that shows a
+    /// difference.
     std::string CompareAll(const std::string& bytes);
     /// The events of UTF-8, and one of the others: `turn` chooses which.
     std::string CompareSome(const std::string& bytes, std::size_t turn);
-    /// Sinks that stop, stop once or throw at each of the events, `mostEvents` at most.
+    /// Sinks that stop, stop once or throw at each of the events, `mostEvents` at most, up to the
+    /// first event that shows a difference.
     std::string CompareSinks(const std::string& bytes, std::size_t mostEvents);
 
     /// How often the direct scanner came to that verdict in these comparisons.
@@ -112,8 +118,9 @@ private:
     StandaloneDOMParser& GetStandaloneParser(Side& side) const;
     std::unique_ptr<InputSource> MakeSource(const std::string& bytes, Source source);
     const TString& WriteFile(const std::string& bytes);
-    void RunParser(XercesXMLParser& parser, const std::string& bytes, Source source,
-                   const SinkPlan& plan, ParseTrace& trace);
+    std::string CompareWith(const std::string& bytes, Source source);
+    static void RunParser(XercesXMLParser& parser, InputSource& source, const SinkPlan& plan,
+                          ParseTrace& trace);
 
     Settings m_settings;
     std::array<Side, 2> m_sides;

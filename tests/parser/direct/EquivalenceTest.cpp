@@ -1,6 +1,7 @@
 // Documents that cover every construct, with the direct scanner and without: nobody can tell.
 
 #include "support/BothScanners.h"
+#include "support/ExpectSame.h"
 #include "support/OddDocuments.h"
 
 #include <kescorexml/Utf8InputSource.h>
@@ -40,15 +41,16 @@ TEST(DirectEquivalence, OddDocumentsGiveTheSameThroughEveryDoor)
 {
     BothScanners both;
     for (const OddDocuments::Document& document : OddDocuments::All())
-        EXPECT_EQ(both.CompareAll(document.bytes), "");
+        ASSERT_TRUE(ExpectSame(both.CompareAll(document.bytes)));
 }
 
 TEST(DirectEquivalence, OddDocumentsGiveTheSameToParsersThatHaveSeenNothing)
 {
     for (const OddDocuments::Document& document : OddDocuments::All()) {
         BothScanners both;
-        EXPECT_EQ(both.CompareEvents(document.bytes), "");
-        EXPECT_EQ(both.CompareDom(document.bytes, BothScanners::Source::Binary, {true, false}), "");
+        ASSERT_TRUE(ExpectSame(both.CompareEvents(document.bytes)));
+        ASSERT_TRUE(ExpectSame(
+            both.CompareDom(document.bytes, BothScanners::Source::Binary, {true, false})));
     }
 }
 
@@ -56,11 +58,11 @@ TEST(DirectEquivalence, OddDocumentsLeaveNothingToTheNextOne)
 {
     BothScanners both;
     for (const OddDocuments::Document& document : OddDocuments::All()) {
-        EXPECT_EQ(both.CompareEvents(document.bytes, BothScanners::Source::Binary), "");
-        EXPECT_EQ(both.CompareMetrics("<a b='1'>x&#65;<c/>\n</a>"), "");
-        EXPECT_EQ(both.CompareEvents("<a i=' x '>&e;</a>"), "");
-        EXPECT_EQ(both.CompareEvents("<a>x<b>y</c></a>"), "");
-        EXPECT_EQ(both.CompareMetrics("<b>\n<a c='2' b='1'/>\xC3\xA9</b>"), "");
+        ASSERT_TRUE(ExpectSame(both.CompareEvents(document.bytes, BothScanners::Source::Binary)));
+        ASSERT_TRUE(ExpectSame(both.CompareMetrics("<a b='1'>x&#65;<c/>\n</a>")));
+        ASSERT_TRUE(ExpectSame(both.CompareEvents("<a i=' x '>&e;</a>")));
+        ASSERT_TRUE(ExpectSame(both.CompareEvents("<a>x<b>y</c></a>")));
+        ASSERT_TRUE(ExpectSame(both.CompareMetrics("<b>\n<a c='2' b='1'/>\xC3\xA9</b>")));
     }
 }
 
@@ -68,9 +70,11 @@ TEST(DirectEquivalence, PermissionToExpandEntitiesChangesNothing)
 {
     BothScanners both({.expandsEntities = true});
     for (const OddDocuments::Document& document : OddDocuments::All()) {
-        EXPECT_EQ(both.CompareEvents(document.bytes), "");
-        EXPECT_EQ(both.CompareNewParser(document.bytes, BothScanners::Source::Binary), "");
-        EXPECT_EQ(both.CompareStandalone(document.bytes, BothScanners::Source::Utf8, false), "");
+        ASSERT_TRUE(ExpectSame(both.CompareEvents(document.bytes)));
+        ASSERT_TRUE(
+            ExpectSame(both.CompareNewParser(document.bytes, BothScanners::Source::Binary)));
+        ASSERT_TRUE(
+            ExpectSame(both.CompareStandalone(document.bytes, BothScanners::Source::Utf8, false)));
     }
 }
 
@@ -78,7 +82,7 @@ TEST(DirectEquivalence, ParsersThatValidateAreTheSame)
 {
     BothScanners both({.validates = true});
     for (const OddDocuments::Document& document : OddDocuments::All()) {
-        EXPECT_EQ(both.CompareEvents(document.bytes), "");
+        ASSERT_TRUE(ExpectSame(both.CompareEvents(document.bytes)));
         EXPECT_NE(both.GetLastVerdict(), DirectScanning::Verdict::Accepted);
     }
 }
@@ -93,12 +97,15 @@ TEST(DirectEquivalence, LowLimitsEndADocumentAtTheSamePlace)
         limits.SetExpansionLimit(0, threshold);
         BothScanners expanded({.limits = limits});
         for (const OddDocuments::Document& document : OddDocuments::All()) {
-            EXPECT_EQ(amplified.CompareEvents(document.bytes), "");
-            EXPECT_EQ(expanded.CompareEvents(document.bytes, BothScanners::Source::Binary), "");
+            ASSERT_TRUE(ExpectSame(amplified.CompareEvents(document.bytes)));
+            ASSERT_TRUE(
+                ExpectSame(expanded.CompareEvents(document.bytes, BothScanners::Source::Binary)));
         }
         for (const std::string& document : OddDocuments::Small()) {
-            EXPECT_EQ(amplified.CompareDom(document, BothScanners::Source::Utf8, {true, true}), "");
-            EXPECT_EQ(expanded.CompareStandalone(document, BothScanners::Source::Utf8, true), "");
+            ASSERT_TRUE(ExpectSame(
+                amplified.CompareDom(document, BothScanners::Source::Utf8, {true, true})));
+            ASSERT_TRUE(
+                ExpectSame(expanded.CompareStandalone(document, BothScanners::Source::Utf8, true)));
         }
     }
 }

@@ -2,6 +2,7 @@
 // has read them.
 
 #include "support/BothScanners.h"
+#include "support/ExpectSame.h"
 #include "support/OddDocuments.h"
 #include "support/RandomDocument.h"
 
@@ -36,8 +37,8 @@ TEST(DirectEquivalence, DocumentsCutAnywhereAreTheSame)
     for (const std::string& document : OddDocuments::Small()) {
         for (std::size_t length = 0; length < document.size(); ++length) {
             const std::string cut = document.substr(0, length);
-            EXPECT_EQ(both.CompareSome(cut, length), "");
-            EXPECT_EQ(both.CompareSome(document.substr(length), length), "");
+            ASSERT_TRUE(ExpectSame(both.CompareSome(cut, length)));
+            ASSERT_TRUE(ExpectSame(both.CompareSome(document.substr(length), length)));
         }
     }
 }
@@ -51,7 +52,7 @@ TEST(DirectEquivalence, DocumentsWithAnyByteReplacedAreTheSame)
             for (const char byte : c_nastyBytes) {
                 std::string changed = document;
                 changed[i] = byte;
-                ASSERT_EQ(both.CompareSome(changed, ++turn), "");
+                ASSERT_TRUE(ExpectSame(both.CompareSome(changed, ++turn)));
             }
         }
     }
@@ -65,11 +66,11 @@ TEST(DirectEquivalence, DocumentsWithAByteInsertedOrTakenAwayAreTheSame)
         for (std::size_t i = 0; i < document.size(); ++i) {
             std::string shorter = document;
             shorter.erase(i, 1);
-            ASSERT_EQ(both.CompareSome(shorter, ++turn), "");
+            ASSERT_TRUE(ExpectSame(both.CompareSome(shorter, ++turn)));
             for (const char byte : " \n\r<>&'-]:\xC3"sv) {
                 std::string longer = document;
                 longer.insert(i, 1, byte);
-                ASSERT_EQ(both.CompareSome(longer, ++turn), "");
+                ASSERT_TRUE(ExpectSame(both.CompareSome(longer, ++turn)));
             }
         }
     }
@@ -84,8 +85,9 @@ TEST(DirectEquivalence, AllLineEndsAreTheSame)
         for (const std::string_view lineEnd : {"\n"sv, "\r\n"sv, "\r"sv, "\n\r"sv, "\r\r\n"sv,
                                                "\xC2\x85"sv, "\xE2\x80\xA8"sv, "\n\n\n"sv}) {
             const std::string changed = ReplaceLineEnds(document.bytes, lineEnd);
-            EXPECT_EQ(both.CompareEvents(changed), "");
-            EXPECT_EQ(both.CompareDom(changed, BothScanners::Source::Binary, {true, true}), "");
+            ASSERT_TRUE(ExpectSame(both.CompareEvents(changed)));
+            ASSERT_TRUE(
+                ExpectSame(both.CompareDom(changed, BothScanners::Source::Binary, {true, true})));
         }
     }
 }
@@ -95,7 +97,7 @@ TEST(DirectEquivalence, PairsOfDocumentsOneBehindTheOtherAreTheSame)
     BothScanners both;
     for (const std::string& first : OddDocuments::Small()) {
         for (const std::string& second : OddDocuments::Small())
-            EXPECT_EQ(both.CompareEvents(first + second), "");
+            ASSERT_TRUE(ExpectSame(both.CompareEvents(first + second)));
     }
 }
 
@@ -105,7 +107,7 @@ TEST(DirectEquivalence, RandomDocumentsAreTheSame)
     for (const std::size_t faults : {0U, 1U, 5U}) {
         RandomDocument random(20261122, faults);
         for (std::size_t turn = 0; turn < 4000; ++turn)
-            ASSERT_EQ(both.CompareSome(random.Next(), turn), "") << faults << ", " << turn;
+            ASSERT_TRUE(ExpectSame(both.CompareSome(random.Next(), turn)));
     }
 }
 
@@ -125,6 +127,6 @@ TEST(DirectEquivalence, RandomDocumentsWithRandomSinksAreTheSame)
         plan.throwsWhenAsked = random.Below(2) == 0;
         plan.thrown = static_cast<SinkPlan::Thrown>(random.Below(4));
         const std::string document = documents.Next();
-        ASSERT_EQ(both.CompareEvents(document, BothScanners::Source::Utf8, plan), "");
+        ASSERT_TRUE(ExpectSame(both.CompareEvents(document, BothScanners::Source::Utf8, plan)));
     }
 }
