@@ -49,8 +49,24 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
         if (at != nullptr && at != m_end)
             Decline(Verdict::Markup);
     }
-    m_units.Shrink();
+    GiveBack();
     return m_verdict;
+}
+
+/// What an unusual document has made the scanner take.
+void DirectScanner::GiveBack()
+{
+    constexpr std::size_t c_kept = 1024;
+    m_units.Shrink();
+    m_declarations.Clear();
+    if (m_open.capacity() > c_kept)
+        std::vector<OpenTag>().swap(m_open);
+    if (m_values.capacity() > c_kept) {
+        std::vector<NameTable::Name*>().swap(m_attributes);
+        std::vector<Value>().swap(m_values);
+        std::vector<const char16_t*>().swap(m_attributeNames);
+        std::vector<std::u16string_view>().swap(m_attributeValues);
+    }
 }
 
 void DirectScanner::GetCurrentLocation(int& line, int& column) noexcept

@@ -117,6 +117,7 @@ private:
     /// One that has characters beyond ASCII.
     const char* ScanLongName(const char* at) noexcept;
 
+    void GiveBack();
     void ReserveText();
     void PassText();
     /// Before an event that nobody can take back: what Xerces would have decoded by then must be
