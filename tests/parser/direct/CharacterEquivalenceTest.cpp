@@ -18,8 +18,8 @@ namespace {
 std::vector<char32_t> Characters(char32_t step = 97)
 {
     std::vector<char32_t> characters;
-    const auto add = [&](char32_t first, char32_t last, char32_t step) {
-        for (char32_t c = first; c <= last; c += step)
+    const auto add = [&](char32_t first, char32_t last, char32_t distance) {
+        for (char32_t c = first; c <= last; c += distance)
             characters.push_back(c);
     };
     add(0, 0x33FF, 1);
