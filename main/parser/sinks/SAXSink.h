@@ -19,6 +19,11 @@ public:
 
     void StartElement(const StartTag& tag) override;
     void AppendText(std::u16string_view piece) override { m_text.append(piece); }
+    void EndText() override
+    {
+        if (!m_text.empty())
+            PassText();
+    }
     void EndElement() override;
     bool IsDone() const noexcept override { return m_isDone; }
     void BeginDocument() override;
@@ -31,11 +36,6 @@ public:
 private:
     /// Whether the next event is one that was passed on before the sink was rewound.
     bool IsRepeated() noexcept;
-    void EndText()
-    {
-        if (!m_text.empty())
-            PassText();
-    }
     void PassText();
 
     std::shared_ptr<SAXInterface> m_sink;

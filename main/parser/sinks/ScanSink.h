@@ -30,6 +30,9 @@ public:
     virtual void StartElement(const StartTag& tag) = 0;
     /// `piece` is copied.
     virtual void AppendText(std::u16string_view piece) = 0;
+    /// The run of text, if there is one, is whole: a tag comes next. Start and end of an element
+    /// say so, too.
+    virtual void EndText() = 0;
     virtual void EndElement() = 0;
     /// The sink wants no more events of this document or of those after it. Asked behind each tag;
     /// an empty element counts as one.

@@ -28,6 +28,11 @@ public:
 
     void StartElement(const StartTag& tag) override;
     void AppendText(std::u16string_view piece) override { m_text.Append(piece); }
+    void EndText() override
+    {
+        if (!m_text.IsEmpty())
+            TakeText();
+    }
     void EndElement() override;
     bool IsDone() const noexcept override { return false; }
     void BeginDocument() override {}
@@ -48,12 +53,6 @@ private:
         std::size_t firstChild;
     };
 
-    /// What was appended is a whole run: a tag comes next.
-    void EndText()
-    {
-        if (!m_text.IsEmpty())
-            TakeText();
-    }
     void TakeText();
     void CloseTop();
 

@@ -50,8 +50,18 @@ TEST(DocumentPosition, BeginsAtLineOneColumnOne)
 TEST(DocumentPosition, CountsLinesAndUnitsInStepsOfAnySize)
 {
     constexpr std::array<const char*, 12> c_pieces{
-        "x", "y", "z", " ", "\n", "\r", "\r\n", "\xC3\xA9", "\xE0\xB0\xA4", "\xF0\x9F\x98\x80",
-        "sixteen bytes and", "a long line without an end, so to say, of sixty-four bytes or more"};
+        "x",
+        "y",
+        "z",
+        " ",
+        "\n",
+        "\r",
+        "\r\n",
+        "\xC3\xA9",
+        "\xE0\xB0\xA4",
+        "\xF0\x9F\x98\x80",
+        "sixteen bytes and",
+        "a long line without an end, so to say, of sixty-four bytes or more"};
     std::mt19937 random(20261122);
     for (int round = 0; round < 500; ++round) {
         std::string text;

@@ -38,17 +38,39 @@ TEST(Utf8Sequence, ReadsEveryCharacterBeyondAsciiButThoseThatEndLinesInOneVersio
         const char16_t* const end = Utf8Sequence::Write(value, units);
         const TString text{std::u16string_view(units, static_cast<std::size_t>(end - units))};
         const bool isRead = IsCharacterOfXml(value) && value != 0x85 && value != 0x2028;
-        ASSERT_EQ(ReadAll(text.toStdString()), isRead ? value : Utf8Sequence::c_invalid) << static_cast<std::uint32_t>(value);
+        ASSERT_EQ(ReadAll(text.toStdString()), isRead ? value : Utf8Sequence::c_invalid)
+            << static_cast<std::uint32_t>(value);
     }
 }
 
 TEST(Utf8Sequence, RefusesWhatIsMalformed)
 {
-    for (const char* const text :
-         {"\x80", "\xBF", "\xC0\x80", "\xC1\xBF", "\xC2", "\xC2x", "\xC3\xC3", "\xE0\x80\x80",
-          "\xE0\x9F\xBF", "\xE1\x80", "\xE1x\x80", "\xE1\x80x", "\xED\xA0\x80", "\xED\xBF\xBF",
-          "\xEF\xBF\xBE", "\xEF\xBF\xBF", "\xF0\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xF1\x80\x80",
-          "\xF1x\x80\x80", "\xF1\x80x\x80", "\xF1\x80\x80x", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80",
-          "\xF8\x88\x80\x80\x80", "\xFE", "\xFF"})
+    for (const char* const text : {"\x80",
+                                   "\xBF",
+                                   "\xC0\x80",
+                                   "\xC1\xBF",
+                                   "\xC2",
+                                   "\xC2x",
+                                   "\xC3\xC3",
+                                   "\xE0\x80\x80",
+                                   "\xE0\x9F\xBF",
+                                   "\xE1\x80",
+                                   "\xE1x\x80",
+                                   "\xE1\x80x",
+                                   "\xED\xA0\x80",
+                                   "\xED\xBF\xBF",
+                                   "\xEF\xBF\xBE",
+                                   "\xEF\xBF\xBF",
+                                   "\xF0\x80\x80\x80",
+                                   "\xF0\x8F\xBF\xBF",
+                                   "\xF1\x80\x80",
+                                   "\xF1x\x80\x80",
+                                   "\xF1\x80x\x80",
+                                   "\xF1\x80\x80x",
+                                   "\xF4\x90\x80\x80",
+                                   "\xF5\x80\x80\x80",
+                                   "\xF8\x88\x80\x80\x80",
+                                   "\xFE",
+                                   "\xFF"})
         EXPECT_EQ(ReadAll(text), Utf8Sequence::c_invalid) << text;
 }

@@ -171,6 +171,18 @@ TEST(ParseLimits, AreOnFromTheStart)
 
 // Amplification
 
+TEST(ParseLimits, TextInFrontOfTheTagThatExceedsALimitReachesTheSink)
+{
+    Utf8InputSource source(std::string("<a>text<b/></a>"), u"id", false);
+    const auto sink = std::make_shared<RecordingSink>();
+    const auto parser = XercesXMLParser::Create(source, sink);
+    // The element a takes two units, the text four, and b would take two more.
+    parser->SetAmplificationLimit(0, 7);
+    parser->Parse();
+    EXPECT_THAT(sink->events, ElementsAre("<a>", "'text'"));
+    EXPECT_TRUE(parser->HasFatallyErrored());
+}
+
 TEST(ParseLimits, AmplificationCountsTextNamesAttributesAndElements)
 {
     for (const std::string& document :

@@ -13,7 +13,10 @@ using testing::IsEmpty;
 class Events
 {
 public:
-    void Start(std::u16string_view name) { sink.StartElement({m_names, m_names.Find(name), {}, {}}); }
+    void Start(std::u16string_view name)
+    {
+        sink.StartElement({m_names, m_names.Find(name), {}, {}});
+    }
 
     std::shared_ptr<RecordingSink> recorded = std::make_shared<RecordingSink>();
     SAXSink sink{recorded};
