@@ -1,13 +1,16 @@
 #include "support/EscapingModel.h"
+#include "support/FailingAllocations.h"
 #include "support/RandomTree.h"
 #include "support/TreeTesting.h"
-#include "writing/TableEscaping.h"
-#include "writing/UnitBlock.h"
+#include "writing/EightUnits.h"
+#include "writing/TwoPassEscaping.h"
 
 #include <kescorexml/XMLFormatter.h>
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <new>
 #include <string>
 
 namespace {
@@ -75,6 +78,37 @@ TEST(XMLEscaping, ReturnsCleanTextItself)
     EXPECT_TRUE(XMLFormatter::EncodeContentString(TString()).IsEmpty());
 }
 
+TEST(XMLEscaping, AllocatesOnceForATextThatItChangesAndNeverForAnotherOne)
+{
+    const TString dirty = TString(40, u'x') + u"\u0001&\n";
+    const TString section = TString(40, u'x') + u"<]]>";
+    const TString clean(40, u'x');
+    const std::function<TString()> changes[] = {
+        [&] { return XMLFormatter::EncodeAttributeString(dirty); },
+        [&] { return XMLFormatter::EncodeContentString(dirty); },
+        [&] { return XMLFormatter::EncodeContentString(section); },
+    };
+    for (const auto& change : changes) {
+        const TString expected = change();
+        TString changed;
+        bool hasFailed = false;
+        {
+            const FailingAllocations failing(1);
+            changed = change();
+            hasFailed = FailingAllocations::HasFailed();
+        }
+        EXPECT_EQ(changed, expected);
+        EXPECT_FALSE(hasFailed);
+        {
+            const FailingAllocations failing(0);
+            EXPECT_THROW(change(), std::bad_alloc);
+        }
+    }
+    const FailingAllocations failing(0);
+    EXPECT_NO_THROW(XMLFormatter::EncodeAttributeString(clean));
+    EXPECT_NO_THROW(XMLFormatter::EncodeContentString(clean));
+}
+
 TEST(XMLEscaping, TreatsContentOfThirtyOneUnitsLikeAnAttribute)
 {
     const TString shortText = TString(28, u'x') + u"\t\n\r";
@@ -135,30 +169,30 @@ TEST(XMLEscaping, AgreesWithTheModelOnRandomTexts)
 /// Escapes an attribute value where the units from `first` to `last` may not stand in XML text.
 TString EncodeWithout(char16_t first, char16_t last, const TString& text)
 {
-    return TableEscaping::Encode(
+    return TwoPassEscaping::Encode(
         text, 0, c_escapeTable<MappingTableType::Attribute>,
         [first, last](char16_t unit) { return unit < first || unit > last; });
 }
 
-TEST(TableEscaping, EscapesUnitsFromU0081OnThatAreInvalid)
+TEST(TwoPassEscaping, EscapesUnitsFromU0081OnThatAreInvalid)
 {
     EXPECT_EQ(EncodeWithout(0x81, 0x81, u"a\u0081\u0082"), u"a\\x81;\u0082");
     EXPECT_EQ(EncodeWithout(0x81, 0xFFFF, u"\u00FF\u0100\u0FFF\u1000\uFFFF&"),
               u"\\xFF;\\x100;\\xFFF;\\x1000;\\xFFFF;&amp;");
 }
 
-TEST(TableEscaping, AsksNobodyAboutUnitsBelowU0080)
+TEST(TwoPassEscaping, AsksNobodyAboutUnitsBelowU0080)
 {
     EXPECT_EQ(EncodeWithout(0, 0x7F, u"a?\u007F<"), u"a?\u007F&lt;");
 }
 
-TEST(TableEscaping, LeavesAnInvalidU0080AloneWhereNothingElseIsEscaped)
+TEST(TwoPassEscaping, LeavesAnInvalidU0080AloneWhereNothingElseIsEscaped)
 {
     const TString text(u"a\u0080b");
     EXPECT_EQ(EncodeWithout(0x80, 0x80, text).utf16(), text.utf16());
 }
 
-TEST(TableEscaping, AssertsAndLogsTheLengthOfATextThatAnInvalidU0080MakesLonger)
+TEST(TwoPassEscaping, AssertsAndLogsTheLengthOfATextThatAnInvalidU0080MakesLonger)
 {
     const TString message(u"Encoded string length doesn't match the total encoded character count");
     const LogCapture log;
@@ -176,7 +210,7 @@ TEST(TableEscaping, AssertsAndLogsTheLengthOfATextThatAnInvalidU0080MakesLonger)
                         u"string length is 5. Character count after encoding is 9.");
 }
 
-TEST(XMLEscapeTable, AssertsThatItKnowsTheType)
+TEST(EscapeTable, AssertsThatItKnowsTheType)
 {
     const auto assertion =
         CatchAssertion([] { InitMappingTableType(static_cast<MappingTableType>(2)); });
@@ -188,32 +222,32 @@ TEST(XMLEscapeTable, AssertsThatItKnowsTheType)
               u"LogicException_LogicAssert_0xF6AD402C");
 }
 
-TEST(UnitBlock, FindsTheFirstUnitToEscape)
+TEST(EightUnits, FindsTheFirstUnitToEscape)
 {
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
         const auto c = static_cast<char16_t>(unit);
         const bool isClean = EscapingModel::EscapeUnit(c, false) == TString(1, c);
         const bool isCleanContent = EscapingModel::EscapeUnit(c, true) == TString(1, c);
-        const std::size_t position = unit % UnitBlock::size;
-        std::u16string text(UnitBlock::size, u'&');
+        const std::size_t position = unit % EightUnits::c_count;
+        std::u16string text(EightUnits::c_count, u'&');
         std::fill_n(text.begin(), position, u'a');
         text[position] = c;
-        const auto next = std::min(position + 1, UnitBlock::size);
-        const UnitBlock block = UnitBlock::Load(text.data());
-        ASSERT_EQ(block.FindEscape<MappingTableType::Attribute>(), isClean ? next : position)
+        const auto next = std::min(position + 1, EightUnits::c_count);
+        const EightUnits units = EightUnits::Load(text.data());
+        ASSERT_EQ(units.FindEscape<MappingTableType::Attribute>(), isClean ? next : position)
             << std::hex << unit;
-        ASSERT_EQ(block.FindEscape<MappingTableType::LongContent>(),
+        ASSERT_EQ(units.FindEscape<MappingTableType::LongContent>(),
                   isCleanContent ? next : position)
             << std::hex << unit;
     }
 }
 
-TEST(UnitBlock, CopiesTheEndsOfShortTexts)
+TEST(EightUnits, CopiesTheEndsOfShortTexts)
 {
     const std::u16string text = u"01234567";
     for (std::size_t count = 4; count <= 8; ++count) {
         std::u16string copy(10, u'-');
-        UnitBlock::LoadEnds(text.data(), count).StoreEnds(copy.data() + 1, count);
+        EightUnits::LoadEnds(text.data(), count).StoreEnds(copy.data() + 1, count);
         EXPECT_EQ(copy, u"-" + text.substr(0, count) + std::u16string(9 - count, u'-'));
     }
 }
