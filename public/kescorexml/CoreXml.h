@@ -9,8 +9,9 @@
 
 /// The module's messages in the languages that it is translated to. A message that has no
 /// translation, or whose translation cannot be found, comes in built-in English; an id that is no
-/// message gives the empty string. An application object may be made before or after the first
-/// look-up, on the main thread; look-ups do without. Safe to use from several threads.
+/// message gives the empty string. Look-ups do without an application object; Qt does not mind one
+/// that is made later, if it is the main thread that makes it and has loaded this library.
+/// Safe to use from several threads.
 namespace CoreXml {
 
 /// The message in `language`, an ISO string such as "de_DE", or in the closest supported language.

@@ -164,6 +164,11 @@ public:
     static void FormatDOM(XMLFormatter& formatter, const DOMElement& element, TString* comment,
                           bool header);
 
+protected:
+    /// Whether a piece that reaches the sink is the indentation, and no other text that is the
+    /// same.
+    bool IsIndent(const TString& piece) const noexcept { return &piece == &m_indent; }
+
 private:
     static void FormatProlog(XMLFormatter& formatter, const TString* comment, bool header);
 

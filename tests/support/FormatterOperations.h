@@ -245,9 +245,8 @@ public:
         if (Replaces(Operation::OutputContentRaw, text, raw))
             return;
         if (!raw) {
-            OutputString(m_mode == FormatMode::EscapeAll
-                             ? XMLFormatter::EncodeAttributeString(text)
-                             : XMLFormatter::EncodeContentString(text));
+            OutputString(m_mode == FormatMode::EscapeAll ? XMLFormatter::EncodeAttributeString(text)
+                                                         : XMLFormatter::EncodeContentString(text));
             return;
         }
         if (!m_newline.IsEmpty() && !text.startsWith(m_newline))

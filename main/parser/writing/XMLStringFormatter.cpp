@@ -21,8 +21,7 @@ XMLStringFormatter::~XMLStringFormatter() = default;
 
 void XMLStringFormatter::OutputString(const TString& text)
 {
-    // A text of a caller may be that long, and may even be the same: it is not the same object.
-    if (text.length() > c_maxIndentLength && &text == &XMLFormatter::GetIndent())
+    if (IsIndent(text))
         RequireIndentLength(text.length());
     m_output += text;
 }

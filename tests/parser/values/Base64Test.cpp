@@ -141,11 +141,11 @@ TEST(Base64, MakesLinesThatOutliveTheirNeighbours)
 
 TEST(Base64, MakesThirtyTwoLinesWithOneAllocation)
 {
-    const Bytes bytes(70 * 54 + 1, 'x');
+    const Bytes bytes(64 * 54 + 1, 'x');
     std::vector<TString> lines;
     lines.reserve(100);
-    // Three times the lines that are made together, and the rest.
-    const FailingAllocations failing(4);
+    // Twice the lines that are made together, and the rest.
+    const FailingAllocations failing(3);
     EXPECT_NO_THROW(
         Base64Encode(bytes.data(), static_cast<unsigned int>(bytes.size()), lines, true));
     EXPECT_FALSE(FailingAllocations::HasFailed());

@@ -92,9 +92,8 @@ TEST_P(FormatterCalls, OfBytesAreThoseOfTheTable)
         const std::vector<unsigned char> bytes(count, 7);
         std::vector<TString> lines;
         Base64Encode(bytes.data(), count, lines, true);
-        ExpectSameNotes(GetParam(),
-                        {[&](XMLFormatter& f) { f.OutputBinary(bytes.data(), count); },
-                         [&](FormatterModel& f) { f.OutputBinary(lines, count); }});
+        ExpectSameNotes(GetParam(), {[&](XMLFormatter& f) { f.OutputBinary(bytes.data(), count); },
+                                     [&](FormatterModel& f) { f.OutputBinary(lines, count); }});
     }
 }
 
@@ -119,18 +118,18 @@ TEST_P(FormatterCalls, OfFormatDOMAreThoseOfTheTable)
             const auto ofModel = [&](const DOMElement* e) {
                 return [&, e](FormatterModel& f) { f.FormatDOM(e, comment, header); };
             };
-            ExpectSameNotes(
-                GetParam(),
-                {[&](XMLFormatter& f) { XMLFormatter::FormatDOM(f, dom, comment, header); },
-                 ofModel(&element)});
-            ExpectSameNotes(
-                GetParam(),
-                {[&](XMLFormatter& f) { XMLFormatter::FormatDOM(f, element, comment, header); },
-                 ofModel(&element)});
-            ExpectSameNotes(
-                GetParam(),
-                {[&](XMLFormatter& f) { XMLFormatter::FormatDOM(f, empty, comment, header); },
-                 ofModel(nullptr)});
+            ExpectSameNotes(GetParam(), {[&](XMLFormatter& f) {
+                                             XMLFormatter::FormatDOM(f, dom, comment, header);
+                                         },
+                                         ofModel(&element)});
+            ExpectSameNotes(GetParam(), {[&](XMLFormatter& f) {
+                                             XMLFormatter::FormatDOM(f, element, comment, header);
+                                         },
+                                         ofModel(&element)});
+            ExpectSameNotes(GetParam(), {[&](XMLFormatter& f) {
+                                             XMLFormatter::FormatDOM(f, empty, comment, header);
+                                         },
+                                         ofModel(nullptr)});
         }
     }
 }
@@ -160,8 +159,7 @@ TEST_P(FormatterCalls, OfATupleAreThoseOfTheTable)
                                  }});
 }
 
-INSTANTIATE_TEST_SUITE_P(WithEachReplaced, FormatterCalls,
-                         testing::ValuesIn([] {
+INSTANTIATE_TEST_SUITE_P(WithEachReplaced, FormatterCalls, testing::ValuesIn([] {
                              std::vector<Operation> operations;
                              for (int i = 0; i < static_cast<int>(Operation::Count); ++i)
                                  operations.push_back(static_cast<Operation>(i));

@@ -388,27 +388,31 @@ TEST(XMLDomFormatter, AppendsACopyOfAnElementOfItsOwnWhereTheDocumentIsGone)
 
 TEST(XMLDomFormatter, LeavesItsDocumentAloneWhenMemoryRunsOutInACopyOfAPartOfIt)
 {
-    bool isDone = false;
-    for (std::size_t allowed = 0; !isDone; ++allowed) {
-        ASSERT_LT(allowed, 1000U);
-        BuildingFormatter formatter("x,y(z)");
-        for (const char* name : {"r", "a", "x", "z"}) {
-            AddError(Find(*formatter.GetDocument(), name), name);
-            AddWarning(Find(*formatter.GetDocument(), name), name);
-        }
-        const std::string errors = ErrorsOf(*formatter.GetDocument());
-        {
-            const FailingAllocations failing(allowed);
-            try {
-                formatter.OutputDOMElement(*formatter.GetDocumentRoot());
-                isDone = true;
-            } catch (const std::bad_alloc&) {
+    // Lists of so many children that some have room for one more and some have not.
+    for (const std::string children : {"x", "x,y(z)", "x,y,z", "x,y,z,u", "x,y,z,u,v,w,s,t"}) {
+        bool isDone = false;
+        for (std::size_t allowed = 0; !isDone; ++allowed) {
+            ASSERT_LT(allowed, 1000U);
+            BuildingFormatter formatter(children.c_str());
+            for (const char* name : {"r", "a", "x"}) {
+                AddError(Find(*formatter.GetDocument(), name), name);
+                AddWarning(Find(*formatter.GetDocument(), name), name);
             }
-        }
-        ASSERT_EQ(formatter.GetOutline(), isDone ? "r(a(x,y(z),r(a(x,y(z)))))" : "r(a(x,y(z)))")
-            << allowed;
-        if (!isDone) {
-            ASSERT_EQ(ErrorsOf(*formatter.GetDocument()), errors) << allowed;
+            const std::string errors = ErrorsOf(*formatter.GetDocument());
+            {
+                const FailingAllocations failing(allowed);
+                try {
+                    formatter.OutputDOMElement(*formatter.GetDocumentRoot());
+                    isDone = true;
+                } catch (const std::bad_alloc&) {
+                }
+            }
+            const std::string before = "r(a(" + children + "))";
+            const std::string after = "r(a(" + children + "," + before + "))";
+            ASSERT_EQ(formatter.GetOutline(), isDone ? after : before) << allowed;
+            if (!isDone) {
+                ASSERT_EQ(ErrorsOf(*formatter.GetDocument()), errors) << allowed;
+            }
         }
     }
 }
@@ -697,6 +701,17 @@ TEST(XMLDomFormatter, RendersWithTheIndentationThatItHasAtEachText)
     EXPECT_EQ(output, expected.GetText());
     EXPECT_TRUE(output.contains(u"[0]text") && output.contains(u"[1]text") &&
                 output.contains(u"[2]"));
+}
+
+TEST(XMLDomFormatter, StoresEachLineOfBytesWithTheIndentationThatItHasThen)
+{
+    const std::vector<unsigned char> bytes(120, 0);
+    RestlessFormatter formatter;
+    formatter.OutputOpenTag(u"a", {});
+    formatter.OutputBinary(bytes.data(), 120);
+    EXPECT_EQ(First(formatter).GetText(), u"[0]" + TString(72, u'A') + u"\n[1]" +
+                                              TString(72, u'A') + u"\n[2]" + TString(16, u'A') +
+                                              u"\n");
 }
 
 TEST(XMLDomFormatter, WritesEncodedTextRaw)

@@ -664,6 +664,11 @@ TEST(XMLFormatter, WritesAnElementAsItWasWhenItsTurnCame)
     });
     formatter.OutputDOMElement(element);
     EXPECT_EQ(formatter.GetText(), u"<r>\n  <a />\n  \ntext\n  </r>\n");
+
+    DOMElement leaf(u"leaf");
+    ChangingFormatter ofLeaf([&] { leaf.SetName(u"renamed"); });
+    ofLeaf.OutputDOMElement(leaf);
+    EXPECT_EQ(ofLeaf.GetText(), u"<leaf />\n");
 }
 
 TEST(XMLFormatter, SaysSoWhenChildrenChangeOtherwiseWhileTheyAreWritten)
