@@ -39,7 +39,7 @@ private:
 #else
     EightUnits() noexcept = default;
 
-    char16_t m_units[size];
+    char16_t m_units[c_count];
 #endif
 };
 
