@@ -12,15 +12,22 @@
 #include <kesplatform/TLocale.h>
 #include <kesplatform/TReadWriteLock.h>
 
+#include <QThread>
 #include <QTranslator>
 
 #include <algorithm>
+#include <atomic>
 #include <iterator>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <optional>
+
+#if defined(__linux__)
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
 
 namespace CoreXml {
 
@@ -31,8 +38,8 @@ class LocalStringTableCache
 {
 public:
     /// The translation of `language` or of the closest supported language; one that is empty when
-    /// there is neither. Once handed out it does not change any more, so that any number of
-    /// threads may translate with it.
+    /// there is neither, and none when it is too late to look. Once handed out it does not change
+    /// any more, so that any number of threads may translate with it.
     std::shared_ptr<const QTranslator> GetTranslator(const TString& language);
 
 private:
@@ -40,8 +47,37 @@ private:
     std::map<TString, std::shared_ptr<const QTranslator>> m_translators;
 };
 
-InitOnce s_cacheOnce;
-std::unique_ptr<LocalStringTableCache> s_cache;
+constinit InitOnce s_cacheOnce;
+/// Never destroyed: destructors of other static objects may still ask.
+constinit LocalStringTableCache* s_cache = nullptr;
+
+/// Set when the static objects of this library go: by then those of Qt may be gone, without which
+/// no translation is found.
+constinit std::atomic<bool> s_isTooLateToLoad{false};
+
+struct EndOfLoading
+{
+    ~EndOfLoading() { s_isTooLateToLoad = true; }
+};
+
+const EndOfLoading s_endOfLoading;
+
+/// Qt takes the first thread on which one of its objects is made for the application's, and warns
+/// when the application object is made on another one. A translator is such an object, and may be
+/// made on any thread; so the thread that loads this library comes first if it is the process's
+/// main thread.
+struct MainThreadNotice
+{
+    MainThreadNotice()
+    {
+#if defined(__linux__)
+        if (syscall(SYS_gettid) == getpid())
+            QThread::currentThread();
+#endif
+    }
+};
+
+const MainThreadNotice s_mainThreadNotice;
 
 bool Load(QTranslator& translator, const TString& language)
 {
@@ -54,6 +90,8 @@ std::shared_ptr<const QTranslator> LocalStringTableCache::GetTranslator(const TS
     const auto known = m_translators.find(language);
     if (known != m_translators.end())
         return known->second;
+    if (s_isTooLateToLoad)
+        return nullptr;
 
     auto translator = std::make_shared<QTranslator>();
     if (!Load(*translator, language)) {
@@ -68,12 +106,17 @@ LocalStringTableCache& GetCache()
 {
     // Thrown from inside, so that the next call tries again.
     s_cacheOnce.Run([] {
-        s_cache.reset(new (std::nothrow) LocalStringTableCache);
+        s_cache = new (std::nothrow) LocalStringTableCache;
         if (s_cache == nullptr)
             ThrowLogicException(u"modules/platform/kescorexml/gen-strings/CoreXml", 71, u"s_cache",
                                 KesErrorsError::LogicAssert_0xC18F5A72());
     });
     return *s_cache;
+}
+
+bool IsEmpty(const QTranslator* translator)
+{
+    return translator == nullptr || translator->isEmpty();
 }
 
 StringTableRow FindRow(StringId id)
@@ -101,13 +144,15 @@ TString LookupTStr(StringId id, const TString& language)
     const StringTableRow row = FindRow(id);
     LocalStringTableCache& cache = GetCache();
     std::shared_ptr<const QTranslator> translator = cache.GetTranslator(language);
-    if (translator->isEmpty()) {
+    if (IsEmpty(translator.get())) {
         if (language.startsWith(LanguageUtils::GetDefaultLanguage()))
             return row.text;
         const std::optional<TString> sessionLanguage = GetSessionLanguage();
         if (!sessionLanguage)
             return row.text;
         translator = cache.GetTranslator(*sessionLanguage);
+        if (translator == nullptr)
+            return row.text;
     }
     const TString text = translator->translate(row.key, row.text, nullptr, -1);
     return text.IsEmpty() ? TString(row.text) : text;

@@ -5,13 +5,14 @@
 
 #include <vector>
 
-// Base64 with the alphabet of RFC 4648 and "=" as padding. All functions are safe to use from
-// several threads and take time linear in their input.
+// Base64 with the alphabet of RFC 4648 and "=" as padding. All functions take time linear in their
+// input. Safe to use from several threads.
 
 /// Appends the encoding of `count` bytes to `lines`: one line, or with `splitLines` lines of 72
 /// characters and a last one with the rest, without line ends. No bytes give no line; `bytes` may
 /// then be null. More than 0x3FFFFFFF groups of three bytes in one line are a logic assertion.
-/// Up to sixteen neighbouring lines share one allocation, which the last of them to go frees.
+/// Up to thirty-two neighbouring lines of 72 characters share one allocation, which the last of
+/// them to go frees.
 KESCOREXML_EXPORT void Base64Encode(const unsigned char* bytes, unsigned int count,
                                     std::vector<TString>& lines, bool splitLines);
 

@@ -6,6 +6,7 @@
 /// visualization add-in): what is spelled here is spelled the same by every reader and writer.
 /// Each constant is a zero-terminated UTF-16 text that lives as long as the library; equal texts
 /// are one text, so that within this header equal texts have equal addresses.
+/// Safe to use from several threads.
 namespace ExtensionXmlTokens {
 
 /// The name of an element.
@@ -72,7 +73,7 @@ KESCOREXML_EXPORT extern const char16_t* const valueContinuousMeasure;
 namespace CoreXml {
 
 /// "locale", the very text of ExtensionXmlTokens::attrLocale. A session keeps its TLocale in the
-/// thread's context under this name.
+/// thread's context under this name. Safe to use from several threads.
 KESCOREXML_EXPORT extern const char16_t* const attrLocale;
 
 } // namespace CoreXml

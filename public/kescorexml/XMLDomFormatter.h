@@ -33,16 +33,14 @@ public:
     explicit XMLDomFormatter(std::unique_ptr<DOM> document);
     ~XMLDomFormatter() override;
 
-    /// Without limit: a tree may be deeper than a text can be indented.
-    void Indent() override;
-
     using XMLFormatter::OutputContent;
     /// The four-argument form writes its tag as text into the current element, whose attributes
     /// and text it replaces on the way; for a child element use the three-argument form.
     using XMLFormatter::OutputContentTag;
 
     void OutputAttributes(const AttributeMap& attributes) override;
-    /// Appends a copy of the element and all below it.
+    /// Appends a copy of the element and all below it, as they were before the call: the current
+    /// element and those around it may be copied, too.
     void OutputDOMElement(const DOMElement& element) override;
     /// Replaces the text of the current element; `raw` marks it as encoded.
     void OutputContent(const TString& text, bool raw) override;
@@ -76,12 +74,14 @@ public:
 
     /// The text of what was built: the header if it was asked for, the comments in the order of
     /// their arrival, then the first child of the root. Changes nothing of what was built.
-    /// std::length_error for a tree deeper than XMLFormatter::c_maxIndentLength allows.
+    /// std::length_error for a tree deeper than XMLFormatter::c_maxIndentLength allows. A GetIndent
+    /// of a subclass must not change the tree.
     TString GetOutput(FormatMode mode);
-    /// Writes an element and all below it to `target`, without recursion, as deep as `target` can
-    /// indent. The text of an element that has children is indented as this formatter stands, not
-    /// as `target` does. What `target` throws leaves the call; every tag that is open by then is
-    /// closed.
+    /// Writes an element and all below it to `target`, without recursion. The text of an element
+    /// that has children is indented as this formatter stands, not as `target` does. What `target`
+    /// throws leaves the call; every tag that is open by then is closed. `target` may build on the
+    /// tree that is written, as this very formatter does: children that were not there when the
+    /// call began are left out. It is a logic assertion when children change otherwise.
     void Format(XMLFormatter& target, const DOMElement& element);
 
     /// The text of a document or of an element and all below it, indented by two blanks a level,

@@ -28,6 +28,10 @@ enum class FormatMode : std::int32_t
 /// Names are written as given, neither escaped nor checked. Callers keep open and close tags and
 /// Indent and Undent balanced, normally with an Indenter. What the sink throws leaves every call.
 ///
+/// A sink, or another operation that a subclass replaces, may add children to an element that is
+/// being written: they are left out. It is a logic assertion when the children of such an element
+/// change otherwise. What is being written must not be destroyed.
+///
 /// Different objects may be used from different threads.
 class KESCOREXML_EXPORT XMLFormatter
 {
@@ -36,20 +40,21 @@ public:
     using AttributeMap = std::unordered_map<TString, TString>;
 
     /// What an open tag begins with: "<".
-    static const TString prefixOpen;
+    static const TString& prefixOpen;
     /// What a close tag begins with: "</".
-    static const TString prefixClose;
+    static const TString& prefixClose;
     /// What both end with: ">".
-    static const TString suffixOpenClose;
+    static const TString& suffixOpenClose;
     /// What the tag of an element without content ends with: " />".
-    static const TString suffixEmpty;
+    static const TString& suffixEmpty;
     /// What a comment begins with: "<!--".
-    static const TString commentOpen;
+    static const TString& commentOpen;
     /// What a comment ends with: "-->".
-    static const TString commentClose;
+    static const TString& commentClose;
 
-    /// The longest indentation, in UTF-16 code units: 16,384 levels of two blanks. The text of a
-    /// chain of elements grows with the square of its depth; at this depth it is about 1 GB.
+    /// The longest indentation, in UTF-16 code units, that is written into a text which is kept:
+    /// 16,384 levels of two blanks. The text of a chain of elements grows with the square of its
+    /// depth; at this depth it is about 1 GB.
     static constexpr TString::size_type c_maxIndentLength = 32768;
 
     /// Opens an element for as long as the object lives: writes the open tag and indents; in the
@@ -60,7 +65,7 @@ public:
     public:
         /// An element without attributes.
         Indenter(XMLFormatter& formatter, const TString& name);
-        /// When Indent throws, the tag is closed again before the exception leaves.
+        /// When Indent throws, the tag stays open.
         Indenter(XMLFormatter& formatter, const TString& name, const AttributeMap& attributes);
         Indenter(const Indenter&) = delete;
         Indenter& operator=(const Indenter&) = delete;
@@ -78,8 +83,7 @@ public:
     XMLFormatter& operator=(const XMLFormatter&) = delete;
     virtual ~XMLFormatter();
 
-    /// One level deeper. std::length_error, and nothing changed, when the indentation would be
-    /// longer than c_maxIndentLength.
+    /// One level deeper.
     virtual void Indent();
     /// One level back.
     virtual void Undent();
@@ -92,7 +96,7 @@ public:
     virtual void OutputAttributes(const AttributeMap& attributes);
     /// Writes the element with all below it, each child by a call of this operation; an element's
     /// own text follows its children. std::length_error when the tree is so deep that the thread's
-    /// stack or the indentation would not hold it; every tag that is open by then is closed.
+    /// stack would not hold it; every tag that is open by then is closed.
     virtual void OutputDOMElement(const DOMElement& element);
     /// Writes each of the children with OutputDOMElement.
     virtual void OutputDOMElements(const DOMElementChildren& children);
@@ -161,8 +165,9 @@ public:
                           bool header);
 
 protected:
-    /// Indent for formatters that do not write their indentation into every line.
-    void IndentWithoutLimit() { m_indent += m_indentUnit; }
+    /// Whether a piece that reaches the sink is the indentation, and no other text that is the
+    /// same.
+    bool IsIndent(const TString& piece) const noexcept { return &piece == &m_indent; }
 
 private:
     static void FormatProlog(XMLFormatter& formatter, const TString* comment, bool header);

@@ -4,7 +4,8 @@
 
 /// Collects the XML text in a string. A formatter is used for one document: its output only grows.
 /// An element tree of any depth can be written as long as its indentation and its text fit; a call
-/// of OutputDOMElement that throws leaves the output as it was.
+/// of OutputDOMElement that throws leaves the output as it was. An indentation that is longer than
+/// XMLFormatter::c_maxIndentLength is std::length_error when it is to be written.
 ///
 /// Different objects may be used from different threads.
 ///
@@ -28,7 +29,7 @@ public:
     virtual TString GetOutput() const;
 
 private:
-    friend class XMLFormatter;
+    friend class KeptText;
 
     TString m_output;
 };

@@ -1,23 +1,23 @@
 #pragma once
 
 #include <kescorexml/Export.h>
-#include <kesplatform/TString.h>
 
-/// Names and values of the module's own markup, built when the library is loaded.
+/// Names and values of the module's own markup. Each constant is a zero-terminated UTF-16 text that
+/// is there before any code runs and as long as the library.
 /// Safe to use from several threads.
 namespace XMLTokens {
 
 /// The version attribute of a document's root element.
-extern KESCOREXML_EXPORT const TString attrVersion;
+KESCOREXML_EXPORT extern const char16_t* const attrVersion;
 
 /// The element of a packed lookup table.
-extern KESCOREXML_EXPORT const TString tagPack;
+KESCOREXML_EXPORT extern const char16_t* const tagPack;
 /// The elements of a written tuple.
-extern KESCOREXML_EXPORT const TString tagTuple;
-extern KESCOREXML_EXPORT const TString tagValue;
+KESCOREXML_EXPORT extern const char16_t* const tagTuple;
+KESCOREXML_EXPORT extern const char16_t* const tagValue;
 
 /// How truth values are written.
-extern KESCOREXML_EXPORT const TString valueFalse;
-extern KESCOREXML_EXPORT const TString valueTrue;
+KESCOREXML_EXPORT extern const char16_t* const valueFalse;
+KESCOREXML_EXPORT extern const char16_t* const valueTrue;
 
 } // namespace XMLTokens

@@ -132,3 +132,40 @@ TEST_F(CoreThreadContextTest, ObjectsEndWithTheirThread)
     std::thread([&object] { CoreThreadContext::SetObject(u"a", object); }).join();
     EXPECT_EQ(object.use_count(), 1);
 }
+
+namespace {
+
+/// Uses the thread's context when the thread ends, after the context has ended.
+struct LateUser
+{
+    bool* foundNothing = nullptr;
+
+    ~LateUser()
+    {
+        if (foundNothing == nullptr)
+            return;
+        *foundNothing = !CoreThreadContext::HasSessionId() &&
+                        CoreThreadContext::GetSessionId().IsEmpty() &&
+                        CoreThreadContext::GetObject(u"a").empty();
+        CoreThreadContext::SetSessionId(u"another session");
+        CoreThreadContext::SetObject(u"a", 2);
+        CoreThreadContext::Clear();
+        *foundNothing = *foundNothing && !CoreThreadContext::HasSessionId() &&
+                        CoreThreadContext::GetObject(u"a").empty();
+    }
+};
+
+} // namespace
+
+TEST_F(CoreThreadContextTest, IsWithoutSessionOnceTheThreadHasEnded)
+{
+    bool foundNothing = false;
+    std::thread([&foundNothing] {
+        // What is made first ends last.
+        static thread_local LateUser s_user;
+        s_user.foundNothing = &foundNothing;
+        CoreThreadContext::SetSessionId(u"a session whose id takes memory of its own");
+        CoreThreadContext::SetObject(u"a", 1);
+    }).join();
+    EXPECT_TRUE(foundNothing);
+}

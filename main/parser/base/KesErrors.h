@@ -320,6 +320,11 @@ inline CorvinaError LogicAssert_0xE6086904()
 
 // XMLFormatter
 
+inline CorvinaError LogicAssert_0x3B9E52D7()
+{
+    return {0x3B9E52D7, u"LogicException_LogicAssert_0x3B9E52D7"};
+}
+
 inline CorvinaError LogicAssert_0xF6B4AF4C()
 {
     return {0xF6B4AF4C, u"LogicException_LogicAssert_0xF6B4AF4C"};

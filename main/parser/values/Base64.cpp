@@ -87,9 +87,9 @@ void Encode(const unsigned char* bytes, std::size_t count, std::size_t readable,
 }
 
 /// Lines that are made together share one allocation: one each would cost more than the encoding.
-constexpr unsigned int c_linesPerBlock = 32;
+constexpr unsigned int c_linesPerAllocation = 32;
 
-class LineBlocks final : public TStringBlock::Owner
+class SharedLines final : public TStringBlock::Owner
 {
 public:
     void Destroy(TStringBlock* block) noexcept override
@@ -102,7 +102,7 @@ public:
     void Append(const unsigned char* bytes, unsigned int lineCount, std::vector<TString>& lines)
     {
         constexpr std::size_t c_slotSize = TStringBlock::SlotSize(c_lineLength);
-        // Blocks lie behind one another as a rule, so that this helps the next one, too.
+        // Allocations lie behind one another as a rule, so that this helps the next one, too.
         constexpr std::size_t c_prefetchDistance = 8 * c_slotSize;
         static_assert(sizeof(TStringBlock) % TStringBlock::slotAlignment == 0);
         void* const memory = ::operator new(sizeof(TStringBlock) + lineCount * c_slotSize);
@@ -125,7 +125,7 @@ public:
     }
 };
 
-LineBlocks s_lineBlocks;
+constinit SharedLines s_sharedLines;
 
 /// The encoding of `count` bytes as one text.
 TString EncodeLine(const unsigned char* bytes, unsigned int count)
@@ -144,8 +144,8 @@ void EncodeLines(const unsigned char* bytes, unsigned int count, std::vector<TSt
     if (needed > lines.capacity())
         lines.reserve(std::max(needed, 2 * lines.capacity()));
     while (lineCount > 0) {
-        const unsigned int part = std::min(lineCount, c_linesPerBlock);
-        s_lineBlocks.Append(bytes, part, lines);
+        const unsigned int part = std::min(lineCount, c_linesPerAllocation);
+        s_sharedLines.Append(bytes, part, lines);
         bytes += part * c_bytesPerLine;
         lineCount -= part;
     }

@@ -2,11 +2,11 @@
 
 namespace XMLTokens {
 
-const TString attrVersion(u"version");
-const TString tagPack(u"pack");
-const TString tagTuple(u"tuple");
-const TString tagValue(u"value");
-const TString valueFalse(u"false");
-const TString valueTrue(u"true");
+const char16_t* const attrVersion = u"version";
+const char16_t* const tagPack = u"pack";
+const char16_t* const tagTuple = u"tuple";
+const char16_t* const tagValue = u"value";
+const char16_t* const valueFalse = u"false";
+const char16_t* const valueTrue = u"true";
 
 } // namespace XMLTokens

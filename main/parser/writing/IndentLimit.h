@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-/// std::length_error when an indentation would be longer than a formatter may have it.
+/// std::length_error when an indentation is longer than a text that is kept may have it.
 inline void RequireIndentLength(TString::size_type length)
 {
     if (length > XMLFormatter::c_maxIndentLength)

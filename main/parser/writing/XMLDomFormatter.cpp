@@ -3,6 +3,7 @@
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
 #include "tree/DOMElementAccess.h"
+#include "writing/ChildrenInTurn.h"
 #include "writing/XMLTreeWriter.h"
 
 #include <kescorexml/Base64.h>
@@ -12,6 +13,7 @@
 #include <kescorexml/XMLStringFormatter.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 namespace {
@@ -34,6 +36,21 @@ std::unique_ptr<DOMElement> MakeElement(const TString& name,
     return element;
 }
 
+/// The number of children of an element and of all below it, each before those of its children.
+std::vector<std::uint32_t> CountChildren(const DOMElement& element)
+{
+    std::vector<std::uint32_t> counts;
+    std::vector<const DOMElement*> open{&element};
+    while (!open.empty()) {
+        const ElementList& children = DOMElementAccess::Children(*open.back());
+        open.pop_back();
+        counts.push_back(static_cast<std::uint32_t>(children.size()));
+        for (std::size_t i = children.size(); i > 0; --i)
+            open.push_back(children[i - 1].get());
+    }
+    return counts;
+}
+
 /// The elements that Format has opened on its target. Whatever happens, they are closed from the
 /// innermost to the outermost.
 class OpenElements
@@ -41,14 +58,16 @@ class OpenElements
 public:
     struct Level
     {
-        Level(XMLFormatter& target, const DOMElement& openElement)
-            : element(openElement),
+        Level(XMLFormatter& target, const DOMElement& openElement, std::size_t childCount)
+            : text(openElement.GetText()), isEncoded(openElement.IsEncoded()),
+              children(DOMElementAccess::Children(openElement), childCount),
               indenter(target, openElement.GetName(), openElement.GetAttributes())
         {
         }
 
-        const DOMElement& element;
-        std::size_t nextChild = 0;
+        TString text;
+        bool isEncoded;
+        ChildrenInTurn<ElementList> children;
         XMLFormatter::Indenter indenter;
     };
 
@@ -63,9 +82,9 @@ public:
 
     bool IsEmpty() const noexcept { return m_levels.empty(); }
     Level& GetInnermost() noexcept { return m_levels.back(); }
-    void Open(XMLFormatter& target, const DOMElement& element)
+    void Open(XMLFormatter& target, const DOMElement& element, std::size_t childCount)
     {
-        m_levels.emplace_back(target, element);
+        m_levels.emplace_back(target, element, childCount);
     }
     void Close() noexcept { m_levels.pop_back(); }
 
@@ -116,11 +135,6 @@ DOMElement* XMLDomFormatter::GetElement(const TString& name) const
     return m_document == nullptr ? nullptr : m_document->GetElement(name);
 }
 
-void XMLDomFormatter::Indent()
-{
-    IndentWithoutLimit();
-}
-
 // Tags and trees
 
 void XMLDomFormatter::OutputOpenTag(const TString& name, const AttributeMap& attributes)
@@ -169,6 +183,13 @@ void XMLDomFormatter::OutputAttributes(const AttributeMap& attributes)
 void XMLDomFormatter::OutputDOMElement(const DOMElement& element)
 {
     DOMElement& top = RequireTop(GetTop(), __LINE__, KesErrorsError::LogicAssert_0xD26E62DD);
+    if (element.GetDOMManager() == top.GetDOMManager()) {
+        // The element may hold the current one, so it is copied before anything changes. Room comes
+        // first: a copy that could not be appended would take the document's diagnostics along.
+        DOMElementAccess::Children(top).ReserveMore(1);
+        top.AppendChild(std::make_unique<DOMElement>(element));
+        return;
+    }
     // A copy made first would belong to the document of what it is a copy of, whose diagnostics it
     // would take along if it could not be appended.
     DOMElement* child = top.AddNewChild(TString());
@@ -230,27 +251,28 @@ void XMLDomFormatter::OutputHeader()
 
 void XMLDomFormatter::Format(XMLFormatter& target, const DOMElement& element)
 {
+    // As they are now: `target` may build on this very tree.
+    const std::vector<std::uint32_t> counts = CountChildren(element);
+    auto nextCount = counts.begin();
     OpenElements open;
     const auto write = [&](const DOMElement& next) {
-        if (next.HasChildren())
-            open.Open(target, next);
-        else if (next.HasText())
-            target.OutputContentTag(next.GetName(), next.GetAttributes(), next.GetText(),
-                                    !next.IsEncoded());
+        if (const std::size_t childCount = *nextCount++; childCount > 0)
+            open.Open(target, next, childCount);
+        else if (const TString text = next.GetText(); !text.IsEmpty())
+            target.OutputContentTag(next.GetName(), next.GetAttributes(), text, !next.IsEncoded());
         else
             target.OutputTag(next.GetName(), next.GetAttributes());
     };
     write(element);
     while (!open.IsEmpty()) {
         OpenElements::Level& level = open.GetInnermost();
-        const auto children = level.element.GetChildren();
-        if (level.nextChild < children.size()) {
-            write(children[level.nextChild++]);
+        if (const DOMElement* child = level.children.Next()) {
+            write(*child);
             continue;
         }
-        if (level.element.HasText()) {
+        if (!level.text.IsEmpty()) {
             target.OutputString(GetIndent());
-            target.OutputContent(level.element.GetText(), level.element.IsEncoded());
+            target.OutputContent(level.text, level.isEncoded);
         }
         open.Close();
     }
@@ -266,7 +288,7 @@ TString XMLDomFormatter::GetOutput(FormatMode mode)
     TString output = prolog.GetOutput();
     // What Format has a string formatter write.
     if (const DOMElement* first = GetDocumentRoot()) {
-        const XMLTreeWriter::Style style{mode, {}, c_indentUnit, u"\n", GetIndent()};
+        const XMLTreeWriter::Style style{mode, {}, c_indentUnit, u"\n", this};
         XMLTreeWriter(output, style).Write(*first);
     }
     return output;

@@ -1,7 +1,7 @@
 #include "writing/XMLEscaping.h"
 
-#include "writing/TableEscaping.h"
-#include "writing/UnitBlock.h"
+#include "writing/EightUnits.h"
+#include "writing/TwoPassEscaping.h"
 
 #include <QStringView>
 
@@ -9,8 +9,8 @@
 
 namespace {
 
-// UnitBlock knows by heart which units need an escape; nothing but these may.
-constexpr bool IsKnownToUnitBlock(const EscapeTable& table, bool keepsLineBreaks)
+// EightUnits knows by heart which units need an escape; nothing but these may.
+constexpr bool IsKnownToEightUnits(const EscapeTable& table, bool keepsLineBreaks)
 {
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
         const bool isLineBreak = unit == u'\t' || unit == u'\n';
@@ -23,16 +23,16 @@ constexpr bool IsKnownToUnitBlock(const EscapeTable& table, bool keepsLineBreaks
     return true;
 }
 
-static_assert(IsKnownToUnitBlock(c_escapeTable<MappingTableType::Attribute>, false));
-static_assert(IsKnownToUnitBlock(c_escapeTable<MappingTableType::LongContent>, true));
+static_assert(IsKnownToEightUnits(c_escapeTable<MappingTableType::Attribute>, false));
+static_assert(IsKnownToEightUnits(c_escapeTable<MappingTableType::LongContent>, true));
 
 template <MappingTableType type>
 std::size_t FindEscapeWith(std::u16string_view text) noexcept
 {
     std::size_t i = 0;
-    for (; i + UnitBlock::size <= text.size(); i += UnitBlock::size) {
-        const std::size_t found = UnitBlock::Load(text.data() + i).FindEscape<type>();
-        if (found < UnitBlock::size)
+    for (; i + EightUnits::c_count <= text.size(); i += EightUnits::c_count) {
+        const std::size_t found = EightUnits::Load(text.data() + i).FindEscape<type>();
+        if (found < EightUnits::c_count)
             return i + found;
     }
     for (; i < text.size(); ++i)
@@ -60,7 +60,7 @@ TString EncodeStringWithTable(const TString& text, MappingTableType type)
     const EscapeTable& table = type == MappingTableType::Attribute
                                    ? c_escapeTable<MappingTableType::Attribute>
                                    : c_escapeTable<MappingTableType::LongContent>;
-    return TableEscaping::Encode(text, clean, table, [](char16_t unit) {
+    return TwoPassEscaping::Encode(text, clean, table, [](char16_t unit) {
         return CorePlatformUtils::IsValidCharacter(unit);
     });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "writing/XMLEscapeTable.h"
+#include "writing/EscapeTable.h"
 
 #include <kesplatform/TString.h>
 

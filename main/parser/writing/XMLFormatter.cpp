@@ -1,31 +1,45 @@
 #include <kescorexml/XMLFormatter.h>
 
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
 #include "base/StackGuard.h"
-#include "writing/IndentLimit.h"
+#include "tree/DOMElementAccess.h"
+#include "writing/ChildrenInTurn.h"
+#include "writing/KeptText.h"
 #include "writing/XMLEscaping.h"
+#include "writing/XMLFormatterAssertions.h"
 #include "writing/XMLTreeWriter.h"
 
 #include <kescorexml/Base64.h>
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementChildren.h>
-#include <kescorexml/XMLStringFormatter.h>
 
 #include <kesplatform/DataValue.h>
 #include <kesplatform/QualifiedName.h>
+#include <kesplatform/TFormatString.h>
+#include <kesplatform/TLog.h>
 
 #include <algorithm>
-#include <optional>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
-const TString XMLFormatter::prefixOpen(u"<");
-const TString XMLFormatter::prefixClose(u"</");
-const TString XMLFormatter::suffixOpenClose(u">");
-const TString XMLFormatter::suffixEmpty(u" />");
-const TString XMLFormatter::commentOpen(u"<!--");
-const TString XMLFormatter::commentClose(u"-->");
+namespace {
+
+/// A text that is never destroyed: destructors of other static objects may still write.
+const TString& MakeImmortal(const char16_t* text)
+{
+    return *new TString(text);
+}
+
+} // namespace
+
+const TString& XMLFormatter::prefixOpen = MakeImmortal(u"<");
+const TString& XMLFormatter::prefixClose = MakeImmortal(u"</");
+const TString& XMLFormatter::suffixOpenClose = MakeImmortal(u">");
+const TString& XMLFormatter::suffixEmpty = MakeImmortal(u" />");
+const TString& XMLFormatter::commentOpen = MakeImmortal(u"<!--");
+const TString& XMLFormatter::commentClose = MakeImmortal(u"-->");
 
 // Construction and indentation
 
@@ -39,8 +53,7 @@ XMLFormatter::~XMLFormatter() = default;
 
 void XMLFormatter::Indent()
 {
-    RequireIndentLength(m_indent.length() + m_indentUnit.length());
-    IndentWithoutLimit();
+    m_indent += m_indentUnit;
 }
 
 void XMLFormatter::Undent()
@@ -179,38 +192,41 @@ void XMLFormatter::OutputBinary(const unsigned char* bytes, unsigned int count)
 
 void XMLFormatter::OutputDOMElements(const DOMElementChildren& children)
 {
-    for (const auto& child : children)
+    ChildrenInTurn inTurn(children);
+    while (const DOMElement* child = inTurn.Next())
         OutputDOMElement(*child);
 }
 
 void XMLFormatter::OutputDOMElement(const DOMElement& element)
 {
-    // Nobody can tell in how many pieces, and by which calls, the text of a plain string formatter
-    // came about. A subclass can: for it the calls below are the contract, recursion included.
-    if (typeid(*this) == typeid(XMLStringFormatter)) {
-        const XMLTreeWriter::Style style{m_formatMode, m_indent, m_indentUnit, m_newline,
-                                         std::nullopt};
-        XMLTreeWriter(static_cast<XMLStringFormatter&>(*this).m_output, style).Write(element);
+    // Where nobody can tell by which calls a text came about, it is made by none. Elsewhere the
+    // calls below are the contract, recursion included.
+    if (TString* kept = KeptText::Of(*this)) {
+        XMLTreeWriter(*kept, {m_formatMode, m_indent, m_indentUnit, m_newline, nullptr})
+            .Write(element);
         return;
     }
     StackGuard::RequireRoom("XMLFormatter: the tree is too deep for this thread's stack");
 
-    const TString& name = element.GetName();
+    // As they are now, whatever the calls do to the element.
+    const TString name = element.GetName();
     const AttributeMap& attributes = element.GetAttributes();
-    const TString& text = element.GetText();
+    const TString text = element.GetText();
+    const bool isEncoded = element.IsEncoded();
     if (!element.HasChildren()) {
         if (text.IsEmpty())
             OutputTag(name, attributes);
         else
-            OutputContentTag(name, attributes, text, !element.IsEncoded());
+            OutputContentTag(name, attributes, text, !isEncoded);
         return;
     }
+    ChildrenInTurn children(DOMElementAccess::Children(element));
     const Indenter indenter(*this, name, attributes);
-    for (const auto& child : element.GetChildren())
+    while (const DOMElement* child = children.Next())
         OutputDOMElement(*child);
     if (!text.IsEmpty()) {
         OutputString(GetIndent());
-        OutputContent(text, element.IsEncoded());
+        OutputContent(text, isEncoded);
     }
 }
 
@@ -254,9 +270,9 @@ TString XMLFormatter::EncodeContentString(const TString& text)
 
 TString XMLFormatter::FormatBooleanAttribute(bool value)
 {
-    static const TString trueText(u"true");
-    static const TString falseText(u"false");
-    return value ? trueText : falseText;
+    static const TString& s_true = MakeImmortal(u"true");
+    static const TString& s_false = MakeImmortal(u"false");
+    return value ? s_true : s_false;
 }
 
 TString XMLFormatter::FormatIntegerAttribute(int value)
@@ -308,16 +324,7 @@ XMLFormatter::Indenter::Indenter(XMLFormatter& formatter, const TString& name,
     : m_formatter(formatter), m_name(name)
 {
     m_formatter.OutputOpenTag(m_name, attributes);
-    try {
-        m_formatter.Indent();
-    } catch (...) {
-        try {
-            m_formatter.OutputCloseTag(m_name);
-        } catch (...) {
-            // The first error is the one that tells.
-        }
-        throw;
-    }
+    m_formatter.Indent();
 }
 
 XMLFormatter::Indenter::~Indenter()
@@ -328,4 +335,31 @@ XMLFormatter::Indenter::~Indenter()
     } catch (...) {
         // Whoever needs to know hears of a broken sink from its own next call.
     }
+}
+
+// Assertions
+
+void ThrowLengthMismatch(const TString& text, const TString& encoded, std::size_t written)
+{
+    LogMessage(TLog::Info,
+               TFormatString(u"Encoded string length doesn't match the total encoded character "
+                             u"count. Input string is \"%1\". Encoded string is \"%2\". Encoded "
+                             u"string length is %3. Character count after encoding is %4.")
+                   .Format(text, encoded, encoded.length(), written));
+    ThrowAssertion(u"XMLFormatter", __LINE__,
+                   u"Encoded string length doesn't match the total encoded character count.",
+                   KesErrorsError::LogicAssert_0xF6B4AF4C());
+}
+
+void ThrowUnknownMappingTableType()
+{
+    ThrowAssertion(u"XMLFormatter", __LINE__, u"Unknown type passed to InitMappingTableType",
+                   KesErrorsError::LogicAssert_0xF6AD402C());
+}
+
+void ThrowChildrenChanged()
+{
+    ThrowAssertion(u"XMLFormatter", __LINE__,
+                   u"The children of an element changed while they were written.",
+                   KesErrorsError::LogicAssert_0x3B9E52D7());
 }

@@ -56,7 +56,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t c_leastRoom = 200;
+    static constexpr std::size_t c_minRoom = 200;
 
     void Grow(std::size_t units);
 
@@ -69,11 +69,11 @@ private:
 inline void XMLTextBuffer::Grow(std::size_t units)
 {
     const TString::size_type used = GetLength();
-    const auto most = static_cast<std::size_t>(TString::maxLength - used);
-    if (units > most)
+    const auto maximum = static_cast<std::size_t>(TString::maxLength - used);
+    if (units > maximum)
         throw std::length_error("XMLTextBuffer: the text is too long");
     m_text.resize(used +
-                  static_cast<TString::size_type>(std::min(std::max(units, c_leastRoom), most)));
+                  static_cast<TString::size_type>(std::min(std::max(units, c_minRoom), maximum)));
     const TString::size_type length = std::min(m_text.capacity(), TString::maxLength);
     char16_t* first = m_text.resize(length);
     m_to = first + used;

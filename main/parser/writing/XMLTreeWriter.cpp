@@ -3,7 +3,7 @@
 #include "slabs/AttributeBlock.h"
 #include "tree/DOMElementAccess.h"
 #include "writing/IndentLimit.h"
-#include "writing/UnitCopy.h"
+#include "writing/OnePassEscaping.h"
 #include "writing/XMLEscaping.h"
 
 #include <algorithm>
@@ -21,10 +21,10 @@ constexpr std::size_t c_tagRoom = 8;
 char16_t* CopyAttribute(std::u16string_view name, std::u16string_view value, char16_t* to) noexcept
 {
     *to++ = u' ';
-    to = UnitCopy::Copy(name, to);
+    to = OnePassEscaping::Copy(name, to);
     *to++ = u'=';
     *to++ = u'\'';
-    to = UnitCopy::CopyEscaped<MappingTableType::Attribute>(value, to);
+    to = OnePassEscaping::CopyEscaped<MappingTableType::Attribute>(value, to);
     *to++ = u'\'';
     return to;
 }
@@ -80,7 +80,10 @@ void XMLTreeWriter::CloseInnermost()
 {
     const DOMElement& element = *m_levels.back().element;
     if (element.HasText()) {
-        m_buffer.Append(m_style.textIndent.value_or(GetIndent()));
+        if (m_style.textIndentOf != nullptr)
+            m_buffer.Append(m_style.textIndentOf->GetIndent().view());
+        else
+            m_buffer.Append(GetIndent());
         WriteText(element);
     }
     m_indentLength -= m_style.indentUnit.size();
@@ -94,9 +97,9 @@ void XMLTreeWriter::WriteTagStart(const TString& name)
 {
     const auto length = static_cast<std::size_t>(name.length());
     char16_t* to = m_buffer.Reserve(m_indentLength + length + c_tagRoom);
-    to = UnitCopy::Copy(GetIndent(), to);
+    to = OnePassEscaping::Copy(GetIndent(), to);
     *to++ = u'<';
-    m_buffer.SetEnd(UnitCopy::Copy(name, to));
+    m_buffer.SetEnd(OnePassEscaping::Copy(name, to));
 }
 
 void XMLTreeWriter::WriteTagEnd(bool isEmptyElement)
@@ -107,19 +110,19 @@ void XMLTreeWriter::WriteTagEnd(bool isEmptyElement)
         *to++ = u'/';
     }
     *to++ = u'>';
-    m_buffer.SetEnd(UnitCopy::Copy(m_style.newline, to));
+    m_buffer.SetEnd(OnePassEscaping::Copy(m_style.newline, to));
 }
 
 void XMLTreeWriter::WriteCloseTag(const TString& name, std::u16string_view indent)
 {
     const auto length = static_cast<std::size_t>(name.length());
     char16_t* to = m_buffer.Reserve(indent.size() + length + m_style.newline.size() + c_tagRoom);
-    to = UnitCopy::Copy(indent, to);
+    to = OnePassEscaping::Copy(indent, to);
     *to++ = u'<';
     *to++ = u'/';
-    to = UnitCopy::Copy(name, to);
+    to = OnePassEscaping::Copy(name, to);
     *to++ = u'>';
-    m_buffer.SetEnd(UnitCopy::Copy(m_style.newline, to));
+    m_buffer.SetEnd(OnePassEscaping::Copy(m_style.newline, to));
 }
 
 // Attributes
@@ -151,7 +154,7 @@ void XMLTreeWriter::WriteAttributes(const AttributeBlock& block)
         return;
     }
     char16_t* to =
-        m_buffer.Reserve(nameUnits + count * c_tagRoom + UnitCopy::EscapedRoom(valueUnits));
+        m_buffer.Reserve(nameUnits + count * c_tagRoom + OnePassEscaping::EscapedRoom(valueUnits));
     for (std::size_t rank = 0; rank < count; ++rank) {
         const std::size_t index = names.Sorted(rank);
         to = CopyAttribute(names.Name(index), values[index], to);
@@ -174,7 +177,7 @@ void XMLTreeWriter::WriteAttribute(std::u16string_view name, std::u16string_view
 {
     if (value.size() <= c_escapeStep) {
         char16_t* to =
-            m_buffer.Reserve(name.size() + c_tagRoom + UnitCopy::EscapedRoom(value.size()));
+            m_buffer.Reserve(name.size() + c_tagRoom + OnePassEscaping::EscapedRoom(value.size()));
         m_buffer.SetEnd(CopyAttribute(name, value, to));
         return;
     }
@@ -202,8 +205,8 @@ void XMLTreeWriter::WriteEscaped(std::u16string_view text)
 {
     while (!text.empty()) {
         const std::u16string_view step = text.substr(0, c_escapeStep);
-        char16_t* to = m_buffer.Reserve(UnitCopy::EscapedRoom(step.size()));
-        m_buffer.SetEnd(UnitCopy::CopyEscaped<MappingTableType::Attribute>(step, to));
+        char16_t* to = m_buffer.Reserve(OnePassEscaping::EscapedRoom(step.size()));
+        m_buffer.SetEnd(OnePassEscaping::CopyEscaped<MappingTableType::Attribute>(step, to));
         text.remove_prefix(step.size());
     }
 }
@@ -213,8 +216,8 @@ void XMLTreeWriter::WriteLong(std::u16string_view text)
     const TString::size_type start = m_buffer.GetLength();
     for (std::size_t position = 0; position < text.size(); position += c_escapeStep) {
         const std::u16string_view step = text.substr(position, c_escapeStep);
-        char16_t* to = m_buffer.Reserve(UnitCopy::EscapedRoom(step.size()));
-        to = UnitCopy::CopyEscaped<MappingTableType::LongContent>(step, to);
+        char16_t* to = m_buffer.Reserve(OnePassEscaping::EscapedRoom(step.size()));
+        to = OnePassEscaping::CopyEscaped<MappingTableType::LongContent>(step, to);
         if (to == nullptr) {
             m_buffer.Truncate(start);
             XMLEscaping::VisitCData(text,

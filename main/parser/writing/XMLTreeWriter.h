@@ -6,7 +6,6 @@
 #include <kescorexml/XMLFormatter.h>
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,8 +23,9 @@ public:
         std::u16string_view indent;
         std::u16string_view indentUnit;
         std::u16string_view newline;
-        /// Before the text of an element that has children; none for that of the children.
-        std::optional<std::u16string_view> textIndent;
+        /// Whose indentation stands before the text of an element that has children, asked for each
+        /// of them; null for that of the children.
+        const XMLFormatter* textIndentOf;
     };
 
     /// The views of `style` stay valid and `output` untouched as long as the writer lives.

@@ -5,7 +5,9 @@
 
 #include <boost/any.hpp>
 
-/// What the calling thread knows of the session that it works for. Each thread has its own.
+/// What the calling thread knows of the session that it works for. Each thread has its own, until
+/// the thread ends: in destructors of static objects there is no session, and none can be set.
+/// Safe to use from several threads.
 namespace CoreThreadContext {
 
 /// Whether a session id is set; without one the thread works for nobody in particular.

@@ -90,6 +90,30 @@ TEST(XMLRangeTable, MayBeAskedForAPositionAgainButNotForOneBefore)
     EXPECT_EQ(Ask(table, 6), (Answer{XMLRangeType::Comment, 11}));
 }
 
+TEST(XMLRangeTable, MindsTheOrderOfPositionsOutsideOfItsRangesToo)
+{
+    // Without ranges, before the first, between two and behind the last.
+    const auto expectOrder = [](const std::string& xml, std::size_t position) {
+        XMLRangeTable table(xml);
+        EXPECT_EQ(Ask(table, position), c_none) << xml;
+        EXPECT_EQ(Ask(table, position), c_none) << xml;
+        ExpectAssertion([&] { Ask(table, position - 1); }, u"XMLRangeTable", 0,
+                        u"GetRangeTypeAt must be called with increasing positions", u"1A238B43");
+        EXPECT_EQ(Ask(table, position), c_none) << xml;
+    };
+    expectOrder("", 7);
+    expectOrder("text", 2);
+    expectOrder("text", 100);
+    expectOrder("text<!-- x -->", 2);
+    expectOrder("<!a>text<!b>", 6);
+    expectOrder("<!-- x -->text", 12);
+    expectOrder("<!-- x -->text", 1000);
+    XMLRangeTable empty;
+    EXPECT_EQ(Ask(empty, 5), c_none);
+    ExpectAssertion([&] { Ask(empty, 4); }, u"XMLRangeTable", 0,
+                    u"GetRangeTypeAt must be called with increasing positions", u"1A238B43");
+}
+
 TEST(XMLRangeTable, CopiesWithItsPlaceInTheText)
 {
     XMLRangeTable table("a<!-- x -->b<!c>");

@@ -2,6 +2,7 @@
 
 #include "support/Assertions.h"
 #include "support/Base64Model.h"
+#include "support/FailingAllocations.h"
 #include "support/RandomBytes.h"
 
 #include <QByteArray>
@@ -104,6 +105,50 @@ TEST(Base64, CutsTheEncodingIntoLines)
         ASSERT_LE(lines.back().length(), 72);
         ASSERT_EQ(joined, EncodeByQt(bytes)) << count;
     }
+}
+
+TEST(Base64, CutsTheEncodingIntoLinesBeyondThoseThatAreMadeTogether)
+{
+    RandomBytes random(7);
+    for (const std::size_t lineCount : {31U, 32U, 33U, 63U, 64U, 65U, 200U}) {
+        for (const std::size_t rest : {0U, 1U, 53U}) {
+            const Bytes bytes = MakeBytes(random, lineCount * 54 + rest);
+            const std::vector<TString> lines = Encode(bytes, true);
+            ASSERT_EQ(lines.size(), lineCount + (rest == 0 ? 0 : 1));
+            TString joined;
+            for (std::size_t i = 0; i < lines.size(); ++i) {
+                if (i < lineCount) {
+                    ASSERT_EQ(lines[i].length(), 72);
+                }
+                ASSERT_EQ(lines[i].utf16()[lines[i].length()], u'\0');
+                joined += lines[i];
+            }
+            ASSERT_EQ(joined, EncodeByQt(bytes)) << lineCount << ' ' << rest;
+        }
+    }
+}
+
+TEST(Base64, MakesLinesThatOutliveTheirNeighbours)
+{
+    RandomBytes random(8);
+    const Bytes bytes = MakeBytes(random, 70 * 54);
+    const TString expected = EncodeByQt(bytes);
+    for (const std::size_t kept : {0U, 31U, 32U, 33U, 63U, 64U, 69U}) {
+        const TString line = Encode(bytes, true)[kept];
+        EXPECT_EQ(line, expected.mid(static_cast<TString::size_type>(kept * 72), 72)) << kept;
+    }
+}
+
+TEST(Base64, MakesThirtyTwoLinesWithOneAllocation)
+{
+    const Bytes bytes(64 * 54 + 1, 'x');
+    std::vector<TString> lines;
+    lines.reserve(100);
+    // Twice the lines that are made together, and the rest.
+    const FailingAllocations failing(3);
+    EXPECT_NO_THROW(
+        Base64Encode(bytes.data(), static_cast<unsigned int>(bytes.size()), lines, true));
+    EXPECT_FALSE(FailingAllocations::HasFailed());
 }
 
 TEST(Base64, AppendsToTheLinesThatAreThere)

@@ -118,6 +118,24 @@ TEST(ExtensionXmlTokens, SpellsTheUnusualNames)
     EXPECT_EQ(Narrow(CoreXml::attrLocale), "locale");
 }
 
+/// What a static object finds in its constructor.
+struct EarlyTokens
+{
+    const char16_t* manifest = tagManifest;
+    const char16_t* locale = CoreXml::attrLocale;
+};
+
+// Before every other object that is not constant.
+__attribute__((init_priority(101))) const EarlyTokens s_early;
+
+TEST(ExtensionXmlTokens, AreThereForStaticObjects)
+{
+    EXPECT_EQ(s_early.manifest, tagManifest);
+    EXPECT_EQ(s_early.locale, CoreXml::attrLocale);
+    ASSERT_NE(s_early.manifest, nullptr);
+    EXPECT_EQ(Narrow(s_early.manifest), "manifest");
+}
+
 TEST(ExtensionXmlTokens, HoldsLowerCaseLettersAndHyphensOnly)
 {
     for (const Token& token : Tokens()) {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string_view>
+
 namespace {
 
 TEST(XMLValueParsers, TakesOnlyTheTokenForTrue)
@@ -38,7 +40,8 @@ TEST(XMLValueParsers, KeepsTheLowBitsOfUnsignedNumbers)
     EXPECT_EQ(XMLValueParsers::ParseUInt32(u"4294967297"), 1U);
     EXPECT_EQ(XMLValueParsers::ParseUInt32(u"18446744073709551615"), 4294967295U);
     EXPECT_EQ(XMLValueParsers::ParseUInt32(u"010"), 10U) << "always decimal";
-    for (const char16_t* text : {u"", u"x", u"0x10", u"1.5", u"18446744073709551616"})
+    for (const char16_t* text :
+         {u"", u"x", u"0x10", u"1.5", u"18446744073709551616", u"-1", u"-0x1"})
         EXPECT_EQ(XMLValueParsers::ParseUInt32(text), 0U) << TString(text);
 }
 
@@ -50,14 +53,37 @@ TEST(XMLValueParsers, ReadsNumbersWithFractions)
         EXPECT_EQ(XMLValueParsers::ParseFloat(text), 0.0) << TString(text);
 }
 
+/// The module's own markup as a static object finds it in its constructor.
+struct Tokens
+{
+    std::u16string_view tagTuple = View(XMLTokens::tagTuple);
+    std::u16string_view tagValue = View(XMLTokens::tagValue);
+    std::u16string_view tagPack = View(XMLTokens::tagPack);
+    std::u16string_view attrVersion = View(XMLTokens::attrVersion);
+    std::u16string_view valueTrue = View(XMLTokens::valueTrue);
+    std::u16string_view valueFalse = View(XMLTokens::valueFalse);
+    bool isTrue = XMLValueParsers::ParseBool(u"true");
+
+    static std::u16string_view View(const char16_t* token)
+    {
+        return token == nullptr ? std::u16string_view() : token;
+    }
+};
+
+// Before every other object that is not constant.
+__attribute__((init_priority(101))) const Tokens s_early;
+
 TEST(XMLTokens, NamesTheModulesOwnMarkup)
 {
-    EXPECT_EQ(XMLTokens::tagTuple, TString(u"tuple"));
-    EXPECT_EQ(XMLTokens::tagValue, TString(u"value"));
-    EXPECT_EQ(XMLTokens::tagPack, TString(u"pack"));
-    EXPECT_EQ(XMLTokens::attrVersion, TString(u"version"));
-    EXPECT_EQ(XMLTokens::valueTrue, TString(u"true"));
-    EXPECT_EQ(XMLTokens::valueFalse, TString(u"false"));
+    for (const Tokens& tokens : {s_early, Tokens()}) {
+        EXPECT_EQ(tokens.tagTuple, u"tuple");
+        EXPECT_EQ(tokens.tagValue, u"value");
+        EXPECT_EQ(tokens.tagPack, u"pack");
+        EXPECT_EQ(tokens.attrVersion, u"version");
+        EXPECT_EQ(tokens.valueTrue, u"true");
+        EXPECT_EQ(tokens.valueFalse, u"false");
+        EXPECT_TRUE(tokens.isTrue);
+    }
 }
 
 } // namespace

@@ -1,13 +1,12 @@
 #include "support/EscapingModel.h"
+#include "support/FailingAllocations.h"
 #include "support/RandomTree.h"
-#include "support/TreeTesting.h"
-#include "writing/TableEscaping.h"
-#include "writing/UnitBlock.h"
 
 #include <kescorexml/XMLFormatter.h>
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 
 namespace {
@@ -75,6 +74,33 @@ TEST(XMLEscaping, ReturnsCleanTextItself)
     EXPECT_TRUE(XMLFormatter::EncodeContentString(TString()).IsEmpty());
 }
 
+TEST(XMLEscaping, AllocatesOnceForATextThatItChangesAndNeverForAnotherOne)
+{
+    const TString dirty = TString(40, u'x') + u"\u0001&\n";
+    const TString section = TString(40, u'x') + u"<]]>";
+    const TString clean(40, u'x');
+    const std::function<TString()> changes[] = {
+        [&] { return XMLFormatter::EncodeAttributeString(dirty); },
+        [&] { return XMLFormatter::EncodeContentString(dirty); },
+        [&] { return XMLFormatter::EncodeContentString(section); },
+    };
+    for (const auto& change : changes) {
+        const TString expected = change();
+        TString changed;
+        bool hasFailed = false;
+        {
+            const FailingAllocations failing(1);
+            changed = change();
+            hasFailed = FailingAllocations::HasFailed();
+        }
+        EXPECT_EQ(changed, expected);
+        EXPECT_FALSE(hasFailed);
+    }
+    const FailingAllocations failing(0);
+    EXPECT_NO_THROW(XMLFormatter::EncodeAttributeString(clean));
+    EXPECT_NO_THROW(XMLFormatter::EncodeContentString(clean));
+}
+
 TEST(XMLEscaping, TreatsContentOfThirtyOneUnitsLikeAnAttribute)
 {
     const TString shortText = TString(28, u'x') + u"\t\n\r";
@@ -129,92 +155,6 @@ TEST(XMLEscaping, AgreesWithTheModelOnRandomTexts)
         const TString text = random.Text(100);
         ASSERT_EQ(XMLFormatter::EncodeAttributeString(text), EscapingModel::EscapeAttribute(text));
         ASSERT_EQ(XMLFormatter::EncodeContentString(text), EscapingModel::EscapeContent(text));
-    }
-}
-
-/// Escapes an attribute value where the units from `first` to `last` may not stand in XML text.
-TString EncodeWithout(char16_t first, char16_t last, const TString& text)
-{
-    return TableEscaping::Encode(
-        text, 0, c_escapeTable<MappingTableType::Attribute>,
-        [first, last](char16_t unit) { return unit < first || unit > last; });
-}
-
-TEST(TableEscaping, EscapesUnitsFromU0081OnThatAreInvalid)
-{
-    EXPECT_EQ(EncodeWithout(0x81, 0x81, u"a\u0081\u0082"), u"a\\x81;\u0082");
-    EXPECT_EQ(EncodeWithout(0x81, 0xFFFF, u"\u00FF\u0100\u0FFF\u1000\uFFFF&"),
-              u"\\xFF;\\x100;\\xFFF;\\x1000;\\xFFFF;&amp;");
-}
-
-TEST(TableEscaping, AsksNobodyAboutUnitsBelowU0080)
-{
-    EXPECT_EQ(EncodeWithout(0, 0x7F, u"a?\u007F<"), u"a?\u007F&lt;");
-}
-
-TEST(TableEscaping, LeavesAnInvalidU0080AloneWhereNothingElseIsEscaped)
-{
-    const TString text(u"a\u0080b");
-    EXPECT_EQ(EncodeWithout(0x80, 0x80, text).utf16(), text.utf16());
-}
-
-TEST(TableEscaping, AssertsAndLogsTheLengthOfATextThatAnInvalidU0080MakesLonger)
-{
-    const TString message(u"Encoded string length doesn't match the total encoded character count");
-    const LogCapture log;
-    const auto assertion = CatchAssertion([] { EncodeWithout(0x80, 0x80, u"\u0080<"); });
-    ASSERT_TRUE(assertion.has_value());
-    EXPECT_EQ(assertion->GetText(), message + u".");
-    EXPECT_EQ(assertion->GetFile(), u"modules/platform/kescorexml/main/parser/XMLFormatter");
-    EXPECT_EQ(assertion->GetErrorInfo().GetError().GetCode(), 0xF6B4AF4CU);
-    EXPECT_EQ(assertion->GetErrorInfo().GetError().GetIdentifier(),
-              u"LogicException_LogicAssert_0xF6B4AF4C");
-    ASSERT_EQ(log.Count(), 1U);
-    EXPECT_EQ(static_cast<int>(log.At(0).severity), 2);
-    EXPECT_EQ(log.At(0).message,
-              message + u". Input string is \"\u0080<\". Encoded string is \"\\x80;\". Encoded "
-                        u"string length is 5. Character count after encoding is 9.");
-}
-
-TEST(XMLEscapeTable, AssertsThatItKnowsTheType)
-{
-    const auto assertion =
-        CatchAssertion([] { InitMappingTableType(static_cast<MappingTableType>(2)); });
-    ASSERT_TRUE(assertion.has_value());
-    EXPECT_EQ(assertion->GetText(), u"Unknown type passed to InitMappingTableType");
-    EXPECT_EQ(assertion->GetFile(), u"modules/platform/kescorexml/main/parser/XMLFormatter");
-    EXPECT_EQ(assertion->GetErrorInfo().GetError().GetCode(), 0xF6AD402CU);
-    EXPECT_EQ(assertion->GetErrorInfo().GetError().GetIdentifier(),
-              u"LogicException_LogicAssert_0xF6AD402C");
-}
-
-TEST(UnitBlock, FindsTheFirstUnitToEscape)
-{
-    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
-        const auto c = static_cast<char16_t>(unit);
-        const bool isClean = EscapingModel::EscapeUnit(c, false) == TString(1, c);
-        const bool isCleanContent = EscapingModel::EscapeUnit(c, true) == TString(1, c);
-        const std::size_t position = unit % UnitBlock::size;
-        std::u16string text(UnitBlock::size, u'&');
-        std::fill_n(text.begin(), position, u'a');
-        text[position] = c;
-        const auto next = std::min(position + 1, UnitBlock::size);
-        const UnitBlock block = UnitBlock::Load(text.data());
-        ASSERT_EQ(block.FindEscape<MappingTableType::Attribute>(), isClean ? next : position)
-            << std::hex << unit;
-        ASSERT_EQ(block.FindEscape<MappingTableType::LongContent>(),
-                  isCleanContent ? next : position)
-            << std::hex << unit;
-    }
-}
-
-TEST(UnitBlock, CopiesTheEndsOfShortTexts)
-{
-    const std::u16string text = u"01234567";
-    for (std::size_t count = 4; count <= 8; ++count) {
-        std::u16string copy(10, u'-');
-        UnitBlock::LoadEnds(text.data(), count).StoreEnds(copy.data() + 1, count);
-        EXPECT_EQ(copy, u"-" + text.substr(0, count) + std::u16string(9 - count, u'-'));
     }
 }
 

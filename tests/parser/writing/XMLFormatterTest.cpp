@@ -1,8 +1,10 @@
+#include "support/Assertions.h"
 #include "support/EscapingModel.h"
 #include "support/RecordingFormatter.h"
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
+#include <kescorexml/XMLDomFormatter.h>
 #include <kescorexml/XMLStringFormatter.h>
 #include <kesplatform/DataValue.h>
 #include <kesplatform/QualifiedName.h>
@@ -15,9 +17,15 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <deque>
+#include <functional>
 #include <limits>
+#include <memory>
+#include <set>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -274,16 +282,25 @@ TEST(XMLFormatter, LeavesACopyOfItsIndentationAsItWas)
     EXPECT_EQ(formatter.GetIndent(), u"  ");
 }
 
-TEST(XMLFormatter, RefusesAnIndentationBeyondTheLimitAndKeepsWhatItHas)
+/// Keeps nothing of what it counts.
+class CountingFormatter : public XMLFormatter
 {
-    RecordingFormatter formatter;
-    for (TString::size_type i = 0; i < XMLFormatter::c_maxIndentLength / 2; ++i)
+public:
+    CountingFormatter() : XMLFormatter(u"  ", false) {}
+    void OutputString(const TString& text) override { units += text.length(); }
+
+    TString::size_type units = 0;
+};
+
+TEST(XMLFormatter, IndentsWithoutLimitWhereNothingIsKept)
+{
+    constexpr TString::size_type levels = XMLFormatter::c_maxIndentLength;
+    CountingFormatter formatter;
+    for (TString::size_type i = 0; i < levels; ++i)
         formatter.Indent();
-    EXPECT_EQ(formatter.GetIndent().length(), XMLFormatter::c_maxIndentLength);
-    EXPECT_THROW(formatter.Indent(), std::length_error);
-    EXPECT_EQ(formatter.GetIndent().length(), XMLFormatter::c_maxIndentLength);
-    formatter.Undent();
-    EXPECT_NO_THROW(formatter.Indent());
+    EXPECT_EQ(formatter.GetIndent().length(), 2 * levels);
+    formatter.OutputTag(u"t", {});
+    EXPECT_EQ(formatter.units, 2 * levels + 6);
 }
 
 TEST(XMLFormatter, AllowsAnyNumberOfEmptyUnits)
@@ -364,12 +381,12 @@ TEST(XMLFormatterIndenter, LetsAnErrorOfTheOpenTagOutAndWritesNoMore)
     EXPECT_THAT(target.GetPieces(), ElementsAre(u"Open a0"));
 }
 
-TEST(XMLFormatterIndenter, ClosesTheTagAgainWhenItCannotIndent)
+TEST(XMLFormatterIndenter, LeavesTheTagOpenWhenItCannotIndent)
 {
     IndenterTarget target;
     target.failing = u"Indent";
     EXPECT_THROW(XMLFormatter::Indenter(target, u"a"), std::runtime_error);
-    EXPECT_THAT(target.GetPieces(), ElementsAre(u"Open a0", u"Indent", u"Close a"));
+    EXPECT_THAT(target.GetPieces(), ElementsAre(u"Open a0", u"Indent"));
 }
 
 TEST(XMLFormatterIndenter, ClosesTheTagWhileAnExceptionPasses)
@@ -598,6 +615,96 @@ TEST(XMLFormatter, LetsErrorsOfTheSinkOutAndClosesWhatIsOpen)
     EXPECT_EQ(formatter.GetIndent(), c_empty);
 }
 
+// Trees that change while they are written
+
+/// Writes the tree of a document and changes it whenever a tag is written.
+class ChangingFormatter : public RecordingFormatter
+{
+public:
+    explicit ChangingFormatter(std::function<void()> change) : m_change(std::move(change)) {}
+    void OutputTag(const TString& name, const Attributes& attributes) override
+    {
+        m_change();
+        RecordingFormatter::OutputTag(name, attributes);
+    }
+
+private:
+    std::function<void()> m_change;
+};
+
+TEST(XMLFormatter, LeavesOutChildrenThatAreAddedWhileTheyAreWritten)
+{
+    DOMElement element(u"r");
+    for (const char16_t* name : {u"a", u"b", u"c"})
+        element.AddNewChild(name);
+    ChangingFormatter formatter([&] {
+        for (int i = 0; i < 100; ++i)
+            element.AddNewChild(u"new");
+    });
+    formatter.OutputDOMElement(element);
+    EXPECT_EQ(formatter.GetText(), u"<r>\n  <a />\n  <b />\n  <c />\n</r>\n");
+    EXPECT_EQ(element.GetChildren().size(), 303U);
+
+    formatter.TakePieces();
+    element.RemoveChildren();
+    element.AddNewChild(u"a");
+    element.AddNewChild(u"b");
+    formatter.OutputDOMElements(element.GetChildren());
+    EXPECT_EQ(formatter.GetText(), u"<a />\n<b />\n");
+}
+
+TEST(XMLFormatter, WritesAnElementAsItWasWhenItsTurnCame)
+{
+    DOMElement element(u"r");
+    element.SetText(u"text", true);
+    element.AddNewChild(u"a");
+    ChangingFormatter formatter([&] {
+        element.SetName(u"renamed");
+        element.SetText(u"another text");
+    });
+    formatter.OutputDOMElement(element);
+    EXPECT_EQ(formatter.GetText(), u"<r>\n  <a />\n  \ntext\n  </r>\n");
+
+    DOMElement leaf(u"leaf");
+    ChangingFormatter ofLeaf([&] { leaf.SetName(u"renamed"); });
+    ofLeaf.OutputDOMElement(leaf);
+    EXPECT_EQ(ofLeaf.GetText(), u"<leaf />\n");
+}
+
+TEST(XMLFormatter, SaysSoWhenChildrenChangeOtherwiseWhileTheyAreWritten)
+{
+    std::vector<std::unique_ptr<DOMElement>> removed;
+    const std::function<void(DOMElement&)> changes[] = {
+        [](DOMElement& e) { e.AddNewChild(u"new", &e.GetChildren().front()); },
+        [](DOMElement& e) { e.AddNewChild(u"new", &e.GetChildren().back()); },
+        [&](DOMElement& e) { removed.push_back(e.RemoveChild(e.GetChildren().front())); },
+        [&](DOMElement& e) { removed.push_back(e.RemoveChild(e.GetChildren().back())); },
+        [&](DOMElement& e) {
+            for (auto& child : e.RemoveChildren())
+                removed.push_back(std::move(child));
+        },
+    };
+    for (const auto& change : changes) {
+        for (const bool ofList : {false, true}) {
+            DOMElement element(u"r");
+            for (const char16_t* name : {u"a", u"b", u"c"})
+                element.AddNewChild(name);
+            ChangingFormatter formatter([&] { change(element); });
+            ExpectAssertion(
+                [&] {
+                    if (ofList)
+                        formatter.OutputDOMElements(element.GetChildren());
+                    else
+                        formatter.OutputDOMElement(element);
+                },
+                u"XMLFormatter", 0, u"The children of an element changed while they were written.",
+                u"3B9E52D7");
+            EXPECT_EQ(formatter.GetText(),
+                      ofList ? TString(u"<a />\n") : TString(u"<r>\n  <a />\n</r>\n"));
+        }
+    }
+}
+
 // FormatDOM
 
 TEST(XMLFormatter, WritesHeaderCommentAndDocumentElement)
@@ -636,7 +743,13 @@ TEST(XMLFormatter, WritesAnElementLikeADocument)
     EXPECT_EQ(bare.GetText(), TString(u"<e />\n"));
 }
 
-// The table of virtual operations
+// The modes
+
+static_assert(sizeof(FormatMode) == 4);
+static_assert(static_cast<int>(FormatMode::EscapeAll) == 0);
+static_assert(static_cast<int>(FormatMode::Content) == 1);
+
+// The table of virtual operations, and the members
 
 #if defined(__x86_64__) && defined(__GNUC__)
 
@@ -676,6 +789,91 @@ TEST(XMLFormatter, KeepsTheOrderOfItsVirtualOperations)
     EXPECT_EQ(SlotOf(&F::OutputString), 19U);
     EXPECT_EQ(SlotOf(&F::OutputBinary), 20U);
     EXPECT_EQ(SlotOf(&XMLStringFormatter::GetOutput), 21U);
+}
+
+/// The table of virtual operations that an object has.
+std::vector<const void*> TableOf(const XMLFormatter& formatter)
+{
+    const void* const* table = nullptr;
+    std::memcpy(&table, &formatter, sizeof(table));
+    return std::vector<const void*>(table, table + 21);
+}
+
+TEST(XMLFormatter, SharesTheOperationsWithItsSubclassesThatTheseDoNotReplace)
+{
+    // Of these two only the sink and the destructor differ from the base class.
+    const RecordingFormatter recording;
+    const XMLStringFormatter text(u"  ", false);
+    const XMLDomFormatter tree;
+    const std::vector<const void*> base = TableOf(recording);
+    const std::vector<const void*> ofText = TableOf(text);
+    const std::vector<const void*> ofTree = TableOf(tree);
+    const std::set<std::size_t> ownOfTree{6, 7, 10, 11, 13, 14, 15, 16, 17, 18, 20};
+    for (std::size_t slot = 2; slot <= 20; ++slot) {
+        if (slot == 19) {
+            EXPECT_NE(ofText[slot], ofTree[slot]);
+            continue;
+        }
+        EXPECT_EQ(ofText[slot], base[slot]) << slot;
+        EXPECT_EQ(ofTree[slot] != base[slot], ownOfTree.contains(slot)) << slot;
+    }
+}
+
+/// What stands in an object from a place on.
+template <typename T>
+T ReadAt(const void* object, std::size_t offset)
+{
+    T value;
+    std::memcpy(&value, static_cast<const char*>(object) + offset, sizeof(value));
+    return value;
+}
+
+/// A string is a pointer to its text, which copies share.
+const void* TextOf(const TString& text)
+{
+    static_assert(sizeof(TString) == sizeof(void*));
+    return ReadAt<const void*>(&text, 0);
+}
+
+constexpr std::size_t c_ownMembers = 40;
+
+TEST(XMLFormatter, KeepsTheOrderOfItsMembers)
+{
+    const TString unit(u"unit");
+    RecordingFormatter formatter(unit);
+    formatter.SetFormatMode(FormatMode::Content);
+    static_assert(sizeof(XMLFormatter) == c_ownMembers);
+    EXPECT_EQ(static_cast<const void*>(&formatter.GetIndent()),
+              reinterpret_cast<const char*>(&formatter) + 8);
+    EXPECT_EQ(ReadAt<FormatMode>(&formatter, 16), FormatMode::Content);
+    EXPECT_EQ(ReadAt<const void*>(&formatter, 24), TextOf(unit));
+    EXPECT_NE(ReadAt<const void*>(&formatter, 32), nullptr);
+    const RecordingFormatter onOneLine(unit, true);
+    EXPECT_EQ(ReadAt<const void*>(&onOneLine, 32), nullptr);
+}
+
+TEST(XMLStringFormatter, KeepsTheOrderOfItsMembers)
+{
+    XMLStringFormatter formatter(u"  ", false);
+    formatter.OutputString(u"text");
+    static_assert(sizeof(XMLStringFormatter) == c_ownMembers + sizeof(TString));
+    EXPECT_EQ(ReadAt<const void*>(&formatter, c_ownMembers), TextOf(formatter.GetOutput()));
+}
+
+TEST(XMLDomFormatter, KeepsTheOrderOfItsMembers)
+{
+    XMLDomFormatter formatter;
+    constexpr std::size_t document = c_ownMembers + sizeof(std::deque<DOMElement*>);
+    constexpr std::size_t comments = document + sizeof(void*);
+    constexpr std::size_t hasHeader = comments + sizeof(std::vector<TString>);
+    static_assert(sizeof(XMLDomFormatter) == hasHeader + sizeof(void*));
+    EXPECT_EQ(ReadAt<const void*>(&formatter, document), formatter.GetDocument());
+    EXPECT_EQ(ReadAt<const void*>(&formatter, comments), nullptr);
+    formatter.OutputComment(u"note");
+    EXPECT_NE(ReadAt<const void*>(&formatter, comments), nullptr);
+    EXPECT_FALSE(ReadAt<bool>(&formatter, hasHeader));
+    formatter.OutputHeader();
+    EXPECT_TRUE(ReadAt<bool>(&formatter, hasHeader));
 }
 
 #endif

@@ -266,6 +266,30 @@ TEST(XMLStringFormatter, RefusesATreeBeyondTheIndentationAndKeepsItsOutput)
     EXPECT_GT(formatter.GetOutput().length(), 20 * indent.length());
 }
 
+TEST(XMLStringFormatter, RefusesToKeepAnIndentationBeyondTheLimit)
+{
+    XMLStringFormatter formatter(u"  ", false);
+    for (TString::size_type i = 0; i < XMLFormatter::c_maxIndentLength; i += 2)
+        formatter.Indent();
+    formatter.OutputTag(u"t", {});
+    const TString output = formatter.GetOutput();
+    EXPECT_EQ(output.length(), XMLFormatter::c_maxIndentLength + 6);
+
+    formatter.Indent();
+    EXPECT_THROW(formatter.OutputTag(u"t", {}), std::length_error);
+    EXPECT_THROW(formatter.OutputOpenTag(u"t", {}), std::length_error);
+    EXPECT_THROW(formatter.OutputCloseTag(u"t"), std::length_error);
+    EXPECT_THROW(formatter.OutputContentTag(u"t", {}, u"x"), std::length_error);
+    EXPECT_THROW(formatter.OutputComment(u"x"), std::length_error);
+    EXPECT_EQ(formatter.GetOutput(), output);
+    // A text that happens to be blanks is none.
+    const TString blanks(formatter.GetIndent().length(), u' ');
+    formatter.OutputString(blanks);
+    EXPECT_EQ(formatter.GetOutput(), output + blanks);
+    formatter.Undent();
+    EXPECT_NO_THROW(formatter.OutputTag(u"t", {}));
+}
+
 TEST(XMLFormatter, RefusesATreeThatIsTooDeepForTheStackAndClosesWhatIsOpen)
 {
     // Room for the data of the thread itself, of which sanitizers have a lot.

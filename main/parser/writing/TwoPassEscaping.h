@@ -1,19 +1,18 @@
 #pragma once
 
-#include "base/Assertion.h"
-#include "base/KesErrors.h"
-#include "writing/XMLEscapeTable.h"
+#include "writing/EscapeTable.h"
+#include "writing/XMLFormatterAssertions.h"
 
-#include <kesplatform/TFormatString.h>
-#include <kesplatform/TLog.h>
 #include <kesplatform/TString.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
 
-/// Escaping unit by unit. `isValid` tells of units from 0x80 on whether they may stand in XML text.
-namespace TableEscaping {
+/// Escaping into a text of its own: a first pass counts, so that the second one writes into a
+/// single allocation of the right length. Both go unit by unit. `isValid` tells of units from 0x80
+/// on whether they may stand in XML text. OnePassEscaping is the other way.
+namespace TwoPassEscaping {
 
 /// By how much the escaped text is longer than the text.
 template <typename IsValid>
@@ -53,19 +52,6 @@ std::size_t Write(std::u16string_view text, const EscapeTable& table, IsValid is
     return written;
 }
 
-[[noreturn]] inline void ThrowLengthMismatch(const TString& text, const TString& encoded,
-                                             std::size_t written)
-{
-    LogMessage(TLog::Info,
-               TFormatString(u"Encoded string length doesn't match the total encoded character "
-                             u"count. Input string is \"%1\". Encoded string is \"%2\". Encoded "
-                             u"string length is %3. Character count after encoding is %4.")
-                   .Format(text, encoded, encoded.length(), written));
-    ThrowAssertion(u"XMLFormatter", __LINE__,
-                   u"Encoded string length doesn't match the total encoded character count.",
-                   KesErrorsError::LogicAssert_0xF6B4AF4C());
-}
-
 /// The escaped text; the text itself when nothing makes it longer. The first `clean` units are
 /// known to need nothing. A logic assertion, and a log entry, when the two passes disagree.
 template <typename IsValid>
@@ -85,4 +71,4 @@ TString Encode(const TString& text, std::size_t clean, const EscapeTable& table,
     return encoded;
 }
 
-} // namespace TableEscaping
+} // namespace TwoPassEscaping

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "base/Assertion.h"
-#include "base/KesErrors.h"
+#include "writing/XMLFormatterAssertions.h"
 
 #include <kesplatform/CorePlatformUtils.h>
 
@@ -22,9 +21,9 @@ enum class MappingTableType
 /// units so that a writer may copy all of it at once.
 struct EscapeTableEntry
 {
-    static constexpr std::size_t room = 8;
+    static constexpr std::size_t c_room = 8;
 
-    std::array<char16_t, room> text{};
+    std::array<char16_t, c_room> text{};
     std::uint16_t length = 0;
 
     constexpr EscapeTableEntry() = default;
@@ -75,8 +74,7 @@ constexpr EscapeTable InitMappingTableType(MappingTableType type)
         table[u'\t'] = {};
         return table;
     }
-    ThrowAssertion(u"XMLFormatter", __LINE__, u"Unknown type passed to InitMappingTableType",
-                   KesErrorsError::LogicAssert_0xF6AD402C());
+    ThrowUnknownMappingTableType();
 }
 
 /// The table of a type; ready before anything runs.

@@ -1,15 +1,16 @@
 #pragma once
 
-#include "writing/UnitBlock.h"
-#include "writing/XMLEscapeTable.h"
+#include "writing/EightUnits.h"
+#include "writing/EscapeTable.h"
 
 #include <cstddef>
 #include <cstring>
 #include <string_view>
 
-/// Copying of UTF-16 units for texts that are short more often than not. Every function writes to
-/// room that the caller has made, and returns where it stopped.
-namespace UnitCopy {
+/// Escaping while copying, for texts that are short more often than not: the caller makes room for
+/// the longest result, so that one pass will do. Every function writes to that room, and returns
+/// where it stopped. TwoPassEscaping is the other way.
+namespace OnePassEscaping {
 
 /// A unit takes at most this many when it is escaped: "\xFFFE;".
 inline constexpr std::size_t c_maxEscapeLength = HexadecimalEscape(0xFFFE).length;
@@ -17,20 +18,20 @@ inline constexpr std::size_t c_maxEscapeLength = HexadecimalEscape(0xFFFE).lengt
 /// The room that CopyEscaped needs; replacements are copied with all the room of their entry.
 constexpr std::size_t EscapedRoom(std::size_t length) noexcept
 {
-    return length * c_maxEscapeLength + EscapeTableEntry::room;
+    return length * c_maxEscapeLength + EscapeTableEntry::c_room;
 }
 
 inline char16_t* Copy(std::u16string_view text, char16_t* to) noexcept
 {
     const char16_t* from = text.data();
     const std::size_t count = text.size();
-    if (count >= UnitBlock::size) {
-        const std::size_t last = count - UnitBlock::size;
-        for (std::size_t i = 0; i < last; i += UnitBlock::size)
-            UnitBlock::Load(from + i).Store(to + i);
-        UnitBlock::Load(from + last).Store(to + last);
-    } else if (count >= UnitBlock::size / 2) {
-        UnitBlock::LoadEnds(from, count).StoreEnds(to, count);
+    if (count >= EightUnits::c_count) {
+        const std::size_t last = count - EightUnits::c_count;
+        for (std::size_t i = 0; i < last; i += EightUnits::c_count)
+            EightUnits::Load(from + i).Store(to + i);
+        EightUnits::Load(from + last).Store(to + last);
+    } else if (count >= EightUnits::c_count / 2) {
+        EightUnits::LoadEnds(from, count).StoreEnds(to, count);
     } else if (count > 0) {
         // One to three units: the first, the last and the one in the middle.
         to[0] = from[0];
@@ -59,22 +60,22 @@ char16_t* CopyEscaped(std::u16string_view text, char16_t* to) noexcept
     };
     const char16_t* from = text.data();
     const char16_t* const end = from + text.size();
-    while (end - from >= static_cast<std::ptrdiff_t>(UnitBlock::size)) {
-        const UnitBlock block = UnitBlock::Load(from);
-        block.Store(to);
-        const std::size_t clean = block.FindEscape<type>();
+    while (end - from >= static_cast<std::ptrdiff_t>(EightUnits::c_count)) {
+        const EightUnits units = EightUnits::Load(from);
+        units.Store(to);
+        const std::size_t clean = units.FindEscape<type>();
         to += clean;
         from += clean;
-        if (clean == UnitBlock::size)
+        if (clean == EightUnits::c_count)
             continue;
         if (endsText(*from))
             return nullptr;
         to = PutEscape(table, *from++, to);
     }
     const auto rest = static_cast<std::size_t>(end - from);
-    if (rest >= UnitBlock::size / 2) {
-        const UnitBlock ends = UnitBlock::LoadEnds(from, rest);
-        if (ends.FindEscape<type>() == UnitBlock::size) {
+    if (rest >= EightUnits::c_count / 2) {
+        const EightUnits ends = EightUnits::LoadEnds(from, rest);
+        if (ends.FindEscape<type>() == EightUnits::c_count) {
             ends.StoreEnds(to, rest);
             return to + rest;
         }
@@ -90,4 +91,4 @@ char16_t* CopyEscaped(std::u16string_view text, char16_t* to) noexcept
     return to;
 }
 
-} // namespace UnitCopy
+} // namespace OnePassEscaping
