@@ -246,13 +246,13 @@ void AddPlainAttributes(Collection& collection)
                       "<a href='http://x.y/z?q=1&amp;r=2#s'/>",
                       "<a z='1' y='2' x='3' w='4' v='5' u='6' t='7' s='8' r='9'/>",
                       "<a><b c='1' d='2'/><b c='3' d='4'/><b d='5' c='6'/><b c='7'/></a>",
-                      "<a b='\x7F'/>",
-                      "<a b='\xC2\x85\xE2\x80\xA8'/>"});
+                      "<a b='\x7F'/>"});
 }
 
 void AddOtherAttributes(Collection& collection)
 {
     collection.Other({"<a b/>",
+                      "<a b='\xC2\x85\xE2\x80\xA8'/>",
                       "<a b=/>",
                       "<a b=1/>",
                       "<a b='1/>",
