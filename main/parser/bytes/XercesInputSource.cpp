@@ -1,8 +1,7 @@
 #include "bytes/XercesInputSource.h"
 
-#include "bytes/DeclaredEncoding.h"
-#include "bytes/GuardedUtf8Source.h"
-#include "bytes/Utf8Guard.h"
+#include "bytes/ScannerEncoding.h"
+#include "bytes/StrictUtf8Source.h"
 #include "bytes/XercesColonSanitizer.h"
 #include "bytes/XercesMemory.h"
 #include "bytes/XercesText.h"
@@ -69,8 +68,8 @@ void XercesInputSource::SetupXercesBuffer(std::size_t start, const TString& id,
     const std::string_view bytes = std::string_view(*m_data).substr(start);
     auto* const manager = xercesc::XMLPlatformUtils::fgMemoryManager;
     WithXercesMemory([&] {
-        if (encoding == XercesEncoding::Utf8 || Utf8Guard::IsReadAsUtf8(bytes)) {
-            auto* const guarded = new (manager) GuardedUtf8Source(bytes, id, manager);
+        if (encoding == XercesEncoding::Utf8 || ScannerEncoding::IsUtf8(bytes)) {
+            auto* const guarded = new (manager) StrictUtf8Source(bytes, id, manager);
             m_xercesSource.reset(guarded);
             m_guardedSource = guarded;
         } else {
@@ -82,7 +81,7 @@ void XercesInputSource::SetupXercesBuffer(std::size_t start, const TString& id,
         m_xercesSource->setCopyBufToStream(false);
         if (encoding == XercesEncoding::Utf8)
             m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
-        else if (const auto overlooked = DeclaredEncoding::FindOverlooked(bytes);
+        else if (const auto overlooked = ScannerEncoding::FindOverlooked(bytes);
                  !overlooked.empty())
             m_xercesSource->setEncoding(
                 GetInternalXMLChPtrFromTString(TString::fromUtf8(overlooked)));

@@ -11,12 +11,12 @@
 #include <string>
 #include <string_view>
 
-class GuardedUtf8Source;
+class StrictUtf8Source;
 
 /// How the bytes of a document are read.
 enum class XercesEncoding
 {
-    /// By their mark and their declaration.
+    /// By their byte-order mark and their declaration.
     Declared,
     /// As UTF-8, whatever they declare.
     Utf8
@@ -52,7 +52,7 @@ private:
 
     std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
     /// The same, when it guards UTF-8; else null.
-    const GuardedUtf8Source* m_guardedSource = nullptr;
+    const StrictUtf8Source* m_guardedSource = nullptr;
     std::shared_ptr<const std::string> m_data;
     std::size_t m_start;
     XercesEncoding m_encoding;

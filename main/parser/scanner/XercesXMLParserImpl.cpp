@@ -2,7 +2,7 @@
 
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
-#include "bytes/DocumentEnd.h"
+#include "bytes/OverlookedFaults.h"
 #include "bytes/XercesInputSource.h"
 #include "bytes/XercesMemory.h"
 #include "bytes/XercesText.h"
@@ -363,9 +363,9 @@ void XercesXMLParserImpl::CheckEnd(const XercesInputSource& document)
     if (m_handler->SawFatalError())
         return;
     const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
-    const auto flaw = DocumentEnd::FindFlaw(document.GetBytes(), isUtf8, document.MayHoldNull());
-    if (flaw)
-        m_handler->RecordFatalError(flaw->message, GetSource().Id(), flaw->line, flaw->column);
+    const auto fault = OverlookedFaults::Find(document.GetBytes(), isUtf8, document.MayHoldNull());
+    if (fault)
+        m_handler->RecordFatalError(fault->message, GetSource().Id(), fault->line, fault->column);
 }
 
 bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
