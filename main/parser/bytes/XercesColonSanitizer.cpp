@@ -182,6 +182,11 @@ std::shared_ptr<const std::string>
 EncodeColonAttributeNames(const std::shared_ptr<const std::string>& input)
 {
     const Metrics::Scope scope("XercesColonSanitizer");
+    return EncodeUnmeasured(input);
+}
+
+std::shared_ptr<const std::string> EncodeUnmeasured(const std::shared_ptr<const std::string>& input)
+{
     XercesColonSanitizerImpl sanitizer(input);
     std::size_t idx = sanitizer.FindNextColonAttribute(0);
     if (idx == std::string::npos)

@@ -20,4 +20,8 @@ EncodeColonAttributeNames(const std::shared_ptr<const std::string>& input);
 /// The name as it stood in the document; empty for the declaration that the encoding added.
 TString RestoreEncodedAttributeNames(TString name);
 
+/// The same, unseen by metrics.
+std::shared_ptr<const std::string>
+EncodeUnmeasured(const std::shared_ptr<const std::string>& input);
+
 } // namespace XercesColonSanitizer

@@ -6,6 +6,8 @@
 #include "bytes/XercesMemory.h"
 #include "bytes/XercesText.h"
 
+#include <kesplatform/Metrics.h>
+
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
@@ -41,17 +43,31 @@ WidenLineEndOfDeclaration(std::shared_ptr<const std::string> data, std::size_t s
 XercesInputSource::XercesInputSource(const std::shared_ptr<const std::string>& data,
                                      std::size_t start, const TString& id, ColonProcessingMode mode,
                                      XercesEncoding encoding)
-    : m_data(data), m_start(start), m_encoding(encoding)
+    : XercesInputSource(std::shared_ptr<const std::string>(data), start, id, mode, encoding)
 {
-    SetupXercesBuffer(start, id, mode, encoding);
 }
 
 XercesInputSource::XercesInputSource(std::shared_ptr<const std::string>&& data, std::size_t start,
                                      const TString& id, ColonProcessingMode mode,
                                      XercesEncoding encoding)
-    : m_data(std::move(data)), m_start(start), m_encoding(encoding)
+    : m_data(std::move(data)), m_mode(mode), m_start(start), m_id(id), m_encoding(encoding)
 {
-    SetupXercesBuffer(start, id, mode, encoding);
+    if (mode == ColonProcessingMode::EncodeColonAttributes)
+        const Metrics::Scope scope("XercesColonSanitizer");
+}
+
+void XercesInputSource::Sanitize() const
+{
+    if (m_mode == ColonProcessingMode::EncodeColonAttributes)
+        m_data = XercesColonSanitizer::EncodeUnmeasured(m_data);
+    m_mode = ColonProcessingMode::None;
+}
+
+void XercesInputSource::Prepare() const
+{
+    Sanitize();
+    m_data = WidenLineEndOfDeclaration(std::move(m_data), m_start);
+    SetupXercesBuffer();
 }
 
 bool XercesInputSource::MayHoldNull() const noexcept
@@ -59,27 +75,23 @@ bool XercesInputSource::MayHoldNull() const noexcept
     return m_guardedSource == nullptr || m_guardedSource->MayHoldNull();
 }
 
-void XercesInputSource::SetupXercesBuffer(std::size_t start, const TString& id,
-                                          ColonProcessingMode mode, XercesEncoding encoding)
+void XercesInputSource::SetupXercesBuffer() const
 {
-    if (mode == ColonProcessingMode::EncodeColonAttributes)
-        m_data = XercesColonSanitizer::EncodeColonAttributeNames(m_data);
-    m_data = WidenLineEndOfDeclaration(std::move(m_data), start);
-    const std::string_view bytes = std::string_view(*m_data).substr(start);
+    const std::string_view bytes = GetBytes();
     auto* const manager = xercesc::XMLPlatformUtils::fgMemoryManager;
     WithXercesMemory([&] {
-        if (encoding == XercesEncoding::Utf8 || ScannerEncoding::IsUtf8(bytes)) {
-            auto* const guarded = new (manager) StrictUtf8Source(bytes, id, manager);
+        if (m_encoding == XercesEncoding::Utf8 || ScannerEncoding::IsUtf8(bytes)) {
+            auto* const guarded = new (manager) StrictUtf8Source(bytes, m_id, manager);
             m_xercesSource.reset(guarded);
             m_guardedSource = guarded;
         } else {
             m_xercesSource.reset(new (manager) xercesc::MemBufInputSource(
                 reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
-                GetInternalXMLChPtrFromTString(id), false, manager));
+                GetInternalXMLChPtrFromTString(m_id), false, manager));
         }
         // Streams that Xerces makes from the buffer read these very bytes.
         m_xercesSource->setCopyBufToStream(false);
-        if (encoding == XercesEncoding::Utf8)
+        if (m_encoding == XercesEncoding::Utf8)
             m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
         else if (const auto overlooked = ScannerEncoding::FindOverlooked(bytes);
                  !overlooked.empty())

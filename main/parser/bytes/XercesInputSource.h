@@ -23,7 +23,8 @@ enum class XercesEncoding
 };
 
 /// One document as a memory buffer of Xerces, together with the bytes that the buffer points into.
-/// Xerces must be initialised.
+/// The bytes are changed where Xerces needs it, and the buffer is made, as late as possible: most
+/// documents are read without Xerces. Metrics see the colon sanitizer at work in any case.
 class XercesInputSource
 {
 public:
@@ -38,22 +39,37 @@ public:
     XercesInputSource& operator=(XercesInputSource&& other) = delete;
     ~XercesInputSource() = default;
 
-    xercesc::InputSource& operator()() const { return *m_xercesSource; }
-    /// What the buffer holds, which may differ from `data` in names that begin with a colon and in
-    /// the first line end; lives as long as this object.
+    /// Puts names that begin with a colon under the reserved prefix, where the mode asks for it.
+    void Sanitize() const;
+
+    /// Sanitizes and makes the buffer when it is asked for the first time; Xerces must be
+    /// initialised then.
+    xercesc::InputSource& operator()() const
+    {
+        if (m_xercesSource == nullptr)
+            Prepare();
+        return *m_xercesSource;
+    }
+    /// What the buffer holds; before there is one, the document as it was given, or sanitized.
+    /// Followed by a zero byte, and valid until the next of these steps. The buffer may differ from
+    /// the document in names that begin with a colon and in the first line end.
     std::string_view GetBytes() const noexcept { return std::string_view(*m_data).substr(m_start); }
     XercesEncoding GetEncoding() const noexcept { return m_encoding; }
     /// Whether a null character may be among the bytes; false only once all of them were read.
     bool MayHoldNull() const noexcept;
 
 private:
-    void SetupXercesBuffer(std::size_t start, const TString& id, ColonProcessingMode mode,
-                           XercesEncoding encoding);
+    void Prepare() const;
+    void SetupXercesBuffer() const;
 
-    std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
+    // Made, or changed, when they are needed for the first time.
+
+    mutable std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
     /// The same, when it guards UTF-8; else null.
-    const StrictUtf8Source* m_guardedSource = nullptr;
-    std::shared_ptr<const std::string> m_data;
+    mutable const StrictUtf8Source* m_guardedSource = nullptr;
+    mutable std::shared_ptr<const std::string> m_data;
+    mutable ColonProcessingMode m_mode;
     std::size_t m_start;
+    TString m_id;
     XercesEncoding m_encoding;
 };

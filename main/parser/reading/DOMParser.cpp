@@ -2,8 +2,9 @@
 
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
+#include "bytes/XercesMemory.h"
 #include "scanner/XercesXMLParserImpl.h"
-#include "sinks/CompactDOMBuilder.h"
+#include "sinks/TreeSink.h"
 #include "sources/BorrowedUtf8Source.h"
 
 #include <kescorexml/BinaryInputSource.h>
@@ -48,33 +49,32 @@ std::unique_ptr<DOM> MakeErrorDocument(const TString& message)
 class KESCOREXML_NO_EXPORT DOMParser::Impl
 {
 public:
-    std::shared_ptr<XercesXMLParser>
-    CreateOrReuseExistingXercesParser(InputSource& source, std::shared_ptr<SAXInterface> sink);
+    XercesXMLParserImpl& CreateOrReuseExistingXercesParser(InputSource& source, ScanSink& sink);
 
     /// All of a parse but the report of its statistics.
     std::unique_ptr<DOM> Parse(InputSource& source, bool keepWhitespaceText,
                                const ParseLimits& limits);
     void ReportStatistics(const InputSource& source) const;
 
-    std::shared_ptr<XercesXMLParser> m_cachedParser;
+    std::unique_ptr<XercesXMLParserImpl> m_cachedParser;
     std::vector<std::unique_ptr<InputSource>> m_xsdSources;
     bool m_enableLineNumbersOnElements = false;
     bool m_restrictExternalPaths = false;
     std::function<void(const DOMParserStatistics&)> m_statisticsEventHandler;
 };
 
-std::shared_ptr<XercesXMLParser>
-DOMParser::Impl::CreateOrReuseExistingXercesParser(InputSource& source,
-                                                   std::shared_ptr<SAXInterface> sink)
+XercesXMLParserImpl& DOMParser::Impl::CreateOrReuseExistingXercesParser(InputSource& source,
+                                                                        ScanSink& sink)
 {
     if (m_cachedParser != nullptr && m_cachedParser->GetXSDNames().empty()) {
-        m_cachedParser->Reload(source, std::move(sink));
+        m_cachedParser->Reload(source, sink);
         m_cachedParser->ClearErrorsAndWarnings();
-        return m_cachedParser;
+        return *m_cachedParser;
     }
     m_cachedParser.reset();
-    m_cachedParser = XercesXMLParser::Create(source, std::move(sink));
-    return m_cachedParser;
+    m_cachedParser =
+        WithXercesMemory([&] { return std::make_unique<XercesXMLParserImpl>(source, sink); });
+    return *m_cachedParser;
 }
 
 DOMParser::DOMParser() : m_impl(std::make_unique<Impl>())
@@ -152,20 +152,20 @@ std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhites
     }
     auto dom = std::make_unique<DOM>(m_restrictExternalPaths);
     DOMElement& root = *dom->GetRoot();
-    const auto builder = std::make_shared<CompactDOMBuilder>(*dom, keepWhitespaceText);
-    const auto parser = CreateOrReuseExistingXercesParser(source, builder);
-    static_cast<ParseLimits&>(*parser) = limits;
+    TreeSink tree(*dom, keepWhitespaceText);
+    XercesXMLParserImpl& parser = CreateOrReuseExistingXercesParser(source, tree);
+    static_cast<ParseLimits&>(parser) = limits;
     if (m_enableLineNumbersOnElements)
-        builder->SetLocationInterface(parser.get());
+        tree.SetLocationInterface(&parser);
     for (const auto& xsdSource : m_xsdSources) {
         // The parse before this one may have read it to its end.
         xsdSource->ResetToStart();
-        parser->LoadXSDSource(*xsdSource);
+        parser.LoadXSDSource(*xsdSource);
     }
-    CopyParserErrorsToElement(*parser, root);
-    parser->Parse();
-    builder->Finish();
-    CopyParserErrorsToElement(*parser, root);
+    CopyParserErrorsToElement(parser, root);
+    parser.Parse();
+    tree.Finish();
+    CopyParserErrorsToElement(parser, root);
     return dom;
 }
 

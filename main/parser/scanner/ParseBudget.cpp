@@ -151,7 +151,7 @@ void ParseBudget::DeclareAttribute(std::u16string_view elementName, std::u16stri
 }
 
 std::uint64_t ParseBudget::CountDeclaredAttributes(std::u16string_view name,
-                                                   DeclaredAttributes& known) const
+                                                   ParsedNames::DeclaredAttributes& known) const
 {
     if (known.parse != m_number) {
         const auto declared = m_declaredAttributes.find(TString(name));

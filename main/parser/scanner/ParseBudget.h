@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sinks/ParsedNames.h"
+
 #include <kescorexml/ParseLimits.h>
 
 #include <kesplatform/TString.h>
@@ -42,16 +44,12 @@ public:
     /// Where errors are located; null for nowhere. Begin forgets it.
     void SetLocator(const xercesc::Locator* locator) noexcept { m_locator = locator; }
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
+    /// How many units may reach the sink.
+    std::uint64_t GetOutputLimit() const noexcept { return m_outputLimit; }
+    /// How many declared attributes and units of entities the scanner may be given to do.
+    std::uint64_t GetScannerWorkLimit() const noexcept { return m_scannerWorkLimit; }
     /// Whether the parse has exceeded a limit. What the scanner reports on its way out is no news.
     bool HasFailed() const noexcept { return m_hasFailed; }
-
-    /// How many attributes the document type of a parse declares for the elements of one name.
-    struct DeclaredAttributes
-    {
-        /// The number of the parse.
-        std::uint64_t parse = 0;
-        std::uint64_t count = 0;
-    };
 
     // Each of these throws LimitExceeded.
 
@@ -62,8 +60,8 @@ public:
             FailAmplification();
     }
     /// `name` is the qualified name, and `known` what the budget noted down for it.
-    void StartElement(std::u16string_view name, DeclaredAttributes& known, const XMLCh* uri,
-                      const XMLCh* localName, std::uint64_t attributes)
+    void StartElement(std::u16string_view name, ParsedNames::DeclaredAttributes& known,
+                      const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes)
     {
         ++m_depth;
         if (m_isValidating) [[unlikely]]
@@ -112,7 +110,7 @@ public:
 
 private:
     std::uint64_t CountDeclaredAttributes(std::u16string_view name,
-                                          DeclaredAttributes& known) const;
+                                          ParsedNames::DeclaredAttributes& known) const;
     void AddScannerWork(std::uint64_t amount);
     void AddValidationWork(const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes);
     void AddDeclarationWork(std::uint64_t amount);

@@ -1,7 +1,6 @@
 #include "scanner/XercesXMLHandler.h"
 
 #include "bytes/XercesText.h"
-#include "scanner/AttributeAssembler.h"
 
 #include <kescorexml/CoreXml.h>
 #include <kescorexml/XMLParseException.h>
@@ -19,8 +18,22 @@
 
 namespace {
 
-/// A run of text that needed more room than this gives it back.
-constexpr std::size_t c_textRoomKept = 0x10000;
+/// Null gives the empty text.
+const char16_t* ToTerminated(const XMLCh* text) noexcept
+{
+    return text == nullptr ? u"" : reinterpret_cast<const char16_t*>(text);
+}
+
+/// The units of all names and values and one for each attribute.
+std::size_t CountUnits(const xercesc::Attributes& attributes)
+{
+    std::size_t units = attributes.getLength();
+    for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
+        units += ViewXMLCh(attributes.getQName(i)).size();
+        units += ViewXMLCh(attributes.getValue(i)).size();
+    }
+    return units;
+}
 
 void RecordMessage(const char16_t* kind, const TString& message, const TString& systemId,
                    unsigned long long line, unsigned long long column, std::vector<TString>& list)
@@ -48,10 +61,9 @@ std::unique_ptr<xercesc::InputSource> MakeSchemaSource(const TString& text, cons
 
 } // namespace
 
-XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> sink, ParsedNames& names,
-                                   ParseBudget& budget)
-    : m_sink(std::move(sink)), m_compactSink(dynamic_cast<CompactDOMBuilder*>(m_sink.get())),
-      m_names(names), m_budget(budget)
+XercesXMLHandler::XercesXMLHandler(ScanSink& sink, SAXInterfaceExtension* extension,
+                                   ParsedNames& names, ParseBudget& budget)
+    : m_sink(sink), m_extension(extension), m_names(names), m_budget(budget)
 {
 }
 
@@ -59,10 +71,16 @@ XercesXMLHandler::~XercesXMLHandler() = default;
 
 void XercesXMLHandler::GetCurrentLocationHandler(int& line, int& column) const
 {
-    if (m_locator == nullptr)
+    if (m_line == 0)
         return;
-    line = static_cast<int>(m_locator->getLineNumber());
-    column = static_cast<int>(m_locator->getColumnNumber());
+    line = m_line;
+    column = m_column;
+}
+
+void XercesXMLHandler::RememberLocation()
+{
+    m_line = static_cast<int>(m_locator->getLineNumber());
+    m_column = static_cast<int>(m_locator->getColumnNumber());
 }
 
 // Elements and text
@@ -70,62 +88,34 @@ void XercesXMLHandler::GetCurrentLocationHandler(int& line, int& column) const
 void XercesXMLHandler::characters(const XMLCh* chars, XMLSize_t length)
 {
     m_budget.AddText(length);
-    if (m_compactSink != nullptr)
-        m_compactSink->AppendCompactText(ViewXMLCh(chars, length));
-    else
-        m_pendingText.append(ViewXMLCh(chars, length));
-}
-
-void XercesXMLHandler::EndText()
-{
-    if (m_compactSink != nullptr)
-        m_compactSink->EndText();
-    else if (!m_pendingText.empty())
-        PassPendingText();
-}
-
-void XercesXMLHandler::PassPendingText()
-{
-    const TString text{std::u16string_view(m_pendingText)};
-    m_pendingText.clear();
-    m_sink->TextContent(text);
-    if (m_pendingText.capacity() > c_textRoomKept)
-        m_pendingText.shrink_to_fit();
+    m_sink.AppendText(ViewXMLCh(chars, length));
 }
 
 void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qName,
                                     const xercesc::Attributes& attributes)
 {
-    EndText();
+    RememberLocation();
     m_names.ForgetIfLarge();
     ParsedNames::Entry& name = m_names.FindElement(reinterpret_cast<const char16_t*>(qName));
-    m_budget.StartElement(name.name.view(), name.declaredAttributes, uri, localName,
-                          attributes.getLength());
-    if (m_compactSink != nullptr) {
-        ParseArena& arena = m_compactSink->GetArena();
-        AttributeStorage packed = PackAttributes(arena, m_names, name, attributes);
-        if (m_budget.CountsAttributes())
-            m_budget.AddText(CountUnits(attributes, packed));
-        m_compactSink->StartCompactElement(ParsedNames::GetNameIn(arena, name), std::move(packed));
-        return;
-    }
+    const XMLSize_t count = attributes.getLength();
+    m_budget.StartElement(name.name.view(), name.declaredAttributes, uri, localName, count);
     if (m_budget.CountsAttributes())
         m_budget.AddText(CountUnits(attributes));
-    m_sink->StartElement(TString(name.name), ToAttributeMap(m_names, attributes));
-    m_done |= m_sink->IsDone();
+    m_attributeNames.resize(count);
+    m_attributeValues.resize(count);
+    for (XMLSize_t i = 0; i < count; ++i) {
+        m_attributeNames[i] = ToTerminated(attributes.getQName(i));
+        m_attributeValues[i] = ToTerminated(attributes.getValue(i));
+    }
+    m_sink.StartElement({m_names, name, m_attributeNames, m_attributeValues});
 }
 
 void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
                                   const XMLCh* /*qName*/)
 {
-    EndText();
+    RememberLocation();
     m_budget.EndElement();
-    if (m_compactSink != nullptr) {
-        m_compactSink->EndCompactElement();
-        return;
-    }
-    m_sink->EndElement();
-    m_done |= m_sink->IsDone();
+    m_sink.EndElement();
 }
 
 void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
@@ -272,14 +262,13 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
     default:
         return nullptr;
     }
-    auto* const extension = dynamic_cast<SAXInterfaceExtension*>(m_sink.get());
-    if (extension == nullptr)
+    if (m_extension == nullptr)
         return nullptr;
     const TString path =
-        extension->ResolveSchemaLocation(GetTStringFromXMLChPtr(id->getBaseURI(), -1),
-                                         GetTStringFromXMLChPtr(id->getSystemId(), -1));
+        m_extension->ResolveSchemaLocation(GetTStringFromXMLChPtr(id->getBaseURI(), -1),
+                                           GetTStringFromXMLChPtr(id->getSystemId(), -1));
     if (path.IsEmpty())
         return nullptr;
-    const TString text = extension->FilterSchemaText(TFile::LoadTextFile(TPath(path), 1), path);
+    const TString text = m_extension->FilterSchemaText(TFile::LoadTextFile(TPath(path), 1), path);
     return MakeSchemaSource(text, path).release();
 }

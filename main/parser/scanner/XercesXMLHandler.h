@@ -1,8 +1,7 @@
 #pragma once
 
 #include "scanner/ParseBudget.h"
-#include "scanner/ParsedNames.h"
-#include "sinks/CompactDOMBuilder.h"
+#include "sinks/ScanSink.h"
 
 #include <kescorexml/SAXInterface.h>
 
@@ -10,21 +9,21 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 
-#include <memory>
-#include <string>
 #include <vector>
 
-/// What Xerces calls back during a parse. It passes elements and text on to a sink, text in whole
-/// runs, keeps Xerces's diagnostics as formatted messages, refuses external entities and serves
-/// schema documents that the sink supplies.
+/// What Xerces calls back during a parse. It passes elements and text on to a sink, keeps Xerces's
+/// diagnostics as formatted messages, refuses external entities and serves schema documents that
+/// the caller supplies.
 class XercesXMLHandler : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver
 {
 public:
-    /// `names` and `budget` must outlive the handler; they may have served other handlers before.
-    XercesXMLHandler(std::shared_ptr<SAXInterface> sink, ParsedNames& names, ParseBudget& budget);
+    /// All of them must outlive the handler; names and budget may have served others before.
+    /// `extension` supplies schemas and may be null.
+    XercesXMLHandler(ScanSink& sink, SAXInterfaceExtension* extension, ParsedNames& names,
+                     ParseBudget& budget);
     ~XercesXMLHandler() override;
 
-    /// Leaves both as they are before the first document has begun.
+    /// Of the last event; leaves both as they are before the first one.
     void GetCurrentLocationHandler(int& line, int& column) const;
 
     bool SawWarnings() const noexcept { return !m_warnings.empty(); }
@@ -33,7 +32,7 @@ public:
     const std::vector<TString>& GetWarnings() const noexcept { return m_warnings; }
     const std::vector<TString>& GetErrors() const noexcept { return m_errors; }
     /// The parse need not or must not go on.
-    bool IsDone() const noexcept { return m_done || m_sawFatalError; }
+    bool IsDone() const noexcept { return m_sawFatalError || m_sink.IsDone(); }
 
     void RecordWarning(const XMLCh* message, const XMLCh* systemId, unsigned long long line,
                        unsigned long long column);
@@ -48,8 +47,6 @@ public:
     void RecordFatalError(const TString& message, const TString& systemId, unsigned long long line,
                           unsigned long long column);
 
-    /// Forgets text that an abandoned parse left behind.
-    void DiscardPendingText() noexcept { m_pendingText.clear(); }
     /// The locator belongs to a scanner that is about to end.
     void ForgetLocator() noexcept { m_locator = nullptr; }
     /// While a schema is loaded, what its document type refers to outside is taken as empty.
@@ -63,7 +60,7 @@ public:
     void error(const xercesc::SAXParseException& exception) override;
     void fatalError(const xercesc::SAXParseException& exception) override;
     void warning(const xercesc::SAXParseException& exception) override;
-    /// Empties the lists and the fatal flag; pending text, locator and a sink that is done stay.
+    /// Empties the lists and the fatal flag; the locator and a sink that is done stay.
     void resetErrors() override;
     void externalEntityDecl(const XMLCh* name, const XMLCh* publicId,
                             const XMLCh* systemId) override;
@@ -80,17 +77,19 @@ public:
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* id) override;
 
 private:
-    void EndText();
-    void PassPendingText();
+    /// The locator knows nothing before and after a scan, and must not be asked then.
+    void RememberLocation();
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
-    std::shared_ptr<SAXInterface> m_sink;
-    /// The same sink, when it takes elements packed; else null.
-    CompactDOMBuilder* m_compactSink;
-    bool m_done = false;
+    ScanSink& m_sink;
+    SAXInterfaceExtension* m_extension;
     const xercesc::Locator* m_locator = nullptr;
-    /// Keeps its room between runs.
-    std::u16string m_pendingText;
+    /// Where the last event was; lines count from 1, and 0 is none.
+    int m_line = 0;
+    int m_column = 0;
+    /// Those of the last start tag, which keep their room.
+    std::vector<const char16_t*> m_attributeNames;
+    std::vector<const char16_t*> m_attributeValues;
     std::vector<TString> m_warnings;
     std::vector<TString> m_errors;
     bool m_sawFatalError = false;

@@ -148,9 +148,21 @@ void EnsureXercesIsInitialised()
 }
 
 XercesXMLParserImpl::XercesXMLParserImpl(InputSource& source, std::shared_ptr<SAXInterface> sink)
-    : XercesXMLParser(source, sink),
-      m_handler(std::make_unique<XercesXMLHandler>(std::move(sink), m_names, m_budget))
+    : XercesXMLParser(source, sink), m_saxSink(std::make_unique<SAXSink>(std::move(sink)))
 {
+    Start(*m_saxSink, m_saxSink->GetExtension());
+}
+
+XercesXMLParserImpl::XercesXMLParserImpl(InputSource& source, ScanSink& sink)
+    : XercesXMLParser(source, nullptr)
+{
+    Start(sink, nullptr);
+}
+
+void XercesXMLParserImpl::Start(ScanSink& sink, SAXInterfaceExtension* extension)
+{
+    m_handler = std::make_unique<XercesXMLHandler>(sink, extension, m_names, m_budget);
+    m_sink = &sink;
     EnsureXercesIsInitialised();
     m_securityManager = std::make_unique<xercesc::SecurityManager>();
     m_securityManager->setEntityExpansionLimit(0);
@@ -279,17 +291,36 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 
 void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
 {
-    m_handler->GetCurrentLocationHandler(line, column);
+    if (m_isDirect)
+        m_directScanner.GetCurrentLocation(line, column);
+    else
+        m_handler->GetCurrentLocationHandler(line, column);
 }
 
 void XercesXMLParserImpl::Reload(InputSource& source, std::shared_ptr<SAXInterface> sink)
 {
-    m_names.ForgetUnlessSmall();
-    auto handler = std::make_unique<XercesXMLHandler>(sink, m_names, m_budget);
+    auto saxSink = std::make_unique<SAXSink>(sink);
+    SendTo(*saxSink, saxSink->GetExtension());
+    m_saxSink = std::move(saxSink);
     XercesXMLParser::Reload(source, std::move(sink));
+}
+
+void XercesXMLParserImpl::Reload(InputSource& source, ScanSink& sink)
+{
+    SendTo(sink, nullptr);
+    m_saxSink.reset();
+    XercesXMLParser::Reload(source, nullptr);
+}
+
+void XercesXMLParserImpl::SendTo(ScanSink& sink, SAXInterfaceExtension* extension)
+{
+    m_names.ForgetUnlessSmall();
+    auto handler = std::make_unique<XercesXMLHandler>(sink, extension, m_names, m_budget);
     SetXercesXMLHandler(*m_reader, *handler);
     m_handler = std::move(handler);
     SetEntityResolver(*m_reader, m_handler.get());
+    m_sink = &sink;
+    m_isDirect = false;
 }
 
 void XercesXMLParserImpl::AllowEntityExpansion_Insecure()
@@ -309,23 +340,26 @@ void XercesXMLParserImpl::DoXercesParse()
 {
     const Metrics::Scope scope("XercesXMLParser_DoXercesParse");
     m_handler->resetErrors();
-    m_handler->DiscardPendingText();
+    m_sink->BeginDocument();
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
     if (xercesableSource == nullptr)
         ThrowAssertion(u"XercesXMLParser", __LINE__, u"xercesableSource != nullptr",
                        KesErrorsError::LogicAssert_0x7C41D09B());
     const XercesInputSource document =
         xercesableSource->GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
-    const auto noError = TError::ErrorInfo::NoError();
     BeginBudget(document, !m_noSchemaLoaded);
+    if (ScanDirectly(document))
+        return;
+    static_cast<void>(document());
+    RecordFailures([&] { ScanWithXerces(document); });
+}
+
+template <typename Scan>
+void XercesXMLParserImpl::RecordFailures(Scan&& scan)
+{
+    const auto noError = TError::ErrorInfo::NoError();
     try {
-        // A new one would have to load all schemas again: what one that has them forgot stays until
-        // the parser ends.
-        if (m_isSpoilt && m_noSchemaLoaded)
-            MakeReader();
-        ScanDocument(document);
-        if (m_handler->SawErrors())
-            CollectHandlerErrors();
+        scan();
     } catch (const LimitExceeded& exceeded) {
         RecordLimit(exceeded, GetSource().Id());
         CollectHandlerErrors();
@@ -340,6 +374,63 @@ void XercesXMLParserImpl::DoXercesParse()
     } catch (...) {
         Error(u"Unexpected exception", noError);
     }
+}
+
+void XercesXMLParserImpl::ScanWithXerces(const XercesInputSource& document)
+{
+    // A new one would have to load all schemas again: what one that has them forgot stays until
+    // the parser ends.
+    if (m_isSpoilt && m_noSchemaLoaded)
+        MakeReader();
+    ScanDocument(document);
+    if (m_handler->SawErrors())
+        CollectHandlerErrors();
+}
+
+DirectScanning::Verdict XercesXMLParserImpl::FindReasonForXerces() const
+{
+    using DirectScanning::Verdict;
+
+    if (!DirectScanning::IsEnabled())
+        return Verdict::Disabled;
+    if (!m_noSchemaLoaded)
+        return Verdict::Schema;
+    // A sink that is done before the first event is told of no other, but of what is wrong before.
+    if (m_sink->IsDone())
+        return Verdict::Markup;
+    return Verdict::Accepted;
+}
+
+bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
+{
+    using DirectScanning::Verdict;
+
+    Verdict verdict = FindReasonForXerces();
+    if (verdict == Verdict::Accepted) {
+        // Positions that a listener asks for are those behind the sanitizer.
+        if (m_sink->PassesOn())
+            document.Sanitize();
+        const auto scan = [&] {
+            m_isDirect = true;
+            const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
+            verdict = m_directScanner.Scan({document.GetBytes(), isUtf8, m_budget.GetOutputLimit(),
+                                            m_budget.GetScannerWorkLimit()},
+                                           *m_sink);
+            if (verdict != Verdict::Accepted)
+                m_sink->Rewind();
+        };
+        RecordFailures(scan);
+        if (verdict == Verdict::ColonName && !m_sink->PassesOn()) {
+            document.Sanitize();
+            RecordFailures(scan);
+        }
+        // The last location may be asked for when the document is gone.
+        if (m_sink->PassesOn())
+            m_directScanner.SettleLocation();
+    }
+    m_isDirect = verdict == Verdict::Accepted;
+    DirectScanning::SetLastVerdict(verdict);
+    return m_isDirect;
 }
 
 void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "direct/DirectScanner.h"
 #include "scanner/DocumentTypeGuard.h"
 #include "scanner/ParseBudget.h"
 #include "scanner/ScannerMemory.h"
 #include "scanner/XercesXMLHandler.h"
+#include "sinks/SAXSink.h"
 
 #include <kescorexml/XercesXMLParser.h>
 
@@ -23,7 +25,12 @@ class XercesXMLParserImpl final : public XercesXMLParser
 {
 public:
     XercesXMLParserImpl(InputSource& source, std::shared_ptr<SAXInterface> sink);
+    /// `sink` must live for as long as Parse may be called without a Reload before.
+    XercesXMLParserImpl(InputSource& source, ScanSink& sink);
     ~XercesXMLParserImpl() override;
+
+    /// As the other one, for a sink of that kind.
+    void Reload(InputSource& source, ScanSink& sink);
 
     void LoadXSDSource(InputSource& xsdSource) override;
     void GetCurrentLocation(int& line, int& column) override;
@@ -35,6 +42,11 @@ protected:
     void ParseImpl() override;
 
 private:
+    // In these, `extension`, which supplies schemas, may be null.
+
+    void Start(ScanSink& sink, SAXInterfaceExtension* extension);
+    /// From now on, events go to `sink`.
+    void SendTo(ScanSink& sink, SAXInterfaceExtension* extension);
     /// A new reader, with new memory, in place of the last one, which stays when this throws. It
     /// knows of no schemas.
     void MakeReader();
@@ -44,6 +56,13 @@ private:
     void PrepareParserState(xercesc::SAX2XMLReader& reader);
     void SwitchToValidating();
     void DoXercesParse();
+    /// Reads the document without Xerces, if it is plain. False when Xerces is to read it.
+    bool ScanDirectly(const XercesInputSource& document);
+    DirectScanning::Verdict FindReasonForXerces() const;
+    void ScanWithXerces(const XercesInputSource& document);
+    /// Calls `scan` and records what it throws.
+    template <typename Scan>
+    void RecordFailures(Scan&& scan);
     void ScanDocument(const XercesInputSource& document);
     bool ScanProlog(const XercesInputSource& document, xercesc::XMLPScanToken& token);
     void ForgetXmlVersion();
@@ -54,11 +73,17 @@ private:
     void CollectHandlerErrors();
 
     ParsedNames m_names;
+    DirectScanner m_directScanner{m_names};
+    /// The direct scanner has read the document last, or is reading it.
+    bool m_isDirect = false;
     ParseBudget m_budget;
     DocumentTypeGuard m_documentType{m_budget};
     std::unique_ptr<ScannerMemory> m_memory;
     std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
+    /// What serves the sink of a caller outside of the library; else null.
+    std::unique_ptr<SAXSink> m_saxSink;
+    ScanSink* m_sink = nullptr;
     std::unique_ptr<XercesXMLHandler> m_handler;
     std::vector<TString> m_xsdNames;
     bool m_noSchemaLoaded = true;

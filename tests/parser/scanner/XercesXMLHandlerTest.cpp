@@ -171,3 +171,25 @@ TEST(XercesXMLHandler, TellsWhereItStands)
     EXPECT_THAT(places, ElementsAre("<a>@1:4", "'\n  '@3:3", "<b c=1>@3:3", "</>@3:3",
                                     "'text'@3:11", "</>@3:11"));
 }
+
+TEST(XercesXMLHandler, StandsAtTheLastEventOutsideOfEvents)
+{
+    const auto ask = [](XercesXMLParser& parser) {
+        int line = -1;
+        int column = -2;
+        parser.GetCurrentLocation(line, column);
+        return std::to_string(line) + ":" + std::to_string(column);
+    };
+    StringInputSource good(u"<a>\n<b/>\n</a>\n\n", u"id", false);
+    StringInputSource bad(u"<a>\n<b/>\n</c>\n\n", u"id", false);
+    const auto sink = std::make_shared<RecordingSink>();
+    const auto parser = XercesXMLParser::Create(good, sink);
+    parser->Reload(good, sink);
+    EXPECT_EQ(ask(*parser), "-1:-2");
+    parser->Parse();
+    EXPECT_EQ(ask(*parser), "3:5");
+    parser->Reload(bad, sink);
+    EXPECT_EQ(ask(*parser), "-1:-2");
+    parser->Parse();
+    EXPECT_EQ(ask(*parser), "2:5");
+}

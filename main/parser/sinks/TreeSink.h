@@ -1,44 +1,38 @@
 #pragma once
 
+#include "sinks/ScanSink.h"
 #include "slabs/ArenaText.h"
 #include "slabs/ParseArena.h"
 
-#include <kescorexml/DOMBuilder.h>
-#include <kescorexml/detail/AttributeStorage.h>
+#include <kescorexml/DOM.h>
+#include <kescorexml/SAXFileLocation.h>
 
 #include <memory>
 #include <string_view>
 #include <vector>
 
-/// The builder that DOMParser uses: what DOMBuilder builds, at less cost. Besides the events of
-/// SAXInterface it takes the same events with attributes packed and text in pieces; a parse uses
-/// the one or the other, and the builder is never done before the document ends.
+/// Grows the tree of a document as DOMBuilder does, at less cost: elements, attributes, texts and
+/// lists of children lie in the slabs of one arena. It is never done before the document ends.
 ///
 /// Children wait on a stack until their parent ends and then move into a list of just their
 /// number; so the tree is complete only after Finish.
-class CompactDOMBuilder final : public DOMBuilder
+class TreeSink final : public ScanSink
 {
 public:
-    /// `dom` must live until Finish.
-    CompactDOMBuilder(DOM& dom, bool keepWhitespaceText);
+    /// `dom`, whose root is empty, must live until Finish.
+    TreeSink(DOM& dom, bool keepWhitespaceText);
+    ~TreeSink() override;
 
+    /// Asked for the position at each start and end of an element; null records none.
     void SetLocationInterface(SAXFileLocation* location) noexcept { m_location = location; }
 
-    /// What was appended is a whole run: a tag comes next.
-    void EndText()
-    {
-        if (!m_text.IsEmpty())
-            TakeText();
-    }
-    /// Where the name and the attributes of a start tag are put.
-    ParseArena& GetArena() noexcept { return m_arena; }
-
-    // Until EndText, nothing may follow a piece of text but another one.
-
-    /// A piece of the text between two tags. It is copied.
-    void AppendCompactText(std::u16string_view piece) { m_text.Append(piece); }
-    void StartCompactElement(TString&& name, AttributeStorage&& attributes);
-    void EndCompactElement();
+    void StartElement(const StartTag& tag) override;
+    void AppendText(std::u16string_view piece) override { m_text.Append(piece); }
+    void EndElement() override;
+    bool IsDone() const noexcept override { return false; }
+    void BeginDocument() override {}
+    void Rewind() override;
+    bool PassesOn() const noexcept override { return false; }
 
     /// Closes what a parse that stopped early has left open; text after the last tag is forgotten.
     /// No events may follow.
@@ -54,6 +48,12 @@ private:
         std::size_t firstChild;
     };
 
+    /// What was appended is a whole run: a tag comes next.
+    void EndText()
+    {
+        if (!m_text.IsEmpty())
+            TakeText();
+    }
     void TakeText();
     void CloseTop();
 

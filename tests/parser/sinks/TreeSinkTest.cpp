@@ -23,7 +23,7 @@ std::string DrawValue(std::mt19937& random)
 
 } // namespace
 
-TEST(CompactDOMBuilder, NamesAndValuesAreThoseOfTheDocumentInWhateverOrderTheyCome)
+TEST(TreeSink, NamesAndValuesAreThoseOfTheDocumentInWhateverOrderTheyCome)
 {
     std::mt19937 random(20240501);
     const DOMParser parser;
@@ -53,7 +53,7 @@ TEST(CompactDOMBuilder, NamesAndValuesAreThoseOfTheDocumentInWhateverOrderTheyCo
     }
 }
 
-TEST(CompactDOMBuilder, NamesOutliveTheirDocumentAndItsParser)
+TEST(TreeSink, NamesOutliveTheirDocumentAndItsParser)
 {
     std::vector<TString> names;
     {
@@ -66,7 +66,7 @@ TEST(CompactDOMBuilder, NamesOutliveTheirDocumentAndItsParser)
                 testing::ElementsAre(TString(u"a"), TString(u"b"), TString(u"a"), TString(u"b")));
 }
 
-TEST(CompactDOMBuilder, WhatParsedElementsWereGivenLaterEndsWithThem)
+TEST(TreeSink, WhatParsedElementsWereGivenLaterEndsWithThem)
 {
     const DOMParser parser;
     const auto dom = parser.ParseXmlString("<r><a k='v'>text<c/></a><b k='v'/></r>", TString());

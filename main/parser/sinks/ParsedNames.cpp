@@ -1,4 +1,4 @@
-#include "scanner/ParsedNames.h"
+#include "sinks/ParsedNames.h"
 
 #include <QHashFunctions>
 
@@ -14,7 +14,8 @@ bool HasNames(const AttributeNames& list, std::span<const char16_t* const> names
     if (list.Count() != names.size())
         return false;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (!TerminatedText::Equals(names[i], list.Name(i).view()))
+        const TString& name = list.Name(i);
+        if (names[i] != name.utf16() && !TerminatedText::Equals(names[i], name.view()))
             return false;
     }
     return true;
@@ -32,28 +33,9 @@ ParsedNames::Entry::~Entry()
 
 ParsedNames::ParsedNames() : m_seed(QHashSeed::globalSeed()), m_slots(c_initialSlots) {}
 
-std::uint32_t ParsedNames::Hash(std::u16string_view name) const noexcept
-{
-    // Names are short, so what counts is that there is little to do before and after the loop.
-    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
-    const auto* bytes = reinterpret_cast<const unsigned char*>(name.data());
-    std::size_t count = name.size() * sizeof(char16_t);
-    std::uint64_t hash = m_seed ^ (count * factor);
-    for (; count >= 8; count -= 8, bytes += 8) {
-        std::uint64_t word;
-        std::memcpy(&word, bytes, 8);
-        hash = (hash ^ word) * factor;
-        hash ^= hash >> 29;
-    }
-    std::uint64_t rest = 0;
-    std::memcpy(&rest, bytes, count);
-    hash = (hash ^ rest) * factor;
-    return static_cast<std::uint32_t>(hash >> 32);
-}
-
 ParsedNames::Entry& ParsedNames::Find(std::u16string_view name)
 {
-    const std::uint32_t hash = Hash(name);
+    const std::uint32_t hash = m_seed.Hash(name.data(), name.size() * sizeof(char16_t));
     std::size_t mask = m_slots.size() - 1;
     std::size_t slot = hash & mask;
     while (Entry* entry = m_slots[slot]) {
@@ -105,6 +87,7 @@ void ParsedNames::Forget() noexcept
     std::fill(m_slots.begin(), m_slots.end(), nullptr);
     m_entries.clear();
     m_units = 0;
+    ++m_generation;
     m_byAddress.fill(nullptr);
 }
 

@@ -1,5 +1,6 @@
-#include "sinks/CompactDOMBuilder.h"
+#include "sinks/TreeSink.h"
 
+#include "sinks/AttributeAssembler.h"
 #include "tree/DOMElementAccess.h"
 
 #include <kescorexml/DOM.h>
@@ -8,17 +9,21 @@
 
 #include <utility>
 
-CompactDOMBuilder::CompactDOMBuilder(DOM& dom, bool keepWhitespaceText)
-    : DOMBuilder(dom, keepWhitespaceText), m_dom(dom), m_keepWhitespaceText(keepWhitespaceText)
+TreeSink::TreeSink(DOM& dom, bool keepWhitespaceText)
+    : m_dom(dom), m_keepWhitespaceText(keepWhitespaceText)
 {
     m_open.push_back({nullptr, dom.GetRoot(), 0});
 }
 
-void CompactDOMBuilder::StartCompactElement(TString&& name, AttributeStorage&& attributes)
+TreeSink::~TreeSink() = default;
+
+void TreeSink::StartElement(const StartTag& tag)
 {
+    EndText();
+    AttributeStorage packed = PackAttributes(m_arena, tag);
     DOMElement& parent = *m_open.back().element;
     std::unique_ptr<DOMElement> element = DOMElementAccess::NewParsedElement(
-        m_arena, std::move(name), std::move(attributes), &m_dom, parent);
+        m_arena, ParsedNames::GetNameIn(m_arena, tag.element), std::move(packed), &m_dom, parent);
     if (m_location != nullptr) {
         int line = 0;
         int column = 0;
@@ -29,7 +34,7 @@ void CompactDOMBuilder::StartCompactElement(TString&& name, AttributeStorage&& a
     m_open.push_back({std::move(element), opened, m_waiting.size()});
 }
 
-void CompactDOMBuilder::TakeText()
+void TreeSink::TakeText()
 {
     const std::u16string_view text = m_text.View();
     if (m_keepWhitespaceText || TScanString::skipWhitespace(text) < text.size())
@@ -38,8 +43,9 @@ void CompactDOMBuilder::TakeText()
         m_text.Drop();
 }
 
-void CompactDOMBuilder::EndCompactElement()
+void TreeSink::EndElement()
 {
+    EndText();
     if (m_location != nullptr) {
         int line = 0;
         int column = 0;
@@ -49,7 +55,7 @@ void CompactDOMBuilder::EndCompactElement()
     CloseTop();
 }
 
-void CompactDOMBuilder::CloseTop()
+void TreeSink::CloseTop()
 {
     OpenElement& top = m_open.back();
     const std::size_t count = m_waiting.size() - top.firstChild;
@@ -64,7 +70,15 @@ void CompactDOMBuilder::CloseTop()
     }
 }
 
-void CompactDOMBuilder::Finish()
+void TreeSink::Rewind()
+{
+    m_text.Drop();
+    m_waiting.clear();
+    while (m_open.size() > 1)
+        m_open.pop_back();
+}
+
+void TreeSink::Finish()
 {
     m_text.Drop();
     while (m_open.size() > 1)

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/ByteHash.h"
 #include "base/TerminatedText.h"
-#include "scanner/ParseBudget.h"
 #include "slabs/AttributeBlock.h"
 
 #include <kesplatform/TString.h>
@@ -22,6 +22,14 @@
 class ParsedNames
 {
 public:
+    /// How many attributes the document type of a parse declares for the elements of one name.
+    struct DeclaredAttributes
+    {
+        /// The number of the parse.
+        std::uint64_t parse = 0;
+        std::uint64_t count = 0;
+    };
+
     struct Entry
     {
         Entry(TString text, std::uint32_t textHash) noexcept : name(std::move(text)), hash(textHash)
@@ -35,7 +43,7 @@ public:
         std::uint32_t hash;
         /// For an element: the attribute lists that elements of this name had, the latest first.
         std::array<AttributeNames*, 4> attributeNames{};
-        ParseBudget::DeclaredAttributes declaredAttributes;
+        DeclaredAttributes declaredAttributes;
         /// The last copy of the name that was put into a slab, and the number of that slab.
         const std::byte* slot = nullptr;
         ParseArena::SlabNumber slabNumber;
@@ -70,15 +78,21 @@ public:
     /// Between elements: bounds what a document of very many names can make this hold.
     void ForgetIfLarge() noexcept
     {
-        if (m_units > maxUnits)
+        if (IsLarge())
             Forget();
     }
+    bool IsLarge() const noexcept { return m_units > maxUnits; }
     /// Between documents: gives back what an unusual one has left behind.
     void ForgetUnlessSmall() noexcept
     {
         if (m_units > maxUnits / 32)
             Forget();
     }
+
+    /// Changes whenever entries are forgotten.
+    std::uint64_t GetGeneration() const noexcept { return m_generation; }
+    /// What names are hashed with; nobody outside of the process knows it.
+    const ByteHash::Seed& GetSeed() const noexcept { return m_seed; }
 
 private:
     static constexpr std::size_t maxUnits = 1048576;
@@ -93,11 +107,11 @@ private:
         return (reinterpret_cast<std::uintptr_t>(name) >> 4) * factor >> 56;
     }
 
-    std::uint32_t Hash(std::u16string_view name) const noexcept;
     void Forget() noexcept;
     void Grow();
 
-    std::uint64_t m_seed;
+    ByteHash::Seed m_seed;
+    std::uint64_t m_generation = 0;
     std::size_t m_units = 0;
     std::deque<Entry> m_entries;
     /// Open addressing with linear probing, at most half full; its size is a power of two.

@@ -1,0 +1,167 @@
+#include "direct/ByteClasses.h"
+#include "direct/DirectScanner.h"
+
+#include <algorithm>
+#include <string_view>
+
+using ByteClasses::SkipWhitespace;
+using DirectScanning::Verdict;
+
+namespace {
+
+bool EqualsIgnoringCase(std::string_view text, std::string_view upper)
+{
+    return std::equal(text.begin(), text.end(), upper.begin(), upper.end(), [](char a, char b) {
+        return (a >= 'a' && a <= 'z' ? a - 'a' + 'A' : a) == b;
+    });
+}
+
+/// As the grammar has it: a letter, and then letters, digits, ".", "_" and "-".
+bool IsEncodingName(std::string_view name)
+{
+    const auto isLetter = [](char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; };
+    return !name.empty() && isLetter(name.front()) &&
+           std::all_of(name.begin(), name.end(), [&](char c) {
+               return isLetter(c) || (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
+           });
+}
+
+bool IsPublicIdentifier(std::string_view text)
+{
+    constexpr std::string_view c_marks = " \r\n-'()+,./:=?;!*#@$_%";
+    return std::all_of(text.begin(), text.end(), [&](char c) {
+        return (c >= '0' && c <= '9') || ((c | 0x20) >= 'a' && (c | 0x20) <= 'z') ||
+               c_marks.find(c) != std::string_view::npos;
+    });
+}
+
+bool StartsWith(const char* at, const char* end, std::string_view text) noexcept
+{
+    return std::string_view(at, static_cast<std::size_t>(end - at)).starts_with(text);
+}
+
+/// What stands between two quotes that are both in the text, or null without such.
+const char* FindClosingQuote(const char* at, const char* end) noexcept
+{
+    if (*at != '"' && *at != '\'')
+        return nullptr;
+    const char* const close = std::find(at + 1, end, *at);
+    return close == end ? nullptr : close;
+}
+
+/// Reads name="value" behind white space. False, with `at` as it was, when there is no such thing.
+bool ReadPseudoAttribute(const char*& at, const char* end, std::string_view name,
+                         std::string_view& value)
+{
+    const char* next = SkipWhitespace(at);
+    if (next == at || !StartsWith(next, end, name))
+        return false;
+    next = SkipWhitespace(next + name.size());
+    if (*next != '=')
+        return false;
+    next = SkipWhitespace(next + 1);
+    const char* const close = FindClosingQuote(next, end);
+    if (close == nullptr)
+        return false;
+    value = {next + 1, static_cast<std::size_t>(close - next - 1)};
+    at = close + 1;
+    return true;
+}
+
+} // namespace
+
+const char* DirectScanner::ScanProlog(const char* at)
+{
+    if (StartsWith(at, m_end, "<?xml") && !ByteClasses::Is(at[5], ByteClasses::NamePart)) {
+        at = ScanXmlDeclaration(at + 5);
+        if (at == nullptr)
+            return nullptr;
+    }
+    at = ScanMisc(at);
+    if (at != nullptr && StartsWith(at, m_end, "<!DOCTYPE")) {
+        at = ScanDocumentType(at + 9);
+        if (at != nullptr)
+            at = ScanMisc(at);
+    }
+    if (at != nullptr && *at != '<')
+        return Decline(Verdict::Markup);
+    return at;
+}
+
+const char* DirectScanner::ScanXmlDeclaration(const char* at)
+{
+    // Of other white space, Xerces overlooks the declaration when it looks for the encoding.
+    if (*at != ' ')
+        return Decline(Verdict::Declaration);
+    std::string_view value;
+    if (!ReadPseudoAttribute(at, m_end, "version", value) || value != "1.0")
+        return Decline(Verdict::Declaration);
+    if (ReadPseudoAttribute(at, m_end, "encoding", value)) {
+        if (!IsEncodingName(value))
+            return Decline(Verdict::Declaration);
+        if (!m_isUtf8) {
+            m_isAscii = EqualsIgnoringCase(value, "US-ASCII");
+            if (!m_isAscii && !EqualsIgnoringCase(value, "UTF-8"))
+                return Decline(Verdict::Encoding);
+        }
+    }
+    if (ReadPseudoAttribute(at, m_end, "standalone", value) && value != "yes" && value != "no")
+        return Decline(Verdict::Declaration);
+    at = SkipWhitespace(at);
+    return at[0] == '?' && at[1] == '>' ? at + 2 : Decline(Verdict::Declaration);
+}
+
+const char* DirectScanner::ScanMisc(const char* at)
+{
+    for (;;) {
+        at = SkipWhitespace(at);
+        if (StartsWith(at, m_end, "<?"))
+            at = ScanInstruction(at);
+        else if (StartsWith(at, m_end, "<!--"))
+            at = ScanComment(at);
+        else
+            return at;
+        if (at == nullptr)
+            return nullptr;
+    }
+}
+
+/// What it names outside is never read.
+const char* DirectScanner::ScanDocumentType(const char* at)
+{
+    const char* next = SkipWhitespace(at);
+    if (next == at)
+        return Decline(Verdict::Markup);
+    at = ScanName(next);
+    if (at == nullptr)
+        return nullptr;
+    next = SkipWhitespace(at);
+    const bool isPublic = StartsWith(next, m_end, "PUBLIC");
+    if (next > at && (isPublic || StartsWith(next, m_end, "SYSTEM"))) {
+        at = next + 6;
+        next = SkipWhitespace(at);
+        const char* close = FindClosingQuote(next, m_end);
+        if (next == at || close == nullptr)
+            return Decline(Verdict::Markup);
+        if (isPublic) {
+            if (!IsPublicIdentifier({next + 1, static_cast<std::size_t>(close - next - 1)}))
+                return Decline(Verdict::Markup);
+            at = close + 1;
+            next = SkipWhitespace(at);
+            close = FindClosingQuote(next, m_end);
+            if (next == at || close == nullptr)
+                return Decline(Verdict::Markup);
+        }
+        // It may hold any character.
+        if (SkipTo(next + 1, *next) != close)
+            return Decline(Verdict::DocumentType);
+        next = SkipWhitespace(close + 1);
+    }
+    if (*next == '[') {
+        next = ScanInternalSubset(next + 1);
+        if (next == nullptr)
+            return nullptr;
+        next = SkipWhitespace(next);
+    }
+    return *next == '>' ? next + 1 : Decline(Verdict::DocumentType);
+}

@@ -1,0 +1,211 @@
+#include "direct/DirectScanner.h"
+
+#include "direct/ByteClasses.h"
+#include "direct/Utf8Sequence.h"
+#include "direct/WideRun.h"
+#include "markup/CharacterClasses.h"
+
+#include <algorithm>
+
+using DirectScanning::Verdict;
+
+namespace {
+
+/// More than Xerces decodes ahead of the event that it reports.
+constexpr std::ptrdiff_t c_decodedAhead = 0x20000;
+
+} // namespace
+
+Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
+{
+    constexpr std::string_view c_byteOrderMark = "\xEF\xBB\xBF";
+    const char* at = document.bytes.data();
+    m_end = at + document.bytes.size();
+    m_isUtf8 = document.isUtf8;
+    m_isAscii = false;
+    m_isDone = false;
+    m_verdict = Verdict::Accepted;
+    m_sink = &sink;
+    m_passesOn = sink.PassesOn();
+    m_open.clear();
+    m_declarations.Clear();
+    // What the document spells out itself is less than its bytes.
+    m_output = document.bytes.size();
+    m_maxOutput = document.maxOutput;
+    m_declared = 0;
+    m_maxDeclared = document.maxDeclared;
+    if (document.bytes.starts_with(c_byteOrderMark))
+        at += c_byteOrderMark.size();
+    m_validated = at;
+    m_eventEnd = at;
+    m_position.Begin(at);
+    at = m_output > m_maxOutput ? Decline(Verdict::Limit) : ScanProlog(at);
+    if (at != nullptr)
+        at = ScanElements(at);
+    if (at != nullptr && !m_isDone) {
+        at = ScanMisc(at);
+        if (at != nullptr && at != m_end)
+            Decline(Verdict::Markup);
+    }
+    m_units.Shrink();
+    return m_verdict;
+}
+
+void DirectScanner::GetCurrentLocation(int& line, int& column) noexcept
+{
+    m_position.MoveTo(m_eventEnd);
+    line = m_position.GetLine();
+    column = m_position.GetColumn();
+}
+
+bool DirectScanner::IsValidAround(const char* at) noexcept
+{
+    const auto stops = WideRun::Stops<WideRun::Controls::PassTabAndLineFeed>{'\r', '\r', '\r'};
+    const char* const until = m_end - at > c_decodedAhead ? at + c_decodedAhead : m_end;
+    // In large steps, so that the end of one is seldom met.
+    if (m_validated >= until)
+        return true;
+    const char* const goal =
+        m_end - until > c_decodedAhead ? until + c_decodedAhead : m_end;
+    while (m_validated < goal) {
+        m_validated = WideRun::Skip(m_validated, m_end, stops);
+        if (m_validated == m_end)
+            break;
+        if (ByteClasses::IsAscii(*m_validated))
+            ++m_validated;
+        else if (m_isAscii || Utf8Sequence::Read(m_validated) == Utf8Sequence::c_invalid)
+            return Decline(Verdict::Encoding) != nullptr;
+    }
+    return true;
+}
+
+const char* DirectScanner::ScanElements(const char* at)
+{
+    at = ScanStartTag(at);
+    while (at != nullptr && !m_open.empty() && !m_isDone) {
+        at = ScanText(at);
+        if (at == nullptr)
+            break;
+        switch (at[1]) {
+        case '/':
+            at = ScanEndTag(at);
+            break;
+        case '!':
+            at = ScanMarkupInContent(at);
+            break;
+        case '?':
+            at = ScanInstruction(at);
+            break;
+        default:
+            at = ScanStartTag(at);
+        }
+    }
+    return at;
+}
+
+const char* DirectScanner::ScanMarkupInContent(const char* at)
+{
+    // There is a zero behind the document, so that no comparison passes its end.
+    if (at[2] == '-')
+        return ScanComment(at);
+    if (at[2] == '[')
+        return ScanCData(at);
+    return Decline(Verdict::Markup);
+}
+
+const char* DirectScanner::SkipTo(const char* at, char stop) noexcept
+{
+    const auto stops = WideRun::Stops<WideRun::Controls::PassTabAndLineFeed>{stop, stop, stop};
+    for (;;) {
+        at = WideRun::Skip(at, m_end, stops);
+        if (*at == stop && at < m_end)
+            return at;
+        if (*at == '\r') {
+            ++at;
+        } else if (ByteClasses::IsAscii(*at)) {
+            return Decline(Verdict::Markup);
+        } else if (m_isAscii || Utf8Sequence::Read(at) == Utf8Sequence::c_invalid) {
+            return Decline(Verdict::Encoding);
+        }
+    }
+}
+
+const char* DirectScanner::ScanComment(const char* at)
+{
+    if (at[3] != '-')
+        return Decline(Verdict::Markup);
+    at += 4;
+    for (;;) {
+        at = SkipTo(at, '-');
+        if (at == nullptr)
+            return nullptr;
+        ++at;
+        if (*at == '-')
+            return at[1] == '>' ? at + 2 : Decline(Verdict::Markup);
+    }
+}
+
+const char* DirectScanner::ScanInstruction(const char* at)
+{
+    const char* const target = at + 2;
+    at = ScanName(target);
+    if (at == nullptr)
+        return nullptr;
+    const auto isLetter = [](char byte, char lower) { return (byte | 0x20) == lower; };
+    if (at - target == 3 && isLetter(target[0], 'x') && isLetter(target[1], 'm') &&
+        isLetter(target[2], 'l'))
+        return Decline(Verdict::Declaration);
+    if (*at == '?')
+        return at[1] == '>' ? at + 2 : Decline(Verdict::Markup);
+    if (!ByteClasses::Is(*at, ByteClasses::Whitespace))
+        return Decline(Verdict::Markup);
+    for (;;) {
+        at = SkipTo(at, '?');
+        if (at == nullptr)
+            return nullptr;
+        ++at;
+        if (*at == '>')
+            return at + 1;
+    }
+}
+
+const char* DirectScanner::ScanName(const char* at) noexcept
+{
+    if (!ByteClasses::Is(*at, ByteClasses::NameStart)) {
+        return ByteClasses::IsAscii(*at) ? Decline(Verdict::Markup) : ScanLongName(at);
+    }
+    const char* const begin = at;
+    do
+        ++at;
+    while (ByteClasses::Is(*at, ByteClasses::NamePart));
+    return ByteClasses::IsAscii(*at) ? at : ScanLongName(begin);
+}
+
+const char* DirectScanner::ScanLongName(const char* at) noexcept
+{
+    constexpr char32_t c_endOfNames = 0xF0000;
+    if (m_isAscii)
+        return Decline(Verdict::Encoding);
+    bool isFirst = true;
+    for (;; isFirst = false) {
+        if (ByteClasses::IsAscii(*at)) {
+            if (!ByteClasses::Is(*at, isFirst ? ByteClasses::NameStart : ByteClasses::NamePart))
+                return isFirst ? Decline(Verdict::Markup) : at;
+            ++at;
+            continue;
+        }
+        const char* next = at;
+        const char32_t character = Utf8Sequence::Read(next);
+        if (character == Utf8Sequence::c_invalid)
+            return Decline(Verdict::Encoding);
+        bool isPart = character < c_endOfNames;
+        if (character < 0x10000) {
+            const auto unit = static_cast<char16_t>(character);
+            isPart = isFirst ? CharacterClasses::IsFirstNameChar(unit)
+                             : CharacterClasses::IsNameChar(unit);
+        }
+        if (!isPart)
+            return isFirst ? Decline(Verdict::Markup) : at;
+        at = next;
+    }
+}

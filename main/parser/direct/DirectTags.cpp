@@ -1,0 +1,217 @@
+#include "direct/ByteClasses.h"
+#include "direct/DirectScanner.h"
+#include "direct/WideRun.h"
+
+#include <algorithm>
+#include <cstring>
+
+using DirectScanning::Verdict;
+
+namespace {
+
+constexpr std::size_t c_slack = 64;
+
+bool BeginsWith(const char* at, const char* end, std::string_view text) noexcept
+{
+    return static_cast<std::size_t>(end - at) >= text.size() &&
+           std::memcmp(at, text.data(), text.size()) == 0;
+}
+
+} // namespace
+
+const char* DirectScanner::ScanStartTag(const char* at)
+{
+    const char* const begin = at + 1;
+    at = ScanName(begin);
+    if (at == nullptr)
+        return nullptr;
+    const auto length = static_cast<std::size_t>(at - begin);
+    // Declarations refer to the names of their document.
+    if (m_declarations.IsEmpty())
+        m_table.ForgetIfLarge();
+    else if (m_names.IsLarge())
+        return Decline(Verdict::DocumentType);
+    NameTable::Name& element = m_table.Find({begin, length});
+    BeginValues();
+    ++m_tag;
+    for (;;) {
+        const char* const next = ByteClasses::SkipWhitespace(at);
+        const bool isEmpty = *next == '/';
+        if (isEmpty && next[1] != '>')
+            return Decline(Verdict::Markup);
+        if (isEmpty || *next == '>') {
+            if (!isEmpty)
+                m_open.push_back({begin, length});
+            return StartElement(next + (isEmpty ? 2 : 1), element, isEmpty);
+        }
+        if (next == at)
+            return Decline(Verdict::Markup);
+        at = ScanAttribute(next, element);
+        if (at == nullptr)
+            return nullptr;
+    }
+}
+
+const char* DirectScanner::ScanAttribute(const char* at, NameTable::Name& element)
+{
+    at = ScanAttributeName(at, element);
+    if (at == nullptr)
+        return nullptr;
+    NameTable::Name& name = *m_attributes.back();
+    // Of two attributes of one name in a tag, Xerces says what is wrong.
+    if (name.lastTag == m_tag)
+        return Decline(Verdict::Markup);
+    name.lastTag = m_tag;
+    if (*at != '=')
+        at = ByteClasses::SkipWhitespace(at);
+    if (*at != '=')
+        return Decline(Verdict::Markup);
+    return ScanAttributeValue(ByteClasses::SkipWhitespace(at + 1));
+}
+
+const char* DirectScanner::ScanAttributeName(const char* at, const NameTable::Name& element)
+{
+    // Elements of one name mostly have the same attributes.
+    const std::size_t index = m_attributes.size();
+    if (index < element.lastAttributes.size()) {
+        NameTable::Name* const expected = element.lastAttributes[index];
+        const std::size_t length = expected->bytes.size();
+        if (BeginsWith(at, m_end, expected->bytes) && at[length] == '=') {
+            m_attributes.push_back(expected);
+            return at + length;
+        }
+    }
+    // The colon sanitizer puts another name in its place, which it alone can choose.
+    if (*at == ':')
+        return Decline(Verdict::ColonName);
+    const char* const begin = at;
+    at = ScanName(at);
+    if (at != nullptr)
+        m_attributes.push_back(&m_table.Find({begin, static_cast<std::size_t>(at - begin)}));
+    return at;
+}
+
+const char* DirectScanner::ScanAttributeValue(const char* at)
+{
+    const char quote = *at;
+    if (quote != '"' && quote != '\'')
+        return Decline(Verdict::Markup);
+    ++at;
+    m_values.push_back({static_cast<std::size_t>(m_to - m_units.Begin()), false});
+    const WideRun::Stops<WideRun::Controls::StopAll> stops{quote, '<', '&'};
+    for (;;) {
+        m_to = m_units.Reserve(m_to, c_slack + WideRun::c_step);
+        at = WideRun::Copy(at, m_end, stops, m_to, m_units.End() - c_slack);
+        if (*at == quote) {
+            *m_to++ = u'\0';
+            return at + 1;
+        }
+        switch (*at) {
+        case '<':
+            return Decline(Verdict::Markup);
+        case '&':
+            m_values.back().hasReference = true;
+            at = ScanReference(at);
+            break;
+        case '\r':
+            if (at[1] == '\n')
+                ++at;
+            [[fallthrough]];
+        case '\n':
+        case '\t':
+            *m_to++ = u' ';
+            ++at;
+            break;
+        default:
+            at = ScanCharacters(at);
+        }
+        if (at == nullptr)
+            return nullptr;
+    }
+}
+
+const char* DirectScanner::StartElement(const char* at, NameTable::Name& element, bool isEmpty)
+{
+    if (m_passesOn && !IsValidAround(at))
+        return nullptr;
+    const std::size_t count = m_attributes.size();
+    m_attributeNames.resize(count);
+    m_attributeValues.resize(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        m_attributeNames[i] = m_attributes[i]->entry->name.utf16();
+        m_attributeValues[i] = GetValue(i);
+    }
+    if (count > 0 && m_attributes != element.lastAttributes)
+        element.lastAttributes = m_attributes;
+    if (!m_declarations.IsEmpty() && !ApplyDeclarations(element))
+        return nullptr;
+    m_eventEnd = at;
+    m_sink->StartElement({m_names, *element.entry, m_attributeNames, m_attributeValues});
+    if (isEmpty)
+        m_sink->EndElement();
+    m_isDone = m_sink->IsDone();
+    return at;
+}
+
+bool DirectScanner::ApplyDeclarations(const NameTable::Name& element)
+{
+    const auto* const declared = m_declarations.Find(element);
+    if (declared == nullptr)
+        return true;
+    m_declared += declared->size();
+    for (const AttributeDeclarations::Attribute& attribute : *declared) {
+        if (attribute.name->lastTag == m_tag) {
+            if (attribute.isTokenized && !CollapseBlanks(*attribute.name))
+                return false;
+        } else if (attribute.defaultValue) {
+            m_attributeNames.push_back(attribute.name->entry->name.utf16());
+            m_attributeValues.push_back(attribute.defaultValue->c_str());
+            m_output += attribute.name->bytes.size() + attribute.defaultValue->size() + 1;
+        }
+    }
+    if (m_output > m_maxOutput || m_declared > m_maxDeclared)
+        return Decline(Verdict::Limit) != nullptr;
+    return true;
+}
+
+/// Of a value in the tag. Which blanks count that came by reference, Xerces knows.
+bool DirectScanner::CollapseBlanks(const NameTable::Name& attribute)
+{
+    const auto found = std::find(m_attributes.begin(), m_attributes.end(), &attribute);
+    const auto index = static_cast<std::size_t>(found - m_attributes.begin());
+    if (m_values[index].hasReference)
+        return Decline(Verdict::DocumentType) != nullptr;
+    char16_t* const units = m_units.Begin() + m_values[index].offset;
+    std::u16string value(units);
+    AttributeDeclarations::CollapseBlanks(value);
+    *std::copy(value.begin(), value.end(), units) = u'\0';
+    return true;
+}
+
+void DirectScanner::BeginValues() noexcept
+{
+    m_attributes.clear();
+    m_values.clear();
+    m_to = m_units.Begin();
+}
+
+const char* DirectScanner::ScanEndTag(const char* at)
+{
+    const OpenTag& open = m_open.back();
+    at += 2;
+    if (!BeginsWith(at, m_end, {open.name, open.length}))
+        return Decline(Verdict::Markup);
+    at += open.length;
+    if (*at != '>')
+        at = ByteClasses::SkipWhitespace(at);
+    if (*at != '>')
+        return Decline(Verdict::Markup);
+    ++at;
+    if (m_passesOn && !IsValidAround(at))
+        return nullptr;
+    m_open.pop_back();
+    m_eventEnd = at;
+    m_sink->EndElement();
+    m_isDone = m_sink->IsDone();
+    return at;
+}

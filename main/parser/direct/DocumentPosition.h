@@ -1,0 +1,26 @@
+#pragma once
+
+/// Lines and columns of a document in UTF-8, as the scanner counts them: both from 1, columns in
+/// units of UTF-16, and CR LF as one line end. Asked for rising places it makes one pass over the
+/// text in all; whoever does not ask pays nothing.
+class DocumentPosition
+{
+public:
+    /// From now on, `begin` is line 1, column 1.
+    void Begin(const char* begin) noexcept { *this = DocumentPosition(begin); }
+    /// Moves to `place`, which stands behind a whole character and not between CR and LF.
+    /// REQUIRES: not before the last one.
+    void MoveTo(const char* place) noexcept;
+
+    int GetLine() const noexcept { return m_line; }
+    int GetColumn() const noexcept { return m_column; }
+
+    DocumentPosition() = default;
+
+private:
+    explicit DocumentPosition(const char* begin) noexcept : m_at(begin) {}
+
+    const char* m_at = nullptr;
+    int m_line = 1;
+    int m_column = 1;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "sinks/ParsedNames.h"
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The names of a parser by their bytes in UTF-8, as they stand in documents. Bounded as ParsedNames
+/// is, to whose entries it leads.
+///
+/// For one thread at a time.
+class NameTable
+{
+public:
+    struct Name
+    {
+        std::string bytes;
+        std::uint32_t hash;
+        ParsedNames::Entry* entry;
+        /// Of the last tag that had an attribute of this name.
+        std::uint64_t lastTag = 0;
+        /// For an element: its attributes in the last tag that had some.
+        std::vector<Name*> lastAttributes;
+    };
+
+    /// `names` must outlive the table.
+    explicit NameTable(ParsedNames& names) : m_names(names), m_slots(c_initialSlots) {}
+    NameTable(const NameTable&) = delete;
+    NameTable& operator=(const NameTable&) = delete;
+
+    /// The entry of a name, which is valid UTF-8; made on first use and valid until the next
+    /// ForgetIfLarge.
+    Name& Find(std::string_view bytes);
+    /// Between elements; see ParsedNames. True when names that were found before are gone.
+    bool ForgetIfLarge();
+
+private:
+    static constexpr std::size_t c_initialSlots = 64;
+
+    Name& Add(std::string_view bytes, std::uint32_t hash);
+    void Grow();
+
+    ParsedNames& m_names;
+    std::uint64_t m_generation = 0;
+    std::deque<Name> m_entries;
+    /// Open addressing with linear probing, at most half full; its size is a power of two.
+    std::vector<Name*> m_slots;
+};

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+
+/// Characters of XML beyond ASCII, read from UTF-8 as the Unicode Standard has it (table 3-7).
+namespace Utf8Sequence {
+
+/// No character.
+constexpr char32_t c_invalid = 0xFFFFFFFF;
+
+inline bool IsContinuation(char byte) noexcept
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+/// Reads the sequence of two to four bytes at `at` and passes over it. c_invalid, and `at` is as it
+/// was, when it is malformed or no character of XML: half of a pair, U+FFFE or U+FFFF. REQUIRES: a
+/// byte that continues no sequence, such as zero, behind the text.
+inline char32_t Read(const char*& at) noexcept
+{
+    const auto byte = [at](std::size_t i) -> char32_t {
+        return static_cast<unsigned char>(at[i]);
+    };
+    const char32_t lead = byte(0);
+    if (lead < 0xE0) {
+        if (lead < 0xC2 || !IsContinuation(at[1]))
+            return c_invalid;
+        const char32_t character = (lead & 0x1F) << 6 | (byte(1) & 0x3F);
+        at += 2;
+        return character;
+    }
+    if (!IsContinuation(at[1]) || !IsContinuation(at[2]))
+        return c_invalid;
+    if (lead < 0xF0) {
+        const char32_t character = (lead & 0x0F) << 12 | (byte(1) & 0x3F) << 6 | (byte(2) & 0x3F);
+        if (character < 0x800 || (character & 0xF800) == 0xD800 || character >= 0xFFFE)
+            return c_invalid;
+        at += 3;
+        return character;
+    }
+    if (lead > 0xF4 || !IsContinuation(at[3]))
+        return c_invalid;
+    const char32_t character =
+        (lead & 0x07) << 18 | (byte(1) & 0x3F) << 12 | (byte(2) & 0x3F) << 6 | (byte(3) & 0x3F);
+    if (character < 0x10000 || character > 0x10FFFF)
+        return c_invalid;
+    at += 4;
+    return character;
+}
+
+/// Writes the one or two units of a character and returns where the next ones go.
+inline char16_t* Write(char32_t character, char16_t* to) noexcept
+{
+    if (character < 0x10000) {
+        *to++ = static_cast<char16_t>(character);
+    } else {
+        *to++ = static_cast<char16_t>(0xD7C0 + (character >> 10));
+        *to++ = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
+    }
+    return to;
+}
+
+} // namespace Utf8Sequence

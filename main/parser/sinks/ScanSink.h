@@ -1,0 +1,45 @@
+#pragma once
+
+#include "sinks/ParsedNames.h"
+
+#include <span>
+#include <string_view>
+
+/// A start tag. Valid during the call that it is handed to.
+struct StartTag
+{
+    /// All names that the parser has met, and among them that of the element.
+    ParsedNames& names;
+    ParsedNames::Entry& element;
+    /// The attributes in the order of the document, zero-terminated; as many values as names. Names
+    /// may be those that the colon sanitizer put in place of others; of equal names the first one
+    /// counts.
+    std::span<const char16_t* const> attributeNames;
+    std::span<const char16_t* const> attributeValues;
+};
+
+/// What a scanner talks to. The events come balanced and in the order of the document; text comes
+/// in pieces, and those between two tags make one run.
+///
+/// For one thread at a time. What an event throws ends the parse.
+class ScanSink
+{
+public:
+    virtual ~ScanSink();
+
+    virtual void StartElement(const StartTag& tag) = 0;
+    /// `piece` is copied.
+    virtual void AppendText(std::u16string_view piece) = 0;
+    virtual void EndElement() = 0;
+    /// The sink wants no more events of this document or of those after it. Asked behind each tag;
+    /// an empty element counts as one.
+    virtual bool IsDone() const noexcept = 0;
+
+    /// A document begins: text that an abandoned parse has left behind is forgotten.
+    virtual void BeginDocument() = 0;
+    /// The events of the document will come again from the first one on, more of them. What grew of
+    /// them is dropped; a sink that has passed them on passes on only those that follow them.
+    virtual void Rewind() = 0;
+    /// Whether events are passed on at once to somebody from whom they cannot be taken back.
+    virtual bool PassesOn() const noexcept = 0;
+};
