@@ -94,8 +94,8 @@ TEST(EncodingTable, KnowsNamesInAnyCase)
         EXPECT_TRUE(EncodingTable::NamesLargerUnits(name)) << name;
         EXPECT_FALSE(EncodingTable::NamesUtf8(name)) << name;
     }
-    for (const char* const name :
-         {"", "UTF", "UTF-7", "UTF-88", "UTF-8 ", "UTF-1", "ISO-8859-1", "ISO-10646-UTF-1", "xUCS-4"}) {
+    for (const char* const name : {"", "UTF", "UTF-7", "UTF-88", "UTF-8 ", "UTF-1", "ISO-8859-1",
+                                   "ISO-10646-UTF-1", "xUCS-4"}) {
         EXPECT_FALSE(EncodingTable::NamesLargerUnits(name)) << name;
         EXPECT_FALSE(EncodingTable::NamesUtf8(name)) << name;
     }

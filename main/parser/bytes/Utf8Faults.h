@@ -9,8 +9,8 @@
 #include <string_view>
 
 /// Bytes of documents in UTF-8 that are no characters. The scanner refuses them, but it decodes
-/// ahead of what it reads: it reports where it was then, and drops a sequence for which the document
-/// ends too early.
+/// ahead of what it reads: it reports where it was then, and drops a sequence for which the
+/// document ends too early.
 namespace Utf8Faults {
 
 struct Fault : TextPosition

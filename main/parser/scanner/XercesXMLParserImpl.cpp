@@ -17,7 +17,6 @@
 
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
-#include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -172,8 +171,7 @@ void XercesXMLParserImpl::Start(ScanSink& sink, SAXInterfaceExtension* extension
 void XercesXMLParserImpl::MakeReader()
 {
     auto memory = std::make_unique<ScannerMemory>(m_budget);
-    std::unique_ptr<xercesc::SAX2XMLReader> reader(
-        xercesc::XMLReaderFactory::createXMLReader(memory.get()));
+    std::unique_ptr<LocatingReader> reader(new (memory.get()) LocatingReader(memory.get()));
     reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
     SetXercesXMLHandler(*reader, *m_handler);
     reader->setLexicalHandler(&m_documentType);
@@ -279,6 +277,7 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
         BeginBudget(schema, false);
         try {
             WithXercesMemory([&] {
+                const LocatingReader::Scope located(*m_reader, schema);
                 m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
             });
         } catch (const LimitExceeded& exceeded) {
@@ -437,6 +436,7 @@ void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)
 {
     ClearUpperVectorHalves();
     const CountedMemoryScope counted(m_budget);
+    const LocatingReader::Scope located(*m_reader, document);
     xercesc::XMLPScanToken token;
     if (!ScanProlog(document, token))
         return;

@@ -25,9 +25,9 @@ constexpr std::string_view c_largerUnits[] = {"UTF-16", "UTF16", "UTF-32",
 
 const EncodingTable::Entry* EncodingTable::FindByMark(std::string_view bytes) noexcept
 {
-    const auto found = std::find_if(std::begin(c_entries), std::end(c_entries), [&](const Entry& e) {
-        return bytes.starts_with(e.byteOrderMark);
-    });
+    const auto found =
+        std::find_if(std::begin(c_entries), std::end(c_entries),
+                     [&](const Entry& e) { return bytes.starts_with(e.byteOrderMark); });
     return found == std::end(c_entries) ? nullptr : found;
 }
 
@@ -38,6 +38,7 @@ bool EncodingTable::NamesUtf8(std::string_view name) noexcept
 
 bool EncodingTable::NamesLargerUnits(std::string_view name) noexcept
 {
-    return std::any_of(std::begin(c_largerUnits), std::end(c_largerUnits),
-                       [name](std::string_view start) { return StartsWithIgnoringCase(name, start); });
+    return std::any_of(
+        std::begin(c_largerUnits), std::end(c_largerUnits),
+        [name](std::string_view start) { return StartsWithIgnoringCase(name, start); });
 }

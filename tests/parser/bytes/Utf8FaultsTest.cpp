@@ -69,12 +69,23 @@ TEST(Utf8Faults, AreCountedInCodeUnitsAndLinesOfAnyText)
 TEST(Utf8Faults, AreCutWhereTheScannerWaitsForMoreBytesThanThereAre)
 {
     const std::pair<std::string, bool> endings[] = {
-        {"\xC3", true},          {"\xC3<", false},         {"\xE2\x82", true},
-        {"\xE2\x82<", false},    {"\xF0\x9F\x98", true},   {"\xF0</", true},
-        {"\xF0</a", false},      {"\xF5</a>", true},       {"\xF7</a> ", false},
-        {"\xF8</a", true},       {"\xFB</a>", false},      {"\xFC</a>", true},
-        {"\xFF</a>", true},      {"\xFF</a> ", false},     {"\x80", false},
-        {"\xC3\xA9", false},     {"\xF0\x9F\x98\x80", false},
+        {"\xC3", true},
+        {"\xC3<", false},
+        {"\xE2\x82", true},
+        {"\xE2\x82<", false},
+        {"\xF0\x9F\x98", true},
+        {"\xF0</", true},
+        {"\xF0</a", false},
+        {"\xF5</a>", true},
+        {"\xF7</a> ", false},
+        {"\xF8</a", true},
+        {"\xFB</a>", false},
+        {"\xFC</a>", true},
+        {"\xFF</a>", true},
+        {"\xFF</a> ", false},
+        {"\x80", false},
+        {"\xC3\xA9", false},
+        {"\xF0\x9F\x98\x80", false},
     };
     for (const auto& [ending, isCut] : endings) {
         const std::string bytes = "<a>x" + ending;
@@ -124,9 +135,8 @@ TEST(Utf8Faults, AreThoseThatTheScannerRefuses)
                     parser->Reload(source, sink);
                     parser->Parse();
                     const bool isRefused =
-                        parser->HasErrors() &&
-                        parser->GetErrors().front().toStdString().find(" byte") !=
-                            std::string::npos;
+                        parser->HasErrors() && parser->GetErrors().front().toStdString().find(
+                                                   " byte") != std::string::npos;
                     ASSERT_EQ(Utf8Faults::FindFirst(bytes).has_value(), isRefused)
                         << testing::PrintToString(sequence);
                     parser->ClearErrorsAndWarnings();
