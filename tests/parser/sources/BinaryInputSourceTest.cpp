@@ -1,5 +1,7 @@
 #include <kescorexml/BinaryInputSource.h>
 
+#include "support/ParseOutcome.h"
+
 #include <gtest/gtest.h>
 
 TEST(BinaryInputSource, HasNoLines)
@@ -36,4 +38,61 @@ TEST(BinaryInputSource, SkipsLeadingWhitespaceWhenTold)
     EXPECT_TRUE(source.GetBytes(out, 100));
     EXPECT_EQ(out, "<a/>");
     EXPECT_EQ(source.Size(), 6);
+}
+
+namespace {
+
+ParseOutcome ParseBehindWhitespace(const std::string& bytes)
+{
+    BinaryInputSource source(std::vector<unsigned char>(bytes.begin(), bytes.end()), u"id", true);
+    return ParseSource(source);
+}
+
+/// In little-endian or big-endian units, without byte-order mark.
+std::string ToUnits(std::u16string_view text, std::size_t size, bool isBigEndian)
+{
+    std::string bytes;
+    for (const char16_t character : text) {
+        std::string unit(size, '\0');
+        unit[isBigEndian ? size - 1 : 0] = static_cast<char>(character & 0xFF);
+        unit[isBigEndian ? size - 2 : 1] = static_cast<char>(character >> 8);
+        bytes += unit;
+    }
+    return bytes;
+}
+
+} // namespace
+
+TEST(BinaryInputSource, IsReadByWhatStandsBehindTheWhitespaceThatItSkips)
+{
+    using namespace std::string_literals;
+    // The bytes of the text look like an attribute that begins with a colon.
+    const std::u16string_view text = u"<a b='x'> \u3A62\u3D3E<c/></a>";
+    const ParseOutcome expected{
+        {"<a b=x>", "' \xE3\xA9\xA2\xE3\xB4\xBE'", "<c>", "</>", "</>"}, {}, {}, false};
+    const std::pair<std::string, std::string> documents[] = {
+        {"\xFF\xFE", ToUnits(text, 2, false)},
+        {"\xFE\xFF", ToUnits(text, 2, true)},
+        {"\xFF\xFE\0\0"s, ToUnits(text, 4, false)},
+        {"\0\0\xFE\xFF"s, ToUnits(text, 4, true)},
+    };
+    for (const auto& [mark, document] : documents) {
+        for (const char* const space : {"", " ", " \n \r\n\t", "   "}) {
+            EXPECT_EQ(ParseBehindWhitespace(space + mark + document), expected)
+                << testing::PrintToString(space + mark);
+        }
+    }
+    for (const char* const space : {"", " ", " \n \r\n\t"}) {
+        const ParseOutcome outcome = ParseBehindWhitespace(space + "\xEF\xBB\xBF<a :b='x'/>"s);
+        EXPECT_EQ(outcome, (ParseOutcome{{"<a :b=x>", "</>"}, {}, {}, false}));
+    }
+}
+
+TEST(BinaryInputSource, MayBeginBehindAMarkThatIsNoneThen)
+{
+    // White space is skipped from the first byte on, so a mark stays what the parser sees first.
+    EXPECT_TRUE(ParseBehindWhitespace("\xEF\xBB\xBF \n<a :b='x'/>").events ==
+                (std::vector<std::string>{"<a :b=x>", "</>"}));
+    EXPECT_TRUE(ParseBehindWhitespace("\xEF\xBB\xBF \n<?xml version='1.0'?><a/>").fatal);
+    EXPECT_FALSE(ParseBehindWhitespace(" \n\xEF\xBB\xBF<?xml version='1.0'?><a/>").fatal);
 }
