@@ -12,6 +12,7 @@ namespace FuzzTargets {
 using Bytes = std::span<const unsigned char>;
 
 void Base64(Bytes bytes);
+void DirectScanner(Bytes bytes);
 void FormatterCalls(Bytes bytes);
 void ParseAndWrite(Bytes bytes);
 void Paths(Bytes bytes);
@@ -32,6 +33,7 @@ struct Target
 
 inline constexpr std::array c_all{
     Target{"Base64", Base64},
+    Target{"DirectScanner", DirectScanner},
     Target{"FormatterCalls", FormatterCalls},
     Target{"ParseAndWrite", ParseAndWrite},
     Target{"Paths", Paths},

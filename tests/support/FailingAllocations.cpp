@@ -26,6 +26,19 @@ thread_local std::size_t s_failures = 0;
 thread_local bool s_hasFailed = false;
 thread_local std::ptrdiff_t s_live = 0;
 
+/// What PlacedAllocation hands over.
+thread_local void* s_placed = nullptr;
+/// 0 once it was given to somebody.
+thread_local std::size_t s_placedSize = 0;
+
+void* TakePlaced(std::size_t size) noexcept
+{
+    if (size != s_placedSize || size == 0)
+        return nullptr;
+    s_placedSize = 0;
+    return s_placed;
+}
+
 /// Whether the next allocation is to succeed.
 bool Allow() noexcept
 {
@@ -66,6 +79,18 @@ std::ptrdiff_t CountLiveAllocations() noexcept
     return s_live;
 }
 
+PlacedAllocation::PlacedAllocation(void* memory, std::size_t size) noexcept
+{
+    s_placed = memory;
+    s_placedSize = size;
+}
+
+PlacedAllocation::~PlacedAllocation()
+{
+    s_placed = nullptr;
+    s_placedSize = 0;
+}
+
 #if KESCOREXML_TESTS_OWN_HEAP
 
 // The C library's own heap under its other names.
@@ -77,6 +102,8 @@ void __libc_free(void* memory);
 
 void* malloc(std::size_t size) noexcept
 {
+    if (void* placed = TakePlaced(size))
+        return placed;
     void* memory = Allow() ? __libc_malloc(size) : nullptr;
     s_live += memory != nullptr ? 1 : 0;
     return memory;
@@ -98,6 +125,8 @@ void* realloc(void* old, std::size_t size) noexcept
 
 void free(void* memory) noexcept
 {
+    if (memory != nullptr && memory == s_placed)
+        return;
     s_live -= memory != nullptr ? 1 : 0;
     __libc_free(memory);
 }
@@ -107,6 +136,8 @@ void free(void* memory) noexcept
 
 void* operator new(std::size_t size)
 {
+    if (void* placed = TakePlaced(size))
+        return placed;
     void* memory = Allow() ? std::malloc(size == 0 ? 1 : size) : nullptr;
     if (memory == nullptr)
         throw std::bad_alloc();
@@ -121,12 +152,13 @@ void* operator new(std::size_t size)
 
 void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    if (memory == nullptr || memory != s_placed)
+        std::free(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    operator delete(memory);
 }
 
 #endif

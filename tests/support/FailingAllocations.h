@@ -26,3 +26,15 @@ public:
 /// difference of two calls tells of leaks. Always 0 with sanitizers, which look for leaks
 /// themselves.
 std::ptrdiff_t CountLiveAllocations() noexcept;
+
+/// Serves the calling thread's next allocation of exactly `size` bytes, if that is not 0, with
+/// `memory`, which needs no alignment but that of what will lie there. It must be freed while this
+/// lives, and by the same thread; nothing is done then. Only one at a time.
+class PlacedAllocation
+{
+public:
+    PlacedAllocation(void* memory, std::size_t size) noexcept;
+    PlacedAllocation(const PlacedAllocation&) = delete;
+    PlacedAllocation& operator=(const PlacedAllocation&) = delete;
+    ~PlacedAllocation();
+};

@@ -7,9 +7,8 @@ bool AttributeDeclarations::DeclareAttribute(const NameTable::Name& element, Att
 {
     std::vector<Attribute>& declared = m_attributes[&element];
     const bool isKnown =
-        std::any_of(declared.begin(), declared.end(), [&attribute](const Attribute& other) {
-            return other.name == attribute.name;
-        });
+        std::any_of(declared.begin(), declared.end(),
+                    [&attribute](const Attribute& other) { return other.name == attribute.name; });
     if (!isKnown)
         declared.push_back(std::move(attribute));
     return !isKnown;

@@ -190,8 +190,8 @@ const char* DirectScanner::ScanAttributeType(const char* at, bool& isTokenized)
         return *at == ')' ? at + 1 : nullptr;
     }
     // Those that begin like others come first.
-    for (const std::string_view type : {"CDATA", "IDREFS", "IDREF", "ID", "ENTITY", "ENTITIES",
-                                        "NMTOKENS", "NMTOKEN"}) {
+    for (const std::string_view type :
+         {"CDATA", "IDREFS", "IDREF", "ID", "ENTITY", "ENTITIES", "NMTOKENS", "NMTOKEN"}) {
         if (StartsWith(at, m_end, type)) {
             isTokenized = type != "CDATA";
             return at + type.size();

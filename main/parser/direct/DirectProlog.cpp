@@ -9,6 +9,9 @@ using DirectScanning::Verdict;
 
 namespace {
 
+/// Xerces reads a declaration into a buffer of its own, which a longer one does not fit in.
+constexpr std::ptrdiff_t c_maxDeclaration = 4096;
+
 bool EqualsIgnoringCase(std::string_view text, std::string_view upper)
 {
     return std::equal(text.begin(), text.end(), upper.begin(), upper.end(), [](char a, char b) {
@@ -93,6 +96,7 @@ const char* DirectScanner::ScanXmlDeclaration(const char* at)
     // Of other white space, Xerces overlooks the declaration when it looks for the encoding.
     if (*at != ' ')
         return Decline(Verdict::Declaration);
+    const char* const begin = at;
     std::string_view value;
     if (!ReadPseudoAttribute(at, m_end, "version", value) || value != "1.0")
         return Decline(Verdict::Declaration);
@@ -108,7 +112,9 @@ const char* DirectScanner::ScanXmlDeclaration(const char* at)
     if (ReadPseudoAttribute(at, m_end, "standalone", value) && value != "yes" && value != "no")
         return Decline(Verdict::Declaration);
     at = SkipWhitespace(at);
-    return at[0] == '?' && at[1] == '>' ? at + 2 : Decline(Verdict::Declaration);
+    if (at[0] != '?' || at[1] != '>' || at - begin > c_maxDeclaration)
+        return Decline(Verdict::Declaration);
+    return at + 2;
 }
 
 const char* DirectScanner::ScanMisc(const char* at)

@@ -29,6 +29,7 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     m_passesOn = sink.PassesOn();
     m_open.clear();
     m_declarations.Clear();
+    m_table.ForgetIfLarge();
     // What the document spells out itself is less than its bytes.
     m_output = document.bytes.size();
     m_maxOutput = document.maxOutput;
@@ -37,12 +38,13 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     if (document.bytes.starts_with(c_byteOrderMark))
         at += c_byteOrderMark.size();
     m_validated = at;
-    m_eventEnd = at;
+    m_eventEnd = nullptr;
     m_position.Begin(at);
     at = m_output > m_maxOutput ? Decline(Verdict::Limit) : ScanProlog(at);
     if (at != nullptr)
         at = ScanElements(at);
-    if (at != nullptr && !m_isDone) {
+    // What stands behind the root element is looked at even if the sink is done with its end.
+    if (at != nullptr && m_open.empty()) {
         at = ScanMisc(at);
         if (at != nullptr && at != m_end)
             Decline(Verdict::Markup);
@@ -65,8 +67,7 @@ bool DirectScanner::IsValidAround(const char* at) noexcept
     // In large steps, so that the end of one is seldom met.
     if (m_validated >= until)
         return true;
-    const char* const goal =
-        m_end - until > c_decodedAhead ? until + c_decodedAhead : m_end;
+    const char* const goal = m_end - until > c_decodedAhead ? until + c_decodedAhead : m_end;
     while (m_validated < goal) {
         m_validated = WideRun::Skip(m_validated, m_end, stops);
         if (m_validated == m_end)

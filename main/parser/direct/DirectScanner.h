@@ -42,10 +42,11 @@ public:
     /// sent then. What the sink throws passes through.
     DirectScanning::Verdict Scan(const Document& document, ScanSink& sink);
 
-    /// Where the last event ends: behind its tag; from 1. 1 and 1 before the first one. REQUIRES: a
-    /// document that still is where it was scanned, or SettleLocation after the scan.
+    /// Whether the last scan has sent an event.
+    bool HasSentEvent() const noexcept { return m_eventEnd != nullptr; }
+    /// Where the last event ends: behind its tag; from 1. REQUIRES: HasSentEvent, and the document
+    /// still is where it was scanned.
     void GetCurrentLocation(int& line, int& column) noexcept;
-    void SettleLocation() noexcept { m_position.MoveTo(m_eventEnd); }
 
 private:
     /// An open element's name, as its start tag has it.

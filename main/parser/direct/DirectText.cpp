@@ -131,11 +131,8 @@ const char* DirectScanner::ScanReference(const char* at) noexcept
         std::string_view text;
         char16_t unit;
     };
-    constexpr Predefined c_predefined[] = {{"&lt;", u'<'},
-                                           {"&gt;", u'>'},
-                                           {"&amp;", u'&'},
-                                           {"&quot;", u'"'},
-                                           {"&apos;", u'\''}};
+    constexpr Predefined c_predefined[] = {
+        {"&lt;", u'<'}, {"&gt;", u'>'}, {"&amp;", u'&'}, {"&quot;", u'"'}, {"&apos;", u'\''}};
     if (at[1] == '#')
         return ScanCharacterReference(at + 2);
     const auto rest = std::string_view(at, static_cast<std::size_t>(m_end - at));

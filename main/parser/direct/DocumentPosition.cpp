@@ -49,7 +49,8 @@ void DocumentPosition::MoveTo(const char* place) noexcept
         const Block bytes = ByteScan::Load(at);
         const unsigned ends = FindLineEnds(at, bytes);
         // What stands behind the last line end; all when there is none.
-        const unsigned counted = ends == 0 ? 0xFFFFU : 0xFFFFU & ~((2U << (std::bit_width(ends) - 1)) - 1);
+        const unsigned counted =
+            ends == 0 ? 0xFFFFU : 0xFFFFU & ~((2U << (std::bit_width(ends) - 1)) - 1);
         line += std::popcount(ends);
         const int before = ends == 0 ? column : 1;
         column = before + std::popcount(counted & ~FindContinuations(bytes)) +

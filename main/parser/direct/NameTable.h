@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-/// The names of a parser by their bytes in UTF-8, as they stand in documents. Bounded as ParsedNames
-/// is, to whose entries it leads.
+/// The names of a parser by their bytes in UTF-8, as they stand in documents. Bounded as
+/// ParsedNames is, to whose entries it leads.
 ///
 /// For one thread at a time.
 class NameTable

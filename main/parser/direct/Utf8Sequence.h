@@ -7,6 +7,8 @@ namespace Utf8Sequence {
 
 /// No character.
 constexpr char32_t c_invalid = 0xFFFFFFFF;
+constexpr char32_t c_nextLine = 0x85;
+constexpr char32_t c_lineSeparator = 0x2028;
 
 inline bool IsContinuation(char byte) noexcept
 {
@@ -14,18 +16,19 @@ inline bool IsContinuation(char byte) noexcept
 }
 
 /// Reads the sequence of two to four bytes at `at` and passes over it. c_invalid, and `at` is as it
-/// was, when it is malformed or no character of XML: half of a pair, U+FFFE or U+FFFF. REQUIRES: a
-/// byte that continues no sequence, such as zero, behind the text.
+/// was, when it is malformed or no character of XML: half of a pair, U+FFFE or U+FFFF. Also for the
+/// two that end lines in XML 1.1 only, for which Xerces counts columns now one way, now another.
+/// REQUIRES: a byte that continues no sequence, such as zero, behind the text.
 inline char32_t Read(const char*& at) noexcept
 {
-    const auto byte = [at](std::size_t i) -> char32_t {
-        return static_cast<unsigned char>(at[i]);
-    };
+    const auto byte = [at](std::size_t i) -> char32_t { return static_cast<unsigned char>(at[i]); };
     const char32_t lead = byte(0);
     if (lead < 0xE0) {
         if (lead < 0xC2 || !IsContinuation(at[1]))
             return c_invalid;
         const char32_t character = (lead & 0x1F) << 6 | (byte(1) & 0x3F);
+        if (character == c_nextLine)
+            return c_invalid;
         at += 2;
         return character;
     }
@@ -33,7 +36,8 @@ inline char32_t Read(const char*& at) noexcept
         return c_invalid;
     if (lead < 0xF0) {
         const char32_t character = (lead & 0x0F) << 12 | (byte(1) & 0x3F) << 6 | (byte(2) & 0x3F);
-        if (character < 0x800 || (character & 0xF800) == 0xD800 || character >= 0xFFFE)
+        if (character < 0x800 || (character & 0xF800) == 0xD800 || character >= 0xFFFE ||
+            character == c_lineSeparator)
             return c_invalid;
         at += 3;
         return character;

@@ -116,8 +116,7 @@ struct Vector
     static const char* Skip(const char* at, const char* end, Stop stop) noexcept
     {
         for (; end - at >= std::ptrdiff_t{c_step}; at += c_step) {
-            const unsigned stops =
-                stop.Find(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at)));
+            const unsigned stops = stop.Find(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at)));
             if (stops != 0)
                 return at + std::countr_zero(stops);
         }
@@ -133,9 +132,9 @@ using Best = Portable;
 
 #endif
 
-/// Copies bytes from `at` to `to`, which is moved behind the units written, up to a byte that stops,
-/// to `end` or to the end of the room, and returns where it stopped. What lies in the room behind
-/// the units written is left with anything.
+/// Copies bytes from `at` to `to`, which is moved behind the units written, up to a byte that
+/// stops, to `end` or to the end of the room, and returns where it stopped. What lies in the room
+/// behind the units written is left with anything.
 template <class Stop>
 const char* Copy(const char* at, const char* end, Stop stop, char16_t*& to,
                  const char16_t* room) noexcept

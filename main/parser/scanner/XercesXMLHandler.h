@@ -25,6 +25,12 @@ public:
 
     /// Of the last event; leaves both as they are before the first one.
     void GetCurrentLocationHandler(int& line, int& column) const;
+    /// That of an event which came from elsewhere.
+    void SetLocation(int line, int column) noexcept
+    {
+        m_line = line;
+        m_column = column;
+    }
 
     bool SawWarnings() const noexcept { return !m_warnings.empty(); }
     bool SawErrors() const noexcept { return !m_errors.empty(); }

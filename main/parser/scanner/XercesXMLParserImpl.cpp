@@ -165,7 +165,8 @@ void XercesXMLParserImpl::Start(ScanSink& sink, SAXInterfaceExtension* extension
     EnsureXercesIsInitialised();
     m_securityManager = std::make_unique<xercesc::SecurityManager>();
     m_securityManager->setEntityExpansionLimit(0);
-    MakeReader();
+    // The reader is made, and prepared, when a document or a schema needs it.
+    const Metrics::Scope scope("XercesXMLParser_PrepareParserState");
 }
 
 void XercesXMLParserImpl::MakeReader()
@@ -214,7 +215,6 @@ void XercesXMLParserImpl::SetEntityResolver(xercesc::SAX2XMLReader& reader,
 
 void XercesXMLParserImpl::PrepareParserState(xercesc::SAX2XMLReader& reader)
 {
-    const Metrics::Scope scope("XercesXMLParser_PrepareParserState");
     reader.resetCachedGrammarPool();
     if (m_noSchemaLoaded) {
         SetFeatures(reader, {{XMLUni::fgSAX2CoreNameSpaces, false},
@@ -240,10 +240,11 @@ void XercesXMLParserImpl::PrepareParserState(xercesc::SAX2XMLReader& reader)
 
 void XercesXMLParserImpl::SwitchToValidating()
 {
-    if (m_isSpoilt)
+    if (m_reader == nullptr || m_isSpoilt)
         MakeReader();
     m_memory->PrepareForSchemas();
     m_noSchemaLoaded = false;
+    const Metrics::Scope scope("XercesXMLParser_PrepareParserState");
     try {
         PrepareParserState(*m_reader);
     } catch (...) {
@@ -290,7 +291,7 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 
 void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
 {
-    if (m_isDirect)
+    if (m_isDirect && m_directScanner.HasSentEvent())
         m_directScanner.GetCurrentLocation(line, column);
     else
         m_handler->GetCurrentLocationHandler(line, column);
@@ -315,11 +316,12 @@ void XercesXMLParserImpl::SendTo(ScanSink& sink, SAXInterfaceExtension* extensio
 {
     m_names.ForgetUnlessSmall();
     auto handler = std::make_unique<XercesXMLHandler>(sink, extension, m_names, m_budget);
-    SetXercesXMLHandler(*m_reader, *handler);
+    if (m_reader != nullptr) {
+        SetXercesXMLHandler(*m_reader, *handler);
+        SetEntityResolver(*m_reader, handler.get());
+    }
     m_handler = std::move(handler);
-    SetEntityResolver(*m_reader, m_handler.get());
     m_sink = &sink;
-    m_isDirect = false;
 }
 
 void XercesXMLParserImpl::AllowEntityExpansion_Insecure()
@@ -338,6 +340,7 @@ void XercesXMLParserImpl::ParseImpl()
 void XercesXMLParserImpl::DoXercesParse()
 {
     const Metrics::Scope scope("XercesXMLParser_DoXercesParse");
+    DirectScanning::SetLastVerdict(DirectScanning::Verdict::None);
     m_handler->resetErrors();
     m_sink->BeginDocument();
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
@@ -379,7 +382,7 @@ void XercesXMLParserImpl::ScanWithXerces(const XercesInputSource& document)
 {
     // A new one would have to load all schemas again: what one that has them forgot stays until
     // the parser ends.
-    if (m_isSpoilt && m_noSchemaLoaded)
+    if (m_reader == nullptr || (m_isSpoilt && m_noSchemaLoaded))
         MakeReader();
     ScanDocument(document);
     if (m_handler->SawErrors())
@@ -423,13 +426,17 @@ bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
             document.Sanitize();
             RecordFailures(scan);
         }
-        // The last location may be asked for when the document is gone.
-        if (m_sink->PassesOn())
-            m_directScanner.SettleLocation();
+        m_isDirect = false;
+        // It may be asked for when the document is gone.
+        if (m_sink->PassesOn() && m_directScanner.HasSentEvent()) {
+            int line = 0;
+            int column = 0;
+            m_directScanner.GetCurrentLocation(line, column);
+            m_handler->SetLocation(line, column);
+        }
     }
-    m_isDirect = verdict == Verdict::Accepted;
     DirectScanning::SetLastVerdict(verdict);
-    return m_isDirect;
+    return verdict == Verdict::Accepted;
 }
 
 void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)
@@ -508,7 +515,8 @@ void XercesXMLParserImpl::ForgetXmlVersion()
 
 void XercesXMLParserImpl::BeginBudget(const XercesInputSource& input, bool isValidating)
 {
-    m_memory->Reset();
+    if (m_memory != nullptr)
+        m_memory->Reset();
     m_budget.Begin(*this, input.GetBytes().size(), isValidating);
 }
 

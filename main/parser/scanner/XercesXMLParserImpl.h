@@ -75,10 +75,12 @@ private:
 
     ParsedNames m_names;
     DirectScanner m_directScanner{m_names};
-    /// The direct scanner has read the document last, or is reading it.
+    /// The direct scanner is reading a document.
     bool m_isDirect = false;
     ParseBudget m_budget;
     DocumentTypeGuard m_documentType{m_budget};
+    // Null until a document or a schema is left to Xerces.
+
     std::unique_ptr<ScannerMemory> m_memory;
     std::unique_ptr<LocatingReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;

@@ -49,11 +49,16 @@ void SAXSink::Rewind()
 {
     m_text.clear();
     m_eventsToSkip = std::exchange(m_eventsPassed, 0);
+    m_wasDone = std::exchange(m_isDone, false);
 }
 
 bool SAXSink::IsRepeated() noexcept
 {
-    return m_eventsPassed++ < m_eventsToSkip;
+    if (m_eventsPassed++ >= m_eventsToSkip)
+        return false;
+    if (m_eventsPassed == m_eventsToSkip)
+        m_isDone = m_wasDone;
+    return true;
 }
 
 void SAXSink::PassText()

@@ -43,6 +43,8 @@ private:
     /// Those of this document.
     std::uint64_t m_eventsPassed = 0;
     std::uint64_t m_eventsToSkip = 0;
+    /// What the sink has answered behind the last of those to skip.
+    bool m_wasDone = false;
     /// Keeps its room between runs.
     std::u16string m_text;
 };
