@@ -127,6 +127,19 @@ TEST(LocatingReader, LeavesErrorsAloneThatComeBeforeThem)
                 ElementsAre("Fatal Error(1,9): expected end of tag 'b' (id: id)"));
 }
 
+TEST(LocatingReader, LeavesAnErrorAloneThatEndsRightBeforeThem)
+{
+    // So many characters are decoded at a time.
+    constexpr std::size_t c_block = 16 * 1024;
+    for (const char* const bad : {"\xF5\x80\x80\x80", "\xFF", "\x80"}) {
+        std::string bytes = "<a>" + std::string(c_block - 4, 'x') + "\x01";
+        ASSERT_EQ(bytes.size(), c_block);
+        bytes.append(bad).append("</a>        ");
+        EXPECT_THAT(ParseUtf8(bytes).errors,
+                    ElementsAre("Fatal Error(1,16385): invalid character 0x1 (id: id)"));
+    }
+}
+
 TEST(LocatingReader, NamesBytesBeyondTheLastCharacterAsWhatTheyAre)
 {
     for (const auto& [byte, name] :
