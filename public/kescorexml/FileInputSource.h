@@ -29,7 +29,7 @@ public:
     std::int64_t Size() const override;
 
     /// Reads the rest of the file into memory and skips white space at its start. The parser reads
-    /// these bytes in the encoding that their mark or their declaration names.
+    /// these bytes in the encoding that their byte-order mark or their declaration names.
     XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override;
 
 private:

@@ -60,6 +60,8 @@ TEST(DetectEncoding, RefusesWhatCannotBecomeUtf8)
     EXPECT_EQ(0, Detect("<a>\xF4\x90"));
     EXPECT_EQ(0, Detect("<a>\xF0\x9F\x41"));
     EXPECT_EQ(0, Detect("<a>\xE2\x82 "));
+    EXPECT_EQ(0, Detect("\xEF\xBB\xBF<a>\xE9</a>"));
+    EXPECT_EQ(0, Detect("\xEF\xBB\xBF\xFF\xFE"));
 }
 
 TEST(DetectEncoding, TellsWideEncodingsByMarkOrPattern)

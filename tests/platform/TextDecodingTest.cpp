@@ -195,7 +195,9 @@ TEST_F(TextDecoding, ReadsTheDeclarationInEveryForm)
           "<?xml version=\"1.0\" encoding=\"ISO-8859-1\" standalone='yes' ?>",
           "<?xml\tversion = '1.0'\r\n encoding\n=\t'ISO-8859-1'?>", "<?xml encoding='ISO-8859-1'?>",
           "<?xml version=\"it's\" encoding='ISO-8859-1'?>",
-          " \r\n\t<?xml version='1.0' encoding='ISO-8859-1'?>"})
+          " \r\n\t<?xml version='1.0' encoding='ISO-8859-1'?>",
+          // Wrong, which whoever reads the text is to say.
+          "\v\f<?xml\vversion='1.0'\fencoding\v=\f'ISO-8859-1'?>"})
         EXPECT_EQ(TString::fromStdString(declaration) + u"\u00E9", Load(declaration + "\xE9"));
 }
 

@@ -56,3 +56,17 @@ TEST(Unicode, TouchesNothingBehindTheText)
     EXPECT_EQ("a\n", text.substr(0, 2));
     EXPECT_EQ('\r', text[3]);
 }
+
+TEST(Unicode, FindsTheFirstByteThatIsNoUtf8)
+{
+    EXPECT_EQ(Unicode::findInvalidUtf8(""), 0U);
+    EXPECT_EQ(Unicode::findInvalidUtf8("<a>\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"), 12U);
+    for (const char* const sequence :
+         {"\x80", "\xBF", "\xC0\x80", "\xC1\xBF", "\xC3", "\xC3x", "\xE2\x82", "\xE2\x82x",
+          "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+          "\xF5\x80\x80\x80", "\xF8\x88\x80\x80\x80", "\xFE", "\xFF"}) {
+        for (const std::size_t before : {0U, 1U, 15U, 16U, 17U, 1000U})
+            EXPECT_EQ(Unicode::findInvalidUtf8(std::string(before, 'x') + sequence), before);
+        EXPECT_EQ(Unicode::findInvalidUtf8(std::string("\xE2\x82\xAC") + sequence + "\xFF"), 3U);
+    }
+}

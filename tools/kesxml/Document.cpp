@@ -8,6 +8,7 @@
 #include <kescorexml/InputSourceUtils.h>
 #include <kescorexml/XMLUtils.h>
 #include <kesplatform/CorvinaException.h>
+#include <kesplatform/EncodingTable.h>
 #include <kesplatform/TFile.h>
 
 #include <QFile>
@@ -44,13 +45,27 @@ QByteArray ReadFile(const QString& name)
     return ReadBytes(file, file.open(QIODevice::ReadOnly), name);
 }
 
-/// UTF-16 and UTF-32, which nothing that looks at single bytes could read.
-bool DecodeWideUnits(const QByteArray& bytes, TString& text)
+/// The entry of UTF-16 or UTF-32, by byte-order mark or by the "<" that a document begins with;
+/// else null.
+const EncodingTable::Entry* FindLargerUnits(std::string_view bytes)
 {
-    const auto encoding = QStringConverter::encodingForData(bytes, u'<');
-    if (!encoding || *encoding == QStringConverter::Utf8)
+    if (const EncodingTable::Entry* const marked = EncodingTable::FindByMark(bytes))
+        return marked->unitSize > 1 ? marked : nullptr;
+    for (const EncodingTable::Entry& entry : EncodingTable::c_entries) {
+        if (entry.unitSize > 1 && entry.IsBeginOf(bytes, "<"))
+            return &entry;
+    }
+    return nullptr;
+}
+
+/// Decodes larger units, which nothing that looks at single bytes could read.
+bool DecodeLargerUnits(const QByteArray& bytes, TString& text)
+{
+    const EncodingTable::Entry* const entry =
+        FindLargerUnits({bytes.data(), static_cast<std::size_t>(bytes.size())});
+    if (entry == nullptr)
         return false;
-    QStringDecoder decoder(*encoding);
+    QStringDecoder decoder(entry->name.data());
     const QString decoded = decoder.decode(bytes);
     text = decoded;
     return !decoder.hasError();
@@ -59,7 +74,7 @@ bool DecodeWideUnits(const QByteArray& bytes, TString& text)
 /// A source for bytes in an encoding that is yet to be found out.
 std::unique_ptr<InputSource> MakeSource(const QByteArray& bytes, const QString& name)
 {
-    if (TString text; DecodeWideUnits(bytes, text))
+    if (TString text; DecodeLargerUnits(bytes, text))
         return std::make_unique<StringInputSource>(text, name, false);
     return std::make_unique<BinaryInputSource>(
         std::vector<unsigned char>(bytes.begin(), bytes.end()), name, false);

@@ -50,6 +50,14 @@ std::string SpellReplacement(std::string_view encoding)
 
 constexpr std::size_t c_unknown = std::string_view::npos;
 
+/// In how large pieces a decoder gets its bytes.
+enum class Pace
+{
+    Blocks,
+    /// Every character is known by where it ends.
+    Bytes
+};
+
 /// Hands each UTF-16 code unit that the bytes are decoded to, together with the offset where its
 /// character begins or the one where it ends, to `take`, until that returns false.
 ///
@@ -57,12 +65,12 @@ constexpr std::size_t c_unknown = std::string_view::npos;
 /// not tell how much of it. So behind each block it gets single bytes until a character is whole:
 /// the bytes up to there end with it, and the next block begins with the one behind.
 template <typename Take>
-void Decode(std::string_view bytes, XMLTranscoder& transcoder, const Take& take)
+void Decode(std::string_view bytes, XMLTranscoder& transcoder, Pace pace, const Take& take)
 {
     constexpr std::size_t c_longestCharacter = 8;
     std::size_t singles = 0;
     for (std::size_t at = 0; at < bytes.size();) {
-        const bool isBlock = singles == 0;
+        const bool isBlock = pace == Pace::Blocks && singles == 0;
         XMLCh units[c_block];
         unsigned char sizes[c_block];
         XMLSize_t eaten = 0;
@@ -83,9 +91,48 @@ void Decode(std::string_view bytes, XMLTranscoder& transcoder, const Take& take)
         if (isBlock)
             singles = c_longestCharacter;
         else
-            singles = count > 0 ? 0 : singles - 1;
+            singles = count > 0 || singles == 0 ? 0 : singles - 1;
     }
 }
+
+/// Tells a replacement character that a document holds from one that stands for bytes of none.
+class ReplacementCheck
+{
+public:
+    ReplacementCheck(std::string_view bytes, std::string_view encoding)
+        : m_bytes(bytes), m_spelling(SpellReplacement(encoding)),
+          m_isUtf7(m_spelling.starts_with("+//"))
+    {
+    }
+
+    /// By which the offsets are known that IsSpelled needs.
+    Pace GetPace() const noexcept { return m_isUtf7 ? Pace::Bytes : Pace::Blocks; }
+
+    /// Whether the character that begins at `begin`, or ends at `end`, is spelled there.
+    bool IsSpelled(std::size_t begin, std::size_t end) const
+    {
+        // The same character has many spellings there. Its last bits stand in a digit, while the
+        // decoder replaces nothing but bytes that are none.
+        if (m_isUtf7)
+            return IsDigitOfUtf7(m_bytes[end - 1]);
+        if (m_spelling.empty())
+            return false;
+        return end == c_unknown
+                   ? m_bytes.substr(std::min(begin, m_bytes.size())).starts_with(m_spelling)
+                   : m_bytes.substr(0, end).ends_with(m_spelling);
+    }
+
+private:
+    static bool IsDigitOfUtf7(char c) noexcept
+    {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+               c == '+' || c == '/';
+    }
+
+    std::string_view m_bytes;
+    std::string m_spelling;
+    bool m_isUtf7;
+};
 
 } // namespace
 
@@ -95,25 +142,18 @@ std::optional<TextPosition> StrictDecoding::FindUndecodable(std::string_view byt
     const auto transcoder = MakeTranscoder(encoding);
     if (transcoder == nullptr || IsStrict(*transcoder))
         return std::nullopt;
-    std::optional<std::string> spelling;
+    const ReplacementCheck check(bytes, encoding);
     std::optional<TextPosition> found;
     PositionCounter counter;
-    const auto spellsReplacement = [&](std::size_t begin, std::size_t end) {
-        if (!spelling)
-            spelling = SpellReplacement(encoding);
-        if (spelling->empty())
-            return false;
-        return end == c_unknown ? bytes.substr(std::min(begin, bytes.size())).starts_with(*spelling)
-                                : bytes.substr(0, end).ends_with(*spelling);
-    };
-    Decode(bytes, *transcoder, [&](XMLCh unit, std::size_t begin, std::size_t end) {
-        if (unit == c_replacement && !spellsReplacement(begin, end)) {
-            found = counter.Get();
-            return false;
-        }
-        counter.Pass(unit);
-        return true;
-    });
+    Decode(bytes, *transcoder, check.GetPace(),
+           [&](XMLCh unit, std::size_t begin, std::size_t end) {
+               if (unit == c_replacement && !check.IsSpelled(begin, end)) {
+                   found = counter.Get();
+                   return false;
+               }
+               counter.Pass(unit);
+               return true;
+           });
     return found;
 }
 
@@ -124,9 +164,23 @@ std::optional<TextPosition> StrictDecoding::FindEnd(std::string_view bytes,
     if (transcoder == nullptr)
         return std::nullopt;
     PositionCounter counter;
-    Decode(bytes, *transcoder, [&](XMLCh unit, std::size_t, std::size_t) {
+    Decode(bytes, *transcoder, Pace::Blocks, [&](XMLCh unit, std::size_t, std::size_t) {
         counter.Pass(unit);
         return true;
     });
     return counter.Get();
+}
+
+std::size_t StrictDecoding::FindIncomplete(std::string_view bytes, std::size_t from,
+                                           std::string_view encoding)
+{
+    const auto transcoder = MakeTranscoder(encoding);
+    if (transcoder == nullptr)
+        return from;
+    std::size_t whole = from;
+    Decode(bytes.substr(from), *transcoder, Pace::Bytes, [&](XMLCh, std::size_t, std::size_t end) {
+        whole = from + end;
+        return true;
+    });
+    return whole == bytes.size() ? std::string_view::npos : whole;
 }

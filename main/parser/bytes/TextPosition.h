@@ -7,8 +7,8 @@ struct TextPosition
 {
     /// From 1; CR LF ends one line, as CR and LF alone do.
     unsigned long long line = 1;
-    /// From 1, in UTF-16 code units of the line. A mark at the start of the document is none of
-    /// them.
+    /// From 1, in UTF-16 code units of the line. A byte-order mark at the start of the document is
+    /// none of them.
     unsigned long long column = 1;
 };
 

@@ -1,8 +1,7 @@
 #include "bytes/XercesInputSource.h"
 
-#include "bytes/DeclaredEncoding.h"
-#include "bytes/GuardedUtf8Source.h"
-#include "bytes/Utf8Guard.h"
+#include "bytes/ScannerEncoding.h"
+#include "bytes/StrictUtf8Source.h"
 #include "bytes/XercesColonSanitizer.h"
 #include "bytes/XercesMemory.h"
 #include "bytes/XercesText.h"
@@ -81,8 +80,8 @@ void XercesInputSource::SetupXercesBuffer() const
     const std::string_view bytes = GetBytes();
     auto* const manager = xercesc::XMLPlatformUtils::fgMemoryManager;
     WithXercesMemory([&] {
-        if (m_encoding == XercesEncoding::Utf8 || Utf8Guard::IsReadAsUtf8(bytes)) {
-            auto* const guarded = new (manager) GuardedUtf8Source(bytes, m_id, manager);
+        if (m_encoding == XercesEncoding::Utf8 || ScannerEncoding::IsUtf8(bytes)) {
+            auto* const guarded = new (manager) StrictUtf8Source(bytes, m_id, manager);
             m_xercesSource.reset(guarded);
             m_guardedSource = guarded;
         } else {
@@ -94,7 +93,7 @@ void XercesInputSource::SetupXercesBuffer() const
         m_xercesSource->setCopyBufToStream(false);
         if (m_encoding == XercesEncoding::Utf8)
             m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
-        else if (const auto overlooked = DeclaredEncoding::FindOverlooked(bytes);
+        else if (const auto overlooked = ScannerEncoding::FindOverlooked(bytes);
                  !overlooked.empty())
             m_xercesSource->setEncoding(
                 GetInternalXMLChPtrFromTString(TString::fromUtf8(overlooked)));

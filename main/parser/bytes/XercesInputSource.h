@@ -11,12 +11,12 @@
 #include <string>
 #include <string_view>
 
-class GuardedUtf8Source;
+class StrictUtf8Source;
 
 /// How the bytes of a document are read.
 enum class XercesEncoding
 {
-    /// By their mark and their declaration.
+    /// By their byte-order mark and their declaration.
     Declared,
     /// As UTF-8, whatever they declare.
     Utf8
@@ -66,7 +66,7 @@ private:
 
     mutable std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
     /// The same, when it guards UTF-8; else null.
-    mutable const GuardedUtf8Source* m_guardedSource = nullptr;
+    mutable const StrictUtf8Source* m_guardedSource = nullptr;
     mutable std::shared_ptr<const std::string> m_data;
     mutable ColonProcessingMode m_mode;
     std::size_t m_start;

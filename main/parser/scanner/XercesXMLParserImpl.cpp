@@ -2,7 +2,7 @@
 
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
-#include "bytes/DocumentEnd.h"
+#include "bytes/OverlookedFaults.h"
 #include "bytes/XercesInputSource.h"
 #include "bytes/XercesMemory.h"
 #include "bytes/XercesText.h"
@@ -17,7 +17,6 @@
 
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
-#include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -173,8 +172,7 @@ void XercesXMLParserImpl::Start(ScanSink& sink, SAXInterfaceExtension* extension
 void XercesXMLParserImpl::MakeReader()
 {
     auto memory = std::make_unique<ScannerMemory>(m_budget);
-    std::unique_ptr<xercesc::SAX2XMLReader> reader(
-        xercesc::XMLReaderFactory::createXMLReader(memory.get()));
+    std::unique_ptr<LocatingReader> reader(new (memory.get()) LocatingReader(memory.get()));
     reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
     SetXercesXMLHandler(*reader, *m_handler);
     reader->setLexicalHandler(&m_documentType);
@@ -280,6 +278,7 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
         BeginBudget(schema, false);
         try {
             WithXercesMemory([&] {
+                const LocatingReader::Scope located(*m_reader, schema);
                 m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
             });
         } catch (const LimitExceeded& exceeded) {
@@ -444,6 +443,7 @@ void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)
 {
     ClearUpperVectorHalves();
     const CountedMemoryScope counted(m_budget);
+    const LocatingReader::Scope located(*m_reader, document);
     xercesc::XMLPScanToken token;
     if (!ScanProlog(document, token))
         return;
@@ -461,9 +461,9 @@ void XercesXMLParserImpl::CheckEnd(const XercesInputSource& document)
     if (m_handler->SawFatalError())
         return;
     const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
-    const auto flaw = DocumentEnd::FindFlaw(document.GetBytes(), isUtf8, document.MayHoldNull());
-    if (flaw)
-        m_handler->RecordFatalError(flaw->message, GetSource().Id(), flaw->line, flaw->column);
+    const auto fault = OverlookedFaults::Find(document.GetBytes(), isUtf8, document.MayHoldNull());
+    if (fault)
+        m_handler->RecordFatalError(fault->message, GetSource().Id(), fault->line, fault->column);
 }
 
 bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,

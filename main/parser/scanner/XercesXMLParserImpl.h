@@ -2,6 +2,7 @@
 
 #include "direct/DirectScanner.h"
 #include "scanner/DocumentTypeGuard.h"
+#include "scanner/LocatingReader.h"
 #include "scanner/ParseBudget.h"
 #include "scanner/ScannerMemory.h"
 #include "scanner/XercesXMLHandler.h"
@@ -81,7 +82,7 @@ private:
     // Null until a document or a schema is left to Xerces.
 
     std::unique_ptr<ScannerMemory> m_memory;
-    std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
+    std::unique_ptr<LocatingReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     /// What serves the sink of a caller outside of the library; else null.
     std::unique_ptr<SAXSink> m_saxSink;

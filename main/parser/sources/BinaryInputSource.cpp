@@ -5,10 +5,11 @@
 #include <kesplatform/DetectEncoding.h>
 
 #include <algorithm>
+#include <string_view>
 
 namespace {
 
-/// Enough to see a mark or the pattern of zero bytes that two- and four-byte units make.
+/// Enough to see a byte-order mark or the pattern of zero bytes that two- and four-byte units make.
 constexpr std::size_t c_bytesThatShowUnitSize = 64;
 
 /// Whether the bytes hold ASCII characters as single bytes, which the colon sanitizer, a scanner
@@ -43,7 +44,8 @@ bool BinaryInputSource::GetNextLine(std::string& /*out*/)
 
 XercesInputSource BinaryInputSource::GetXercesInputSource(ColonProcessingMode mode)
 {
-    if (!HasSingleByteUnits(*GetData()))
+    // What stands before the start is not read.
+    if (!HasSingleByteUnits(std::string_view(*GetData()).substr(GetStart())))
         mode = ColonProcessingMode::None;
     return XercesInputSource(GetData(), GetStart(), Id(), mode);
 }

@@ -2,7 +2,9 @@
 
 #include "Utf8Bytes.h"
 
+#include <kesplatform/EncodingTable.h>
 #include <kesplatform/TCType.h>
+#include <kesplatform/XmlDeclaration.h>
 
 #include <QSysInfo>
 
@@ -18,25 +20,6 @@ namespace {
 
 constexpr const char* c_nativeUtf16 =
     QSysInfo::ByteOrder == QSysInfo::LittleEndian ? "UTF-16LE" : "UTF-16BE";
-
-/// A kind of text by the width and byte order of its units.
-struct UnitKind
-{
-    const char* name;
-    std::size_t width;
-    /// Where in a unit the byte stands that holds an ASCII character.
-    std::size_t asciiAt;
-    std::string_view mark;
-};
-
-using namespace std::string_view_literals;
-
-// The marks of UTF-32 come first, because that of UTF-16LE begins one of them.
-constexpr UnitKind c_kinds[] = {
-    {"UTF-32LE", 4, 0, "\xFF\xFE\0\0"sv}, {"UTF-32BE", 4, 3, "\0\0\xFE\xFF"sv},
-    {"UTF-16LE", 2, 0, "\xFF\xFE"sv},     {"UTF-16BE", 2, 1, "\xFE\xFF"sv},
-    {"", 1, 0, "\xEF\xBB\xBF"sv},
-};
 
 [[noreturn]] void FailAt(std::size_t offset, const std::string& encoding)
 {
@@ -108,67 +91,20 @@ void Convert(const char* to, std::string_view bytes, const Encoding& encoding, c
 }
 
 /// The text of an XML declaration up to its ">", as the ASCII characters that it is made of; empty
-/// when the bytes, read as units of this kind, do not begin with one.
-std::string ReadDeclaration(std::string_view bytes, const UnitKind& kind)
+/// when the bytes, read in these units, do not begin with one.
+std::string ReadDeclaration(std::string_view bytes, const EncodingTable::Entry& entry)
 {
-    constexpr std::string_view c_start = "<?xml";
+    std::size_t at = 0;
+    while (TCType::isSpace(static_cast<unsigned char>(entry.ReadAscii(bytes, at))))
+        at += entry.unitSize;
+    bytes.remove_prefix(at);
+    if (!entry.IsBeginOf(bytes, XmlDeclaration::c_start))
+        return {};
     std::string text;
-    for (std::size_t at = 0; at + kind.width <= bytes.size(); at += kind.width) {
-        for (std::size_t i = 0; i < kind.width; ++i) {
-            const auto byte = static_cast<unsigned char>(bytes[at + i]);
-            if (i == kind.asciiAt ? byte == 0 || byte >= 0x80 : byte != 0)
-                return {};
-        }
-        const char character = bytes[at + kind.asciiAt];
-        if (text.empty() && TCType::isSpace(static_cast<unsigned char>(character)))
-            continue;
+    for (at = 0; char character = entry.ReadAscii(bytes, at); at += entry.unitSize) {
         text += character;
-        if (text.size() <= c_start.size() && text.back() != c_start[text.size() - 1])
-            return {};
         if (character == '>')
             return text;
-    }
-    return {};
-}
-
-void SkipSpace(std::string_view& text)
-{
-    while (!text.empty() && TCType::isSpace(static_cast<unsigned char>(text.front())))
-        text.remove_prefix(1);
-}
-
-/// Takes name = "value" off the front of `text`. False when there is no such thing.
-bool TakePseudoAttribute(std::string_view& text, std::string_view& name, std::string_view& value)
-{
-    SkipSpace(text);
-    name = text.substr(0, std::min(text.size(), text.find_first_of("= \t\r\n\v\f?")));
-    text.remove_prefix(name.size());
-    SkipSpace(text);
-    if (name.empty() || !text.starts_with('='))
-        return false;
-    text.remove_prefix(1);
-    SkipSpace(text);
-    if (text.empty() || (text.front() != '\'' && text.front() != '"'))
-        return false;
-    const std::size_t end = text.find(text.front(), 1);
-    if (end == std::string_view::npos)
-        return false;
-    value = text.substr(1, end - 1);
-    text.remove_prefix(end + 1);
-    return true;
-}
-
-/// The value of the declaration's "encoding"; empty when it names none.
-std::string_view FindDeclaredName(std::string_view declaration)
-{
-    std::string_view rest = declaration.substr(std::string_view("<?xml").size());
-    if (rest.empty() || !TCType::isSpace(static_cast<unsigned char>(rest.front())))
-        return {};
-    std::string_view name;
-    std::string_view value;
-    while (TakePseudoAttribute(rest, name, value)) {
-        if (name == "encoding")
-            return value;
     }
     return {};
 }
@@ -182,24 +118,21 @@ bool IsEncodingName(std::string_view name)
     });
 }
 
-bool IsUtf8Name(std::string_view name)
-{
-    std::string upper(name);
-    for (char& c : upper)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    return upper == "UTF-8" || upper == "UTF8";
-}
-
 bool IsKnown(std::string_view name)
 {
-    return IsUtf8Name(name) ||
+    return EncodingTable::NamesUtf8(name) ||
            (IsEncodingName(name) && Converter("UTF-8", std::string(name)).IsKnown());
+}
+
+std::string GetConverterName(const EncodingTable::Entry& entry)
+{
+    return entry.encoding == Utf8 ? std::string() : std::string(entry.name);
 }
 
 /// What a text of single bytes is encoded in whose declaration names `name`.
 Encoding ResolveDeclaredName(std::string_view name, const std::string& declaration)
 {
-    if (IsUtf8Name(name))
+    if (EncodingTable::NamesUtf8(name))
         return {};
     const Encoding encoding{std::string(name), 0};
     std::string decoded;
@@ -214,19 +147,21 @@ Encoding ResolveDeclaredName(std::string_view name, const std::string& declarati
 
 Encoding TextDecoding::FindEncoding(std::string_view bytes)
 {
-    for (const UnitKind& kind : c_kinds) {
-        if (bytes.starts_with(kind.mark))
-            return {kind.name, kind.mark.size()};
-    }
-    for (const UnitKind& kind : c_kinds) {
-        const std::string declaration = ReadDeclaration(bytes, kind);
-        const std::string_view name =
-            declaration.empty() ? std::string_view() : FindDeclaredName(declaration);
+    if (const EncodingTable::Entry* const marked = EncodingTable::FindByMark(bytes))
+        return {GetConverterName(*marked), marked->byteOrderMark.size()};
+    for (const EncodingTable::Entry& entry : EncodingTable::c_entries) {
+        const std::string declaration = ReadDeclaration(bytes, entry);
+        // Whoever reads the text is to say that other white space is wrong there.
+        std::string spaced = declaration;
+        std::replace(spaced.begin(), spaced.end(), '\v', ' ');
+        std::replace(spaced.begin(), spaced.end(), '\f', ' ');
+        const std::string_view name = XmlDeclaration::FindEncoding(spaced);
         if (name.empty())
             continue;
         if (!IsKnown(name))
             throw Failure{u"the encoding \"" + TString::fromUtf8(name) + u"\" is not known"};
-        return kind.width > 1 ? Encoding{kind.name, 0} : ResolveDeclaredName(name, declaration);
+        return entry.unitSize > 1 ? Encoding{GetConverterName(entry), 0}
+                                  : ResolveDeclaredName(name, declaration);
     }
     return {};
 }

@@ -29,7 +29,7 @@ struct Failure
 /// overruled by the bytes. A declared name that nobody knows is a Failure.
 Encoding FindEncoding(std::string_view bytes);
 
-/// The text without its mark. Bytes that do not decode are a Failure with their offset.
+/// The text without its byte-order mark. Bytes that do not decode are a Failure with their offset.
 TString ToText(std::string_view bytes, const Encoding& encoding);
 /// The same as UTF-8. What is UTF-8 already is checked and moved.
 std::string ToUtf8(std::string&& bytes, const Encoding& encoding);

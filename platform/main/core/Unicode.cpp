@@ -1,5 +1,7 @@
 #include <kesplatform/Unicode.h>
 
+#include "Utf8Bytes.h"
+
 #include <cstring>
 
 std::size_t Unicode::normalizeLineEndings(char* text, std::size_t length) noexcept
@@ -25,4 +27,9 @@ std::size_t Unicode::normalizeLineEndings(char* text, std::size_t length) noexce
         from = next;
     }
     return static_cast<std::size_t>(to - text);
+}
+
+std::size_t Unicode::findInvalidUtf8(std::string_view bytes) noexcept
+{
+    return Utf8Bytes::FindInvalid(bytes);
 }

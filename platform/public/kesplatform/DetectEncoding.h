@@ -15,8 +15,9 @@ enum DetectedEncoding
     Utf32BE = 5
 };
 
-/// The encoding of a text by its first bytes: 1 for UTF-8 and its subsets, with or without mark (a
-/// sequence that the end of the bytes cuts is fine); 2 to 5 for UTF-16 and UTF-32, by mark or by
-/// the pattern of zero bytes around ASCII; 0 for what is none of these. No bytes are UTF-8.
+/// The encoding of a text by its first bytes: 1 for UTF-8 and its subsets, with or without
+/// byte-order mark (a sequence that the end of the bytes cuts is fine); 2 to 5 for UTF-16 and
+/// UTF-32, by byte-order mark or by the pattern of zero bytes around ASCII; 0 for what is none of
+/// these. No bytes are UTF-8.
 /// Safe to use from several threads.
 KESPLATFORM_EXPORT int DetectEncoding(const void* bytes, std::size_t length) noexcept;

@@ -23,6 +23,9 @@ namespace {
 /// While set, this thread finds no resource: a build from which the schemas were left out.
 thread_local bool t_hideResources = false;
 
+/// What this thread finds before the text of each resource.
+thread_local const char16_t* t_textBefore = u"";
+
 } // namespace
 
 /// Stands before the platform's own in the order of symbol look-up.
@@ -32,6 +35,12 @@ bool TResource::isValid() const
     static const auto original =
         reinterpret_cast<Function>(dlsym(RTLD_NEXT, "_ZNK9TResource7isValidEv"));
     return !t_hideResources && original(this);
+}
+
+/// In place of the platform's own.
+UTF8StringTResource::UTF8StringTResource(const TString& name)
+    : m_text(t_textBefore + TString::fromStdString(TResource(name).GetBytes()))
+{
 }
 
 namespace {
@@ -217,6 +226,30 @@ TEST_F(XSDResourceResolver, OpenAsSourcesOfTheirTextNamedAfterTheResource)
     }
 }
 
+TEST_F(XSDResourceResolver, OpenAsSourcesThatSkipNoWhiteSpace)
+{
+    ScriptedInputSource document("<zap version='10.4'/>");
+    t_textBefore = u" \n\t";
+    const auto current = GetVersionedXsdInputSource(XmlFileType::Zap, Version("18.1"));
+    const auto older = GetVersionedXsdInputSource(XmlFileType::Zap, Version("10.4"));
+    const auto sniffed =
+        GetVersionedXsdInputSourceForDocument(XmlFileType::Zap, document, TString());
+    t_textBefore = u"";
+    for (InputSource* const source : {current.get(), older.get(), sniffed.get()}) {
+        ASSERT_NE(source, nullptr);
+        EXPECT_TRUE(ReadAll(*source).starts_with(" \n\t<")) << source->Id();
+    }
+}
+
+TEST_F(XSDResourceResolver, AreLookedForWithoutAWordToTheLog)
+{
+    for (const int type : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}) {
+        for (const char* version : {"18.1", "10.5", "10.2", "10.1", "19.0", "18.1-beta", ""})
+            IsThereAnXSDResource(static_cast<XmlFileType>(type), Version(version));
+    }
+    EXPECT_TRUE(GetLog().Messages().empty());
+}
+
 TEST_F(XSDResourceResolver, AssertThatTheCurrentSchemaWasBuiltIn)
 {
     const auto current = Version("18.1");
@@ -282,6 +315,25 @@ TEST_F(XSDResourceResolver, AreMissingForADocumentOfAnotherVersion)
               nullptr);
     EXPECT_EQ(GetVersionedXsdInputSourceForDocument(XmlFileType::Zor, document, TString()),
               nullptr);
+}
+
+TEST_F(XSDResourceResolver, SniffTheDocumentBeforeTheyLookAtItsType)
+{
+    for (const int type : c_typesWithoutSchema) {
+        ScriptedInputSource without("<zap/>");
+        EXPECT_THROW(GetVersionedXsdInputSourceForDocument(static_cast<XmlFileType>(type), without,
+                                                           TString()),
+                     DOMException)
+            << type;
+        ScriptedInputSource with("<zap version='10.4'/>");
+        EXPECT_EQ(
+            GetVersionedXsdInputSourceForDocument(static_cast<XmlFileType>(type), with, TString()),
+            nullptr)
+            << type;
+        EXPECT_EQ(with.Resets(), 1) << type;
+        EXPECT_GT(with.Furthest(), 0U) << type;
+    }
+    EXPECT_TRUE(GetLog().Messages().empty());
 }
 
 TEST_F(XSDResourceResolver, NeedADocumentThatNamesItsVersion)

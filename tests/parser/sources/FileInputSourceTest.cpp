@@ -1,3 +1,4 @@
+#include "support/ParseOutcome.h"
 #include "support/TemporaryFile.h"
 
 #include <kescorexml/FileInputSource.h>
@@ -174,6 +175,59 @@ TEST(FileInputSource, LooksAtTheEncodingOfTheFirstChunkOnly)
     EXPECT_EQ(ReadAll(late, 1000), text);
     FileInputSource early(folder.Write("early.xml", PadBefore(2047, "\xFF\xFE\xFF")));
     ExpectUnsupportedEncoding(early);
+}
+
+TEST(FileInputSource, KeepsTheVerdictOnTheEncodingWhateverTheFileBecomes)
+{
+    const TemporaryFolder folder;
+    std::string out;
+    FileInputSource accepted(folder.Write("accepted.xml", "<a/>"));
+    EXPECT_TRUE(accepted.GetBytes(out, 10));
+    folder.Write("accepted.xml", "\xFF\xFE\xFF");
+    accepted.ResetToStart();
+    EXPECT_EQ(ReadAll(accepted, 10), "\xFF\xFE\xFF");
+
+    FileInputSource refused(folder.Write("refused.xml", "\xFF\xFE\xFF"));
+    ExpectUnsupportedEncoding(refused);
+    folder.Write("refused.xml", "<a/>");
+    refused.ResetToStart();
+    ExpectUnsupportedEncoding(refused);
+}
+
+TEST(FileInputSource, SaysNothingOfTheEncodingBeforeItHasReadAChunk)
+{
+    const TemporaryFolder folder;
+    const TString path = folder.Write("a.xml", "");
+    FileInputSource source(path);
+    std::string out = "as before";
+    EXPECT_FALSE(source.GetBytes(out, 10));
+    EXPECT_FALSE(source.GetNextLine(out));
+    source.ResetToStart();
+    EXPECT_EQ(out, "as before");
+    // Of a file that was empty until now, the first bytes decide all the same.
+    folder.Write("a.xml", "\xFF\xFE\xFF");
+    ExpectUnsupportedEncoding(source);
+    FileInputSource other(folder.Write("b.xml", ""));
+    EXPECT_FALSE(other.GetBytes(out, 10));
+    folder.Write("b.xml", "<a/>");
+    EXPECT_EQ(ReadAll(other, 10), "<a/>");
+}
+
+TEST(FileInputSource, IsReadByTheParserInStepsThatMayPartAPairOfLineEndings)
+{
+    constexpr std::size_t c_step = 0x100000;
+    const TemporaryFolder folder;
+    const std::string tag = "<a>";
+    for (const auto& [before, lines] :
+         {std::pair(c_step - 1, "\n\n"), std::pair(c_step - 2, "\n"), std::pair(c_step, "\n"),
+          std::pair(2 * c_step - 1, "\n\n")}) {
+        const std::string text(before - tag.size(), 'x');
+        FileInputSource source(folder.Write("a.xml", tag + text + "\r\ny</a>"));
+        const ParseOutcome outcome = ParseSource(source);
+        EXPECT_TRUE(outcome.events ==
+                    (std::vector<std::string>{"<a>", "'" + text + lines + "y'", "</>"}))
+            << before;
+    }
 }
 
 TEST(FileInputSource, AcceptsACharacterThatTheFirstChunkCuts)

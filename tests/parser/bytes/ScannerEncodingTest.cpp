@@ -1,4 +1,4 @@
-#include "bytes/DeclaredEncoding.h"
+#include "bytes/ScannerEncoding.h"
 
 #include "support/ParseOutcome.h"
 #include "support/TemporaryFile.h"
@@ -32,35 +32,7 @@ std::list<TString> ErrorsOfBytes(const std::string& bytes)
 
 } // namespace
 
-TEST(DeclaredEncoding, IsWhatStandsBetweenTheQuotes)
-{
-    const std::pair<std::string_view, std::string_view> declarations[] = {
-        {"<?xml version='1.0' encoding='x-1'?>", "x-1"},
-        {"<?xml version='1.0' encoding = \"x-1\"?>", "x-1"},
-        {"<?xml\nversion='1.0'\n encoding\t=\r'x-1' standalone='no' ?>", "x-1"},
-        {"<?xml version='1.0' encoding=''?>", ""},
-        {"<?xml version='1.0'?><a encoding='x-1'/>", ""},
-        {"<a encoding='x-1'/>", ""},
-        {"<?xml version='1.0' encoding='x-1", "x-1"},
-        {"<?xml version='1.0' encoding=", ""},
-        {"<?xml version='1.0' encoding", ""},
-        {"<?xml version='1.0' standalone='yes'?>", ""},
-        {"<?xml version=\"encoding='x-1'\"?>", ""},
-        {"<?xml version='1.0' myencoding='x-1'?>", ""},
-        {"<?xml version='1.0' encodings='x-1'?>", ""},
-        {"<?xml version='1.0' standalone='encoding=\"x-1\"' encoding='x-2'?>", "x-2"},
-        {"<?xml version='1.0'?>encoding='x-1'", ""},
-        {"<?xml-stylesheet href='a.xsl' encoding='x-1'?>", ""},
-        {"<?xml-model href='a.rng' encoding='x-1'?><a/>", ""},
-        {"<?xmlencoding='x-1'?>", ""},
-        {"<?xml", ""},
-        {"", ""},
-    };
-    for (const auto& [declaration, encoding] : declarations)
-        EXPECT_EQ(DeclaredEncoding::Find(declaration), encoding) << declaration;
-}
-
-TEST(DeclaredEncoding, IsNotThatOfWhatAnInstructionNames)
+TEST(ScannerEncoding, IsNotThatOfWhatAnInstructionNames)
 {
     const TemporaryFolder folder;
     for (const char* const instruction :
@@ -81,21 +53,21 @@ TEST(DeclaredEncoding, IsNotThatOfWhatAnInstructionNames)
     }
 }
 
-TEST(DeclaredEncoding, IsOverlookedBehindOtherWhiteSpaceThanABlank)
+TEST(ScannerEncoding, IsOverlookedBehindOtherWhiteSpaceThanABlank)
 {
-    EXPECT_EQ(DeclaredEncoding::FindOverlooked("<?xml version='1.0' encoding='x-1'?>"), "");
+    EXPECT_EQ(ScannerEncoding::FindOverlooked("<?xml version='1.0' encoding='x-1'?>"), "");
     for (const char* const space : {"\n", "\t", "\r\n"}) {
         const std::string start = std::string("<?xml") + space + "version='1.0'";
-        EXPECT_EQ(DeclaredEncoding::FindOverlooked(start + " encoding='x-1'?>"), "x-1");
-        EXPECT_EQ(DeclaredEncoding::FindOverlooked(start + "?>"), "");
-        EXPECT_EQ(DeclaredEncoding::FindOverlooked(start + " encoding='1x'?>"), "");
-        EXPECT_EQ(DeclaredEncoding::FindOverlooked(start + " encoding='x\xE9'?>"), "");
+        EXPECT_EQ(ScannerEncoding::FindOverlooked(start + " encoding='x-1'?>"), "x-1");
+        EXPECT_EQ(ScannerEncoding::FindOverlooked(start + "?>"), "");
+        EXPECT_EQ(ScannerEncoding::FindOverlooked(start + " encoding='1x'?>"), "");
+        EXPECT_EQ(ScannerEncoding::FindOverlooked(start + " encoding='x\xE9'?>"), "");
     }
-    EXPECT_EQ(DeclaredEncoding::FindOverlooked("<?xml"), "");
-    EXPECT_EQ(DeclaredEncoding::FindOverlooked(""), "");
+    EXPECT_EQ(ScannerEncoding::FindOverlooked("<?xml"), "");
+    EXPECT_EQ(ScannerEncoding::FindOverlooked(""), "");
 }
 
-TEST(DeclaredEncoding, OfLargerUnitsShowsByTheUnits)
+TEST(ScannerEncoding, OfLargerUnitsShowsByTheUnits)
 {
     for (const char* const space : {" ", "\n", "\t", "\r"}) {
         for (const std::size_t size : {2U, 4U}) {
@@ -119,7 +91,7 @@ TEST(DeclaredEncoding, OfLargerUnitsShowsByTheUnits)
     }
 }
 
-TEST(DeclaredEncoding, CountsWhateverWhiteSpaceStandsBeforeIt)
+TEST(ScannerEncoding, CountsWhateverWhiteSpaceStandsBeforeIt)
 {
     const std::pair<std::string, std::string> texts[] = {
         {"iso-8859-1' ?><a>\xE9</a>", "'\xC3\xA9'"},
@@ -145,7 +117,7 @@ TEST(DeclaredEncoding, CountsWhateverWhiteSpaceStandsBeforeIt)
     }
 }
 
-TEST(DeclaredEncoding, IsAnErrorWhereItIsWrongWhateverWhiteSpaceStandsBeforeIt)
+TEST(ScannerEncoding, IsAnErrorWhereItIsWrongWhateverWhiteSpaceStandsBeforeIt)
 {
     for (const char* const rest :
          {"US-ASCII'?><a>\xC3\xA9</a>", "x-unknown'?><a/>", "'?><a/>", "?><a/>", "1'?><a/>",
@@ -160,7 +132,7 @@ TEST(DeclaredEncoding, IsAnErrorWhereItIsWrongWhateverWhiteSpaceStandsBeforeIt)
     }
 }
 
-TEST(DeclaredEncoding, ReplacesNoBytesInSilence)
+TEST(ScannerEncoding, ReplacesNoBytesInSilence)
 {
     const std::pair<std::string, std::string> documents[] = {
         {"windows-1253", "\xD2"}, {"windows-1255", "\xD9"}, {"ISO-8859-7", "\xFF"},
@@ -188,7 +160,7 @@ TEST(DeclaredEncoding, ReplacesNoBytesInSilence)
                     "id)"));
 }
 
-TEST(DeclaredEncoding, LeavesReplacementCharactersThatADocumentHolds)
+TEST(ScannerEncoding, LeavesReplacementCharactersThatADocumentHolds)
 {
     const std::pair<std::string, std::string> documents[] = {
         {"GB18030", "\x84\x31\xA4\x37"},
@@ -207,7 +179,60 @@ TEST(DeclaredEncoding, LeavesReplacementCharactersThatADocumentHolds)
     }
 }
 
-TEST(DeclaredEncoding, DecodesAlikeAtEveryOffset)
+TEST(ScannerEncoding, LeavesReplacementCharactersInEverySpellingOfUtf7)
+{
+    const std::string replacement = "\xEF\xBF\xBD";
+    const std::pair<std::string, std::string> texts[] = {
+        {"+//0-", replacement},
+        {"+//0", replacement},
+        {"+//3//Q-", replacement + replacement},
+        {"+//3//f/9-", replacement + replacement + replacement},
+        {"+AGH//Q-", "a" + replacement},
+        {"+AGEAYf/9-", "aa" + replacement},
+        {"+//0AYQ-", replacement + "a"},
+        {"e+//0-e+//0-", "e" + replacement + "e" + replacement},
+    };
+    for (const char* const name : {"UTF-7", "utf-7", "unicode-1-1-utf-7"}) {
+        const std::string start = std::string("<?xml version='1.0' encoding='") + name + "'?><a>";
+        for (const std::string& before : {std::string(), std::string(5000, 'x')}) {
+            for (const auto& [spelling, text] : texts) {
+                const ParseOutcome good = ParseBytes(start + before + spelling + "</a>");
+                EXPECT_EQ(good,
+                          (ParseOutcome{{"<a>", "'" + before + text + "'", "</>"}, {}, {}, false}))
+                    << spelling;
+                // What is replaced is found before it and behind it.
+                for (const std::string& bad : {"\xE9 " + spelling, spelling + " \xE9"})
+                    EXPECT_TRUE(ParseBytes(start + before + bad + "</a>").fatal) << bad;
+            }
+        }
+    }
+}
+
+TEST(ScannerEncoding, TakesALineEndOfVersion11AtTheEndInEveryEncoding)
+{
+    const std::pair<std::string, std::string> lineEnds[] = {
+        {"GB18030", "\x81\x30\x81\x35"}, {"GB18030", "\x81\x36\xA6\x35"}, {"ISO-8859-1", "\x85"},
+        {"UTF-8", "\xC2\x85"},           {"UTF-8", "\xE2\x80\xA8"},       {"CESU-8", "\xC2\x85"},
+        {"ISO-8859-15", "\x85"},
+    };
+    for (const auto& [encoding, lineEnd] : lineEnds) {
+        const std::string start = "<?xml version='1.1' encoding='" + encoding + "'?>\n<a/>";
+        for (const std::string& end : {lineEnd, "\n" + lineEnd + lineEnd, lineEnd + "<!--e-->"})
+            EXPECT_EQ(ParseBytes(start + end), (ParseOutcome{{"<a>", "</>"}, {}, {}, false}))
+                << encoding << testing::PrintToString(end);
+        if (lineEnd.size() == 1)
+            continue;
+        // What is cut off there is an error all the same, and stands behind the line end.
+        for (std::size_t length = 1; length < lineEnd.size(); ++length) {
+            EXPECT_THAT(ParseBytes(start + lineEnd + lineEnd.substr(0, length)).errors,
+                        ElementsAre(testing::EndsWith(
+                            ",6): incomplete character at the end of the document (id: id)")))
+                << encoding << length;
+        }
+    }
+}
+
+TEST(ScannerEncoding, DecodesAlikeAtEveryOffset)
 {
     struct Encoding
     {
@@ -253,7 +278,7 @@ TEST(DeclaredEncoding, DecodesAlikeAtEveryOffset)
     }
 }
 
-TEST(DeclaredEncoding, IsCheckedBehindAMarkWhereItCounts)
+TEST(ScannerEncoding, IsCheckedBehindAMarkWhereItCounts)
 {
     const std::string mark = "\xEF\xBB\xBF";
     const std::string rest = "version='1.0' encoding='windows-1253'?>";
@@ -266,7 +291,7 @@ TEST(DeclaredEncoding, IsCheckedBehindAMarkWhereItCounts)
     EXPECT_TRUE(ParseBytes(mark + "<?xml\n" + rest + "<a>\xE1</a>").fatal);
 }
 
-TEST(DeclaredEncoding, OfLatinTextsHasTheBytesThatItHas)
+TEST(ScannerEncoding, OfLatinTextsHasTheBytesThatItHas)
 {
     std::string all;
     for (int byte = 0xA0; byte <= 0xFF; ++byte)
@@ -279,7 +304,7 @@ TEST(DeclaredEncoding, OfLatinTextsHasTheBytesThatItHas)
             << name;
 }
 
-TEST(DeclaredEncoding, ReadsTextsOfAnyLength)
+TEST(ScannerEncoding, ReadsTextsOfAnyLength)
 {
     // Characters of two bytes across the ends of whatever pieces they are decoded in.
     std::string text;

@@ -7,14 +7,15 @@
 #include <cstddef>
 #include <string_view>
 
-/// A memory buffer of UTF-8 whose streams show the scanner, in place of each byte that
-/// Utf8Guard names, one that it always refuses. The bytes are guarded as they are read, a piece at
-/// a time, and never copied as a whole.
-class GuardedUtf8Source final : public xercesc::MemBufInputSource
+/// A memory buffer of UTF-8 in which the scanner gets to see what it would drop without a word:
+/// sequences of four bytes that begin with F5 to F7, characters beyond the last one. In place of
+/// each such byte, its streams show one that it always refuses. The bytes are looked at as they are
+/// read, a piece at a time, and never copied as a whole.
+class StrictUtf8Source final : public xercesc::MemBufInputSource
 {
 public:
     /// `bytes` must live as long as this object and its streams.
-    GuardedUtf8Source(std::string_view bytes, const TString& id, xercesc::MemoryManager* manager);
+    StrictUtf8Source(std::string_view bytes, const TString& id, xercesc::MemoryManager* manager);
 
     /// REQUIRES: this object outlives the stream's last read.
     xercesc::BinInputStream* makeStream() const override;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "bytes/TextPosition.h"
+
+#include <kesplatform/TString.h>
+
+#include <optional>
+#include <string_view>
+
+/// Faults in the bytes of a document that the scanner passes over in silence: it takes a null
+/// character behind the root element for the end of the document, drops a character that the end of
+/// the bytes has cut off, and replaces bytes that many encodings do not know.
+namespace OverlookedFaults {
+
+struct Fault : TextPosition
+{
+    TString message;
+};
+
+/// The fault of a document that the scanner has read to its end without a fatal error. `isUtf8` is
+/// true when it was told to take the bytes for UTF-8; else the encoding is that of their byte-order
+/// mark or their declaration. Where `mayHoldNull` is false, nobody looks for null characters.
+/// Xerces must be initialised; throws xercesc::OutOfMemoryException.
+std::optional<Fault> Find(std::string_view bytes, bool isUtf8, bool mayHoldNull);
+
+} // namespace OverlookedFaults

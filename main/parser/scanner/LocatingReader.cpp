@@ -1,0 +1,55 @@
+#include "scanner/LocatingReader.h"
+
+#include "bytes/ScannerEncoding.h"
+#include "bytes/XercesInputSource.h"
+#include "bytes/XercesText.h"
+
+#include <xercesc/util/XMLExceptMsgs.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+using xercesc::XMLExcepts;
+using xercesc::XMLString;
+
+namespace {
+
+/// Whether an error is an exception of the decoder of UTF-8.
+bool IsUndecodable(unsigned int code, const XMLCh* domain)
+{
+    return XMLString::equals(domain, xercesc::XMLUni::fgExceptDomain) &&
+           code >= XMLExcepts::UTF8_FormatError && code <= XMLExcepts::UTF8_Exceeds_BytesLimit;
+}
+
+} // namespace
+
+LocatingReader::LocatingReader(xercesc::MemoryManager* manager) : SAX2XMLReaderImpl(manager) {}
+
+/// Of what the reader is given, not of what that refers to.
+std::optional<Utf8Faults::Fault> LocatingReader::FindFault(const XMLCh* systemId) const
+{
+    if (m_input == nullptr || !XMLString::equals(systemId, (*m_input)().getSystemId()))
+        return std::nullopt;
+    const std::string_view bytes = m_input->GetBytes();
+    if (m_input->GetEncoding() != XercesEncoding::Utf8 && !ScannerEncoding::IsUtf8(bytes))
+        return std::nullopt;
+    return Utf8Faults::FindFirst(bytes);
+}
+
+void LocatingReader::error(unsigned int code, const XMLCh* domain,
+                           xercesc::XMLErrorReporter::ErrTypes type, const XMLCh* text,
+                           const XMLCh* systemId, const XMLCh* publicId, XMLFileLoc line,
+                           XMLFileLoc column)
+{
+    std::optional<Utf8Faults::Fault> fault;
+    if (type == xercesc::XMLErrorReporter::ErrType_Fatal)
+        fault = FindFault(systemId);
+    // What else is fatal right before a character that is cut off is so because nothing follows.
+    if (fault && (IsUndecodable(code, domain) ||
+                  (fault->isCut && fault->line == line && fault->column == column))) {
+        line = fault->line;
+        column = fault->column;
+        if (!fault->message.IsEmpty())
+            text = GetInternalXMLChPtrFromTString(fault->message);
+    }
+    SAX2XMLReaderImpl::error(code, domain, type, text, systemId, publicId, line, column);
+}

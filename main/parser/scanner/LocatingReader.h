@@ -1,0 +1,44 @@
+#pragma once
+
+#include "bytes/Utf8Faults.h"
+
+#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+
+#include <optional>
+
+class XercesInputSource;
+
+/// The reader of Xerces, reporting bytes that are no UTF-8 where they stand. The scanner decodes
+/// ahead of what it reads and would report where it was then; of a character that the end of the
+/// document cuts off it would say that the document ended.
+class LocatingReader final : public xercesc::SAX2XMLReaderImpl
+{
+public:
+    explicit LocatingReader(xercesc::MemoryManager* manager);
+
+    /// A document or schema of which faults are placed while this object lives.
+    class Scope
+    {
+    public:
+        /// Both must outlive the scope.
+        Scope(LocatingReader& reader, const XercesInputSource& input) noexcept : m_reader(reader)
+        {
+            m_reader.m_input = &input;
+        }
+        ~Scope() { m_reader.m_input = nullptr; }
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        LocatingReader& m_reader;
+    };
+
+    void error(unsigned int code, const XMLCh* domain, xercesc::XMLErrorReporter::ErrTypes type,
+               const XMLCh* text, const XMLCh* systemId, const XMLCh* publicId, XMLFileLoc line,
+               XMLFileLoc column) override;
+
+private:
+    std::optional<Utf8Faults::Fault> FindFault(const XMLCh* systemId) const;
+
+    const XercesInputSource* m_input = nullptr;
+};

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <kesplatform/DetectEncoding.h>
+#include <kesplatform/Export.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/// What is known of the encodings of Unicode: their names, their byte-order marks, and how their
+/// units lie in bytes. Which of them counts for a text is decided by who reads it; this is what
+/// they all go by. Safe to use from several threads.
+namespace EncodingTable {
+
+/// One encoding. Entries are told apart by `encoding`, not by address: each library has the table.
+struct Entry
+{
+    /// The value by which DetectEncoding tells it.
+    DetectedEncoding encoding;
+    /// The name that iconv and Qt know.
+    std::string_view name;
+    /// What may stand before the text to show the encoding.
+    std::string_view byteOrderMark;
+    /// The bytes of a code unit.
+    std::size_t unitSize;
+    /// Which byte of a unit holds an ASCII character; the others are zero then.
+    std::size_t asciiAt;
+
+    /// The unit at a byte offset; the whole of it must be there.
+    constexpr std::uint32_t ReadUnit(std::string_view bytes, std::size_t offset) const noexcept
+    {
+        std::uint32_t unit = 0;
+        for (std::size_t i = 0; i < unitSize; ++i) {
+            const std::size_t place = asciiAt > 0 ? i : unitSize - 1 - i;
+            unit = unit << 8 | static_cast<unsigned char>(bytes[offset + place]);
+        }
+        return unit;
+    }
+    /// The ASCII character in the unit at a byte offset; zero where the bytes end before that unit
+    /// does, or where it holds something else.
+    constexpr char ReadAscii(std::string_view bytes, std::size_t offset) const noexcept
+    {
+        if (offset > bytes.size() || bytes.size() - offset < unitSize)
+            return '\0';
+        const std::uint32_t unit = ReadUnit(bytes, offset);
+        return unit < 0x80 ? static_cast<char>(unit) : '\0';
+    }
+    /// Whether the bytes begin with these ASCII characters, without byte-order mark.
+    constexpr bool IsBeginOf(std::string_view bytes, std::string_view characters) const noexcept
+    {
+        for (std::size_t i = 0; i < characters.size(); ++i) {
+            if (ReadAscii(bytes, i * unitSize) != characters[i])
+                return false;
+        }
+        return true;
+    }
+};
+
+/// All of them. Those of larger units come first, because the byte-order mark of UTF-16LE begins
+/// that of UTF-32LE; the last is UTF-8, whose units are those of all other single bytes, too.
+inline constexpr Entry c_entries[] = {
+    {Utf32LE, "UTF-32LE", std::string_view("\xFF\xFE\0\0", 4), 4, 0},
+    {Utf32BE, "UTF-32BE", std::string_view("\0\0\xFE\xFF", 4), 4, 3},
+    {Utf16LE, "UTF-16LE", "\xFF\xFE", 2, 0},
+    {Utf16BE, "UTF-16BE", "\xFE\xFF", 2, 1},
+    {Utf8, "UTF-8", "\xEF\xBB\xBF", 1, 0},
+};
+
+/// The entry of UTF-8.
+inline constexpr const Entry& c_utf8 = c_entries[4];
+
+/// How "<?xm", the beginning of an XML declaration, is written in the encodings of EBCDIC.
+inline constexpr std::string_view c_ebcdicDeclaration = "\x4C\x6F\xA7\x94";
+
+/// The entry whose byte-order mark the bytes begin with; null when there is none.
+KESPLATFORM_EXPORT const Entry* FindByMark(std::string_view bytes) noexcept;
+
+/// Whether a name, in any case, is one of UTF-8.
+KESPLATFORM_EXPORT bool NamesUtf8(std::string_view name) noexcept;
+
+/// Whether a name, in any case, is that of an encoding whose units have two or four bytes.
+KESPLATFORM_EXPORT bool NamesLargerUnits(std::string_view name) noexcept;
+
+} // namespace EncodingTable
