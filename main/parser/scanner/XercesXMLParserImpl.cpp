@@ -312,8 +312,7 @@ void XercesXMLParserImpl::DoXercesParse()
     m_handler->DiscardPendingText();
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
     if (xercesableSource == nullptr)
-        ThrowAssertion(u"XercesXMLParser", __LINE__, u"xercesableSource != nullptr",
-                       KesErrorsError::LogicAssert_0x7C41D09B());
+        ThrowNoXercesSource();
     const XercesInputSource document =
         xercesableSource->GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
     const auto noError = TError::ErrorInfo::NoError();

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <list>
 #include <random>
 #include <set>
@@ -491,47 +492,115 @@ TEST_F(DOMDiagnostics, MovingEverythingToItselfLeavesNothing)
     EXPECT_FALSE(m_dom.HasWarnings());
 }
 
-TEST_F(DOMDiagnostics, MovedMessagesVanishWithTheirElements)
+namespace {
+
+/// What an element without parent is told about messages of elements that are gone: all of it.
+void ExpectCounted(const DOM& dom)
+{
+    EXPECT_TRUE(dom.HasErrors());
+    EXPECT_TRUE(dom.HasUnreportedErrors());
+    EXPECT_TRUE(dom.HasCancelErrors());
+    EXPECT_FALSE(dom.HasOnlyCancelErrors());
+    EXPECT_TRUE(dom.HasWarnings());
+    const DOMElement lonely(TString(u"l"));
+    EXPECT_TRUE(dom.HasErrors(lonely));
+    EXPECT_TRUE(dom.HasUnreportedErrors(lonely));
+    EXPECT_TRUE(dom.HasCancelErrors(lonely));
+    EXPECT_FALSE(dom.HasOnlyCancelErrors(lonely));
+    EXPECT_TRUE(dom.HasWarnings(lonely));
+}
+
+/// And what one with parent, and each listing, is told: nothing.
+void ExpectHidden(const DOM& dom, const DOMElement& inner)
+{
+    EXPECT_FALSE(dom.HasErrors(inner));
+    EXPECT_FALSE(dom.HasUnreportedErrors(inner));
+    EXPECT_FALSE(dom.HasCancelErrors(inner));
+    EXPECT_TRUE(dom.HasOnlyCancelErrors(inner));
+    EXPECT_FALSE(dom.HasWarnings(inner));
+    EXPECT_EQ(ErrorsOf(dom), "");
+    EXPECT_EQ(WarningsOf(dom), "");
+}
+
+void RecordAllKinds(const DOMElement& element)
+{
+    element.Error(u"cancelled", MakeInfo(1), true, true);
+    element.Error(u"real", MakeInfo(1), false, false);
+    element.Warning(u"w", MakeInfo(1));
+}
+
+} // namespace
+
+TEST_F(DOMDiagnostics, MovedMessagesCountWithoutParentEvenWhenTheirElementsAreGone)
 {
     DOM other;
     DOMElement* inner = other.GetRoot()->AddNewChild(u"x");
-    for (const char* name : {"a", "b", "c", "d", "e"}) {
-        Push(name, name);
-        Warn(name, name);
-    }
+    RecordAllKinds(At("c"));
     m_dom.MoveErrorsAndWarningsTo(other);
+    ExpectCounted(other);
     m_dom.GetRoot()->RemoveChild(u"a").reset();
-    EXPECT_TRUE(other.HasErrors()) << "one of the elements lives";
-    EXPECT_FALSE(other.HasErrors(*inner));
-    EXPECT_FALSE(other.HasWarnings(*inner));
-    m_dom.GetRoot()->RemoveChild(u"e").reset();
-    EXPECT_FALSE(other.HasErrors());
-    EXPECT_FALSE(other.HasUnreportedErrors());
-    EXPECT_TRUE(other.HasOnlyCancelErrors());
-    EXPECT_FALSE(other.HasWarnings());
-    EXPECT_EQ(ErrorsOf(other), "");
+    ExpectCounted(other);
+    ExpectHidden(other, *inner);
+    EXPECT_FALSE(m_dom.HasErrors());
     other.ClearErrors(*inner);
+    other.ClearWarnings(*inner);
+    ExpectCounted(other);
     other.ClearErrors();
+    EXPECT_FALSE(other.HasErrors());
+    EXPECT_TRUE(other.HasWarnings());
+    other.ClearWarnings();
+    EXPECT_FALSE(other.HasWarnings());
 }
 
-TEST_F(DOMDiagnostics, MovedMessagesOutliveTheDocumentTheyCameFromSafely)
+TEST_F(DOMDiagnostics, MovedMessagesCountEvenWhenTheirDocumentIsGone)
 {
     DOM other;
     {
         DOM gone;
         AddChildren(*gone.GetRoot(), "x(y)");
-        AddError(Find(gone, "y"), "y");
+        RecordAllKinds(Find(gone, "y"));
+        RecordAllKinds(*gone.GetRoot());
         gone.MoveErrorsAndWarningsTo(other);
-        EXPECT_TRUE(other.HasErrors());
     }
-    EXPECT_FALSE(other.HasErrors());
+    ExpectCounted(other);
     DOM last;
     other.MoveErrorsAndWarningsTo(last);
+    ExpectCounted(last);
+    ExpectHidden(last, *last.GetRoot()->AddNewChild(u"z"));
+    EXPECT_FALSE(other.HasErrors());
+    EXPECT_FALSE(other.HasWarnings());
+    last.ClearAllErrorsAndWarnings();
     EXPECT_FALSE(last.HasErrors());
-    EXPECT_FALSE(last.HasErrors(*last.GetRoot()->AddNewChild(u"z")));
+    EXPECT_FALSE(last.HasWarnings());
 }
 
-TEST_F(DOMDiagnostics, AnElementAtAUsedAddressNeverShowsAStrangersMessages)
+TEST_F(DOMDiagnostics, CopiedMessagesCountEvenWhenTheirElementIsGone)
+{
+    DOM other;
+    DOMElement* inner = other.GetRoot()->AddNewChild(u"x");
+    RecordAllKinds(At("c"));
+    other.CopyErrorsAndWarningsForNode(At("c"), nullptr);
+    At("b").RemoveChild(At("c")).reset();
+    EXPECT_FALSE(m_dom.HasErrors());
+    EXPECT_FALSE(m_dom.HasWarnings());
+    ExpectCounted(other);
+    ExpectHidden(other, *inner);
+}
+
+TEST_F(DOMDiagnostics, MessagesLeftBehindByADetachedElementOutliveIt)
+{
+    {
+        DOMElement holder(TString(u"h"));
+        RecordAllKinds(At("b"));
+        holder.AppendChild(m_dom.GetRoot()->RemoveChild(u"a"));
+        ExpectCounted(m_dom);
+        ExpectHidden(m_dom, At("e"));
+    }
+    ExpectCounted(m_dom);
+    ExpectHidden(m_dom, At("e"));
+}
+
+TEST_F(DOMDiagnostics, AnElementAtAUsedAddressNeitherShowsNorTouchesAStrangersMessages)
 {
     // Allocators like to give the same address again; whether they do is not for the test to say.
     DOM other;
@@ -549,20 +618,154 @@ TEST_F(DOMDiagnostics, AnElementAtAUsedAddressNeverShowsAStrangersMessages)
         reused += fresh == address ? 1U : 0U;
         EXPECT_FALSE(fresh->HasErrors());
         EXPECT_FALSE(fresh->HasWarnings());
-        EXPECT_FALSE(other.HasErrors());
+        EXPECT_TRUE(other.HasUnreportedErrors());
         EXPECT_EQ(ErrorsOf(other), "");
-        // Nor do they stand in the way of its own.
-        AddError(*fresh, "own");
+        // Nor do they stand in the way of its own, nor these in theirs.
+        fresh->Error(u"own", MakeInfo(1), true, true);
         EXPECT_EQ(ErrorsOf(other), "own");
+        EXPECT_FALSE(fresh->HasUnreportedErrors());
+        EXPECT_TRUE(other.HasUnreportedErrors());
+        EXPECT_FALSE(other.HasOnlyCancelErrors());
         // Nor of those that it adopts.
         DOMElement* giver = other.GetRoot()->AddNewChild(u"giver");
         AddWarning(*giver, "adopted");
         other.AdoptErrorsAndWarningsForNode(*giver, fresh);
         EXPECT_EQ(WarningsOf(other), "adopted");
+        fresh->ClearErrors();
+        EXPECT_TRUE(other.HasErrors());
         other.GetRoot()->RemoveChildren();
-        EXPECT_FALSE(other.HasErrors());
+        EXPECT_TRUE(other.HasErrors());
+        EXPECT_TRUE(other.HasWarnings());
     }
     RecordProperty("addresses used again", static_cast<int>(reused));
+}
+
+// What a message is, besides its text
+
+namespace {
+
+/// One message of each kind of error, with a record of its own, and a warning.
+void RecordWithEveryFlag(const DOMElement& element)
+{
+    element.Error(u"open", MakeInfo(11), false, false);
+    element.Error(u"reported", MakeInfo(12), true, false);
+    element.Error(u"cancelled", MakeInfo(13), false, true);
+    element.Error(u"both", MakeInfo(14), true, true);
+    element.Warning(u"w1", MakeInfo(15));
+    element.Warning(u"w2", MakeInfo(16));
+}
+
+/// Takes the messages of `element` apart, which hold what RecordWithEveryFlag has recorded.
+void ExpectEveryFlag(const DOM& dom, const DOMElement& element)
+{
+    std::list<TString> texts;
+    dom.GetErrors(element, texts);
+    EXPECT_EQ(JoinMessages(texts), "open reported cancelled both");
+    std::list<TError::ErrorInfo> infos;
+    dom.GetErrors(element, infos);
+    EXPECT_THAT(infos,
+                testing::ElementsAre(MakeInfo(11), MakeInfo(12), MakeInfo(13), MakeInfo(14)));
+    texts.clear();
+    dom.GetWarnings(element, texts);
+    EXPECT_EQ(JoinMessages(texts), "w1 w2");
+    infos.clear();
+    dom.GetWarnings(element, infos);
+    EXPECT_THAT(infos, testing::ElementsAre(MakeInfo(15), MakeInfo(16)));
+}
+
+/// Records one error, lets `transfer` take it to the element that it returns, and asks there.
+void ExpectFlagsSurvive(
+    const std::function<const DOMElement&(DOM& from, DOMElement& source, DOM& to)>& transfer)
+{
+    for (const bool reported : {false, true}) {
+        for (const bool cancel : {false, true}) {
+            DOM from;
+            DOM to;
+            AddChildren(*from.GetRoot(), "p(source)");
+            AddChildren(*to.GetRoot(), "q");
+            DOMElement& source = Find(from, "source");
+            source.Error(u"m", MakeInfo(21), reported, cancel);
+            const DOMElement& target = transfer(from, source, to);
+            EXPECT_TRUE(to.HasErrors(target));
+            EXPECT_EQ(to.HasUnreportedErrors(target), !reported);
+            EXPECT_EQ(to.HasCancelErrors(target), cancel);
+            EXPECT_EQ(to.HasOnlyCancelErrors(target), cancel);
+        }
+    }
+    DOM from;
+    DOM to;
+    AddChildren(*from.GetRoot(), "p(source)");
+    AddChildren(*to.GetRoot(), "q");
+    RecordWithEveryFlag(Find(from, "source"));
+    ExpectEveryFlag(to, transfer(from, Find(from, "source"), to));
+}
+
+} // namespace
+
+TEST_F(DOMDiagnostics, FlagsAndRecordsSurviveAdoption)
+{
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        const DOMElement& target = Find(to, "q");
+        to.AdoptErrorsAndWarningsForNode(source, &target);
+        return target;
+    });
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        to.AdoptErrorsAndWarningsForNode(source, nullptr);
+        return source;
+    });
+}
+
+TEST_F(DOMDiagnostics, FlagsAndRecordsSurviveInsertionIntoAnotherDocument)
+{
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        source.Move(Find(to, "q"), nullptr);
+        return source;
+    });
+    ExpectFlagsSurvive([](DOM& from, DOMElement& source, DOM& to) -> const DOMElement& {
+        Find(to, "q").AdoptChildren(Find(from, "p"), nullptr);
+        return source;
+    });
+}
+
+TEST_F(DOMDiagnostics, FlagsAndRecordsSurviveCopies)
+{
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        const DOMElement& target = Find(to, "q");
+        to.CopyErrorsAndWarningsForNode(source, &target);
+        return target;
+    });
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        return *Find(to, "q").AppendChild(std::make_unique<DOMElement>(source));
+    });
+    ExpectFlagsSurvive([](DOM& from, DOMElement&, DOM& to) -> const DOMElement& {
+        return Find(*Find(to, "q").AppendChild(std::make_unique<DOMElement>(Find(from, "p"))),
+                    "source");
+    });
+}
+
+TEST_F(DOMDiagnostics, FlagsAndRecordsSurviveAssignmentAndDeepCopy)
+{
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        DOMElement& target = Find(to, "q");
+        target = source;
+        return target;
+    });
+    ExpectFlagsSurvive([](DOM& from, DOMElement&, DOM& to) -> const DOMElement& {
+        Find(to, "q") = Find(from, "p");
+        return Find(to, "source");
+    });
+    ExpectFlagsSurvive([](DOM& from, DOMElement&, DOM& to) -> const DOMElement& {
+        to.DeepCopy(from);
+        return Find(to, "source");
+    });
+}
+
+TEST_F(DOMDiagnostics, FlagsAndRecordsSurviveTheMoveOfEverything)
+{
+    ExpectFlagsSurvive([](DOM& from, DOMElement& source, DOM& to) -> const DOMElement& {
+        from.MoveErrorsAndWarningsTo(to);
+        return source;
+    });
 }
 
 TEST_F(DOMDiagnostics, DestroyedElementsLeaveNothingInTheRegistry)
@@ -578,18 +781,6 @@ TEST_F(DOMDiagnostics, DestroyedElementsLeaveNothingInTheRegistry)
             before = CountLiveAllocations();
     }
     EXPECT_EQ(CountLiveAllocations(), before);
-}
-
-TEST_F(DOMDiagnostics, MessagesLeftBehindByADetachedElementEndWithIt)
-{
-    DOMElement holder(TString(u"h"));
-    Push("b", "b");
-    holder.AppendChild(m_dom.GetRoot()->RemoveChild(u"a"));
-    EXPECT_TRUE(m_dom.HasErrors());
-    EXPECT_FALSE(m_dom.HasErrors(At("e")));
-    holder.RemoveChildren();
-    EXPECT_FALSE(m_dom.HasErrors());
-    EXPECT_FALSE(m_dom.HasErrors(At("e")));
 }
 
 // Threads

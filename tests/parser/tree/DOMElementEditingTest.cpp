@@ -3,7 +3,10 @@
 #include "support/SmallStack.h"
 #include "support/TreeTesting.h"
 
+#include <cstdint>
 #include <functional>
+#include <iterator>
+#include <set>
 
 namespace {
 
@@ -481,6 +484,33 @@ TEST(DOMElementEditing, AdoptChildrenOfADescendantIsFine)
     EXPECT_EQ(Outline(*root), "r(c,d,a(b))");
 }
 
+TEST(DOMElementEditing, EachAssertionHasACodeOfItsOwnAndALine)
+{
+    const auto root = MakeTree("r(a)");
+    DOMElement lonely(u"l");
+    const std::function<void()> breaches[] = {
+        [&] { root->InsertChild(nullptr, nullptr); },
+        [&] { root->GetChildren()[0].AppendChild(root->RemoveChild(u"a")); },
+        [&] { root->RemoveChild(lonely); },
+        [&] { lonely.Move(*root, nullptr); },
+        [&] { root->Adopt(lonely, nullptr); },
+        [&] { lonely.MoveToFront(); },
+    };
+    std::set<std::uint32_t> codes;
+    std::set<int> lines;
+    for (const auto& breach : breaches) {
+        const auto assertion = CatchAssertion(breach);
+        ASSERT_TRUE(assertion.has_value()) << codes.size();
+        EXPECT_EQ(assertion->GetFile(),
+                  TString(u"modules/platform/kescorexml/main/parser/DOMElement"));
+        EXPECT_GT(assertion->GetLine(), 0);
+        codes.insert(assertion->GetErrorInfo().GetError().GetCode());
+        lines.insert(assertion->GetLine());
+    }
+    EXPECT_EQ(codes.size(), std::size(breaches));
+    EXPECT_EQ(lines.size(), std::size(breaches));
+}
+
 TEST(DOMElementEditing, AdoptChildrenLogsAMissForEachChild)
 {
     const LogCapture log;
@@ -723,6 +753,364 @@ TEST(DOMElementEditing, RemovedElementsTakeTurnsWithoutMakingACircle)
     rawA->AppendChild(std::move(b));
     EXPECT_EQ(Outline(*c), "c(a(b))");
     EXPECT_EQ(Find(*c, "b").GetParentAttr(u"k"), TString());
+}
+
+// What is kept
+
+TEST(DOMElementEditing, LocationsAndTheEncodedFlagSurviveEveryMove)
+{
+    const auto expectKept = [](const DOMElement& element) {
+        EXPECT_EQ(element.GetStartLine(), 1);
+        EXPECT_EQ(element.GetStartColumn(), 2);
+        EXPECT_EQ(element.GetEndLine(), 3);
+        EXPECT_EQ(element.GetEndColumn(), 4);
+        EXPECT_TRUE(element.IsEncoded());
+        EXPECT_EQ(element.GetText(), TString(u"&amp;"));
+    };
+    DOM dom;
+    DOM other;
+    AddChildren(*dom.GetRoot(), "p(a(b),c),q");
+    for (const char* name : {"a", "b"}) {
+        DOMElement& element = Find(dom, name);
+        element.SetText(u"&amp;", true);
+        element.SetElementStartLocation(1, 2);
+        element.SetElementEndLocation(3, 4);
+    }
+    DOMElement& a = Find(dom, "a");
+    DOMElement& b = Find(dom, "b");
+    const auto expectBothKept = [&] {
+        expectKept(a);
+        expectKept(b);
+    };
+    std::unique_ptr<DOMElement> removed = Find(dom, "p").RemoveChild(a);
+    expectBothKept();
+    Find(dom, "q").InsertChild(std::move(removed), nullptr);
+    expectBothKept();
+    a.Move(*other.GetRoot(), nullptr);
+    expectBothKept();
+    Find(dom, "p").Adopt(a, &Find(dom, "c"));
+    expectBothKept();
+    a.MoveToFront();
+    expectBothKept();
+    Find(dom, "q").AdoptChildren(Find(dom, "p"), nullptr);
+    expectBothKept();
+    DOMElement detached(u"d");
+    for (auto& child : Find(dom, "q").RemoveChildren())
+        detached.AppendChild(std::move(child));
+    expectBothKept();
+}
+
+TEST(DOMElementEditing, ANewChildOfALocatedParentHasNoLocation)
+{
+    DOMElement parent(u"p");
+    parent.SetElementStartLocation(1, 2);
+    parent.SetElementEndLocation(3, 4);
+    parent.SetEncoded(true);
+    for (const DOMElement* child : {parent.AddNewChild(u"a"), parent.GetOrNewChild(u"b")}) {
+        EXPECT_EQ(child->GetStartLine(), 0);
+        EXPECT_EQ(child->GetStartColumn(), 0);
+        EXPECT_EQ(child->GetEndLine(), 0);
+        EXPECT_EQ(child->GetEndColumn(), 0);
+        EXPECT_FALSE(child->IsEncoded());
+    }
+    EXPECT_EQ(parent.GetStartLine(), 1);
+}
+
+TEST(DOMElementEditing, ACopyWithoutChildrenMayOutliveItsDocument)
+{
+    auto dom = std::make_unique<DOM>();
+    AddChildren(*dom->GetRoot(), "a");
+    AddError(Find(*dom, "a"), "e");
+    const DOMElement copy(Find(*dom, "a"));
+    EXPECT_EQ(copy.GetDOMManager(), dom.get());
+    dom.reset();
+    EXPECT_EQ(copy.GetDOMManager(), nullptr);
+    EXPECT_TRUE(CatchAssertion([&] { copy.HasErrors(); }).has_value());
+}
+
+// Log sinks that change trees
+
+namespace {
+
+/// Has `work` done whenever a missing insertion point is logged, with the number of the miss.
+class WorkingLog
+{
+public:
+    explicit WorkingLog(std::function<void(int)> work)
+        : m_previous(TLog::SetSink([this, work = std::move(work)](const TLog::Record& record) {
+              EXPECT_EQ(record.message,
+                        TString(u"DOMElement was asked to insert before a non-existent child."));
+              work(m_misses++);
+          }))
+    {
+    }
+    WorkingLog(const WorkingLog&) = delete;
+    WorkingLog& operator=(const WorkingLog&) = delete;
+    ~WorkingLog() { TLog::SetSink(m_previous); }
+
+    int Misses() const { return m_misses; }
+
+private:
+    int m_misses = 0;
+    TLog::Sink m_previous;
+};
+
+} // namespace
+
+TEST(DOMElementEditing, AMissIsLoggedAfterTheAdoptionAndBeforeTheInsertion)
+{
+    DOM from;
+    DOM to;
+    AddChildren(*from.GetRoot(), "c(d)");
+    AddChildren(*to.GetRoot(), "a");
+    AddError(Find(from, "d"), "ed");
+    AddError(*from.GetRoot(), "root");
+    DOMElement& c = Find(from, "c");
+    const DOMElement stranger(u"s");
+    const WorkingLog log([&](int) {
+        EXPECT_EQ(c.GetDOMManager(), &to);
+        EXPECT_EQ(c.GetChildren()[0].GetDOMManager(), &to);
+        EXPECT_TRUE(to.HasErrors(c));
+        EXPECT_EQ(ErrorsOf(to), "root") << "it is not in the tree yet";
+        EXPECT_FALSE(from.HasErrors());
+        EXPECT_EQ(Outline(*to.GetRoot()), "Document(a)");
+        EXPECT_EQ(c.GetParent(), from.GetRoot());
+        to.GetRoot()->AddNewChild(u"added");
+    });
+    to.GetRoot()->InsertChild(from.GetRoot()->RemoveChild(u"c"), &stranger);
+    EXPECT_EQ(log.Misses(), 1);
+    EXPECT_EQ(Outline(*to.GetRoot()), "Document(a,added,c(d))");
+    EXPECT_EQ(ErrorsOf(to), "root ed");
+    EXPECT_EQ(c.GetParent(), to.GetRoot());
+}
+
+TEST(DOMElementEditing, ALogSinkMayFillShortenAndEmptyTheList)
+{
+    const DOMElement stranger(u"s");
+    for (const std::size_t added : {1U, 2U, 3U, 50U}) {
+        const auto root = MakeTree("r(a,b,c)");
+        const WorkingLog log([&](int) {
+            for (std::size_t i = 0; i < added; ++i)
+                root->AddNewChild(u"x", &root->GetChildren().front());
+        });
+        const DOMElement* child = root->AddNewChild(u"new", &stranger);
+        ASSERT_EQ(root->GetChildren().size(), 4 + added);
+        EXPECT_EQ(&root->GetChildren().back(), child);
+        EXPECT_EQ(root->GetChildren()[added].GetName(), TString(u"a"));
+    }
+    for (int left = 0; left < 3; ++left) {
+        const auto root = MakeTree("r(a,b,c)");
+        const WorkingLog log([&](int) {
+            while (root->GetChildren().size() > static_cast<std::size_t>(left))
+                root->RemoveChild(root->GetChildren().back());
+            if (left == 0) {
+                AddChildren(*root, "x");
+                root->RemoveChildren();
+            }
+        });
+        root->AddNewChild(u"new", &stranger);
+        const char* expected[] = {"r(new)", "r(a,new)", "r(a,b,new)"};
+        EXPECT_EQ(Outline(*root), expected[left]);
+    }
+}
+
+TEST(DOMElementEditing, ALogSinkThatInsertsTheInsertionPointIsTooLateForTheFirst)
+{
+    const auto root = MakeTree("r(a)");
+    std::unique_ptr<DOMElement> late = MakeTree("late");
+    const DOMElement* before = late.get();
+    const WorkingLog log([&](int) { root->AppendChild(std::move(late)); });
+    root->AddNewChild(u"b", before);
+    root->AddNewChild(u"c", before);
+    EXPECT_EQ(log.Misses(), 1);
+    EXPECT_EQ(Outline(*root), "r(a,c,late,b)");
+}
+
+TEST(DOMElementEditing, ALogSinkMayMissInsertionPointsItself)
+{
+    const auto root = MakeTree("r(a)");
+    const DOMElement stranger(u"s");
+    const WorkingLog log([&](int miss) {
+        if (miss < 100)
+            root->AddNewChild(TString::number(miss), &stranger);
+    });
+    root->AddNewChild(u"last", &stranger);
+    EXPECT_EQ(log.Misses(), 101);
+    ASSERT_EQ(root->GetChildren().size(), 102U);
+    EXPECT_EQ(root->GetChildren()[1].GetName(), TString(u"99"));
+    EXPECT_EQ(root->GetChildren()[101].GetName(), TString(u"last"));
+}
+
+TEST(DOMElementEditing, ALogSinkMayChangeTheListBetweenAdoptedChildren)
+{
+    const DOMElement stranger(u"s");
+    {
+        const auto root = MakeTree("r(p(1,2,3),q(a))");
+        DOMElement& q = Find(*root, "q");
+        const WorkingLog log([&](int miss) {
+            EXPECT_FALSE(Find(*root, "p").HasChildren()) << "taken over first";
+            q.AddNewChild(TString(u"x") + TString::number(miss));
+        });
+        q.AdoptChildren(Find(*root, "p"), &stranger);
+        EXPECT_EQ(log.Misses(), 3);
+        EXPECT_EQ(Outline(*root), "r(p,q(a,x0,1,x1,2,x2,3))");
+    }
+    {
+        const auto root = MakeTree("r(p(1,2,3),q(a))");
+        DOMElement& q = Find(*root, "q");
+        const WorkingLog log([&](int) { q.RemoveChildren(); });
+        q.AdoptChildren(Find(*root, "p"), &stranger);
+        EXPECT_EQ(log.Misses(), 3);
+        EXPECT_EQ(Outline(*root), "r(p,q(3))");
+    }
+    {
+        const auto root = MakeTree("r(p(1,2,3,4),q(a))");
+        DOMElement& q = Find(*root, "q");
+        std::unique_ptr<DOMElement> late = MakeTree("late");
+        const DOMElement* before = late.get();
+        const WorkingLog log([&](int miss) {
+            if (miss == 1)
+                q.InsertChild(std::move(late), &Find(q, "a"));
+        });
+        q.AdoptChildren(Find(*root, "p"), before);
+        EXPECT_EQ(log.Misses(), 2);
+        EXPECT_EQ(Outline(*root), "r(p,q(3,4,late,a,1,2))");
+    }
+}
+
+TEST(DOMElementEditing, ALogSinkMayFillTheListThatChildrenAreAdoptedFrom)
+{
+    const DOMElement stranger(u"s");
+    const auto root = MakeTree("r(p(1,2),q)");
+    DOMElement& p = Find(*root, "p");
+    const WorkingLog log([&](int) { AddChildren(p, "x,y"); });
+    Find(*root, "q").AdoptChildren(p, &stranger);
+    EXPECT_EQ(Outline(*root), "r(p(x,y,x,y),q(1,2))");
+}
+
+TEST(DOMElementEditing, ALogSinkMayMoveTheParentToAnotherDocument)
+{
+    const DOMElement stranger(u"s");
+    for (const bool isAdoption : {false, true}) {
+        DOM from;
+        DOM first;
+        DOM second;
+        AddChildren(*from.GetRoot(), "p(1(x),2,3)");
+        AddChildren(*first.GetRoot(), "q");
+        for (const char* name : {"x", "2", "3"})
+            AddError(Find(from, name), name);
+        DOMElement& q = Find(first, "q");
+        const WorkingLog log([&](int miss) {
+            if (miss == 0)
+                q.Move(*second.GetRoot(), nullptr);
+        });
+        if (isAdoption)
+            q.AdoptChildren(Find(from, "p"), &stranger);
+        else
+            q.InsertChild(Find(from, "p").RemoveChild(u"1"), &stranger);
+        EXPECT_EQ(Outline(*second.GetRoot()),
+                  isAdoption ? "Document(q(1(x),2,3))" : "Document(q(1(x)))");
+        for (const char* name : {"q", "1", "x"})
+            EXPECT_EQ(Find(second, name).GetDOMManager(), &second) << name;
+        EXPECT_EQ(ErrorsOf(second), isAdoption ? "3 2 x" : "x");
+        EXPECT_FALSE(first.HasErrors());
+        EXPECT_EQ(from.HasErrors(), !isAdoption);
+    }
+}
+
+TEST(DOMElementEditing, ManyMissesAmongManyChildrenStayQuick)
+{
+    DOMElement from(u"from");
+    DOMElement to(u"to");
+    for (int i = 0; i < 100'000; ++i) {
+        from.AddNewChild(u"a");
+        to.AddNewChild(u"b");
+    }
+    const DOMElement stranger(u"s");
+    const WorkingLog log([](int) {});
+    to.AdoptChildren(from, &stranger);
+    EXPECT_EQ(log.Misses(), 100'000);
+    EXPECT_EQ(to.GetChildren().size(), 200'000U);
+}
+
+TEST(DOMElementEditing, ALogSinkThatPutsTheParentBelowTheChildGetsAnAssertion)
+{
+    DOM from;
+    DOM to;
+    AddChildren(*from.GetRoot(), "c(d)");
+    AddChildren(*to.GetRoot(), "p(x)");
+    AddError(Find(from, "d"), "ed");
+    const DOMElement stranger(u"s");
+    std::unique_ptr<DOMElement> removed = from.GetRoot()->RemoveChild(u"c");
+    DOMElement& c = *removed;
+    DOMElement& p = Find(to, "p");
+    {
+        const WorkingLog log([&](int) { p.Move(Find(c, "d"), nullptr); });
+        ExpectAssertion([&] { p.InsertChild(std::move(removed), &stranger); }, c_ownSubtree);
+    }
+    ASSERT_EQ(removed.get(), &c) << "the caller still owns it";
+    EXPECT_EQ(Outline(c), "c(d(p(x)))");
+    EXPECT_EQ(c.GetDOMManager(), &from);
+    EXPECT_EQ(Find(c, "x").GetDOMManager(), &from);
+    EXPECT_TRUE(c.HasErrors());
+    EXPECT_FALSE(to.HasErrors());
+    from.GetRoot()->AppendChild(std::move(removed));
+    EXPECT_EQ(ErrorsOf(from), "ed");
+}
+
+TEST(DOMElementEditing, AMoveThatALogSinkPreventsGoesBack)
+{
+    for (const int left : {0, 1, 2}) {
+        const auto root = MakeTree("r(a,b,c(d),e)");
+        DOMElement& c = Find(*root, "c");
+        DOMElement target(u"t");
+        DOMElement* t = target.AddNewChild(u"u");
+        const DOMElement stranger(u"s");
+        {
+            const WorkingLog log([&](int) {
+                t->Move(Find(c, "d"), nullptr);
+                while (root->GetChildren().size() > static_cast<std::size_t>(left))
+                    root->RemoveChild(root->GetChildren().back());
+            });
+            ExpectAssertion([&] { c.Move(*t, &stranger); }, c_ownSubtree);
+        }
+        const char* expected[] = {"r(c(d(u)))", "r(a,c(d(u)))", "r(a,b,c(d(u)))"};
+        EXPECT_EQ(Outline(*root), expected[left]);
+        EXPECT_EQ(c.GetParent(), root.get());
+        EXPECT_TRUE(t->IsChildOf(*root));
+    }
+}
+
+TEST(DOMElementEditing, ChildrenWhoseAdoptionALogSinkPreventsGoBack)
+{
+    for (const bool isFilled : {false, true}) {
+        DOM from;
+        DOM to;
+        AddChildren(*from.GetRoot(), "p(1,2(z),3)");
+        AddChildren(*to.GetRoot(), "q(a)");
+        AddError(Find(from, "3"), "e3");
+        AddError(Find(from, "1"), "e1");
+        DOMElement& p = Find(from, "p");
+        DOMElement& q = Find(to, "q");
+        DOMElement& z = Find(from, "z");
+        const DOMElement stranger(u"s");
+        {
+            const WorkingLog log([&](int miss) {
+                if (isFilled && miss == 0)
+                    AddChildren(p, "x");
+                if (miss == 1)
+                    q.Move(z, nullptr);
+            });
+            ExpectAssertion([&] { q.AdoptChildren(p, &stranger); }, c_ownSubtree);
+        }
+        EXPECT_EQ(Outline(p), isFilled ? "p(2(z(q(a,1))),3,x)" : "p(2(z(q(a,1))),3)");
+        EXPECT_EQ(Outline(*to.GetRoot()), "Document");
+        for (const auto& child : p.GetChildren())
+            EXPECT_EQ(child->GetParent(), &p);
+        for (const char* name : {"2", "3", "q", "1"})
+            EXPECT_EQ(Find(from, name).GetDOMManager(), &from) << name;
+        EXPECT_EQ(ErrorsOf(from), "e3 e1");
+    }
 }
 
 // Depth
