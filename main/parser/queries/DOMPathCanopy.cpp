@@ -14,11 +14,10 @@ namespace {
 constexpr std::size_t c_maxLevels = 1024;
 
 /// Hands the children of `canopy` to `visit`, and below each for which that returns true the same
-/// again, until the lowest level allowed.
+/// again, until the lowest level allowed. `walk` is one that is over.
 template <typename T, typename Visit>
-void SearchChains(T& canopy, Visit&& visit)
+void SearchChains(TreeWalk<T>& walk, T& canopy, Visit&& visit)
 {
-    TreeWalk<T> walk;
     walk.Enter(canopy);
     while (T* element = walk.Next()) {
         if (visit(*element) && walk.Depth() < c_maxLevels)
@@ -27,9 +26,9 @@ void SearchChains(T& canopy, Visit&& visit)
 }
 
 template <typename T>
-void WithinCanopySearch(std::vector<T*>& results, T& canopy, const TString& name)
+void WithinCanopySearch(std::vector<T*>& results, TreeWalk<T>& walk, T& canopy, const TString& name)
 {
-    SearchChains(canopy, [&](T& child) {
+    SearchChains(walk, canopy, [&](T& child) {
         if (child.GetName() != name)
             return false;
         results.push_back(&child);
@@ -38,10 +37,11 @@ void WithinCanopySearch(std::vector<T*>& results, T& canopy, const TString& name
 }
 
 template <typename T>
-void UnderneathCanopySearch(std::vector<T*>& results, T& canopy, const TString& name)
+void UnderneathCanopySearch(std::vector<T*>& results, TreeWalk<T>& walk, T& canopy,
+                            const TString& name)
 {
     const bool isAny = name.view() == u"*";
-    SearchChains(canopy, [&](T& child) {
+    SearchChains(walk, canopy, [&](T& child) {
         if (child.GetName() == canopy.GetName())
             return true;
         if (isAny || child.GetName() == name)
@@ -56,8 +56,9 @@ std::vector<T*> FindWithin(T& start, const TString& canopyPath, const TString& n
     std::vector<T*> results;
     if (name.view() == u"*")
         return results;
+    TreeWalk<T> walk;
     for (T* canopy : DOMPath::GetAll(start, canopyPath))
-        WithinCanopySearch(results, *canopy, name);
+        WithinCanopySearch(results, walk, *canopy, name);
     return results;
 }
 
@@ -70,8 +71,9 @@ std::vector<T*> FindUnderneath(T& start, const TString& canopyPath, const TStrin
     // Without a separator its position is -1, for which left() gives the whole path.
     const TString head = path.left(separator);
     std::vector<T*> heads;
+    TreeWalk<T> walk;
     for (T* canopy : DOMPath::GetAll(start, canopyPath))
-        UnderneathCanopySearch(heads, *canopy, head);
+        UnderneathCanopySearch(heads, walk, *canopy, head);
     std::vector<T*> results;
     for (T* element : heads) {
         const std::vector<T*> matches = DOMPath::GetAll(*element, path);

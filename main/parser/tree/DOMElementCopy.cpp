@@ -112,18 +112,30 @@ bool DOMElement::operator!=(const DOMElement& other) const
     if (differsItself(*this, other))
         return true;
 
-    TreeWalk<const DOMElement> mine;
-    TreeWalk<const DOMElement> theirs;
-    mine.Enter(*this);
-    theirs.Enter(other);
-    while (const DOMElement* a = mine.Next()) {
-        const DOMElement* b = theirs.Next();
-        if (a == b)
+    // No TreeWalk, of which there would have to be two: these go in step and need one stack.
+    /// Two elements that are alike so far, with the next of their children.
+    struct Level
+    {
+        const DOMElement* a;
+        const DOMElement* b;
+        std::size_t next;
+    };
+    std::vector<Level> open;
+    if (HasChildren())
+        open.push_back({this, &other, 0});
+    while (!open.empty()) {
+        Level& level = open.back();
+        if (level.next == level.a->m_children.size()) {
+            open.pop_back();
             continue;
-        if (differsItself(*a, *b))
+        }
+        const DOMElement& a = *level.a->m_children[level.next];
+        const DOMElement& b = *level.b->m_children[level.next];
+        ++level.next;
+        if (&a != &b && differsItself(a, b))
             return true;
-        mine.Enter(*a);
-        theirs.Enter(*b);
+        if (&a != &b && a.HasChildren())
+            open.push_back({&a, &b, 0});
     }
     return false;
 }

@@ -67,8 +67,8 @@ void AddCopy(Pending<Message>& pending, const DiagnosticsRegistry<Message>& from
     if (entry == from.end())
         return;
     ElementIdentity& identity = ElementLife::MakeIdentity(key);
-    pending.try_emplace(&identity, DiagnosticsEntry<Message>{ElementIdentityRef(identity),
-                                                             entry->second.messages});
+    pending.try_emplace(
+        &identity, DiagnosticsEntry<Message>{ElementIdentityRef(identity), entry->second.messages});
 }
 
 /// What Merge needs so as not to fail.

@@ -186,7 +186,7 @@ TEST_F(DOMPathCanopyTest, AnAbsoluteCanopyPathStartsAtTheDocumentRoot)
     const auto within = DOMPathCanopy::WithinCanopy(root, u"root", u"folder");
     const auto underneath = DOMPathCanopy::UnderneathCanopy(root, u"root/folder", u"item");
     for (DOMElement* start : {dom.GetRoot(), top, &folder}) {
-        EXPECT_EQ(DOMPathCanopy::WithinCanopy(*start, u"/root", u"folder").size(), within.size());
+        ASSERT_EQ(DOMPathCanopy::WithinCanopy(*start, u"/root", u"folder").size(), within.size());
         EXPECT_EQ(DOMPathCanopy::WithinCanopy(*start, u"/root", u"folder").front(), &folder);
         EXPECT_EQ(DOMPathCanopy::UnderneathCanopy(*start, u"/root/folder", u"item").size(),
                   underneath.size());
