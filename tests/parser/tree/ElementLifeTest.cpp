@@ -1,4 +1,4 @@
-// What becomes of elements that are removed, and of copies, when what they came from changes or ends.
+// What becomes of removed elements and of copies when what they came from changes or ends.
 
 #include "tree/ElementLife.h"
 
