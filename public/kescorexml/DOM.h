@@ -58,7 +58,7 @@ public:
     };
 
     /// The flag is kept for the document's users.
-    explicit DOM(bool restrictExternalPaths = false);
+    DOM(bool restrictExternalPaths = false);
     DOM(const DOM&) = delete;
     DOM& operator=(const DOM&) = delete;
     /// Elements that were removed from the tree and still live become detached.
@@ -111,8 +111,10 @@ public:
                        const TError::ErrorInfo& info);
 
     // Each of these asks about an element and its descendants; about the whole registry when the
-    // element has no parent, and without element. Takes time for each element of the subtree or, if
-    // they are fewer, for each entry of the registry and its ancestors.
+    // element has no parent, and without element. The whole registry holds messages of elements of
+    // other trees, too, even of such as are gone (see MoveErrorsAndWarningsTo). Takes time for each
+    // element of the subtree or, if they are fewer, for each entry of the registry and its
+    // ancestors.
 
     /// Whether there is an error, cancellations included.
     bool HasErrors(const DOMElement& element) const;
@@ -171,7 +173,8 @@ public:
     /// The same, but the element keeps its messages.
     void CopyErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
     /// Hands all messages to `other`, whose own are dropped. They still are those of this
-    /// document's elements and vanish with them.
+    /// document's elements: questions about the root of `other` count them, even when the elements
+    /// are gone, until they are cleared there; listings of its tree do not show them.
     void MoveErrorsAndWarningsTo(DOM& other);
 
     /// From now on RenameField gives `to` for `from`.
@@ -201,7 +204,9 @@ public:
 
 private:
     friend class DOMElement;
-    friend class DOMElementAccess;
+    friend class ElementCopy;
+    friend class ElementInsertion;
+    friend class ElementLife;
 
     enum SubtreeScope
     {

@@ -19,6 +19,10 @@
 
 class DOM;
 class DOMElementAccess;
+class ElementCopy;
+class ElementInsertion;
+class ElementLife;
+class ParsedElements;
 struct ElementIdentity;
 
 /// One XML element: a name, a text, unordered attributes and an ordered list of owned children.
@@ -53,8 +57,8 @@ public:
     using FieldNameCache = std::unordered_map<TString, QualifiedName>;
 
     /// A detached element without text, attributes, children and location.
-    explicit DOMElement(const TString& name);
-    explicit DOMElement(TString&& name);
+    DOMElement(const TString& name);
+    DOMElement(TString&& name);
     /// A deep copy, attached to the same document as `other` but without a parent. Locations and
     /// the encoded flag are not copied; the diagnostics of every copied element are.
     /// Mind: like every attached element without parent, the copy clears all diagnostics of its
@@ -65,11 +69,14 @@ public:
     /// copied when this element is attached. Document, parent and location stay; the encoded flag
     /// is cleared. `other` may be in the same tree: the result is that of a copy made beforehand.
     DOMElement& operator=(const DOMElement& other);
-    /// Elements of a parse live in memory that they share.
+    /// Elements of a parse live in memory that they share, and give it back themselves when they
+    /// are deleted. That is why no class can derive from this one: its part would be left out.
     static void* operator new(std::size_t bytes);
+    static void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept;
     static void* operator new(std::size_t, void* memory) noexcept { return memory; }
     /// The other half of that.
     static void operator delete(void* memory) noexcept;
+    static void operator delete(void* memory, const std::nothrow_t&) noexcept;
     static void operator delete(void*, void*) noexcept {}
     static void operator delete(DOMElement* element, std::destroying_delete_t) noexcept;
 
@@ -126,11 +133,8 @@ public:
     bool IsChildOf(const DOMElement& other) const noexcept;
 
     /// A view that follows later changes; valid as long as this element.
-    DOMElementChildren GetChildren() noexcept { return DOMElementChildren(*this); }
-    const DOMElementChildren GetChildren() const noexcept
-    {
-        return DOMElementChildren(const_cast<DOMElement&>(*this));
-    }
+    DOMElementChildren GetChildren() noexcept { return *this; }
+    ConstDOMElementChildren GetChildren() const noexcept { return *this; }
     /// The first child with that name, or null. Linear in the number of children.
     DOMElement* GetChild(const TString& name) noexcept;
     const DOMElement* GetChild(const TString& name) const noexcept;
@@ -176,6 +180,8 @@ public:
     /// there; when the child came from directly under another document's root, the diagnostics of
     /// that root move onto this document's root, too. When this throws, `child` still owns.
     /// Inserting nothing, or an element into its own subtree, is a logic assertion.
+    /// A log sink may change trees, also this one, as long as it does not destroy what the call is
+    /// about: the child is attached already when the miss is logged, and appended afterwards.
     DOMElement* InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
     /// InsertChild at the end.
     DOMElement* AppendChild(std::unique_ptr<DOMElement>&& child);
@@ -306,12 +312,15 @@ private:
     friend class DOM;
     friend class DOMElementAccess;
     friend class DOMElementChildren;
+    friend class ElementCopy;
+    friend class ElementInsertion;
+    friend class ElementLife;
+    friend class ParsedElements;
 
     void DestroyChildren() noexcept;
-    std::size_t FindInsertionIndex(const DOMElement* before) const;
     std::size_t IndexOf(const DOMElement& child) const noexcept;
 
-    mutable DOM* m_dom = nullptr;
+    DOM* m_dom = nullptr;
     DOMElement* m_parent = nullptr;
     TString m_name;
     TString m_text;

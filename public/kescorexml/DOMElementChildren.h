@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <iterator>
 
+class ConstDOMElementChildren;
 class DOMElement;
 
 /// Shows the children of an element in document order. Owns nothing, costs one pointer, follows
@@ -24,7 +25,10 @@ public:
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
     /// The children of `element`, which must outlive this view.
-    explicit DOMElementChildren(DOMElement& element) noexcept : m_element(&element) {}
+    DOMElementChildren(DOMElement& element) noexcept : m_element(&element) {}
+    /// Children of an element that must not change do not become such as may.
+    DOMElementChildren(const ConstDOMElementChildren&) = delete;
+    DOMElementChildren& operator=(const ConstDOMElementChildren&) = delete;
 
     /// The number of children.
     std::size_t size() const noexcept;
@@ -60,4 +64,45 @@ public:
 
 private:
     DOMElement* m_element;
+};
+
+/// The same view of an element that must not change, what GetChildren() of a const element gives:
+/// copies of it stay const, too. It serves wherever a const DOMElementChildren is wanted.
+///
+/// Const operations may run side by side.
+class ConstDOMElementChildren : public DOMElementChildren
+{
+public:
+    /// What generic code asks of a container.
+    using iterator = const_iterator;
+    using reverse_iterator = const_reverse_iterator;
+
+    /// The children of `element`, which must outlive this view.
+    ConstDOMElementChildren(const DOMElement& element) noexcept
+        : DOMElementChildren(const_cast<DOMElement&>(element))
+    {
+    }
+    /// The children that `children` shows.
+    ConstDOMElementChildren(const DOMElementChildren& children) noexcept
+        : DOMElementChildren(children)
+    {
+    }
+
+    /// std::out_of_range when `index` is not below size().
+    const DOMElement& at(std::size_t index) const { return DOMElementChildren::at(index); }
+    /// REQUIRES: an index below size().
+    const DOMElement& operator[](std::size_t index) const noexcept
+    {
+        return DOMElementChildren::operator[](index);
+    }
+    /// REQUIRES: at least one child.
+    const DOMElement& front() const noexcept { return DOMElementChildren::front(); }
+    /// REQUIRES: at least one child.
+    const DOMElement& back() const noexcept { return DOMElementChildren::back(); }
+
+    /// The owners of the children; valid until a child is added or removed.
+    const_iterator begin() const noexcept { return cbegin(); }
+    const_iterator end() const noexcept { return cend(); }
+    const_reverse_iterator rbegin() const noexcept { return crbegin(); }
+    const_reverse_iterator rend() const noexcept { return crend(); }
 };

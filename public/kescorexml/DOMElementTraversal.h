@@ -21,7 +21,7 @@ class PreorderGeneratorTemplate
 {
 public:
     /// `start` comes first.
-    explicit PreorderGeneratorTemplate(T& start);
+    PreorderGeneratorTemplate(T& start);
 
     /// The next element, or null when the walk is over.
     T* Next();
@@ -45,7 +45,7 @@ public:
     /// The end.
     PreorderIteratorTemplate() noexcept = default;
     /// `start` comes first.
-    explicit PreorderIteratorTemplate(T& start);
+    PreorderIteratorTemplate(T& start);
     /// Goes on from where `other` stands.
     PreorderIteratorTemplate(const PreorderIteratorTemplate& other);
     PreorderIteratorTemplate(PreorderIteratorTemplate&& other) noexcept = default;
@@ -80,7 +80,7 @@ class PreorderTraversalTemplate
 {
 public:
     /// The elements from `start` on.
-    explicit PreorderTraversalTemplate(T& start) : m_begin(start) {}
+    PreorderTraversalTemplate(T& start) : m_begin(start) {}
 
     /// For loops.
     PreorderIteratorTemplate<T> begin() const { return m_begin; }

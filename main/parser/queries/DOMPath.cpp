@@ -37,6 +37,9 @@ T* FindStart(T& start, const TString& path)
     return dom == nullptr ? nullptr : dom->GetDocumentRoot();
 }
 
+// No TreeWalk, whose lists must not change: a walk along a path stands still between two matches,
+// and goes on by positions.
+
 /// False when there is no further sibling.
 template <typename T>
 inline bool StepToSibling(PathNode<T>& node)

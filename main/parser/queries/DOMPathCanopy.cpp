@@ -1,11 +1,10 @@
 #include <kescorexml/DOMPathCanopy.h>
 
-#include "tree/DOMElementAccess.h"
+#include "tree/TreeWalk.h"
 
 #include <kescorexml/DOMPath.h>
 
 #include <cstddef>
-#include <utility>
 
 namespace DOMPathCanopy {
 
@@ -14,49 +13,22 @@ namespace {
 /// How many levels below a canopy element are searched.
 constexpr std::size_t c_maxLevels = 1024;
 
-/// Walks down the chains below an element, in document order.
-template <typename T>
-class ChainSearch
+/// Hands the children of `canopy` to `visit`, and below each for which that returns true the same
+/// again, until the lowest level allowed. `walk` is one that is over.
+template <typename T, typename Visit>
+void SearchChains(TreeWalk<T>& walk, T& canopy, Visit&& visit)
 {
-public:
-    /// Hands the children of `top` to `visit`, and below each for which that returns true the same
-    /// again, until the lowest level allowed.
-    template <typename Visit>
-    void Run(T& top, Visit&& visit)
-    {
-        Enter(top);
-        while (!m_levels.empty()) {
-            Level& level = m_levels.back();
-            if (level.next == level.children->size()) {
-                m_levels.pop_back();
-                continue;
-            }
-            T& child = *(*level.children)[level.next++];
-            if (visit(child) && m_levels.size() < c_maxLevels)
-                Enter(child);
-        }
+    walk.Enter(canopy);
+    while (T* element = walk.Next()) {
+        if (visit(*element) && walk.Depth() < c_maxLevels)
+            walk.Enter(*element);
     }
-
-private:
-    struct Level
-    {
-        const ElementList* children;
-        std::size_t next;
-    };
-
-    void Enter(T& element)
-    {
-        m_levels.push_back({&DOMElementAccess::Children(std::as_const(element)), 0});
-    }
-
-    std::vector<Level> m_levels;
-};
+}
 
 template <typename T>
-void WithinCanopySearch(std::vector<T*>& results, ChainSearch<T>& search, T& canopy,
-                        const TString& name)
+void WithinCanopySearch(std::vector<T*>& results, TreeWalk<T>& walk, T& canopy, const TString& name)
 {
-    search.Run(canopy, [&](T& child) {
+    SearchChains(walk, canopy, [&](T& child) {
         if (child.GetName() != name)
             return false;
         results.push_back(&child);
@@ -65,11 +37,11 @@ void WithinCanopySearch(std::vector<T*>& results, ChainSearch<T>& search, T& can
 }
 
 template <typename T>
-void UnderneathCanopySearch(std::vector<T*>& results, ChainSearch<T>& search, T& canopy,
+void UnderneathCanopySearch(std::vector<T*>& results, TreeWalk<T>& walk, T& canopy,
                             const TString& name)
 {
     const bool isAny = name.view() == u"*";
-    search.Run(canopy, [&](T& child) {
+    SearchChains(walk, canopy, [&](T& child) {
         if (child.GetName() == canopy.GetName())
             return true;
         if (isAny || child.GetName() == name)
@@ -84,9 +56,9 @@ std::vector<T*> FindWithin(T& start, const TString& canopyPath, const TString& n
     std::vector<T*> results;
     if (name.view() == u"*")
         return results;
-    ChainSearch<T> search;
+    TreeWalk<T> walk;
     for (T* canopy : DOMPath::GetAll(start, canopyPath))
-        WithinCanopySearch(results, search, *canopy, name);
+        WithinCanopySearch(results, walk, *canopy, name);
     return results;
 }
 
@@ -99,9 +71,9 @@ std::vector<T*> FindUnderneath(T& start, const TString& canopyPath, const TStrin
     // Without a separator its position is -1, for which left() gives the whole path.
     const TString head = path.left(separator);
     std::vector<T*> heads;
-    ChainSearch<T> search;
+    TreeWalk<T> walk;
     for (T* canopy : DOMPath::GetAll(start, canopyPath))
-        UnderneathCanopySearch(heads, search, *canopy, head);
+        UnderneathCanopySearch(heads, walk, *canopy, head);
     std::vector<T*> results;
     for (T* element : heads) {
         const std::vector<T*> matches = DOMPath::GetAll(*element, path);

@@ -1,5 +1,7 @@
 #include <kescorexml/XercesXMLParser.h>
 
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
 #include "bytes/XercesMemory.h"
 #include "scanner/XercesXMLParserImpl.h"
 
@@ -17,4 +19,10 @@ std::unique_ptr<XercesXMLParser> XercesXMLParser::Create(InputSource& source,
 void XercesXMLParser::LoadXSDResource(const TString& resourceAlias)
 {
     LoadXSDString(UTF8StringTResource(resourceAlias).GetString(), resourceAlias);
+}
+
+void ThrowNoXercesSource()
+{
+    ThrowAssertion(u"XercesXMLParser", __LINE__, u"xercesableSource != nullptr",
+                   KesErrorsError::LogicAssert_0x7C41D09B());
 }

@@ -345,8 +345,7 @@ void XercesXMLParserImpl::DoXercesParse()
     m_sink->BeginDocument();
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
     if (xercesableSource == nullptr)
-        ThrowAssertion(u"XercesXMLParser", __LINE__, u"xercesableSource != nullptr",
-                       KesErrorsError::LogicAssert_0x7C41D09B());
+        ThrowNoXercesSource();
     const XercesInputSource document =
         xercesableSource->GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
     BeginBudget(document, !m_noSchemaLoaded);

@@ -21,6 +21,10 @@ class XercesInputSource;
 /// after that call is destroyed before Xerces is shut down.
 void EnsureXercesIsInitialised();
 
+/// The assertion about a document that gives no bytes to Xerces, thrown in the source that it
+/// names.
+[[noreturn]] void ThrowNoXercesSource();
+
 /// The driver of one Xerces reader.
 class XercesXMLParserImpl final : public XercesXMLParser
 {

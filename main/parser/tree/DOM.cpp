@@ -2,8 +2,9 @@
 
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
-#include "tree/DOMElementAccess.h"
+#include "tree/ElementLife.h"
 #include "tree/LockedPair.h"
+#include "tree/TreeAssertions.h"
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementSearch.h>
@@ -21,7 +22,7 @@ DOM::DOM(bool restrictExternalPaths)
     : m_root(std::make_unique<DOMElement>(TString(u"Document"))),
       m_restrictExternalPaths(restrictExternalPaths)
 {
-    DOMElementAccess::SetDocument(*m_root, this);
+    ElementLife::SetDocument(*m_root, this);
 }
 
 DOM::~DOM()
@@ -29,7 +30,7 @@ DOM::~DOM()
     // The root clears the registries, for which the lock must still be there.
     std::unique_ptr<DOMElement> root = std::move(m_root);
     root.reset();
-    DOMElementAccess::DetachAllLoose(*this);
+    ElementLife::DetachAllLoose(*this);
 }
 
 bool DOM::GetRestrictExternalPaths() const
@@ -138,4 +139,12 @@ const PathRenames& DOM::GetPathRenames() const
 {
     const ScopedReadLock lock(m_lock);
     return m_pathRenames;
+}
+
+// Assertions
+
+void TreeAssertions::ThrowCaptionHasBeenRenamed()
+{
+    ThrowAssertion(u"DOM", __LINE__, u"m_captionRenames.find(oldCaption) == m_captionRenames.end()",
+                   KesErrorsError::LogicAssert_0xB37C21E5());
 }

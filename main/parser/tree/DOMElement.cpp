@@ -3,8 +3,10 @@
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
 #include "base/Prefetch.h"
-#include "tree/DOMElementAccess.h"
+#include "tree/ElementLife.h"
+#include "tree/ParsedElements.h"
 #include "tree/SlabReferences.h"
+#include "tree/TreeAssertions.h"
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMException.h>
@@ -55,7 +57,7 @@ DOMElement::~DOMElement()
             m_dom->EraseErrorsAndWarningsForNode(*this);
     }
     DestroyChildren();
-    DOMElementAccess::ForgetElement(*this);
+    ElementLife::Forget(*this);
 }
 
 // Not inline: compilers that see through to the global operators take those of this class for ones
@@ -65,7 +67,17 @@ void* DOMElement::operator new(std::size_t bytes)
     return ::operator new(bytes);
 }
 
+void* DOMElement::operator new(std::size_t bytes, const std::nothrow_t& nothrow) noexcept
+{
+    return ::operator new(bytes, nothrow);
+}
+
 void DOMElement::operator delete(void* memory) noexcept
+{
+    ::operator delete(memory);
+}
+
+void DOMElement::operator delete(void* memory, const std::nothrow_t&) noexcept
 {
     ::operator delete(memory);
 }
@@ -83,7 +95,8 @@ void DOMElement::operator delete(DOMElement* element, std::destroying_delete_t) 
 void DOMElement::DestroyChildren() noexcept
 {
     SlabReferences references;
-    // Always down to the last leaf, so that what is destroyed has no children of its own.
+    // No TreeWalk, for that needs memory. Always down to the last leaf, so that what is destroyed
+    // has no children of its own.
     DOMElement* element = this;
     for (;;) {
         while (!element->m_children.empty()) {
@@ -93,7 +106,7 @@ void DOMElement::DestroyChildren() noexcept
                 PrefetchDescendants(*last);
                 element = last;
             } else {
-                DOMElementAccess::DestroyLeaf(element->m_children.PopBack(), references);
+                ParsedElements::DestroyLeaf(element->m_children.PopBack(), references);
             }
         }
         if (element == this)
@@ -106,7 +119,7 @@ void DOMElement::DestroyChildren() noexcept
 
 const DOMElement* DOMElement::GetParent() const noexcept
 {
-    return DOMElementAccess::Parent(*this);
+    return ElementLife::Parent(*this);
 }
 
 DOMElement* DOMElement::GetParent() noexcept
@@ -116,9 +129,9 @@ DOMElement* DOMElement::GetParent() noexcept
 
 bool DOMElement::IsChildOf(const DOMElement& other) const noexcept
 {
-    const DOMElement* ancestor = DOMElementAccess::Parent(*this);
+    const DOMElement* ancestor = ElementLife::Parent(*this);
     while (ancestor != nullptr && ancestor != &other)
-        ancestor = DOMElementAccess::Parent(*ancestor);
+        ancestor = ElementLife::Parent(*ancestor);
     return ancestor != nullptr;
 }
 
@@ -237,7 +250,7 @@ TString DOMElement::GetParentAttr(const TString& name) const
 {
     const DOMElement* element = this;
     while (element != nullptr && !element->HasAttribute(name))
-        element = DOMElementAccess::Parent(*element);
+        element = ElementLife::Parent(*element);
     return element == nullptr ? TString() : element->GetAttribute(name);
 }
 
@@ -281,3 +294,89 @@ void DOMElement::AdoptAttributes(DOMElement& from, bool overwrite)
     m_attributes.Replace(std::move(merged));
     source.clear();
 }
+
+// Assertions
+
+namespace {
+
+/// An operation that only an attached element can be asked for.
+struct AttachedOperation
+{
+    std::u16string_view name;
+    int line;
+    CorvinaError (*error)();
+};
+
+constexpr AttachedOperation c_attachedOperations[] = {
+    {u"ClearErrors", __LINE__, KesErrorsError::LogicAssert_0x5333472D},
+    {u"Error", __LINE__, KesErrorsError::LogicAssert_0x680C7D53},
+    {u"PrefixError", __LINE__, KesErrorsError::LogicAssert_0x72791866},
+    {u"HasErrors", __LINE__, KesErrorsError::LogicAssert_0x7CE5B379},
+    {u"HasUnreportedErrors", __LINE__, KesErrorsError::LogicAssert_0x87524E8C},
+    {u"HasCancelErrors", __LINE__, KesErrorsError::LogicAssert_0x91BEE99F},
+    {u"HasOnlyCancelErrors", __LINE__, KesErrorsError::LogicAssert_0x9C2B84B2},
+    {u"GetErrors", __LINE__, KesErrorsError::LogicAssert_0xA6981FC5},
+    {u"GetMetadataForErrors", __LINE__, KesErrorsError::LogicAssert_0xB104BAD8},
+    {u"ClearWarnings", __LINE__, KesErrorsError::LogicAssert_0x5D9FE240},
+    {u"Warning", __LINE__, KesErrorsError::LogicAssert_0xBB7155EB},
+    {u"PrefixWarning", __LINE__, KesErrorsError::LogicAssert_0xC5DDF0FE},
+    {u"HasWarnings", __LINE__, KesErrorsError::LogicAssert_0xD04A8C11},
+    {u"GetWarnings", __LINE__, KesErrorsError::LogicAssert_0xDAB72724},
+    {u"GetMetadataForWarnings", __LINE__, KesErrorsError::LogicAssert_0xE523C237},
+    {u"AddFieldRename", __LINE__, KesErrorsError::LogicAssert_0x3E5A1107},
+    {u"AddCaptionRename", __LINE__, KesErrorsError::LogicAssert_0x48C6AC1A},
+};
+
+} // namespace
+
+namespace TreeAssertions {
+
+DOM& RequireDocument(DOM* dom, const char16_t* operation)
+{
+    if (dom != nullptr)
+        return *dom;
+    const auto* site = std::find_if(
+        std::begin(c_attachedOperations), std::end(c_attachedOperations),
+        [operation](const AttachedOperation& candidate) { return candidate.name == operation; });
+    ThrowAssertion(u"DOMElement", site->line,
+                   TString(u"DOMElement::") + operation +
+                       u" can only be called on a DOMElement that is attached to a DOM",
+                   site->error());
+}
+
+void ThrowNoElement()
+{
+    ThrowAssertion(u"DOMElement", __LINE__, u"child != nullptr",
+                   KesErrorsError::LogicAssert_0xC4A61D58());
+}
+
+void ThrowOwnSubtree()
+{
+    ThrowAssertion(u"DOMElement", __LINE__, u"Cannot insert an element into its own subtree.",
+                   KesErrorsError::LogicAssert_0x91F3D45A());
+}
+
+void ThrowNoChild()
+{
+    ThrowAssertion(u"DOMElement", __LINE__, u"i != m_children.end()",
+                   KesErrorsError::LogicAssert_0x5B1D0C37());
+}
+
+void ThrowNoParent()
+{
+    ThrowAssertion(u"DOMElement", __LINE__, u"parent", KesErrorsError::LogicAssert_0x2C60B98D());
+}
+
+void ThrowNoParentToMoveFrom()
+{
+    ThrowAssertion(u"DOMElement", __LINE__, u"m_parent != nullptr",
+                   KesErrorsError::LogicAssert_0x1F8C60E4());
+}
+
+void ThrowNoParentToAdoptFrom()
+{
+    ThrowAssertion(u"DOMElement", __LINE__, u"Cannot adopt a child without an existing parent.",
+                   KesErrorsError::LogicAssert_0x7A94E2F1());
+}
+
+} // namespace TreeAssertions

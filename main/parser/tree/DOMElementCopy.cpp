@@ -2,55 +2,57 @@
 
 #include <kescorexml/DOMElement.h>
 
-#include "tree/DOMElementAccess.h"
+#include "tree/ElementLife.h"
+#include "tree/TreeWalk.h"
+
+#include <kescorexml/DOM.h>
 
 #include <utility>
 #include <vector>
 
-namespace {
-
-/// An element whose children are being copied, with the next of them.
-struct CloneLevel
+class ElementCopy
 {
-    const DOMElement* source;
-    DOMElement* target;
-    std::size_t next;
+public:
+    /// Copies the descendants of `source` to `target`, which has none. The copies are attached to
+    /// `dom`; unless that is null, they get the diagnostics of what they are copies of, and
+    /// `diagnosticsTarget` those of `source`. Happens whole or not at all.
+    static void CloneDescendants(DOMElement& target, const DOMElement& source, DOM* dom,
+                                 const DOMElement& diagnosticsTarget);
 };
 
-} // namespace
-
-void DOMElementAccess::CloneDescendants(DOMElement& target, const DOMElement& source, DOM* dom,
-                                        const DOMElement& diagnosticsTarget)
+void ElementCopy::CloneDescendants(DOMElement& target, const DOMElement& source, DOM* dom,
+                                   const DOMElement& diagnosticsTarget)
 {
     std::vector<std::pair<const DOMElement*, const DOMElement*>> remembered;
     const auto noteDiagnostics = [&](const DOMElement& from, const DOMElement& to) {
-        if (dom != nullptr && Identity(from) != nullptr) {
-            MakeIdentity(to);
+        if (dom != nullptr && ElementLife::Identity(from) != nullptr) {
+            ElementLife::MakeIdentity(to);
             remembered.emplace_back(&from, &to);
         }
     };
     try {
         noteDiagnostics(source, diagnosticsTarget);
-        std::vector<CloneLevel> open{{&source, &target, 0}};
         target.m_children.ReserveExactly(source.m_children.size());
-        while (!open.empty()) {
-            CloneLevel& level = open.back();
-            if (level.next == level.source->m_children.size()) {
-                open.pop_back();
-                continue;
-            }
-            const DOMElement& from = *level.source->m_children[level.next++];
-            auto copy = std::make_unique<DOMElement>(from.m_name);
+        TreeWalk<const DOMElement> walk;
+        walk.Enter(source);
+        DOMElement* parent = &target;
+        std::size_t depth = walk.Depth();
+        while (const DOMElement* from = walk.Next()) {
+            for (; depth > walk.Depth(); --depth)
+                parent = parent->m_parent;
+            auto copy = std::make_unique<DOMElement>(from->m_name);
             DOMElement& to = *copy;
-            to.m_text = from.m_text;
-            to.m_attributes.Take(to.m_attributes.PrepareReplacement(from.m_attributes));
+            to.m_text = from->m_text;
+            to.m_attributes.Take(to.m_attributes.PrepareReplacement(from->m_attributes));
             to.m_dom = dom;
-            to.m_parent = level.target;
-            level.target->m_children.PushBack(std::move(copy));
-            noteDiagnostics(from, to);
-            if (from.HasChildren()) {
-                to.m_children.ReserveExactly(from.m_children.size());
-                open.push_back({&from, &to, 0});
+            to.m_parent = parent;
+            parent->m_children.PushBack(std::move(copy));
+            noteDiagnostics(*from, to);
+            if (from->HasChildren()) {
+                to.m_children.ReserveExactly(from->m_children.size());
+                walk.Enter(*from);
+                parent = &to;
+                depth = walk.Depth();
             }
         }
         if (!remembered.empty() && source.m_dom != nullptr)
@@ -67,14 +69,14 @@ DOMElement::DOMElement(const DOMElement& other)
 {
     try {
         if (m_dom != nullptr)
-            DOMElementAccess::MakeIdentity(*this);
-        DOMElementAccess::CloneDescendants(*this, other, m_dom, *this);
+            ElementLife::MakeIdentity(*this);
+        ElementCopy::CloneDescendants(*this, other, m_dom, *this);
     } catch (...) {
-        DOMElementAccess::ForgetElement(*this);
+        ElementLife::Forget(*this);
         throw;
     }
     if (m_dom != nullptr)
-        DOMElementAccess::LinkLoose(*this);
+        ElementLife::LinkLoose(*this);
 }
 
 DOMElement& DOMElement::operator=(const DOMElement& other)
@@ -87,7 +89,7 @@ DOMElement& DOMElement::operator=(const DOMElement& other)
     const TString name = other.m_name;
     const TString text = other.m_text;
     DOMElement copy{TString()};
-    DOMElementAccess::CloneDescendants(copy, other, m_dom, *this);
+    ElementCopy::CloneDescendants(copy, other, m_dom, *this);
 
     m_name = name;
     m_text = text;
@@ -110,6 +112,7 @@ bool DOMElement::operator!=(const DOMElement& other) const
     if (differsItself(*this, other))
         return true;
 
+    // No TreeWalk, of which there would have to be two: these go in step and need one stack.
     /// Two elements that are alike so far, with the next of their children.
     struct Level
     {

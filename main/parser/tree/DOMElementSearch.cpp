@@ -1,9 +1,9 @@
 #include <kescorexml/DOMElementSearch.h>
 
 #include "tree/DOMElementAccess.h"
+#include "tree/TreeWalk.h"
 
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -50,33 +50,15 @@ const DOMElement* FindElement(const DOMElement& element, const TString& name, in
 {
     if (Matches(element, name, attrName, attrValue))
         return &element;
-    if (depth < 1 || !element.HasChildren())
+    if (depth < 1)
         return nullptr;
-
-    // The elements whose children are being looked at, each with the rest of them. An element at
-    // level n is on the stack at index n, so the stack is never deeper than `depth`.
-    struct Level
-    {
-        ElementList::const_iterator next;
-        ElementList::const_iterator end;
-    };
-    std::vector<Level> open;
-    const auto enter = [&open](const DOMElement& parent) {
-        const ElementList& children = DOMElementAccess::Children(parent);
-        open.push_back({children.begin(), children.end()});
-    };
-    enter(element);
-    while (!open.empty()) {
-        Level& level = open.back();
-        if (level.next == level.end) {
-            open.pop_back();
-            continue;
-        }
-        const DOMElement& child = **level.next++;
-        if (Matches(child, name, attrName, attrValue))
-            return &child;
-        if (child.HasChildren() && open.size() < static_cast<std::size_t>(depth))
-            enter(child);
+    TreeWalk<const DOMElement> walk;
+    walk.Enter(element);
+    while (const DOMElement* below = walk.Next()) {
+        if (Matches(*below, name, attrName, attrValue))
+            return below;
+        if (walk.Depth() < static_cast<std::size_t>(depth))
+            walk.Enter(*below);
     }
     return nullptr;
 }

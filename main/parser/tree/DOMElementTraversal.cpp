@@ -23,6 +23,7 @@ T* PreorderGeneratorTemplate<T>::Next()
     m_stack.pop_back();
     if (m_stack.size() >= c_prefetchDistance)
         PrefetchElement(*m_stack[m_stack.size() - c_prefetchDistance]);
+    // No TreeWalk, which takes children from the first to the last.
     const ElementList& children = DOMElementAccess::Children(std::as_const(*element));
     for (const auto& child : children)
         m_stack.push_back(child.get());

@@ -2,8 +2,7 @@
 
 #include <kescorexml/DOM.h>
 
-#include "base/Assertion.h"
-#include "base/KesErrors.h"
+#include "tree/TreeAssertions.h"
 
 #include <kescorexml/DOMElement.h>
 
@@ -17,9 +16,7 @@ void DOM::AddCaptionRename(const TString& oldCaption, const TString& newCaption)
 {
     const ScopedLock lock(m_lock);
     if (!m_captionRenames.emplace(oldCaption, newCaption).second)
-        ThrowAssertion(u"DOM", __LINE__,
-                       u"m_captionRenames.find(oldCaption) == m_captionRenames.end()",
-                       KesErrorsError::LogicAssert_0xB37C21E5());
+        TreeAssertions::ThrowCaptionHasBeenRenamed();
 }
 
 void DOM::AddDataSourceRename(const TString& from, const TString& to)

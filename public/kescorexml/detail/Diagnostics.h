@@ -43,11 +43,12 @@ private:
 template <typename Message>
 struct DiagnosticsEntry
 {
+    /// Keeps the key alive.
     ElementIdentityRef identity;
     MessageSequence<Message> messages;
 };
 
-/// Messages by element. An entry whose element is gone is as good as none, even when another
-/// element has come to live at its address.
+/// Messages by element. What an element is known by outlives it, so that its messages never show on
+/// another one that has come to live at its address.
 template <typename Message>
-using DiagnosticsRegistry = std::unordered_map<const DOMElement*, DiagnosticsEntry<Message>>;
+using DiagnosticsRegistry = std::unordered_map<const ElementIdentity*, DiagnosticsEntry<Message>>;

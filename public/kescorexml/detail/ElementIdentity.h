@@ -60,7 +60,6 @@ public:
     {
         return m_identity->element.load(std::memory_order_acquire);
     }
-    bool Is(const ElementIdentity* identity) const noexcept { return m_identity == identity; }
 
 private:
     ElementIdentity* m_identity;

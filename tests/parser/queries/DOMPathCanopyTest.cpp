@@ -1,3 +1,4 @@
+#include <kescorexml/DOM.h>
 #include <kescorexml/DOMPath.h>
 #include <kescorexml/DOMPathCanopy.h>
 
@@ -175,6 +176,24 @@ TEST_F(DOMPathCanopyTest, UnderneathRefusesEmptyPathsAndPathsThatBeginWithASepar
     outer->AddNewChild(TString())->AddNewChild(u"item");
     for (const char16_t* path : {u"", u"/", u"/item", u"//item"})
         EXPECT_THAT(DOMPathCanopy::UnderneathCanopy(root, u"root/folder", path), IsEmpty());
+}
+
+TEST_F(DOMPathCanopyTest, AnAbsoluteCanopyPathStartsAtTheDocumentRoot)
+{
+    DOM dom;
+    DOMElement* top = dom.GetRoot()->AppendChild(std::make_unique<DOMElement>(root));
+    DOMElement& folder = top->GetChildren()[0];
+    const auto within = DOMPathCanopy::WithinCanopy(root, u"root", u"folder");
+    const auto underneath = DOMPathCanopy::UnderneathCanopy(root, u"root/folder", u"item");
+    for (DOMElement* start : {dom.GetRoot(), top, &folder}) {
+        ASSERT_EQ(DOMPathCanopy::WithinCanopy(*start, u"/root", u"folder").size(), within.size());
+        EXPECT_EQ(DOMPathCanopy::WithinCanopy(*start, u"/root", u"folder").front(), &folder);
+        EXPECT_EQ(DOMPathCanopy::UnderneathCanopy(*start, u"/root/folder", u"item").size(),
+                  underneath.size());
+        EXPECT_THAT(DOMPathCanopy::WithinCanopy(*start, u"/none", u"folder"), IsEmpty());
+    }
+    EXPECT_THAT(DOMPathCanopy::WithinCanopy(root, u"/root", u"folder"), IsEmpty())
+        << "a detached element has no document root";
 }
 
 TEST_F(DOMPathCanopyTest, ConstElementsGiveConstMatches)

@@ -204,6 +204,34 @@ TEST_F(DOMPathTest, ALeadingSeparatorStartsAtTheDocumentRoot)
     }
 }
 
+TEST_F(DOMPathTest, AnAbsolutePathStartsAtTheFirstOfSeveralTopLevelElements)
+{
+    DOMElement* second = dom.GetRoot()->AddNewChild(u"second");
+    second->AddNewChild(u"a");
+    for (DOMElement* start : {dom.GetRoot(), r, b2, second}) {
+        EXPECT_THAT(DOMPath::GetAll(*start, u"/*"), ElementsAre(r));
+        EXPECT_THAT(DOMPath::GetAll(*start, u"/r/a"), ElementsAre(a1, a3));
+        EXPECT_THAT(DOMPath::GetAll(*start, u"/second"), IsEmpty());
+        EXPECT_THAT(DOMPath::GetAll(*start, u"/second/a"), IsEmpty());
+        EXPECT_EQ(DOMPath::GetFirst(*start, u"/*/b"), b3);
+    }
+}
+
+TEST_F(DOMPathTest, DotsAndAttributesAreNoStepsButNames)
+{
+    for (const char16_t* name : {u".", u"..", u"@x", u"a[1]", u"text()"}) {
+        c->SetAttribute(u"x", u"1");
+        EXPECT_THAT(DOMPath::GetAll(*c, name), IsEmpty());
+        EXPECT_THAT(DOMPath::GetAll(*c, TString(u"c/") + name), IsEmpty());
+        EXPECT_THAT(DOMPath::GetAll(*r, TString(u"//") + name), IsEmpty());
+        DOMElement* named = c->AddNewChild(name);
+        EXPECT_THAT(DOMPath::GetAll(*named, name), ElementsAre(named));
+        EXPECT_THAT(DOMPath::GetAll(*c, TString(u"c/") + name), ElementsAre(named));
+        EXPECT_THAT(DOMPath::GetAll(*r, TString(u"//") + name), ElementsAre(named));
+        c->RemoveChild(*named);
+    }
+}
+
 TEST_F(DOMPathTest, AnAbsolutePathYieldsNothingWithoutADocumentRoot)
 {
     DOMElement detached(u"r");
@@ -332,6 +360,105 @@ TEST(DOMPath, RemovingMoreEarlierSiblingsThanRemainIsOutOfRange)
 {
     ExpectRemovalIsNoticed<DOMElement>();
     ExpectRemovalIsNoticed<DOMElement const>();
+}
+
+TEST(DOMPath, AWalkThatFoundSiblingsMissingGoesOnOnceThereAreSome)
+{
+    for (const bool isLong : {false, true}) {
+        TString path;
+        DOMElement top(u"r");
+        DOMElement* parent = &top;
+        if (isLong) {
+            for (int i = 0; i < 70; ++i) {
+                path += u"r/";
+                parent = parent->AddNewChild(u"r");
+            }
+        }
+        path += u"r/a";
+        for (int i = 0; i < 6; ++i)
+            parent->AddNewChild(u"a");
+        DOMPath::IteratorTemplate<DOMElement> iterator(top, path);
+        ++iterator;
+        ++iterator;
+        ++iterator;
+        // Stands at the fourth and will look at the fifth, of which it then finds only one.
+        std::vector<std::unique_ptr<DOMElement>> removed;
+        while (parent->GetChildren().size() > 1)
+            removed.push_back(parent->RemoveChild(parent->GetChildren().back()));
+        const DOMElement* shown = &*iterator;
+        EXPECT_EQ(shown, removed[2].get());
+        EXPECT_THROW(++iterator, std::out_of_range);
+        EXPECT_THROW(++iterator, std::out_of_range);
+        EXPECT_EQ(&*iterator, shown);
+        EXPECT_TRUE(iterator != DOMPath::IteratorTemplate<DOMElement>());
+        // Each of the two has passed over one more; the element that was to be looked at is looked
+        // at again.
+        while (parent->GetChildren().size() < 9)
+            parent->AddNewChild(u"a");
+        std::vector<const DOMElement*> rest;
+        for (++iterator; iterator != DOMPath::IteratorTemplate<DOMElement>(); ++iterator)
+            rest.push_back(&*iterator);
+        EXPECT_THAT(rest, ElementsAre(removed[1].get(), &parent->GetChildren()[7],
+                                      &parent->GetChildren()[8]));
+    }
+}
+
+TEST(DOMPath, GetFirstDoesNotLookBehindTheFirstMatch)
+{
+    // What lies behind the match goes deeper than the stack of a walk has room for at first.
+    const auto make = [](bool isDeepBehind) {
+        auto top = std::make_unique<DOMElement>(u"top");
+        top->AddNewChild(u"match");
+        if (isDeepBehind)
+            top->AppendChild(MakeChain(1000, u"e"));
+        return top;
+    };
+    const auto alone = make(false);
+    const auto deep = make(true);
+    const TString path(u"//match");
+    std::size_t allowed = 0;
+    const auto canFind = [&](DOMElement& top) {
+        bool isFound = false;
+        const FailingAllocations failing(allowed);
+        try {
+            isFound = DOMPath::GetFirst(top, path) == &top.GetChildren().front();
+        } catch (const std::bad_alloc&) {
+        }
+        return isFound && !FailingAllocations::HasFailed();
+    };
+    while (!canFind(*alone))
+        ASSERT_LT(++allowed, 100U);
+    EXPECT_TRUE(canFind(*deep));
+    bool isAllFound = true;
+    {
+        const FailingAllocations failing(allowed + 1);
+        try {
+            DOMPath::GetAll(*deep, path);
+        } catch (const std::bad_alloc&) {
+            isAllFound = false;
+        }
+    }
+    EXPECT_FALSE(isAllFound) << "or the memory allowed says nothing";
+}
+
+TEST(DOMPath, ASubtreeInWhichALongPathCannotMatchIsNotEntered)
+{
+    for (const int steps : {3, 62, 63, 64, 100}) {
+        TString path(u"top");
+        auto top = std::make_unique<DOMElement>(u"top");
+        DOMElement* deepest = top.get();
+        for (int i = 1; i < steps; ++i) {
+            path += u"/x";
+            deepest = deepest->AddNewChild(u"x");
+        }
+        // Deeper than any room that the first match can have left.
+        top->AppendChild(MakeChain(10'000, u"y"));
+        DOMPath::Generator<DOMElement> generator(*top, path);
+        EXPECT_EQ(generator.Next(), deepest);
+        const FailingAllocations failing(0);
+        EXPECT_EQ(generator.Next(), nullptr);
+        EXPECT_FALSE(FailingAllocations::HasFailed()) << steps;
+    }
 }
 
 TEST(DOMPath, AVisitAllocatesNothing)

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <list>
 #include <random>
 #include <set>
@@ -363,208 +364,6 @@ TEST_F(DOMDiagnostics, EraseTakesTheOwnEntriesOnly)
     EXPECT_FALSE(m_dom.HasWarnings());
 }
 
-// Adopting and copying
-
-TEST_F(DOMDiagnostics, AdoptingMovesTheOwnEntriesOfANodeToTheTarget)
-{
-    DOM other;
-    DOMElement* target = other.GetRoot()->AddNewChild(u"t");
-    Push("b", "b");
-    Push("c", "c");
-    Warn("b", "wb");
-    other.AdoptErrorsAndWarningsForNode(At("b"), target);
-    EXPECT_EQ(ErrorsOf(other), "b");
-    EXPECT_EQ(WarningsOf(other), "wb");
-    EXPECT_EQ(ErrorsOf(m_dom), "c");
-    EXPECT_EQ(WarningsOf(m_dom), "");
-    EXPECT_TRUE(other.HasErrors(*target));
-}
-
-TEST_F(DOMDiagnostics, AdoptingWithoutTargetKeepsTheKey)
-{
-    DOM other;
-    Push("b", "b");
-    other.AdoptErrorsAndWarningsForNode(At("b"), nullptr);
-    EXPECT_FALSE(m_dom.HasErrors());
-    EXPECT_TRUE(other.HasErrors(At("b")));
-    EXPECT_TRUE(other.HasErrors()) << "whatever tree the keys belong to";
-    EXPECT_EQ(ErrorsOf(other), "") << "but it is not in the other tree";
-}
-
-TEST_F(DOMDiagnostics, AdoptingLosesMessagesWhenTheKeyHasSome)
-{
-    DOM other;
-    DOMElement* target = other.GetRoot()->AddNewChild(u"t");
-    AddError(*target, "existing");
-    Push("b", "lost");
-    Warn("b", "kept");
-    other.AdoptErrorsAndWarningsForNode(At("b"), target);
-    EXPECT_EQ(ErrorsOf(other), "existing");
-    EXPECT_EQ(WarningsOf(other), "kept");
-    EXPECT_FALSE(m_dom.HasErrors());
-    EXPECT_FALSE(m_dom.HasWarnings());
-}
-
-TEST_F(DOMDiagnostics, AdoptingNothingChangesNothing)
-{
-    DOM other;
-    DOMElement* target = other.GetRoot()->AddNewChild(u"t");
-    AddWarning(*target, "w");
-    other.AdoptErrorsAndWarningsForNode(At("b"), target);
-    EXPECT_FALSE(other.HasErrors());
-    EXPECT_EQ(WarningsOf(other), "w");
-    const DOMElement detached(TString(u"d"));
-    other.AdoptErrorsAndWarningsForNode(detached, target);
-    other.CopyErrorsAndWarningsForNode(detached, target);
-    EXPECT_FALSE(other.HasErrors());
-    EXPECT_EQ(WarningsOf(other), "w");
-}
-
-TEST_F(DOMDiagnostics, AdoptingWithinADocumentMovesToTheTarget)
-{
-    Push("b", "b");
-    Warn("b", "w");
-    m_dom.AdoptErrorsAndWarningsForNode(At("b"), &At("e"));
-    EXPECT_FALSE(m_dom.HasErrors(At("b")));
-    EXPECT_TRUE(m_dom.HasErrors(At("e")));
-    EXPECT_EQ(ErrorsOf(m_dom), "b");
-    EXPECT_EQ(WarningsOf(m_dom), "w");
-}
-
-TEST_F(DOMDiagnostics, AdoptingFromTheSameElementDropsTheMessages)
-{
-    // The key has an entry, so nothing is inserted, and then the source's entry is erased.
-    Push("b", "b");
-    m_dom.AdoptErrorsAndWarningsForNode(At("b"), nullptr);
-    EXPECT_FALSE(m_dom.HasErrors());
-}
-
-TEST_F(DOMDiagnostics, CopyingLeavesTheSource)
-{
-    DOM other;
-    DOMElement* target = other.GetRoot()->AddNewChild(u"t");
-    Push("b", "1");
-    m_dom.InsertError(At("b"), u"0", MakeInfo(1), true);
-    Push("c", "c");
-    Warn("b", "w");
-    other.CopyErrorsAndWarningsForNode(At("b"), target);
-    EXPECT_EQ(ErrorsOf(other), "0 1");
-    EXPECT_EQ(WarningsOf(other), "w");
-    EXPECT_EQ(ErrorsOf(m_dom), "0 1 c");
-    AddError(*target, "2");
-    EXPECT_EQ(ErrorsOf(m_dom), "0 1 c");
-    other.CopyErrorsAndWarningsForNode(At("c"), target);
-    EXPECT_EQ(ErrorsOf(other), "0 1 2") << "an entry that exists is kept";
-    m_dom.CopyErrorsAndWarningsForNode(At("b"), &At("e"));
-    EXPECT_EQ(ErrorsOf(m_dom), "0 1 0 1 c");
-    m_dom.CopyErrorsAndWarningsForNode(At("b"), nullptr);
-    EXPECT_EQ(ErrorsOf(m_dom), "0 1 0 1 c");
-}
-
-// Handing everything over
-
-TEST_F(DOMDiagnostics, MovingEverythingDiscardsWhatTheOtherHeld)
-{
-    DOM other;
-    AddError(*other.GetRoot(), "discarded");
-    AddWarning(*other.GetRoot(), "discarded");
-    Push("b", "b");
-    m_dom.MoveErrorsAndWarningsTo(other);
-    EXPECT_FALSE(m_dom.HasErrors());
-    EXPECT_FALSE(m_dom.HasWarnings());
-    EXPECT_FALSE(other.HasWarnings());
-    EXPECT_TRUE(other.HasErrors());
-    EXPECT_TRUE(other.HasErrors(At("a")));
-    EXPECT_FALSE(other.HasErrors(At("e")));
-    EXPECT_EQ(ErrorsOf(other), "") << "the keys still name the elements of the first document";
-    std::list<TString> messages;
-    other.GetErrors(*m_dom.GetRoot(), messages);
-    EXPECT_EQ(JoinMessages(messages), "b");
-}
-
-TEST_F(DOMDiagnostics, MovingEverythingToItselfLeavesNothing)
-{
-    Push("b", "b");
-    Warn("b", "w");
-    m_dom.MoveErrorsAndWarningsTo(m_dom);
-    EXPECT_FALSE(m_dom.HasErrors());
-    EXPECT_FALSE(m_dom.HasWarnings());
-}
-
-TEST_F(DOMDiagnostics, MovedMessagesVanishWithTheirElements)
-{
-    DOM other;
-    DOMElement* inner = other.GetRoot()->AddNewChild(u"x");
-    for (const char* name : {"a", "b", "c", "d", "e"}) {
-        Push(name, name);
-        Warn(name, name);
-    }
-    m_dom.MoveErrorsAndWarningsTo(other);
-    m_dom.GetRoot()->RemoveChild(u"a").reset();
-    EXPECT_TRUE(other.HasErrors()) << "one of the elements lives";
-    EXPECT_FALSE(other.HasErrors(*inner));
-    EXPECT_FALSE(other.HasWarnings(*inner));
-    m_dom.GetRoot()->RemoveChild(u"e").reset();
-    EXPECT_FALSE(other.HasErrors());
-    EXPECT_FALSE(other.HasUnreportedErrors());
-    EXPECT_TRUE(other.HasOnlyCancelErrors());
-    EXPECT_FALSE(other.HasWarnings());
-    EXPECT_EQ(ErrorsOf(other), "");
-    other.ClearErrors(*inner);
-    other.ClearErrors();
-}
-
-TEST_F(DOMDiagnostics, MovedMessagesOutliveTheDocumentTheyCameFromSafely)
-{
-    DOM other;
-    {
-        DOM gone;
-        AddChildren(*gone.GetRoot(), "x(y)");
-        AddError(Find(gone, "y"), "y");
-        gone.MoveErrorsAndWarningsTo(other);
-        EXPECT_TRUE(other.HasErrors());
-    }
-    EXPECT_FALSE(other.HasErrors());
-    DOM last;
-    other.MoveErrorsAndWarningsTo(last);
-    EXPECT_FALSE(last.HasErrors());
-    EXPECT_FALSE(last.HasErrors(*last.GetRoot()->AddNewChild(u"z")));
-}
-
-TEST_F(DOMDiagnostics, AnElementAtAUsedAddressNeverShowsAStrangersMessages)
-{
-    // Allocators like to give the same address again; whether they do is not for the test to say.
-    DOM other;
-    std::size_t reused = 0;
-    for (int round = 0; round < 200; ++round) {
-        DOM source;
-        DOMElement* victim = source.GetRoot()->AddNewChild(u"victim");
-        AddError(*victim, "stranger");
-        AddWarning(*victim, "stranger");
-        source.MoveErrorsAndWarningsTo(other);
-        const void* address = victim;
-        source.GetRoot()->RemoveChild(*victim).reset();
-
-        DOMElement* fresh = other.GetRoot()->AddNewChild(u"fresh");
-        reused += fresh == address ? 1U : 0U;
-        EXPECT_FALSE(fresh->HasErrors());
-        EXPECT_FALSE(fresh->HasWarnings());
-        EXPECT_FALSE(other.HasErrors());
-        EXPECT_EQ(ErrorsOf(other), "");
-        // Nor do they stand in the way of its own.
-        AddError(*fresh, "own");
-        EXPECT_EQ(ErrorsOf(other), "own");
-        // Nor of those that it adopts.
-        DOMElement* giver = other.GetRoot()->AddNewChild(u"giver");
-        AddWarning(*giver, "adopted");
-        other.AdoptErrorsAndWarningsForNode(*giver, fresh);
-        EXPECT_EQ(WarningsOf(other), "adopted");
-        other.GetRoot()->RemoveChildren();
-        EXPECT_FALSE(other.HasErrors());
-    }
-    RecordProperty("addresses used again", static_cast<int>(reused));
-}
-
 TEST_F(DOMDiagnostics, DestroyedElementsLeaveNothingInTheRegistry)
 {
     std::ptrdiff_t before = 0;
@@ -578,18 +377,6 @@ TEST_F(DOMDiagnostics, DestroyedElementsLeaveNothingInTheRegistry)
             before = CountLiveAllocations();
     }
     EXPECT_EQ(CountLiveAllocations(), before);
-}
-
-TEST_F(DOMDiagnostics, MessagesLeftBehindByADetachedElementEndWithIt)
-{
-    DOMElement holder(TString(u"h"));
-    Push("b", "b");
-    holder.AppendChild(m_dom.GetRoot()->RemoveChild(u"a"));
-    EXPECT_TRUE(m_dom.HasErrors());
-    EXPECT_FALSE(m_dom.HasErrors(At("e")));
-    holder.RemoveChildren();
-    EXPECT_FALSE(m_dom.HasErrors());
-    EXPECT_FALSE(m_dom.HasErrors(At("e")));
 }
 
 // Threads
@@ -619,51 +406,6 @@ TEST_F(DOMDiagnostics, MayBeRecordedAndReadFromSeveralThreads)
         thread.join();
     EXPECT_EQ(m_dom.GetErrors().size(), 8U * c_rounds);
     EXPECT_EQ(m_dom.GetWarnings().size(), 4U * c_rounds);
-}
-
-TEST_F(DOMDiagnostics, OppositeDirectionsDoNotDeadlock)
-{
-    constexpr int c_rounds = 2000;
-    DOM other;
-    DOMElement* theirs = other.GetRoot()->AddNewChild(u"t");
-    DOMElement& mine = At("b");
-    DOMElement& mineToo = At("c");
-    DOMElement* theirsToo = other.GetRoot()->AddNewChild(u"u");
-    const auto work = [](DOM& to, const DOMElement& node, const DOMElement& target) {
-        for (int round = 0; round < c_rounds; ++round) {
-            node.Error(u"m", MakeInfo(1), false, false);
-            to.AdoptErrorsAndWarningsForNode(node, &target);
-            to.CopyErrorsAndWarningsForNode(node, &target);
-            to.EraseErrorsAndWarningsForNode(target);
-        }
-    };
-    std::thread there([&] { work(other, mine, *theirs); });
-    std::thread back([&] { work(m_dom, *theirsToo, mineToo); });
-    there.join();
-    back.join();
-    EXPECT_FALSE(m_dom.HasErrors(mine));
-    EXPECT_FALSE(other.HasErrors(*theirsToo));
-}
-
-TEST_F(DOMDiagnostics, WholeDocumentsHandedOverInOppositeDirectionsDoNotDeadlock)
-{
-    DOM other;
-    const auto work = [](DOM& from, DOM& to) {
-        for (int round = 0; round < 2000; ++round) {
-            from.MoveErrorsAndWarningsTo(to);
-            to.HasErrors();
-            to.GetErrors();
-        }
-    };
-    Push("b", "b");
-    std::thread there([&] { work(m_dom, other); });
-    std::thread back([&] { work(other, m_dom); });
-    there.join();
-    back.join();
-    std::list<TString> messages;
-    m_dom.GetErrors(*m_dom.GetRoot(), messages);
-    other.GetErrors(*m_dom.GetRoot(), messages);
-    EXPECT_LE(messages.size(), 1U);
 }
 
 // Depth

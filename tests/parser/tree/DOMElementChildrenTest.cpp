@@ -36,7 +36,7 @@ TEST(DOMElementChildren, IndexesInDocumentOrder)
 {
     const auto root = MakeTree("r(a,b,c)");
     DOMElementChildren children = root->GetChildren();
-    const DOMElementChildren view = std::as_const(*root).GetChildren();
+    const auto view = std::as_const(*root).GetChildren();
     EXPECT_EQ(view.size(), 3U);
     EXPECT_FALSE(view.empty());
     const char* names[] = {"a", "b", "c"};
@@ -52,6 +52,51 @@ TEST(DOMElementChildren, IndexesInDocumentOrder)
     EXPECT_EQ(&view.back(), &children[2]);
     static_assert(std::is_same_v<decltype(view.at(0)), const DOMElement&>);
     static_assert(std::is_same_v<decltype(children.at(0)), DOMElement&>);
+}
+
+TEST(DOMElementChildren, OfAConstElementStayConst)
+{
+    const auto root = MakeTree("r(a,b)");
+    const DOMElement& constant = *root;
+    auto view = constant.GetChildren();
+    auto copy = view;
+    static_assert(std::is_same_v<decltype(copy.front()), const DOMElement&>);
+    static_assert(std::is_same_v<decltype(copy.back()), const DOMElement&>);
+    static_assert(std::is_same_v<decltype(copy.at(0)), const DOMElement&>);
+    static_assert(std::is_same_v<decltype(copy[0]), const DOMElement&>);
+    static_assert(std::is_same_v<decltype(*copy.begin()), const ElementList::Owner&>);
+    static_assert(std::is_same_v<decltype(*copy.rbegin()), const ElementList::Owner&>);
+    using Const = decltype(view);
+    static_assert(!std::is_constructible_v<DOMElementChildren, Const>);
+    static_assert(!std::is_convertible_v<Const, DOMElementChildren>);
+    static_assert(!std::is_assignable_v<DOMElementChildren&, Const>);
+    static_assert(!std::is_convertible_v<const DOMElement&, DOMElementChildren>);
+    EXPECT_EQ(&view.front(), &root->GetChildren().front());
+    EXPECT_EQ(&copy.back(), &root->GetChildren().back());
+    EXPECT_EQ(NamesBetween(view.begin(), view.end()), "ab");
+    EXPECT_EQ(NamesBetween(view.cbegin(), view.cend()), "ab");
+    EXPECT_EQ(NamesBetween(view.rbegin(), view.rend()), "ba");
+    EXPECT_EQ(NamesBetween(view.crbegin(), view.crend()), "ba");
+    EXPECT_EQ(view.size(), 2U);
+    EXPECT_FALSE(view.empty());
+    EXPECT_EQ(&view[1], &view.at(1));
+    EXPECT_THROW(view.at(2), std::out_of_range);
+}
+
+TEST(DOMElementChildren, OfEitherKindServeWhereAConstViewIsWanted)
+{
+    const auto root = MakeTree("r(a,b)");
+    const auto count = [](const DOMElementChildren& children) { return children.size(); };
+    const auto countConst = [](ConstDOMElementChildren children) { return children.size(); };
+    EXPECT_EQ(count(root->GetChildren()), 2U);
+    EXPECT_EQ(count(std::as_const(*root).GetChildren()), 2U);
+    EXPECT_EQ(countConst(root->GetChildren()), 2U);
+    EXPECT_EQ(countConst(std::as_const(*root).GetChildren()), 2U);
+    const DOMElementChildren& kept = std::as_const(*root).GetChildren();
+    root->AddNewChild(u"c");
+    EXPECT_EQ(kept.size(), 3U) << "a view follows later changes";
+    DOMElementChildren fromElement = *root;
+    EXPECT_EQ(fromElement.size(), 3U);
 }
 
 TEST(DOMElementChildren, AtOfTheSizeIsOutOfRange)

@@ -3,7 +3,10 @@
 #include "support/SmallStack.h"
 #include "support/TreeTesting.h"
 
+#include <cstdint>
 #include <functional>
+#include <iterator>
+#include <set>
 
 namespace {
 
@@ -481,6 +484,33 @@ TEST(DOMElementEditing, AdoptChildrenOfADescendantIsFine)
     EXPECT_EQ(Outline(*root), "r(c,d,a(b))");
 }
 
+TEST(DOMElementEditing, EachAssertionHasACodeOfItsOwnAndALine)
+{
+    const auto root = MakeTree("r(a)");
+    DOMElement lonely(u"l");
+    const std::function<void()> breaches[] = {
+        [&] { root->InsertChild(nullptr, nullptr); },
+        [&] { root->GetChildren()[0].AppendChild(root->RemoveChild(u"a")); },
+        [&] { root->RemoveChild(lonely); },
+        [&] { lonely.Move(*root, nullptr); },
+        [&] { root->Adopt(lonely, nullptr); },
+        [&] { lonely.MoveToFront(); },
+    };
+    std::set<std::uint32_t> codes;
+    std::set<int> lines;
+    for (const auto& breach : breaches) {
+        const auto assertion = CatchAssertion(breach);
+        ASSERT_TRUE(assertion.has_value()) << codes.size();
+        EXPECT_EQ(assertion->GetFile(),
+                  TString(u"modules/platform/kescorexml/main/parser/DOMElement"));
+        EXPECT_GT(assertion->GetLine(), 0);
+        codes.insert(assertion->GetErrorInfo().GetError().GetCode());
+        lines.insert(assertion->GetLine());
+    }
+    EXPECT_EQ(codes.size(), std::size(breaches));
+    EXPECT_EQ(lines.size(), std::size(breaches));
+}
+
 TEST(DOMElementEditing, AdoptChildrenLogsAMissForEachChild)
 {
     const LogCapture log;
@@ -593,136 +623,65 @@ TEST(DOMElementEditing, MoveToFrontWithoutParentIsAnAssertion)
     ExpectAssertion([&] { root.MoveToFront(); }, "parent");
 }
 
-// Removed elements
+// What is kept
 
-TEST(DOMElementEditing, ARemovedElementMayOutliveItsParent)
+TEST(DOMElementEditing, LocationsAndTheEncodedFlagSurviveEveryMove)
 {
+    const auto expectKept = [](const DOMElement& element) {
+        EXPECT_EQ(element.GetStartLine(), 1);
+        EXPECT_EQ(element.GetStartColumn(), 2);
+        EXPECT_EQ(element.GetEndLine(), 3);
+        EXPECT_EQ(element.GetEndColumn(), 4);
+        EXPECT_TRUE(element.IsEncoded());
+        EXPECT_EQ(element.GetText(), TString(u"&amp;"));
+    };
     DOM dom;
-    AddChildren(*dom.GetRoot(), "p(a(b))");
-    AddError(Find(dom, "b"), "eb");
-    std::unique_ptr<DOMElement> removed = Find(dom, "p").RemoveChild(u"a");
-    dom.GetRoot()->SetAttribute(u"k", u"v");
-    EXPECT_EQ(removed->GetParentAttr(u"k"), TString(u"v"));
-    dom.GetRoot()->RemoveChild(u"p").reset();
-
-    EXPECT_EQ(removed->GetParent(), nullptr);
-    EXPECT_FALSE(removed->IsRootNode());
-    EXPECT_EQ(removed->GetDOMManager(), &dom);
-    EXPECT_FALSE(removed->IsChildOf(*dom.GetRoot()));
-    EXPECT_EQ(removed->GetParentAttr(u"k"), TString());
-    EXPECT_TRUE(removed->HasErrors());
-    EXPECT_TRUE(dom.HasErrors());
-    EXPECT_FALSE(dom.HasErrors(*dom.GetRoot()->AddNewChild(u"x")));
-    EXPECT_FALSE(removed->HasWarnings());
-    ExpectAssertion([&] { dom.GetRoot()->Adopt(*removed, nullptr); },
-                    "Cannot adopt a child without an existing parent.");
-    ExpectAssertion([&] { removed->MoveToFront(); }, "parent");
-    removed.reset();
-    EXPECT_FALSE(dom.HasErrors());
-}
-
-TEST(DOMElementEditing, ARemovedElementMayOutliveItsDocument)
-{
-    auto dom = std::make_unique<DOM>();
-    AddChildren(*dom->GetRoot(), "a(b),c");
-    AddError(Find(*dom, "b"), "eb");
-    std::unique_ptr<DOMElement> removed = dom->GetRoot()->RemoveChild(u"a");
-    const std::vector<std::unique_ptr<DOMElement>> more = dom->GetRoot()->RemoveChildren();
-    dom.reset();
-
-    EXPECT_EQ(removed->GetDOMManager(), nullptr);
-    EXPECT_EQ(Find(*removed, "b").GetDOMManager(), nullptr);
-    EXPECT_EQ(more[0]->GetDOMManager(), nullptr);
-    EXPECT_EQ(removed->GetParent(), nullptr);
-    EXPECT_FALSE(removed->IsRootNode());
-    EXPECT_FALSE(removed->IsChildOf(*more[0]));
-    EXPECT_TRUE(CatchAssertion([&] { removed->HasErrors(); }).has_value());
-    EXPECT_EQ(Outline(*removed), "a(b)");
-
     DOM other;
-    DOMElement* a = other.GetRoot()->AppendChild(std::move(removed));
-    EXPECT_EQ(a->GetParent(), other.GetRoot());
-    EXPECT_EQ(Find(*a, "b").GetDOMManager(), &other);
-    EXPECT_FALSE(other.HasErrors()) << "the messages ended with their document";
-}
-
-TEST(DOMElementEditing, ACopyMayOutliveItsDocument)
-{
-    auto dom = std::make_unique<DOM>();
-    AddChildren(*dom->GetRoot(), "a(b)");
-    const DOMElement copy(Find(*dom, "a"));
-    const DOMElement copyOfTheRoot(*dom->GetRoot());
-    dom.reset();
-    EXPECT_EQ(copy.GetDOMManager(), nullptr);
-    EXPECT_EQ(copyOfTheRoot.GetDOMManager(), nullptr);
-    EXPECT_EQ(Outline(copyOfTheRoot), "Document(a(b))");
-    EXPECT_TRUE(copy.IsRootNode());
-}
-
-TEST(DOMElementEditing, AReinsertedElementNamesItsNewParentOnly)
-{
-    DOM dom;
-    AddChildren(*dom.GetRoot(), "p(a),q");
-    std::unique_ptr<DOMElement> removed = Find(dom, "p").RemoveChild(u"a");
-    DOMElement* a = Find(dom, "q").AppendChild(std::move(removed));
-    EXPECT_EQ(a->GetParent(), &Find(dom, "q"));
-    dom.GetRoot()->RemoveChild(u"p").reset();
-    EXPECT_EQ(a->GetParent(), &Find(dom, "q"));
-    EXPECT_TRUE(a->IsChildOf(*dom.GetRoot()));
-}
-
-TEST(DOMElementEditing, ARemovedElementMayTakeItsFormerParentIn)
-{
-    for (const char* outline : {"p(c)", "p(x,c,y)", "p(x(c))"}) {
-        auto top = MakeTree(outline);
-        DOMElement& holder = *Find(*top, "c").GetParent();
-        std::unique_ptr<DOMElement> removed = holder.RemoveChild(u"c");
-        DOMElement& c = *removed;
-        const std::string before = Outline(*top);
-        DOMElement* p = c.AppendChild(std::move(top));
-        EXPECT_EQ(Outline(c), "c(" + before + ")");
-        EXPECT_EQ(p->GetParent(), &c);
-        // The way upwards ends, so all of these come back.
-        EXPECT_EQ(c.GetParent(), nullptr);
-        EXPECT_FALSE(c.IsRootNode());
-        EXPECT_FALSE(c.IsChildOf(*p));
-        EXPECT_TRUE(holder.IsChildOf(c));
-        EXPECT_EQ(holder.GetParentAttr(u"k"), TString());
-        const DOMElement stranger(TString(u"s"));
-        EXPECT_FALSE(holder.IsChildOf(stranger));
+    AddChildren(*dom.GetRoot(), "p(a(b),c),q");
+    for (const char* name : {"a", "b"}) {
+        DOMElement& element = Find(dom, name);
+        element.SetText(u"&amp;", true);
+        element.SetElementStartLocation(1, 2);
+        element.SetElementEndLocation(3, 4);
     }
+    DOMElement& a = Find(dom, "a");
+    DOMElement& b = Find(dom, "b");
+    const auto expectBothKept = [&] {
+        expectKept(a);
+        expectKept(b);
+    };
+    std::unique_ptr<DOMElement> removed = Find(dom, "p").RemoveChild(a);
+    expectBothKept();
+    Find(dom, "q").InsertChild(std::move(removed), nullptr);
+    expectBothKept();
+    a.Move(*other.GetRoot(), nullptr);
+    expectBothKept();
+    Find(dom, "p").Adopt(a, &Find(dom, "c"));
+    expectBothKept();
+    a.MoveToFront();
+    expectBothKept();
+    Find(dom, "q").AdoptChildren(Find(dom, "p"), nullptr);
+    expectBothKept();
+    DOMElement detached(u"d");
+    for (auto& child : Find(dom, "q").RemoveChildren())
+        detached.AppendChild(std::move(child));
+    expectBothKept();
 }
 
-TEST(DOMElementEditing, ARemovedElementMayAdoptTheChildrenOfItsFormerRelatives)
+TEST(DOMElementEditing, ANewChildOfALocatedParentHasNoLocation)
 {
-    const auto root = MakeTree("p(q(x,c),y)");
-    std::unique_ptr<DOMElement> removed = Find(*root, "q").RemoveChild(u"c");
-    DOMElement& c = *removed;
-    c.AdoptChildren(Find(*root, "q"), nullptr);
-    EXPECT_EQ(Outline(c), "c(x)");
-    EXPECT_EQ(c.GetParent(), &Find(*root, "q")) << "which is not below it";
-    c.AdoptChildren(*root, nullptr);
-    EXPECT_EQ(Outline(c), "c(x,q,y)");
-    EXPECT_EQ(c.GetParent(), nullptr) << "which is below it now";
-    EXPECT_FALSE(Find(c, "q").IsChildOf(*root));
-}
-
-TEST(DOMElementEditing, RemovedElementsTakeTurnsWithoutMakingACircle)
-{
-    auto a = MakeTree("a(b(c))");
-    std::unique_ptr<DOMElement> b = a->RemoveChild(u"b");
-    std::unique_ptr<DOMElement> c = b->RemoveChild(u"c");
-    DOMElement* rawA = a.get();
-    DOMElement* rawC = c.get();
-    // c names b, b names a; a goes below c.
-    c->AppendChild(std::move(a));
-    EXPECT_FALSE(rawA->IsChildOf(DOMElement(TString(u"s"))));
-    EXPECT_EQ(rawA->GetParentAttr(u"k"), TString());
-    EXPECT_EQ(rawC->GetParentAttr(u"k"), TString());
-    EXPECT_TRUE(rawA->IsChildOf(*rawC));
-    rawA->AppendChild(std::move(b));
-    EXPECT_EQ(Outline(*c), "c(a(b))");
-    EXPECT_EQ(Find(*c, "b").GetParentAttr(u"k"), TString());
+    DOMElement parent(u"p");
+    parent.SetElementStartLocation(1, 2);
+    parent.SetElementEndLocation(3, 4);
+    parent.SetEncoded(true);
+    for (const DOMElement* child : {parent.AddNewChild(u"a"), parent.GetOrNewChild(u"b")}) {
+        EXPECT_EQ(child->GetStartLine(), 0);
+        EXPECT_EQ(child->GetStartColumn(), 0);
+        EXPECT_EQ(child->GetEndLine(), 0);
+        EXPECT_EQ(child->GetEndColumn(), 0);
+        EXPECT_FALSE(child->IsEncoded());
+    }
+    EXPECT_EQ(parent.GetStartLine(), 1);
 }
 
 // Depth

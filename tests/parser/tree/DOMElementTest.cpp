@@ -1,10 +1,13 @@
 #include <kescorexml/DOMElement.h>
 
+#include "support/FailingAllocations.h"
 #include "support/TreeTesting.h"
 
 #include <kescorexml/DOMException.h>
 
 #include <array>
+#include <memory>
+#include <new>
 #include <type_traits>
 
 namespace {
@@ -45,6 +48,32 @@ TEST(DOMElement, StartsDetachedAndEmpty)
         EXPECT_FALSE(element->IsEncoded());
         EXPECT_TRUE(element->IsEmpty());
     }
+}
+
+TEST(DOMElement, ConvertsFromItsName)
+{
+    static_assert(std::is_convertible_v<const TString&, DOMElement>);
+    static_assert(std::is_convertible_v<TString, DOMElement>);
+    const TString name(u"a");
+    const DOMElement copied = name;
+    EXPECT_EQ(copied.GetName(), name);
+    const DOMElement moved = TString(u"b");
+    EXPECT_EQ(moved.GetName(), TString(u"b"));
+}
+
+TEST(DOMElement, MayBeMadeWithoutThrowing)
+{
+    const std::unique_ptr<DOMElement> element(new (std::nothrow) DOMElement(u"a"));
+    ASSERT_NE(element, nullptr);
+    EXPECT_EQ(element->GetName(), TString(u"a"));
+    const TString name(u"b");
+    std::unique_ptr<DOMElement> failed;
+    {
+        const FailingAllocations failing(0);
+        failed.reset(new (std::nothrow) DOMElement(name));
+    }
+    // Sanitizers do not let this kind of allocation fail.
+    EXPECT_EQ(failed == nullptr, FailingAllocations::HasFailed());
 }
 
 TEST(DOMElement, HasNoVirtualFunctions)
@@ -308,6 +337,24 @@ TEST(DOMElement, SetAttributesTakesOverACopy)
     EXPECT_EQ(attributes, same);
     EXPECT_EQ(element.GetAttributes(), same);
     EXPECT_EQ(element.GetAttributes().max_load_factor(), 0.25F);
+}
+
+TEST(DOMElement, SetAttributesTakesBucketsAndLoadFactorAlong)
+{
+    DOMElement::AttributeMap attributes{{u"k", u"v"}, {u"l", u"w"}};
+    attributes.max_load_factor(0.25F);
+    attributes.rehash(1000);
+    for (const bool hasBefore : {false, true}) {
+        DOMElement element(TString(u"a"));
+        if (hasBefore) {
+            element.SetAttribute(u"before", u"1");
+            element.GetAttributes().max_load_factor(4.0F);
+        }
+        element.SetAttributes(attributes);
+        EXPECT_EQ(element.GetAttributes(), attributes);
+        EXPECT_EQ(element.GetAttributes().bucket_count(), attributes.bucket_count());
+        EXPECT_EQ(element.GetAttributes().max_load_factor(), 0.25F);
+    }
 }
 
 TEST(DOMElement, SetAttributesOfAnRvalueTakesOverItsStorage)

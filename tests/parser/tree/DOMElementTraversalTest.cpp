@@ -1,5 +1,6 @@
 #include <kescorexml/DOMElementTraversal.h>
 
+#include "support/FailingAllocations.h"
 #include "support/TreeTesting.h"
 
 #include <kescorexml/DOMElement.h>
@@ -32,7 +33,7 @@ std::string Names(PreorderIterator position)
 void CollectBackwards(const DOMElement& element, std::vector<const DOMElement*>& out)
 {
     out.push_back(&element);
-    const DOMElementChildren children = element.GetChildren();
+    const auto children = element.GetChildren();
     for (auto child = children.rbegin(); child != children.rend(); ++child)
         CollectBackwards(**child, out);
 }
@@ -145,6 +146,31 @@ TEST(DOMElementTraversal, AgreesWithTheRecursiveDefinitionOnRandomTrees)
             walked.push_back(&element);
         EXPECT_EQ(walked, expected);
     }
+}
+
+TEST(DOMElementTraversal, HasRoomFor128ElementsFromTheBeginning)
+{
+    DOMElement root(TString(u"r"));
+    for (int i = 0; i < 128; ++i)
+        root.AddNewChild(u"a");
+    PreorderGenerator generator(root);
+    const FailingAllocations failing(0);
+    for (int i = 0; i < 129; ++i)
+        EXPECT_NE(generator.Next(), nullptr);
+    EXPECT_EQ(generator.Next(), nullptr);
+    EXPECT_FALSE(FailingAllocations::HasFailed());
+}
+
+TEST(DOMElementTraversal, ConvertsFromAnElement)
+{
+    DOMElement root(TString(u"r"));
+    const DOMElement& constant = root;
+    PreorderGenerator generator = root;
+    EXPECT_EQ(generator.Next(), &root);
+    const PreorderIterator iterator = root;
+    EXPECT_EQ(&*iterator, &root);
+    const DOMElementTraversal::ConstPreorderTraversal traversal = constant;
+    EXPECT_EQ(&*traversal.begin(), &root);
 }
 
 TEST(DOMElementTraversal, GrowsBeyondItsFirstRoom)

@@ -66,6 +66,9 @@ TEST(DOMRenames, ACaptionIsRenamedOnlyOnce)
     EXPECT_EQ(assertion->GetText(),
               TString(u"m_captionRenames.find(oldCaption) == m_captionRenames.end()"));
     EXPECT_EQ(assertion->GetFile(), TString(u"modules/platform/kescorexml/main/parser/DOM"));
+    EXPECT_GT(assertion->GetLine(), 0);
+    EXPECT_EQ(assertion->GetErrorInfo().GetError().GetIdentifier(),
+              TString(u"LogicException_LogicAssert_0xB37C21E5"));
     EXPECT_EQ(dom.GetCaptionRenameIfItExists(u"x"), TString(u"y"));
     EXPECT_TRUE(CatchAssertion([&] { dom.AddCaptionRename(u"x", u"y"); }).has_value())
         << "not even to the same";
@@ -188,6 +191,46 @@ TEST(DOMRenames, LocalNamesAreRenamedUnderTheirDataSource)
     DOMElement detached(TString(u"b"));
     detached.SetAttribute(u"k", u"f");
     EXPECT_EQ(detached.GetLocalFieldName(u"k", u"d"), Field(u"", u"f"));
+}
+
+TEST(DOMRenames, TextsThatAreParsedWithACacheAreRenamedToo)
+{
+    DOM dom;
+    dom.AddDataSourceRename(u"d", u"e");
+    dom.AddFieldRename(Field(u"e", u"f"), Field(u"e", u"g"));
+    DOMElement* element = dom.GetRoot()->AddNewChild(u"a");
+    element->SetText(u"d.f");
+    element->SetAttribute(u"k", u"d.f");
+    DOMElement::FieldNameCache cache;
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(element->GetTextAsFieldName(cache), Field(u"e", u"g"));
+        EXPECT_EQ(element->GetFieldName(u"k", cache), Field(u"e", u"g"));
+    }
+    EXPECT_EQ(element->GetTextAsFieldName(), Field(u"e", u"g"));
+}
+
+TEST(DOMRenames, LocalNamesKeepTheirDots)
+{
+    // As a global name this would be the field f of the data source x.
+    DOM dom;
+    DOMElement* element = dom.GetRoot()->AddNewChild(u"a");
+    DOMElement detached(u"b");
+    element->SetAttribute(u"k", u"x.f");
+    detached.SetAttribute(u"k", u"x.f");
+    const FieldName local = FieldName::ParseLocal(u"x.f");
+    ASSERT_NE(local, FieldName::ParseGlobal(u"x.f"));
+    for (DOMElement* each : {element, &detached}) {
+        DOMElement::FieldNameCache cache;
+        EXPECT_EQ(each->GetLocalFieldName(u"k", u"d"), local);
+        EXPECT_EQ(each->GetLocalFieldName(u"k", u"d", cache), local);
+        EXPECT_EQ(each->GetLocalFieldName(u"k", u"d", cache), local) << "from the cache";
+        EXPECT_EQ(each->GetLocalFieldName(u"k", u"d").GetRootValue(), TString());
+    }
+    dom.AddFieldRename(MakeGlobalName(u"d", FieldName(local)), Field(u"d", u"g"));
+    dom.AddFieldRename(Field(u"x", u"f"), Field(u"x", u"wrong"));
+    DOMElement::FieldNameCache cache;
+    EXPECT_EQ(element->GetLocalFieldName(u"k", u"d"), Field(u"", u"g"));
+    EXPECT_EQ(element->GetLocalFieldName(u"k", u"d", cache), Field(u"", u"g"));
 }
 
 TEST(DOMRenames, ParseCachesAreUsedAndFilled)

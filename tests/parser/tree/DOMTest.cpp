@@ -5,6 +5,7 @@
 #include <kescorexml/DOMException.h>
 #include <kescorexml/PathRenames.h>
 
+#include <functional>
 #include <type_traits>
 
 TEST(DOM, StartsWithAnEmptyDocumentElement)
@@ -94,6 +95,33 @@ TEST(DOM, ComparesTreesAndNothingElse)
     EXPECT_TRUE(one != two);
 }
 
+TEST(DOM, ComparesTheRootsThemselves)
+{
+    const std::function<void(DOMElement&)> changes[] = {
+        [](DOMElement& root) { root.SetName(u"x"); },
+        [](DOMElement& root) { root.SetText(u"x"); },
+        [](DOMElement& root) { root.SetAttribute(u"k", u"v"); },
+        [](DOMElement& root) { root.AddNewChild(u"b"); },
+    };
+    for (const auto& change : changes) {
+        DOM one;
+        DOM two;
+        one.GetRoot()->AddNewChild(u"a");
+        two.GetRoot()->AddNewChild(u"a");
+        EXPECT_TRUE(one == two);
+        change(*two.GetRoot());
+        EXPECT_FALSE(one == two);
+        EXPECT_TRUE(one != two);
+    }
+}
+
+TEST(DOM, ConvertsFromItsFlag)
+{
+    static_assert(std::is_convertible_v<bool, DOM>);
+    const DOM dom = true;
+    EXPECT_TRUE(dom.GetRestrictExternalPaths());
+}
+
 TEST(DOM, KeepsItsSettings)
 {
     DOM dom;
@@ -167,6 +195,105 @@ TEST(DOM, DeepCopyTakesRenamesAndSettings)
     EXPECT_EQ(target.GetDSValidationCancelType(), 4);
     EXPECT_TRUE(target.GetRestrictExternalPaths());
     EXPECT_EQ(source.RenameDataSource(u"s1"), TString(u"s2"));
+}
+
+TEST(DOM, DeepCopyLeavesTheLocationOfTheRoot)
+{
+    DOM source;
+    DOM target;
+    source.GetRoot()->SetElementStartLocation(1, 2);
+    source.GetRoot()->SetElementEndLocation(3, 4);
+    source.GetRoot()->AddNewChild(u"a")->SetElementStartLocation(5, 6);
+    target.GetRoot()->SetElementStartLocation(7, 8);
+    target.GetRoot()->SetElementEndLocation(9, 10);
+    target.DeepCopy(source);
+    EXPECT_EQ(target.GetRoot()->GetStartLine(), 7);
+    EXPECT_EQ(target.GetRoot()->GetStartColumn(), 8);
+    EXPECT_EQ(target.GetRoot()->GetEndLine(), 9);
+    EXPECT_EQ(target.GetRoot()->GetEndColumn(), 10);
+    EXPECT_EQ(target.GetDocumentRoot()->GetStartLine(), 0);
+}
+
+namespace {
+
+/// The map, a checksum and a directory, each of which shows in what FillIn adds later.
+PathRenames MakePathRenames(const char16_t* target)
+{
+    PathRenames renames;
+    renames.SetRename(u"plain", target);
+    renames.SetCRC(u"dir/x", TPath(target) / TPath(u"x"), 7);
+    return renames;
+}
+
+/// What renames that were made with MakePathRenames for "b" say, now and later.
+void ExpectPathRenamesOfB(PathRenames renames)
+{
+    EXPECT_EQ(renames.RenamePath(u"plain"), TPath(u"b"));
+    EXPECT_EQ(renames.RenamePath(u"dir"), TPath(u"b"));
+    EXPECT_EQ(renames.GetPathMap().size(), 2U);
+    // The checksum is known, and so is the directory, whose rename is dropped therefore.
+    renames.SetCRC(u"dir/y", u"elsewhere/y", 7);
+    EXPECT_EQ(renames.RenamePath(u"dir/y"), TPath(u"b/x"));
+    EXPECT_EQ(renames.RenamePath(u"dir"), TPath(u"dir"));
+}
+
+} // namespace
+
+TEST(DOM, DeepCopyReplacesAllPathRenames)
+{
+    DOM source;
+    DOM target;
+    source.SetPathRenames(MakePathRenames(u"b"));
+    PathRenames old = MakePathRenames(u"old");
+    old.SetRename(u"more", u"x");
+    old.SetCRC(u"other/x", u"other target/x", 8);
+    target.SetPathRenames(old);
+    target.DeepCopy(source);
+    ExpectPathRenamesOfB(target.GetPathRenames());
+    ExpectPathRenamesOfB(source.GetPathRenames());
+    PathRenames copied = target.GetPathRenames();
+    copied.SetCRC(u"third/x", u"third target/x", 8);
+    EXPECT_EQ(copied.RenamePath(u"third/x"), TPath(u"third/x")) << "the checksum 8 is forgotten";
+    copied.SetCRC(u"other/y", u"new target/y", 9);
+    EXPECT_EQ(copied.RenamePath(u"other"), TPath(u"new target")) << "and so is the directory";
+}
+
+TEST(DOM, DeepCopyFromItselfKeepsAllRenames)
+{
+    DOM dom;
+    dom.AddFieldRename(FieldName(u"d", u"f"), FieldName(u"d", u"g"));
+    dom.AddCaptionRename(u"c1", u"c2");
+    dom.AddDataSourceRename(u"s1", u"s2");
+    dom.AddDataConnectionRename(u"n1", u"n2");
+    dom.AddMapSourceRename(u"m1", u"m2");
+    dom.SetPathRenames(MakePathRenames(u"b"));
+    dom.DeepCopy(dom);
+    EXPECT_EQ(dom.RenameField(FieldName(u"d", u"f")), FieldName(u"d", u"g"));
+    EXPECT_EQ(dom.GetCaptionRenameIfItExists(u"c1"), TString(u"c2"));
+    EXPECT_EQ(dom.RenameDataSource(u"s1"), TString(u"s2"));
+    EXPECT_EQ(dom.RenameDataConnection(u"n1"), TString(u"n2"));
+    EXPECT_EQ(dom.RenameMapSource(u"m1"), TString(u"m2"));
+    ExpectPathRenamesOfB(dom.GetPathRenames());
+}
+
+TEST(DOM, DeepCopyReplacesEachKindOfRename)
+{
+    DOM source;
+    DOM target;
+    target.AddFieldRename(FieldName(u"d", u"f"), FieldName(u"d", u"g"));
+    target.AddCaptionRename(u"c1", u"c2");
+    target.AddDataSourceRename(u"s1", u"s2");
+    target.AddDataConnectionRename(u"n1", u"n2");
+    target.AddMapSourceRename(u"m1", u"m2");
+    target.SetProtectedDataSourceName(u"p");
+    target.DeepCopy(source);
+    EXPECT_EQ(target.GetCaptionRenameIfItExists(u"c1"), TString(u"c1"));
+    EXPECT_EQ(target.RenameDataSource(u"s1"), TString(u"s1"));
+    EXPECT_EQ(target.RenameDataConnection(u"n1"), TString(u"n1"));
+    EXPECT_EQ(target.RenameMapSource(u"m1"), TString(u"m1"));
+    EXPECT_EQ(target.GetProtectedDataSourceName(), TString());
+    target.SetProtectedDataSourceName(u"p");
+    EXPECT_EQ(target.RenameField(FieldName(u"d", u"f")), FieldName(u"d", u"f"));
 }
 
 TEST(DOM, DeepCopyFromItselfKeepsTheTreeAndEmptiesBothRegistries)

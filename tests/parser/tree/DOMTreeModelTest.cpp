@@ -30,8 +30,17 @@ struct ModelElement
     DOMElement* real = nullptr;
 };
 
+/// An error; a warning is one whose flags nobody asks for.
+struct ModelMessage
+{
+    std::string text;
+    unsigned info = 0;
+    bool isReported = false;
+    bool isCancel = false;
+};
+
 using Owner = std::unique_ptr<ModelElement>;
-using Messages = std::map<int, std::vector<std::string>>;
+using Messages = std::map<int, std::vector<ModelMessage>>;
 
 struct ModelDocument
 {
@@ -159,16 +168,15 @@ public:
             if (element->parent == c_nobody) {
                 document.errors.clear();
                 document.warnings.clear();
+            } else {
+                document.errors.erase(element->id);
+                document.warnings.erase(element->id);
             }
         }
         while (!element->children.empty()) {
             Owner last = std::move(element->children.back());
             element->children.pop_back();
             Destroy(std::move(last));
-        }
-        for (ModelDocument& document : documents) {
-            document.errors.erase(element->id);
-            document.warnings.erase(element->id);
         }
         living.erase(element->id);
     }
@@ -215,24 +223,30 @@ public:
         }
     }
 
-    std::string List(const Messages& messages, ModelElement& top) const
+    static std::vector<ModelMessage> List(const Messages& messages, ModelElement& top)
     {
-        std::string text;
+        std::vector<ModelMessage> list;
         WalkBackwards(top, [&](const ModelElement& element) {
             const auto entry = messages.find(element.id);
-            if (entry == messages.end())
-                return;
-            for (const std::string& message : entry->second)
-                text += (text.empty() ? "" : " ") + message;
+            if (entry != messages.end())
+                list.insert(list.end(), entry->second.begin(), entry->second.end());
         });
-        return text;
+        return list;
     }
 
-    bool HasAny(const Messages& messages, const ModelElement& top) const
+    /// Whether a message of the subtree is such; entries of elements that are gone count for an
+    /// element without parent.
+    template <typename Qualifies>
+    bool HasAny(const Messages& messages, const ModelElement& top, Qualifies&& qualifies) const
     {
         return std::any_of(messages.begin(), messages.end(), [&](const auto& entry) {
-            const ModelElement& element = *living.at(entry.first);
-            return top.parent == c_nobody || &element == &top || IsChildOf(element, top);
+            if (std::none_of(entry.second.begin(), entry.second.end(), qualifies))
+                return false;
+            if (top.parent == c_nobody)
+                return true;
+            const auto element = living.find(entry.first);
+            return element != living.end() &&
+                   (element->second == &top || IsChildOf(*element->second, top));
         });
     }
 
@@ -343,8 +357,7 @@ public:
         for (int i = 0; i < 2; ++i) {
             ModelDocument& model = m_model.documents[i];
             CompareTree(*model.root, *m_documents[i].GetRoot());
-            EXPECT_EQ(ErrorsOf(m_documents[i]), m_model.List(model.errors, *model.root));
-            EXPECT_EQ(WarningsOf(m_documents[i]), m_model.List(model.warnings, *model.root));
+            CompareMessages(i, *model.root);
             EXPECT_EQ(m_documents[i].HasErrors(), !model.errors.empty());
             EXPECT_EQ(m_documents[i].HasWarnings(), !model.warnings.empty());
         }
@@ -568,20 +581,24 @@ private:
         }
         ModelDocument& document = m_model.documents[element.document];
         const std::size_t kind = Below(4);
+        const auto info = static_cast<unsigned>(Below(1000));
+        const bool isReported = Below(2) == 0;
+        const bool isCancel = kind == 0 && Below(2) == 0;
         auto& messages = (kind < 2 ? document.errors : document.warnings)[element.id];
-        messages.insert(kind % 2 == 0 ? messages.end() : messages.begin(), message);
+        messages.insert(kind % 2 == 0 ? messages.end() : messages.begin(),
+                        {message, info, isReported, isCancel});
         switch (kind) {
         case 0:
-            element.real->Error(text, MakeInfo(1), false, false);
+            element.real->Error(text, MakeInfo(info), isReported, isCancel);
             break;
         case 1:
-            element.real->PrefixError(text, MakeInfo(1), false);
+            element.real->PrefixError(text, MakeInfo(info), isReported);
             break;
         case 2:
-            element.real->Warning(text, MakeInfo(1));
+            element.real->Warning(text, MakeInfo(info));
             break;
         default:
-            element.real->PrefixWarning(text, MakeInfo(1));
+            element.real->PrefixWarning(text, MakeInfo(info));
             break;
         }
     }
@@ -700,18 +717,49 @@ private:
             CompareTree(*model.children[i], real.GetChildren()[i]);
     }
 
+    /// What the listings of one document say of a subtree.
+    void CompareMessages(int document, ModelElement& top)
+    {
+        const ModelDocument& model = m_model.documents[document];
+        const DOM& real = m_documents[document];
+        std::list<TString> texts;
+        std::list<TError::ErrorInfo> infos;
+        real.GetErrors(*top.real, texts);
+        real.GetErrors(*top.real, infos);
+        std::vector<ModelMessage> expected = Model::List(model.errors, top);
+        real.GetWarnings(*top.real, texts);
+        real.GetWarnings(*top.real, infos);
+        const std::vector<ModelMessage> warnings = Model::List(model.warnings, top);
+        expected.insert(expected.end(), warnings.begin(), warnings.end());
+        ASSERT_EQ(texts.size(), expected.size());
+        ASSERT_EQ(infos.size(), expected.size());
+        auto text = texts.begin();
+        auto info = infos.begin();
+        for (const ModelMessage& message : expected) {
+            EXPECT_EQ(text++->toStdString(), message.text);
+            EXPECT_EQ(*info++, MakeInfo(message.info));
+        }
+    }
+
     void CompareRelations(ModelElement& a, ModelElement& b)
     {
         EXPECT_EQ(a.real->IsChildOf(*b.real), m_model.IsChildOf(a, b));
         for (int i = 0; i < 2; ++i) {
-            ModelDocument& document = m_model.documents[i];
-            EXPECT_EQ(m_documents[i].HasErrors(*a.real), m_model.HasAny(document.errors, a));
-            EXPECT_EQ(m_documents[i].HasOnlyCancelErrors(*a.real),
-                      !m_model.HasAny(document.errors, a));
-            EXPECT_EQ(m_documents[i].HasWarnings(*a.real), m_model.HasAny(document.warnings, a));
-            std::list<TString> messages;
-            m_documents[i].GetErrors(*a.real, messages);
-            EXPECT_EQ(JoinMessages(messages), m_model.List(document.errors, a));
+            const ModelDocument& model = m_model.documents[i];
+            const DOM& real = m_documents[i];
+            const auto isAny = [](const ModelMessage&) { return true; };
+            EXPECT_EQ(real.HasErrors(*a.real), m_model.HasAny(model.errors, a, isAny));
+            EXPECT_EQ(real.HasWarnings(*a.real), m_model.HasAny(model.warnings, a, isAny));
+            EXPECT_EQ(real.HasUnreportedErrors(*a.real),
+                      m_model.HasAny(model.errors, a,
+                                     [](const ModelMessage& m) { return !m.isReported; }));
+            EXPECT_EQ(
+                real.HasCancelErrors(*a.real),
+                m_model.HasAny(model.errors, a, [](const ModelMessage& m) { return m.isCancel; }));
+            EXPECT_EQ(real.HasOnlyCancelErrors(*a.real),
+                      !m_model.HasAny(model.errors, a,
+                                      [](const ModelMessage& m) { return !m.isCancel; }));
+            CompareMessages(i, a);
         }
         const ModelElement* holder = &a;
         while (holder != nullptr && holder->attributes.count("k") == 0)

@@ -1,0 +1,480 @@
+#include <kescorexml/DOM.h>
+
+#include "support/TreeTesting.h"
+
+#include <functional>
+#include <list>
+#include <thread>
+
+namespace {
+
+class DOMDiagnosticsTransfer : public testing::Test
+{
+protected:
+    DOMDiagnosticsTransfer() { AddChildren(*m_dom.GetRoot(), "a(b(c),d),e"); }
+
+    DOMElement& At(const char* name) { return Find(m_dom, name); }
+    void Push(const char* name, const char* message, bool reported = false, bool cancel = false)
+    {
+        m_dom.PushError(At(name), message, MakeInfo(1), reported, cancel);
+    }
+    void Warn(const char* name, const char* message)
+    {
+        m_dom.PushWarning(At(name), message, MakeInfo(2));
+    }
+
+    DOM m_dom;
+};
+
+} // namespace
+
+// Adopting and copying
+
+TEST_F(DOMDiagnosticsTransfer, AdoptingMovesTheOwnEntriesOfANodeToTheTarget)
+{
+    DOM other;
+    DOMElement* target = other.GetRoot()->AddNewChild(u"t");
+    Push("b", "b");
+    Push("c", "c");
+    Warn("b", "wb");
+    other.AdoptErrorsAndWarningsForNode(At("b"), target);
+    EXPECT_EQ(ErrorsOf(other), "b");
+    EXPECT_EQ(WarningsOf(other), "wb");
+    EXPECT_EQ(ErrorsOf(m_dom), "c");
+    EXPECT_EQ(WarningsOf(m_dom), "");
+    EXPECT_TRUE(other.HasErrors(*target));
+}
+
+TEST_F(DOMDiagnosticsTransfer, AdoptingWithoutTargetKeepsTheKey)
+{
+    DOM other;
+    Push("b", "b");
+    other.AdoptErrorsAndWarningsForNode(At("b"), nullptr);
+    EXPECT_FALSE(m_dom.HasErrors());
+    EXPECT_TRUE(other.HasErrors(At("b")));
+    EXPECT_TRUE(other.HasErrors()) << "whatever tree the keys belong to";
+    EXPECT_EQ(ErrorsOf(other), "") << "but it is not in the other tree";
+}
+
+TEST_F(DOMDiagnosticsTransfer, AdoptingLosesMessagesWhenTheKeyHasSome)
+{
+    DOM other;
+    DOMElement* target = other.GetRoot()->AddNewChild(u"t");
+    AddError(*target, "existing");
+    Push("b", "lost");
+    Warn("b", "kept");
+    other.AdoptErrorsAndWarningsForNode(At("b"), target);
+    EXPECT_EQ(ErrorsOf(other), "existing");
+    EXPECT_EQ(WarningsOf(other), "kept");
+    EXPECT_FALSE(m_dom.HasErrors());
+    EXPECT_FALSE(m_dom.HasWarnings());
+}
+
+TEST_F(DOMDiagnosticsTransfer, AdoptingNothingChangesNothing)
+{
+    DOM other;
+    DOMElement* target = other.GetRoot()->AddNewChild(u"t");
+    AddWarning(*target, "w");
+    other.AdoptErrorsAndWarningsForNode(At("b"), target);
+    EXPECT_FALSE(other.HasErrors());
+    EXPECT_EQ(WarningsOf(other), "w");
+    const DOMElement detached(TString(u"d"));
+    other.AdoptErrorsAndWarningsForNode(detached, target);
+    other.CopyErrorsAndWarningsForNode(detached, target);
+    EXPECT_FALSE(other.HasErrors());
+    EXPECT_EQ(WarningsOf(other), "w");
+}
+
+TEST_F(DOMDiagnosticsTransfer, AdoptingWithinADocumentMovesToTheTarget)
+{
+    Push("b", "b");
+    Warn("b", "w");
+    m_dom.AdoptErrorsAndWarningsForNode(At("b"), &At("e"));
+    EXPECT_FALSE(m_dom.HasErrors(At("b")));
+    EXPECT_TRUE(m_dom.HasErrors(At("e")));
+    EXPECT_EQ(ErrorsOf(m_dom), "b");
+    EXPECT_EQ(WarningsOf(m_dom), "w");
+}
+
+TEST_F(DOMDiagnosticsTransfer, AdoptingFromTheSameElementDropsTheMessages)
+{
+    // The key has an entry, so nothing is inserted, and then the source's entry is erased.
+    Push("b", "b");
+    m_dom.AdoptErrorsAndWarningsForNode(At("b"), nullptr);
+    EXPECT_FALSE(m_dom.HasErrors());
+}
+
+TEST_F(DOMDiagnosticsTransfer, CopyingLeavesTheSource)
+{
+    DOM other;
+    DOMElement* target = other.GetRoot()->AddNewChild(u"t");
+    Push("b", "1");
+    m_dom.InsertError(At("b"), u"0", MakeInfo(1), true);
+    Push("c", "c");
+    Warn("b", "w");
+    other.CopyErrorsAndWarningsForNode(At("b"), target);
+    EXPECT_EQ(ErrorsOf(other), "0 1");
+    EXPECT_EQ(WarningsOf(other), "w");
+    EXPECT_EQ(ErrorsOf(m_dom), "0 1 c");
+    AddError(*target, "2");
+    EXPECT_EQ(ErrorsOf(m_dom), "0 1 c");
+    other.CopyErrorsAndWarningsForNode(At("c"), target);
+    EXPECT_EQ(ErrorsOf(other), "0 1 2") << "an entry that exists is kept";
+    m_dom.CopyErrorsAndWarningsForNode(At("b"), &At("e"));
+    EXPECT_EQ(ErrorsOf(m_dom), "0 1 0 1 c");
+    m_dom.CopyErrorsAndWarningsForNode(At("b"), nullptr);
+    EXPECT_EQ(ErrorsOf(m_dom), "0 1 0 1 c");
+}
+
+// Handing everything over
+
+TEST_F(DOMDiagnosticsTransfer, MovingEverythingDiscardsWhatTheOtherHeld)
+{
+    DOM other;
+    AddError(*other.GetRoot(), "discarded");
+    AddWarning(*other.GetRoot(), "discarded");
+    Push("b", "b");
+    m_dom.MoveErrorsAndWarningsTo(other);
+    EXPECT_FALSE(m_dom.HasErrors());
+    EXPECT_FALSE(m_dom.HasWarnings());
+    EXPECT_FALSE(other.HasWarnings());
+    EXPECT_TRUE(other.HasErrors());
+    EXPECT_TRUE(other.HasErrors(At("a")));
+    EXPECT_FALSE(other.HasErrors(At("e")));
+    EXPECT_EQ(ErrorsOf(other), "") << "the keys still name the elements of the first document";
+    std::list<TString> messages;
+    other.GetErrors(*m_dom.GetRoot(), messages);
+    EXPECT_EQ(JoinMessages(messages), "b");
+}
+
+TEST_F(DOMDiagnosticsTransfer, MovingEverythingToItselfLeavesNothing)
+{
+    Push("b", "b");
+    Warn("b", "w");
+    m_dom.MoveErrorsAndWarningsTo(m_dom);
+    EXPECT_FALSE(m_dom.HasErrors());
+    EXPECT_FALSE(m_dom.HasWarnings());
+}
+
+namespace {
+
+/// What an element without parent is told about messages of elements that are gone: all of it.
+void ExpectCounted(const DOM& dom)
+{
+    EXPECT_TRUE(dom.HasErrors());
+    EXPECT_TRUE(dom.HasUnreportedErrors());
+    EXPECT_TRUE(dom.HasCancelErrors());
+    EXPECT_FALSE(dom.HasOnlyCancelErrors());
+    EXPECT_TRUE(dom.HasWarnings());
+    const DOMElement lonely(TString(u"l"));
+    EXPECT_TRUE(dom.HasErrors(lonely));
+    EXPECT_TRUE(dom.HasUnreportedErrors(lonely));
+    EXPECT_TRUE(dom.HasCancelErrors(lonely));
+    EXPECT_FALSE(dom.HasOnlyCancelErrors(lonely));
+    EXPECT_TRUE(dom.HasWarnings(lonely));
+}
+
+/// And what one with parent, and each listing, is told: nothing.
+void ExpectHidden(const DOM& dom, const DOMElement& inner)
+{
+    EXPECT_FALSE(dom.HasErrors(inner));
+    EXPECT_FALSE(dom.HasUnreportedErrors(inner));
+    EXPECT_FALSE(dom.HasCancelErrors(inner));
+    EXPECT_TRUE(dom.HasOnlyCancelErrors(inner));
+    EXPECT_FALSE(dom.HasWarnings(inner));
+    EXPECT_EQ(ErrorsOf(dom), "");
+    EXPECT_EQ(WarningsOf(dom), "");
+}
+
+void RecordAllKinds(const DOMElement& element)
+{
+    element.Error(u"cancelled", MakeInfo(1), true, true);
+    element.Error(u"real", MakeInfo(1), false, false);
+    element.Warning(u"w", MakeInfo(1));
+}
+
+} // namespace
+
+TEST_F(DOMDiagnosticsTransfer, MovedMessagesCountWithoutParentEvenWhenTheirElementsAreGone)
+{
+    DOM other;
+    DOMElement* inner = other.GetRoot()->AddNewChild(u"x");
+    RecordAllKinds(At("c"));
+    m_dom.MoveErrorsAndWarningsTo(other);
+    ExpectCounted(other);
+    m_dom.GetRoot()->RemoveChild(u"a").reset();
+    ExpectCounted(other);
+    ExpectHidden(other, *inner);
+    EXPECT_FALSE(m_dom.HasErrors());
+    other.ClearErrors(*inner);
+    other.ClearWarnings(*inner);
+    ExpectCounted(other);
+    other.ClearErrors();
+    EXPECT_FALSE(other.HasErrors());
+    EXPECT_TRUE(other.HasWarnings());
+    other.ClearWarnings();
+    EXPECT_FALSE(other.HasWarnings());
+}
+
+TEST_F(DOMDiagnosticsTransfer, MovedMessagesCountEvenWhenTheirDocumentIsGone)
+{
+    DOM other;
+    {
+        DOM gone;
+        AddChildren(*gone.GetRoot(), "x(y)");
+        RecordAllKinds(Find(gone, "y"));
+        RecordAllKinds(*gone.GetRoot());
+        gone.MoveErrorsAndWarningsTo(other);
+    }
+    ExpectCounted(other);
+    DOM last;
+    other.MoveErrorsAndWarningsTo(last);
+    ExpectCounted(last);
+    ExpectHidden(last, *last.GetRoot()->AddNewChild(u"z"));
+    EXPECT_FALSE(other.HasErrors());
+    EXPECT_FALSE(other.HasWarnings());
+    last.ClearAllErrorsAndWarnings();
+    EXPECT_FALSE(last.HasErrors());
+    EXPECT_FALSE(last.HasWarnings());
+}
+
+TEST_F(DOMDiagnosticsTransfer, CopiedMessagesCountEvenWhenTheirElementIsGone)
+{
+    DOM other;
+    DOMElement* inner = other.GetRoot()->AddNewChild(u"x");
+    RecordAllKinds(At("c"));
+    other.CopyErrorsAndWarningsForNode(At("c"), nullptr);
+    At("b").RemoveChild(At("c")).reset();
+    EXPECT_FALSE(m_dom.HasErrors());
+    EXPECT_FALSE(m_dom.HasWarnings());
+    ExpectCounted(other);
+    ExpectHidden(other, *inner);
+}
+
+TEST_F(DOMDiagnosticsTransfer, MessagesLeftBehindByADetachedElementOutliveIt)
+{
+    {
+        DOMElement holder(TString(u"h"));
+        RecordAllKinds(At("b"));
+        holder.AppendChild(m_dom.GetRoot()->RemoveChild(u"a"));
+        ExpectCounted(m_dom);
+        ExpectHidden(m_dom, At("e"));
+    }
+    ExpectCounted(m_dom);
+    ExpectHidden(m_dom, At("e"));
+}
+
+TEST_F(DOMDiagnosticsTransfer, AnElementAtAUsedAddressNeitherShowsNorTouchesAStrangersMessages)
+{
+    // Allocators like to give the same address again; whether they do is not for the test to say.
+    DOM other;
+    std::size_t reused = 0;
+    for (int round = 0; round < 200; ++round) {
+        DOM source;
+        DOMElement* victim = source.GetRoot()->AddNewChild(u"victim");
+        AddError(*victim, "stranger");
+        AddWarning(*victim, "stranger");
+        source.MoveErrorsAndWarningsTo(other);
+        const void* address = victim;
+        source.GetRoot()->RemoveChild(*victim).reset();
+
+        DOMElement* fresh = other.GetRoot()->AddNewChild(u"fresh");
+        reused += fresh == address ? 1U : 0U;
+        EXPECT_FALSE(fresh->HasErrors());
+        EXPECT_FALSE(fresh->HasWarnings());
+        EXPECT_TRUE(other.HasUnreportedErrors());
+        EXPECT_EQ(ErrorsOf(other), "");
+        // Nor do they stand in the way of its own, nor these in theirs.
+        fresh->Error(u"own", MakeInfo(1), true, true);
+        EXPECT_EQ(ErrorsOf(other), "own");
+        EXPECT_FALSE(fresh->HasUnreportedErrors());
+        EXPECT_TRUE(other.HasUnreportedErrors());
+        EXPECT_FALSE(other.HasOnlyCancelErrors());
+        // Nor of those that it adopts.
+        DOMElement* giver = other.GetRoot()->AddNewChild(u"giver");
+        AddWarning(*giver, "adopted");
+        other.AdoptErrorsAndWarningsForNode(*giver, fresh);
+        EXPECT_EQ(WarningsOf(other), "adopted");
+        fresh->ClearErrors();
+        EXPECT_TRUE(other.HasErrors());
+        other.GetRoot()->RemoveChildren();
+        EXPECT_TRUE(other.HasErrors());
+        EXPECT_TRUE(other.HasWarnings());
+    }
+    RecordProperty("addresses used again", static_cast<int>(reused));
+}
+
+// What a message is, besides its text
+
+namespace {
+
+/// One message of each kind of error, with a record of its own, and a warning.
+void RecordWithEveryFlag(const DOMElement& element)
+{
+    element.Error(u"open", MakeInfo(11), false, false);
+    element.Error(u"reported", MakeInfo(12), true, false);
+    element.Error(u"cancelled", MakeInfo(13), false, true);
+    element.Error(u"both", MakeInfo(14), true, true);
+    element.Warning(u"w1", MakeInfo(15));
+    element.Warning(u"w2", MakeInfo(16));
+}
+
+/// Takes the messages of `element` apart, which hold what RecordWithEveryFlag has recorded.
+void ExpectEveryFlag(const DOM& dom, const DOMElement& element)
+{
+    std::list<TString> texts;
+    dom.GetErrors(element, texts);
+    EXPECT_EQ(JoinMessages(texts), "open reported cancelled both");
+    std::list<TError::ErrorInfo> infos;
+    dom.GetErrors(element, infos);
+    EXPECT_THAT(infos,
+                testing::ElementsAre(MakeInfo(11), MakeInfo(12), MakeInfo(13), MakeInfo(14)));
+    texts.clear();
+    dom.GetWarnings(element, texts);
+    EXPECT_EQ(JoinMessages(texts), "w1 w2");
+    infos.clear();
+    dom.GetWarnings(element, infos);
+    EXPECT_THAT(infos, testing::ElementsAre(MakeInfo(15), MakeInfo(16)));
+}
+
+/// Records one error, lets `transfer` take it to the element that it returns, and asks there.
+void ExpectFlagsSurvive(
+    const std::function<const DOMElement&(DOM& from, DOMElement& source, DOM& to)>& transfer)
+{
+    for (const bool reported : {false, true}) {
+        for (const bool cancel : {false, true}) {
+            DOM from;
+            DOM to;
+            AddChildren(*from.GetRoot(), "p(source)");
+            AddChildren(*to.GetRoot(), "q");
+            DOMElement& source = Find(from, "source");
+            source.Error(u"m", MakeInfo(21), reported, cancel);
+            const DOMElement& target = transfer(from, source, to);
+            EXPECT_TRUE(to.HasErrors(target));
+            EXPECT_EQ(to.HasUnreportedErrors(target), !reported);
+            EXPECT_EQ(to.HasCancelErrors(target), cancel);
+            EXPECT_EQ(to.HasOnlyCancelErrors(target), cancel);
+        }
+    }
+    DOM from;
+    DOM to;
+    AddChildren(*from.GetRoot(), "p(source)");
+    AddChildren(*to.GetRoot(), "q");
+    RecordWithEveryFlag(Find(from, "source"));
+    ExpectEveryFlag(to, transfer(from, Find(from, "source"), to));
+}
+
+} // namespace
+
+TEST_F(DOMDiagnosticsTransfer, FlagsAndRecordsSurviveAdoption)
+{
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        const DOMElement& target = Find(to, "q");
+        to.AdoptErrorsAndWarningsForNode(source, &target);
+        return target;
+    });
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        to.AdoptErrorsAndWarningsForNode(source, nullptr);
+        return source;
+    });
+}
+
+TEST_F(DOMDiagnosticsTransfer, FlagsAndRecordsSurviveInsertionIntoAnotherDocument)
+{
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        source.Move(Find(to, "q"), nullptr);
+        return source;
+    });
+    ExpectFlagsSurvive([](DOM& from, DOMElement& source, DOM& to) -> const DOMElement& {
+        Find(to, "q").AdoptChildren(Find(from, "p"), nullptr);
+        return source;
+    });
+}
+
+TEST_F(DOMDiagnosticsTransfer, FlagsAndRecordsSurviveCopies)
+{
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        const DOMElement& target = Find(to, "q");
+        to.CopyErrorsAndWarningsForNode(source, &target);
+        return target;
+    });
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        return *Find(to, "q").AppendChild(std::make_unique<DOMElement>(source));
+    });
+    ExpectFlagsSurvive([](DOM& from, DOMElement&, DOM& to) -> const DOMElement& {
+        return Find(*Find(to, "q").AppendChild(std::make_unique<DOMElement>(Find(from, "p"))),
+                    "source");
+    });
+}
+
+TEST_F(DOMDiagnosticsTransfer, FlagsAndRecordsSurviveAssignmentAndDeepCopy)
+{
+    ExpectFlagsSurvive([](DOM&, DOMElement& source, DOM& to) -> const DOMElement& {
+        DOMElement& target = Find(to, "q");
+        target = source;
+        return target;
+    });
+    ExpectFlagsSurvive([](DOM& from, DOMElement&, DOM& to) -> const DOMElement& {
+        Find(to, "q") = Find(from, "p");
+        return Find(to, "source");
+    });
+    ExpectFlagsSurvive([](DOM& from, DOMElement&, DOM& to) -> const DOMElement& {
+        to.DeepCopy(from);
+        return Find(to, "source");
+    });
+}
+
+TEST_F(DOMDiagnosticsTransfer, FlagsAndRecordsSurviveTheMoveOfEverything)
+{
+    ExpectFlagsSurvive([](DOM& from, DOMElement& source, DOM& to) -> const DOMElement& {
+        from.MoveErrorsAndWarningsTo(to);
+        return source;
+    });
+}
+
+// Threads
+
+TEST_F(DOMDiagnosticsTransfer, OppositeDirectionsDoNotDeadlock)
+{
+    constexpr int c_rounds = 2000;
+    DOM other;
+    DOMElement* theirs = other.GetRoot()->AddNewChild(u"t");
+    DOMElement& mine = At("b");
+    DOMElement& mineToo = At("c");
+    DOMElement* theirsToo = other.GetRoot()->AddNewChild(u"u");
+    const auto work = [](DOM& to, const DOMElement& node, const DOMElement& target) {
+        for (int round = 0; round < c_rounds; ++round) {
+            node.Error(u"m", MakeInfo(1), false, false);
+            to.AdoptErrorsAndWarningsForNode(node, &target);
+            to.CopyErrorsAndWarningsForNode(node, &target);
+            to.EraseErrorsAndWarningsForNode(target);
+        }
+    };
+    std::thread there([&] { work(other, mine, *theirs); });
+    std::thread back([&] { work(m_dom, *theirsToo, mineToo); });
+    there.join();
+    back.join();
+    EXPECT_FALSE(m_dom.HasErrors(mine));
+    EXPECT_FALSE(other.HasErrors(*theirsToo));
+}
+
+TEST_F(DOMDiagnosticsTransfer, WholeDocumentsHandedOverInOppositeDirectionsDoNotDeadlock)
+{
+    DOM other;
+    const auto work = [](DOM& from, DOM& to) {
+        for (int round = 0; round < 2000; ++round) {
+            from.MoveErrorsAndWarningsTo(to);
+            to.HasErrors();
+            to.GetErrors();
+        }
+    };
+    Push("b", "b");
+    std::thread there([&] { work(m_dom, other); });
+    std::thread back([&] { work(other, m_dom); });
+    there.join();
+    back.join();
+    std::list<TString> messages;
+    m_dom.GetErrors(*m_dom.GetRoot(), messages);
+    other.GetErrors(*m_dom.GetRoot(), messages);
+    EXPECT_LE(messages.size(), 1U);
+}
