@@ -10,20 +10,6 @@ namespace {
 
 using ByteScan::Block;
 
-/// The bytes that begin no character, as bits.
-unsigned FindContinuations(Block bytes) noexcept
-{
-    // As signed numbers, 80 to BF are the lowest.
-    return ByteScan::ToBits(_mm_cmplt_epi8(bytes, _mm_set1_epi8('\xC0')));
-}
-
-/// The bytes that begin a character of two units, as bits.
-unsigned FindLongLeads(Block bytes) noexcept
-{
-    const Block isLong = _mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8('\xF0')), bytes);
-    return ByteScan::ToBits(isLong);
-}
-
 /// The line ends of sixteen bytes, behind which one more is readable, as bits: of CR LF the LF.
 unsigned FindLineEnds(const char* at, Block bytes) noexcept
 {
@@ -41,32 +27,37 @@ unsigned FindLineEnds(const char* at, Block bytes) noexcept
 
 void DocumentPosition::MoveTo(const char* place) noexcept
 {
-    const char* at = m_at;
-    int line = m_line;
-    int column = m_column;
+    while (m_at < place) {
+        PassAscii(place);
+        PassBytes(place - m_at > 16 ? m_at + 16 : place);
+    }
+}
+
+/// In steps of sixteen bytes, up to one with characters of several.
+void DocumentPosition::PassAscii([[maybe_unused]] const char* end) noexcept
+{
 #if defined(__SSE2__)
-    for (; place - at >= 16; at += 16) {
-        const Block bytes = ByteScan::Load(at);
-        const unsigned ends = FindLineEnds(at, bytes);
-        // What stands behind the last line end; all when there is none.
-        const unsigned counted =
-            ends == 0 ? 0xFFFFU : 0xFFFFU & ~((2U << (std::bit_width(ends) - 1)) - 1);
-        line += std::popcount(ends);
-        const int before = ends == 0 ? column : 1;
-        column = before + std::popcount(counted & ~FindContinuations(bytes)) +
-                 std::popcount(counted & FindLongLeads(bytes));
+    for (; end - m_at >= 16; m_at += 16) {
+        const Block bytes = ByteScan::Load(m_at);
+        if (ByteScan::ToBits(bytes) != 0)
+            return;
+        unsigned lineEnds = FindLineEnds(m_at, bytes);
+        m_column = lineEnds == 0 ? m_column + 16 : 17 - std::bit_width(lineEnds);
+        for (; lineEnds != 0; lineEnds &= lineEnds - 1)
+            ++m_line;
     }
 #endif
-    for (; at < place; ++at) {
-        const auto byte = static_cast<unsigned char>(*at);
-        if (byte == '\n' || (byte == '\r' && at[1] != '\n')) {
-            ++line;
-            column = 1;
-        } else if ((byte & 0xC0) != 0x80) {
-            column += byte >= 0xF0 ? 2 : 1;
+}
+
+void DocumentPosition::PassBytes(const char* end) noexcept
+{
+    for (; m_at < end; ++m_at) {
+        const auto byte = static_cast<unsigned char>(*m_at);
+        if (byte == '\n' || (byte == '\r' && m_at[1] != '\n')) {
+            ++m_line;
+            m_column = 1;
+        } else if (byte != '\r' && (byte & 0xC0) != 0x80) {
+            m_column += byte >= 0xF0 ? 2 : 1;
         }
     }
-    m_at = at;
-    m_line = line;
-    m_column = column;
 }

@@ -20,6 +20,9 @@ public:
 private:
     explicit DocumentPosition(const char* begin) noexcept : m_at(begin) {}
 
+    void PassAscii(const char* end) noexcept;
+    void PassBytes(const char* end) noexcept;
+
     const char* m_at = nullptr;
     int m_line = 1;
     int m_column = 1;
