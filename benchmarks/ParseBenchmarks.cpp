@@ -140,7 +140,7 @@ std::unique_ptr<QDomDocument> MakeQDom(const Document& document)
 
 std::unique_ptr<xercesc::XercesDOMParser> MakeXercesDom(const Document& document)
 {
-    EnsureXercesIsInitialised();
+    InitialiseXercesOnce();
     auto tree = std::make_unique<xercesc::XercesDOMParser>();
     tree->setLoadExternalDTD(false);
     xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(document.bytes.data()),

@@ -10,7 +10,7 @@
 
 using namespace xercesc;
 
-void EnsureXercesIsInitialised()
+void InitialiseXercesOnce()
 {
     static const bool s_initialised = [] {
         XMLPlatformUtils::Initialize();
@@ -21,7 +21,7 @@ void EnsureXercesIsInitialised()
 
 BareReader::BareReader()
 {
-    EnsureXercesIsInitialised();
+    InitialiseXercesOnce();
     m_reader.reset(XMLReaderFactory::createXMLReader());
     m_securityManager.setEntityExpansionLimit(0);
     m_reader->setProperty(XMLUni::fgXercesSecurityManager, &m_securityManager);

@@ -9,7 +9,7 @@
 #include <string>
 
 /// Call it before anything of Xerces; it stays initialised.
-void EnsureXercesIsInitialised();
+void InitialiseXercesOnce();
 
 /// A Xerces reader with the features of a plain parse of this library and a handler that does
 /// nothing: what the scanner alone costs.
