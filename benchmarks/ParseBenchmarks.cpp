@@ -73,6 +73,7 @@ void MakeAndEnd(benchmark::State& state, Make&& make)
         if constexpr (!Destroy)
             state.ResumeTiming();
     }
+    SettleHeap();
 }
 
 std::unique_ptr<DOM> MakeOurs(const DOMParser& parser, const Document& document)

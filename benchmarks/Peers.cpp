@@ -2,9 +2,12 @@
 
 #include <kesplatform/VectorRegisters.h>
 
+#include <benchmark/benchmark.h>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
+
+#include <cstdlib>
 
 #include <malloc.h>
 
@@ -55,6 +58,13 @@ void BareReader::Parse(const std::string& bytes)
         return;
     while (m_reader->parseNext(token)) {
     }
+}
+
+void SettleHeap()
+{
+    void* const block = std::malloc(std::size_t{1} << 20);
+    benchmark::DoNotOptimize(block);
+    std::free(block);
 }
 
 std::size_t GetHeapInUse()

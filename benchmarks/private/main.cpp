@@ -8,7 +8,8 @@
 #include <vector>
 
 /// Takes "--cold" and the flags of RunAndPrintRatios() and this one:
-///   --accepted  count the installed documents that the direct scanner reads, and nothing else; exit
+///   --accepted  count the installed documents that the direct scanner reads, and nothing else;
+///   exit
 ///               with 1 when they are too few
 int main(int argc, char** argv)
 {
