@@ -127,6 +127,7 @@ const std::vector<Document>& GetDocuments()
         made.push_back({"deep", MakeDeep(4'000'000)});
         AddFile(made, "mime", "/usr/share/mime/packages/freedesktop.org.xml");
         AddFile(made, "cldr-cs", "/usr/share/unicode/cldr/common/main/cs.xml");
+        AddFile(made, "te", "/usr/share/unicode/cldr/common/annotations/te.xml");
         return made;
     }();
     return documents;

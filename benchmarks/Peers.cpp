@@ -2,15 +2,18 @@
 
 #include <kesplatform/VectorRegisters.h>
 
+#include <benchmark/benchmark.h>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
+
+#include <cstdlib>
 
 #include <malloc.h>
 
 using namespace xercesc;
 
-void EnsureXercesIsInitialised()
+void InitialiseXercesOnce()
 {
     static const bool s_initialised = [] {
         XMLPlatformUtils::Initialize();
@@ -21,7 +24,7 @@ void EnsureXercesIsInitialised()
 
 BareReader::BareReader()
 {
-    EnsureXercesIsInitialised();
+    InitialiseXercesOnce();
     m_reader.reset(XMLReaderFactory::createXMLReader());
     m_securityManager.setEntityExpansionLimit(0);
     m_reader->setProperty(XMLUni::fgXercesSecurityManager, &m_securityManager);
@@ -55,6 +58,13 @@ void BareReader::Parse(const std::string& bytes)
         return;
     while (m_reader->parseNext(token)) {
     }
+}
+
+void SettleHeap()
+{
+    void* const block = std::malloc(std::size_t{1} << 20);
+    benchmark::DoNotOptimize(block);
+    std::free(block);
 }
 
 std::size_t GetHeapInUse()

@@ -9,7 +9,7 @@
 #include <string>
 
 /// Call it before anything of Xerces; it stays initialised.
-void EnsureXercesIsInitialised();
+void InitialiseXercesOnce();
 
 /// A Xerces reader with the features of a plain parse of this library and a handler that does
 /// nothing: what the scanner alone costs.
@@ -29,5 +29,8 @@ private:
     std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
 };
 
+/// Has the heap merge the small pieces that were given back, which else the next one pays for who
+/// asks for a large one.
+void SettleHeap();
 /// The bytes that the process has allocated on the heap.
 std::size_t GetHeapInUse();

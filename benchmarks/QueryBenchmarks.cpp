@@ -21,7 +21,7 @@ namespace {
 
 /// What a path query may cost beside its peer. Walks have no limit: down a chain each element tells
 /// only where the next one is, while pugixml's nodes follow one another.
-constexpr double c_pathLimit = 2;
+constexpr double c_pathLimit = 1;
 
 /// What is asked of a document, in words that mean the same to this library and to XPath.
 struct Queries
@@ -38,6 +38,7 @@ constexpr Queries c_queries[] = {
     {"deep", "//folder", "//*", "//tree//folder//folder"},
     {"mime", "//glob", "//*", "//mime-type//glob"},
     {"cldr-cs", "//displayName", "//*", "//numbers//currency//displayName"},
+    {"te", "//annotation", "//*", "//annotations//annotation"},
 };
 
 constexpr char c_noName[] = "no-such-element";

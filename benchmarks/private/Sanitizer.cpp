@@ -1,3 +1,5 @@
+#include "PrivateFamilies.h"
+
 #include "../Documents.h"
 #include "../Ratios.h"
 
@@ -59,11 +61,9 @@ void Add(const std::string& document, std::string text, double limit)
 } // namespace
 
 /// What stands before every parse and is no part of the library's face, so that it is measured by
-/// itself. Takes "--cold" and the flags of RunAndPrintRatios().
-int main(int argc, char** argv)
+/// itself.
+void RegisterSanitizerBenchmarks()
 {
-    std::vector<char*> arguments(argv, argv + argc);
-    SetUpHeap(arguments);
     Add("text, no colon", MakeTextHeavy(c_bytes), c_oneRun);
     Add("attributes, no colon", MakeAttributeHeavy(c_bytes), c_oneRun);
     for (const Document& document : GetDocuments())
@@ -71,5 +71,4 @@ int main(int argc, char** argv)
     // One name in each start tag.
     Add("attributes, colon names", Replace(MakeAttributeHeavy(c_bytes), " role=", " :role="),
         c_manyNames);
-    return RunAndPrintRatios(std::move(arguments));
 }
