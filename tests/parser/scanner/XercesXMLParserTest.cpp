@@ -2,7 +2,9 @@
 #include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
 
+#include <kescorexml/DOMParser.h>
 #include <kescorexml/FileInputSource.h>
+#include <kescorexml/StandaloneDOMParser.h>
 #include <kescorexml/XMLParseException.h>
 
 #include <kesplatform/LogicException.h>
@@ -14,9 +16,10 @@
 #include <xercesc/util/RuntimeException.hpp>
 #include <xercesc/util/XMLExceptMsgs.hpp>
 
+#include <concepts>
+
 namespace {
 
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -160,6 +163,23 @@ TEST(XercesXMLParser, StopsAfterAnyEventWithoutReadingOn)
     }
 }
 
+TEST(XercesXMLParser, StopsForASinkThatWasDoneOnlyForAMoment)
+{
+    struct Sink : RecordingSink
+    {
+        bool IsDone() override { return events.back() == "<b>"; }
+    };
+    for (const char* const text :
+         {"<a><b/><c/></a>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a><b/><c/></a>"}) {
+        Utf8InputSource source(text, u"id", false);
+        const auto sink = std::make_shared<Sink>();
+        const auto parser = XercesXMLParser::Create(source, sink);
+        parser->Parse();
+        EXPECT_THAT(sink->events, ElementsAre("<a>", "<b>", "</>")) << text;
+        EXPECT_FALSE(parser->HasErrors()) << text;
+    }
+}
+
 TEST(XercesXMLParser, StaysDoneWithASinkThatWasDone)
 {
     Session session("<a/>");
@@ -223,30 +243,31 @@ TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
     }
 }
 
-TEST(XercesXMLParser, RecordsAnExceptionOfTheScannersOwnKindAsItsFatalError)
+TEST(XercesXMLParser, RecordsAnExceptionOfTheScannersOwnKindByItsMessageAlone)
 {
     for (const char* const event : {"<a>", "'x'", "<b>", "</>"}) {
-        Session session("<a>x<b></b></a>");
-        std::string message;
-        session.sink->onEvent = [&](const std::string& seen) {
-            if (seen != event)
-                return;
-            const xercesc::RuntimeException exception("file", 1,
-                                                      xercesc::XMLExcepts::CPtr_PointerIsZero);
-            message =
-                TString(reinterpret_cast<const char16_t*>(exception.getMessage())).toStdString();
-            throw exception;
-        };
-        const ParseOutcome outcome = session.Parse();
-        ASSERT_FALSE(message.empty());
-        // The scanner catches it before anybody else, and says where it stands.
-        EXPECT_THAT(outcome.errors,
-                    ElementsAre(AllOf(testing::StartsWith("Fatal Error(1,"),
-                                      testing::EndsWith("): " + message + " (id: id)"))));
-        EXPECT_TRUE(outcome.fatal);
-        EXPECT_THAT(session.parser->GetMetadataForErrors(),
-                    ElementsAre(TError::ErrorInfo::NoError()));
-        EXPECT_EQ(outcome.events.back(), event);
+        // The second one is no document for the direct scanner.
+        for (const char* const text :
+             {"<a>x<b></b></a>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>x<b></b></a>"}) {
+            Session session(text);
+            std::string message;
+            session.sink->onEvent = [&](const std::string& seen) {
+                if (seen != event)
+                    return;
+                const xercesc::RuntimeException exception("file", 1,
+                                                          xercesc::XMLExcepts::CPtr_PointerIsZero);
+                message = TString(reinterpret_cast<const char16_t*>(exception.getMessage()))
+                              .toStdString();
+                throw exception;
+            };
+            const ParseOutcome outcome = session.Parse();
+            ASSERT_FALSE(message.empty());
+            EXPECT_THAT(outcome.errors, ElementsAre(message));
+            EXPECT_FALSE(outcome.fatal);
+            EXPECT_THAT(session.parser->GetMetadataForErrors(),
+                        ElementsAre(TError::ErrorInfo::NoError()));
+            EXPECT_EQ(outcome.events.back(), event);
+        }
     }
 }
 
@@ -324,6 +345,63 @@ TEST(XercesXMLParser, AssertsThatASchemaHasAnIdentifierAndCanBeRead)
                     u"xercesableSource != nullptr", 0xAB95E4EA);
 }
 
+TEST(XercesXMLParser, LoadsTheBaseSchemasBeforeItLooksAtTheIdentifier)
+{
+    Session session("<a/>");
+    EXPECT_THROW(session.parser->LoadXSDString(u"<x/>", TString()), LogicException);
+    EXPECT_THAT(session.parser->GetXSDNames(),
+                ElementsAre(u"KQRC_FILEFORMAT_XML_XSD", u"KQRC_FILEFORMAT_USER_XSD"));
+}
+
+TEST(XercesXMLParser, SkipsNoWhiteSpaceBeforeASchema)
+{
+    Session session("<a/>");
+    session.parser->LoadXSDString(u" <?xml version='1.0'?><xs:schema "
+                                  u"xmlns:xs='http://www.w3.org/2001/XMLSchema'/>",
+                                  u"s.xsd");
+    EXPECT_TRUE(session.parser->HasFatallyErrored());
+}
+
+TEST(XercesXMLParser, TreatsASchemaThatComesTwiceAlikeWhateverItHasParsedMeanwhile)
+{
+    const TString schema = u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                           u"<xs:element name='a' type='xs:int'/></xs:schema>";
+    const std::vector<std::string> documents = {
+        "<a>1</a>",
+        "<a>x</a>",
+        "<a>",
+        "",
+        "<?xml version='1.1'?><a>1</a>",
+        "<?xml version='1.1'?><!DOCTYPE a [<!ELEMENT a",
+        "<?xml version='1.0' \xFF?><a/>",
+        "<!DOCTYPE a [<!ELEMENT a (b,(c|d)) x>]><a/>",
+        "<!DOCTYPE a [<!ENTITY e SYSTEM 'f'>]><a/>",
+    };
+    for (const std::string& document : documents) {
+        SCOPED_TRACE(document);
+        Session session(document);
+        session.parser->LoadXSDString(schema, u"s.xsd");
+        session.Parse();
+        Utf8InputSource next("<a>1</a>", u"next", false);
+        session.parser->Reload(next, session.sink);
+        session.Parse();
+        EXPECT_THAT(ToUtf8(session.parser->GetErrors()), IsEmpty());
+        session.parser->ClearErrorsAndWarnings();
+        session.parser->LoadXSDString(schema, u"s.xsd");
+        EXPECT_THAT(ToUtf8(session.parser->GetErrors()), IsEmpty());
+        session.parser->Parse();
+        EXPECT_THAT(ToUtf8(session.parser->GetErrors()), IsEmpty());
+    }
+}
+
+TEST(XercesXMLParser, CannotBeCompared)
+{
+    EXPECT_FALSE(std::equality_comparable<XercesXMLParser>);
+    EXPECT_FALSE(std::equality_comparable<DOMParser>);
+    EXPECT_FALSE(std::equality_comparable<StandaloneDOMParser>);
+    EXPECT_TRUE(std::equality_comparable<ParseLimits>);
+}
+
 TEST(XercesXMLParser, LetsExceptionsOfTheSourcePass)
 {
     const TemporaryFolder folder;
@@ -343,4 +421,38 @@ TEST(XercesXMLParser, ReportsItsScopes)
                             "-XercesXMLParser_PrepareParserState", "+XercesXMLParser_DoXercesParse",
                             "+XercesColonSanitizer", "-XercesColonSanitizer",
                             "-XercesXMLParser_DoXercesParse"));
+}
+
+TEST(XercesXMLParser, ReportsNoOtherScopesWhenItNeedsAnotherReader)
+{
+    for (const char* const text :
+         {"<!DOCTYPE a [<!ELEMENT a (b,(c|d)) x>]><a/>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a/>"}) {
+        Session session(text);
+        session.Parse();
+        const RecordingMetrics metrics;
+        session.Parse();
+        EXPECT_THAT(metrics.GetLines(),
+                    ElementsAre("+XercesXMLParser_DoXercesParse", "+XercesColonSanitizer",
+                                "-XercesColonSanitizer", "-XercesXMLParser_DoXercesParse"))
+            << text;
+    }
+}
+
+TEST(XercesXMLParser, ReportsTheScopesOfItsFirstSchemaWithin)
+{
+    Session session("<a/>");
+    const RecordingMetrics metrics;
+    session.parser->LoadXSDString(u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'/>",
+                                  u"s.xsd");
+    std::vector<std::string> lines;
+    for (const std::string& line : metrics.GetLines()) {
+        if (line.find("XercesXMLParser_") != std::string::npos)
+            lines.push_back(line);
+    }
+    EXPECT_THAT(lines,
+                ElementsAre("+XercesXMLParser_LoadXSDSource", "+XercesXMLParser_PrepareParserState",
+                            "+XercesXMLParser_LoadXSDSource", "-XercesXMLParser_LoadXSDSource",
+                            "+XercesXMLParser_LoadXSDSource", "-XercesXMLParser_LoadXSDSource",
+                            "-XercesXMLParser_PrepareParserState",
+                            "-XercesXMLParser_LoadXSDSource"));
 }
