@@ -379,33 +379,40 @@ TEST(XercesXMLParser, SkipsNoWhiteSpaceBeforeASchema)
 
 TEST(XercesXMLParser, TreatsASchemaThatComesTwiceAlikeWhateverItHasParsedMeanwhile)
 {
-    const TString schema = u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
-                           u"<xs:element name='a' type='xs:int'/></xs:schema>";
-    const std::vector<std::string> documents = {
-        "<a>1</a>",
-        "<a>x</a>",
-        "<a>",
-        "",
-        "<?xml version='1.1'?><a>1</a>",
-        "<?xml version='1.1'?><!DOCTYPE a [<!ELEMENT a",
-        "<?xml version='1.0' \xFF?><a/>",
-        "<!DOCTYPE a [<!ELEMENT a (b,(c|d)) x>]><a/>",
-        "<!DOCTYPE a [<!ENTITY e SYSTEM 'f'>]><a/>",
+    const auto makeSchema = [](const TString& element) {
+        return TString(u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                       u"<xs:complexType name='t'/><xs:element name='same' type='t'/>"
+                       u"<xs:element name='") +
+               element + u"' type='xs:int'/></xs:schema>";
     };
-    for (const std::string& document : documents) {
-        SCOPED_TRACE(document);
-        Session session(document);
-        session.parser->LoadXSDString(schema, u"s.xsd");
+    const auto run = [&](const std::string& between, const TString& secondElement) {
+        Session session(between);
+        session.parser->LoadXSDString(makeSchema(u"a"), u"s.xsd");
         session.Parse();
         Utf8InputSource next("<a>1</a>", u"next", false);
         session.parser->Reload(next, session.sink);
         session.Parse();
-        EXPECT_THAT(ToUtf8(session.parser->GetErrors()), IsEmpty());
         session.parser->ClearErrorsAndWarnings();
-        session.parser->LoadXSDString(schema, u"s.xsd");
-        EXPECT_THAT(ToUtf8(session.parser->GetErrors()), IsEmpty());
-        session.parser->Parse();
-        EXPECT_THAT(ToUtf8(session.parser->GetErrors()), IsEmpty());
+        session.parser->LoadXSDString(makeSchema(secondElement), u"s.xsd");
+        std::vector<std::string> all = ToUtf8(session.parser->GetErrors());
+        for (const char* const text : {"<a>x</a>", "<b>x</b>", "<same><a/></same>"}) {
+            Utf8InputSource source(text, u"after", false);
+            session.parser->Reload(source, session.sink);
+            session.Parse();
+            for (const std::string& error : ToUtf8(session.parser->GetErrors()))
+                all.push_back(error);
+        }
+        return all;
+    };
+    for (const TString& secondElement : {TString(u"a"), TString(u"b")}) {
+        const std::vector<std::string> expected = run("<a>1</a>", secondElement);
+        EXPECT_THAT(expected, testing::Not(IsEmpty()));
+        for (const std::string between :
+             {"<a>x</a>", "<a>", "", "<?xml version='1.1'?><a>1</a>",
+              "<?xml version='1.1'?><!DOCTYPE a [<!ELEMENT a", "<?xml version='1.0' \xFF?><a/>",
+              "<!DOCTYPE a [<!ELEMENT a (b,(c|d)) x>]><a/>",
+              "<!DOCTYPE a [<!ENTITY e SYSTEM 'f'>]><a/>"})
+            EXPECT_EQ(run(between, secondElement), expected) << between;
     }
 }
 
