@@ -26,7 +26,8 @@ public:
     virtual void LoadXSDString(const TString& xsdText, const TString& id);
     /// The same for a file. TIO::Exception when it cannot be read.
     virtual void LoadXSDFile(const TString& path);
-    /// The same for a source, which is read from where it stands and is not needed afterwards.
+    /// The same for a source, which is not needed afterwards. One in memory is read from its start,
+    /// a file from where it stands.
     virtual void LoadXSDSource(InputSource& xsdSource) = 0;
 
     /// Leaves both as they are unless overridden.

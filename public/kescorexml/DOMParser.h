@@ -39,11 +39,14 @@ public:
     ~DOMParser();
     DOMParser(const DOMParser&) = delete;
     DOMParser& operator=(const DOMParser&) = delete;
+    /// Parsers are not compared; their limits can be.
+    bool operator==(const DOMParser&) const = delete;
 
     /// Adds a compiled-in schema that every further parse validates against. CorvinaException when
     /// there is none for `id`.
     void AddXSDResourceId(QtKesResourceId id);
-    /// Adds a schema of the caller. REQUIRES: a source, with an identifier that is not empty.
+    /// Adds a schema of the caller, which each parse reads; all but the first rewind it. What it
+    /// throws passes through. REQUIRES: a source, with an identifier that is not empty.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
 
     /// Whether elements record line and column of the ends of their tags. Off at first; costs a few
@@ -53,11 +56,12 @@ public:
     /// The flag that every DOM is made with; this class does not act on it. False at first.
     void SetRestrictExternalPaths(bool restrict);
     bool GetRestrictExternalPaths() const;
-    /// Called at the end of every parse, on the thread that parses; what it throws passes through.
-    /// An empty function switches it off.
+    /// Called at the end of every parse, on the thread that parses, within the parse's metrics;
+    /// what it throws passes through. An empty function switches it off.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
-    /// Parses a source from where it stands. What the source throws passes through.
+    /// Parses a source: one in memory from its start, a file from where it stands. What the source
+    /// throws passes through.
     std::unique_ptr<DOM> ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const;
     /// Parses a text; `id` names it in messages. White space at its start is skipped, and the
     /// encoding that its declaration names does not matter.

@@ -47,12 +47,14 @@ public:
     ~StandaloneDOMParser();
     StandaloneDOMParser(const StandaloneDOMParser&) = delete;
     StandaloneDOMParser& operator=(const StandaloneDOMParser&) = delete;
+    /// Parsers are not compared; their limits can be.
+    bool operator==(const StandaloneDOMParser&) const = delete;
 
     /// Adds a compiled-in schema that every further parse validates against. CorvinaException when
     /// there is none for `id`.
     void AddXSDResourceId(QtKesResourceId id);
-    /// Adds a schema of the caller. Its identifier must not be empty; each parse reads it from its
-    /// start.
+    /// Adds a schema of the caller. Its identifier must not be empty; each parse reads it, and all
+    /// but the first rewind it.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     /// Called at the end of every parse, on the thread that parses; what it throws passes through.
     /// An empty function switches it off.
@@ -61,7 +63,7 @@ public:
     /// way back.
     void AllowEntityExpansion_Insecure();
 
-    /// Parses a source from where it stands.
+    /// Parses a source: one in memory from its start, a file from where it stands.
     StandaloneParseResult ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const;
     /// Parses a file, white space at its start skipped.
     StandaloneParseResult ParseXmlFile(const TString& path) const;

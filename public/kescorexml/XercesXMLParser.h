@@ -20,6 +20,9 @@ public:
                                                    std::shared_ptr<SAXInterface> sink);
     ~XercesXMLParser() override;
 
+    /// Parsers are not compared; their limits can be.
+    bool operator==(const XercesXMLParser&) const = delete;
+
     /// The identifiers of the schemas loaded, in load order; the two base schemas, which the first
     /// schema brings with it, come first.
     virtual std::vector<TString> GetXSDNames() const = 0;

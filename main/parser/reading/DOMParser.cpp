@@ -18,6 +18,8 @@
 #include <kesplatform/Resources.h>
 #include <kesplatform/TFile.h>
 
+#include <utility>
+
 namespace {
 
 constexpr unsigned int c_sampleBytes = 128;
@@ -49,15 +51,29 @@ std::unique_ptr<DOM> MakeErrorDocument(const TString& message)
 class KESCOREXML_NO_EXPORT DOMParser::Impl
 {
 public:
+    /// Whose code is running during a parse; what it throws is its own.
+    enum class Stage
+    {
+        Document,
+        Schemas,
+        Statistics
+    };
+
+    struct Schema
+    {
+        std::unique_ptr<InputSource> source;
+        bool wasRead = false;
+    };
+
     XercesXMLParserImpl& CreateOrReuseExistingXercesParser(InputSource& source, ScanSink& sink);
 
-    /// All of a parse but the report of its statistics.
+    /// `stage` always tells where the parse is.
     std::unique_ptr<DOM> Parse(InputSource& source, bool keepWhitespaceText,
-                               const ParseLimits& limits);
-    void ReportStatistics(const InputSource& source) const;
+                               const ParseLimits& limits, Stage& stage);
+    void LoadSchemas(XercesXMLParserImpl& parser);
 
     std::unique_ptr<XercesXMLParserImpl> m_cachedParser;
-    std::vector<std::unique_ptr<InputSource>> m_xsdSources;
+    std::vector<Schema> m_xsdSources;
     bool m_enableLineNumbersOnElements = false;
     bool m_restrictExternalPaths = false;
     std::function<void(const DOMParserStatistics&)> m_statisticsEventHandler;
@@ -94,7 +110,7 @@ void DOMParser::AddXSDResourceId(QtKesResourceId id)
 
 void DOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
 {
-    m_impl->m_xsdSources.push_back(std::move(source));
+    m_impl->m_xsdSources.push_back({std::move(source)});
 }
 
 void DOMParser::SetEnableLineNumbersOnElements(bool enable)
@@ -125,21 +141,22 @@ void DOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStat
 std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source,
                                                     bool keepWhitespaceText) const
 {
-    std::unique_ptr<DOM> dom = m_impl->Parse(source, keepWhitespaceText, *this);
-    m_impl->ReportStatistics(source);
-    return dom;
+    Impl::Stage stage = Impl::Stage::Document;
+    return m_impl->Parse(source, keepWhitespaceText, *this, stage);
 }
 
-void DOMParser::Impl::ReportStatistics(const InputSource& source) const
+void DOMParser::Impl::LoadSchemas(XercesXMLParserImpl& parser)
 {
-    if (m_statisticsEventHandler) {
-        m_statisticsEventHandler(
-            DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});
+    for (Schema& schema : m_xsdSources) {
+        // Not before the first time: a source may have no way back.
+        if (std::exchange(schema.wasRead, true))
+            schema.source->ResetToStart();
+        parser.LoadXSDSource(*schema.source);
     }
 }
 
 std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhitespaceText,
-                                            const ParseLimits& limits)
+                                            const ParseLimits& limits, Stage& stage)
 {
     const Metrics::Scope scope(m_xsdSources.empty() ? "DOMParser_ParseXmlInputSource"
                                                     : "DOMParser_ParseXmlInputSource_withXSD");
@@ -157,15 +174,19 @@ std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhites
     static_cast<ParseLimits&>(parser) = limits;
     if (m_enableLineNumbersOnElements)
         tree.SetLocationInterface(&parser);
-    for (const auto& xsdSource : m_xsdSources) {
-        // The parse before this one may have read it to its end.
-        xsdSource->ResetToStart();
-        parser.LoadXSDSource(*xsdSource);
-    }
+    stage = Stage::Schemas;
+    LoadSchemas(parser);
+    stage = Stage::Document;
     CopyParserErrorsToElement(parser, root);
     parser.Parse();
     tree.Finish();
     CopyParserErrorsToElement(parser, root);
+    if (m_statisticsEventHandler) {
+        const DOMParserStatistics statistics{static_cast<std::uint64_t>(source.Size()),
+                                             source.Id()};
+        stage = Stage::Statistics;
+        m_statisticsEventHandler(statistics);
+    }
     return dom;
 }
 
@@ -219,16 +240,16 @@ std::unique_ptr<DOM> DOMParser::ParseXmlFile(const TString& fileName) const
 {
     art::ActivityScope activity("dom-parser.parse-xml-file");
     activity.AddAttribute(u"filename", fileName);
-    std::unique_ptr<InputSource> source;
-    std::unique_ptr<DOM> dom;
+    Impl::Stage stage = Impl::Stage::Document;
     try {
-        source = InputSourceUtils::InputSourceFromFileName(fileName, true);
+        const std::unique_ptr<InputSource> source =
+            InputSourceUtils::InputSourceFromFileName(fileName, true);
         if (!activity.IsClosed())
             activity.AddAttribute(u"source-size", source->Size());
-        dom = m_impl->Parse(*source, false, *this);
+        return m_impl->Parse(*source, false, *this, stage);
     } catch (const TIO::Exception& exception) {
+        if (stage != Impl::Stage::Document)
+            throw;
         return MakeErrorDocument(exception.GetConcatenatedMessages());
     }
-    m_impl->ReportStatistics(*source);
-    return dom;
 }

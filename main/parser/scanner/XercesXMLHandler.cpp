@@ -11,6 +11,7 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/Attributes.hpp>
+#include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
@@ -79,8 +80,20 @@ void XercesXMLHandler::GetCurrentLocationHandler(int& line, int& column) const
 
 void XercesXMLHandler::RememberLocation()
 {
+    if (!m_keepsLocations)
+        return;
     m_line = static_cast<int>(m_locator->getLineNumber());
     m_column = static_cast<int>(m_locator->getColumnNumber());
+}
+
+template <typename Event>
+void XercesXMLHandler::Tell(Event&& event)
+{
+    try {
+        event();
+    } catch (const xercesc::XMLException& exception) {
+        throw SinkException{GetTStringFromXMLChPtr(exception.getMessage(), -1)};
+    }
 }
 
 // Elements and text
@@ -109,7 +122,7 @@ void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, co
         m_attributeNames[i] = ToTerminated(attributes.getQName(i));
         m_attributeValues[i] = ViewXMLCh(attributes.getValue(i));
     }
-    m_sink.StartElement({m_names, name, m_attributeNames, m_attributeValues});
+    Tell([&] { m_sink.StartElement({m_names, name, m_attributeNames, m_attributeValues}); });
 }
 
 void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
@@ -118,7 +131,7 @@ void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName
     RememberLocation();
     m_sink.EndText();
     m_budget.EndElement();
-    m_sink.EndElement();
+    Tell([this] { m_sink.EndElement(); });
 }
 
 void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)

@@ -11,6 +11,12 @@
 
 #include <vector>
 
+/// What a sink threw of the kind that Xerces throws itself and would take for its own.
+struct SinkException
+{
+    TString message;
+};
+
 /// What Xerces calls back during a parse. It passes elements and text on to a sink, keeps Xerces's
 /// diagnostics as formatted messages, refuses external entities and serves schema documents that
 /// the caller supplies.
@@ -23,8 +29,10 @@ public:
                      ParseBudget& budget);
     ~XercesXMLHandler() override;
 
-    /// Of the last event; leaves both as they are before the first one.
+    /// Of the last event whose location was kept; leaves both as they are before the first one.
     void GetCurrentLocationHandler(int& line, int& column) const;
+    /// Whether the locations of events are kept, which they are not at first: somebody may ask.
+    void SetKeepsLocations(bool keeps) noexcept { m_keepsLocations = keeps; }
     /// That of an event which came from elsewhere.
     void SetLocation(int line, int column) noexcept
     {
@@ -85,6 +93,9 @@ public:
 private:
     /// The locator knows nothing before and after a scan, and must not be asked then.
     void RememberLocation();
+    /// Calls `event`, which tells the sink.
+    template <typename Event>
+    static void Tell(Event&& event);
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
     ScanSink& m_sink;
@@ -100,6 +111,7 @@ private:
     std::vector<TString> m_errors;
     bool m_sawFatalError = false;
     bool m_loadingSchema = false;
+    bool m_keepsLocations = false;
     ParsedNames& m_names;
     ParseBudget& m_budget;
 };

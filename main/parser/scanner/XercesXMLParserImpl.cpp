@@ -15,13 +15,14 @@
 #include <kesplatform/Metrics.h>
 #include <kesplatform/VectorRegisters.h>
 
+#include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include <array>
+#include <string_view>
 #include <utility>
 
 using xercesc::XMLUni;
@@ -342,6 +343,7 @@ void XercesXMLParserImpl::DoXercesParse()
     const Metrics::Scope scope("XercesXMLParser_DoXercesParse");
     DirectScanning::SetLastVerdict(DirectScanning::Verdict::None);
     m_handler->resetErrors();
+    m_handler->SetKeepsLocations(m_sink->AsksForLocations());
     m_sink->BeginDocument();
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
     if (xercesableSource == nullptr)
@@ -370,6 +372,8 @@ void XercesXMLParserImpl::RecordFailures(Scan&& scan)
         const TString messages = exception.GetConcatenatedMessages();
         Error(messages, noError);
         FatalError(messages, noError);
+    } catch (const SinkException& exception) {
+        Error(exception.message, noError);
     } catch (const xercesc::XMLException& exception) {
         Error(GetTStringFromXMLChPtr(exception.getMessage(), -1), noError);
     } catch (...) {
@@ -481,12 +485,10 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
         m_xmlVersionSticks = !complete || watch.SawOtherVersion();
         m_isSpoilt = !complete && m_documentType.HasBegun();
         return complete;
-    } catch (const xercesc::XMLException& exception) {
-        m_isSpoilt = m_documentType.HasBegun();
+    } catch (const xercesc::XMLException&) {
         // An XML declaration that the scanner cannot even decode, before anything has a position.
-        m_handler->RecordFatalError(GetTStringFromXMLChPtr(exception.getMessage(), -1),
-                                    GetSource().Id(), 1, 1);
-        return false;
+        m_isSpoilt = m_documentType.HasBegun();
+        throw;
     } catch (const xercesc::SAXParseException& exception) {
         m_isSpoilt = m_documentType.HasBegun();
         m_handler->fatalError(exception);
@@ -495,20 +497,16 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
 }
 
 /// A scanner reads a document without XML declaration in the version of the last document that had
-/// one. A new one, with the settings of the old, knows of no document before.
+/// one. A new scanner would not, but would compile a schema again that the old one knows.
 void XercesXMLParserImpl::ForgetXmlVersion()
 {
-    // A new scanner does not take all of them over by itself.
-    std::array settings{Feature{XMLUni::fgXercesLoadExternalDTD, false},
-                        Feature{XMLUni::fgXercesDisableDefaultEntityResolution, true},
-                        Feature{XMLUni::fgXercesSkipDTDValidation, false},
-                        Feature{XMLUni::fgXercesHandleMultipleImports, false}};
-    for (Feature& setting : settings)
-        setting.value = m_reader->getFeature(setting.name);
-    m_handler->ForgetLocator();
-    m_reader->setProperty(XMLUni::fgXercesScannerName, const_cast<XMLCh*>(XMLUni::fgIGXMLScanner));
-    for (const Feature& setting : settings)
-        m_reader->setFeature(setting.name, setting.value);
+    static constexpr std::string_view text = "<?xml version='1.0'?><a/>";
+    const xercesc::MemBufInputSource document(reinterpret_cast<const XMLByte*>(text.data()),
+                                              text.size(), XMLUni::fgZeroLenString);
+    xercesc::XMLPScanToken token;
+    // The element, of which the sink must not hear, stays unread.
+    if (m_reader->parseFirst(document, token))
+        m_reader->parseReset(token);
     m_xmlVersionSticks = false;
 }
 

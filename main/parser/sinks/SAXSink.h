@@ -29,6 +29,7 @@ public:
     void BeginDocument() override;
     void Rewind() override;
     bool PassesOn() const noexcept override { return true; }
+    bool AsksForLocations() const noexcept override { return true; }
 
     /// The interface as one that also supplies schemas; null when it does not.
     SAXInterfaceExtension* GetExtension() const noexcept;

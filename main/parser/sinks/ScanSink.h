@@ -45,4 +45,6 @@ public:
     virtual void Rewind() = 0;
     /// Whether events are passed on at once to somebody from whom they cannot be taken back.
     virtual bool PassesOn() const noexcept = 0;
+    /// Whether the parser may be asked, now or later, where events were.
+    virtual bool AsksForLocations() const noexcept = 0;
 };

@@ -38,6 +38,7 @@ public:
     void BeginDocument() override {}
     void Rewind() override;
     bool PassesOn() const noexcept override { return false; }
+    bool AsksForLocations() const noexcept override { return m_location != nullptr; }
 
     /// Closes what a parse that stopped early has left open; text after the last tag is forgotten.
     /// No events may follow.

@@ -58,7 +58,13 @@ private:
 
 struct StandaloneDOMParser::State
 {
-    std::vector<std::unique_ptr<InputSource>> xsdSources;
+    struct Schema
+    {
+        std::unique_ptr<InputSource> source;
+        bool wasRead = false;
+    };
+
+    std::vector<Schema> xsdSources;
     std::function<void(const DOMParserStatistics&)> statisticsHandler;
     bool allowEntityExpansion = false;
 };
@@ -76,7 +82,7 @@ void StandaloneDOMParser::AddXSDResourceId(QtKesResourceId id)
 
 void StandaloneDOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
 {
-    m_state->xsdSources.push_back(std::move(source));
+    m_state->xsdSources.push_back({std::move(source)});
 }
 
 void StandaloneDOMParser::SetStatisticsEventHandler(
@@ -99,10 +105,11 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlInputSource(InputSource& sour
     static_cast<ParseLimits&>(*parser) = *this;
     if (m_state->allowEntityExpansion)
         parser->AllowEntityExpansion_Insecure();
-    for (const std::unique_ptr<InputSource>& schema : m_state->xsdSources) {
-        // The parse before this one has read it to its end.
-        schema->ResetToStart();
-        parser->LoadXSDSource(*schema);
+    for (State::Schema& schema : m_state->xsdSources) {
+        // Not before the first time: a source may have no way back.
+        if (std::exchange(schema.wasRead, true))
+            schema.source->ResetToStart();
+        parser->LoadXSDSource(*schema.source);
     }
     parser->Parse();
 

@@ -46,6 +46,22 @@ TEST(DOMParserMetrics, AParsedTextReportsItsLengthAndTheSourceItsSizeAndBeginnin
     EXPECT_THAT(LinesOf([&] { parser.ParseXmlString(TString(text), u"id"); }), lines);
 }
 
+TEST(DOMParserMetrics, TheStatisticsHandlerIsCalledWithinTheScope)
+{
+    DOMParser parser;
+    const RecordingMetrics metrics;
+    int calls = 0;
+    parser.SetStatisticsEventHandler([&](const DOMParserStatistics&) {
+        ++calls;
+        const std::vector<std::string> lines = metrics.GetLines();
+        EXPECT_THAT(lines, testing::Contains("-XercesXMLParser_DoXercesParse"));
+        EXPECT_THAT(lines, testing::Not(testing::Contains("-DOMParser_ParseXmlInputSource")));
+    });
+    parser.ParseXmlString("<a/>", u"id");
+    EXPECT_EQ(calls, 1);
+    EXPECT_THAT(metrics.GetLines(), testing::Contains("-DOMParser_ParseXmlInputSource"));
+}
+
 TEST(DOMParserMetrics, AParsedUtf8TextReportsItsBytes)
 {
     const DOMParser parser;

@@ -50,6 +50,24 @@ int CountPreparations(const RecordingMetrics& metrics)
     return count;
 }
 
+/// Counts how often it is rewound, and reading it may fail.
+class CountingSchema : public StringInputSource
+{
+public:
+    CountingSchema() : StringInputSource(c_intSchema, u"s.xsd", false) {}
+
+    void ResetToStart() override
+    {
+        ++resets;
+        StringInputSource::ResetToStart();
+        if (fails)
+            throw TIO::Exception(TPath(u"s.xsd"), u"gone");
+    }
+
+    int resets = 0;
+    bool fails = false;
+};
+
 } // namespace
 
 TEST(DOMParserSchema, ValidatesAgainstACompiledInSchema)
@@ -126,6 +144,56 @@ TEST(DOMParserSchema, ReadsASchemaFileAgainForEachParse)
         EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<a>5</a>", u"id")), IsEmpty());
         EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<a>x</a>", u"id")), SizeIs(1));
     }
+}
+
+TEST(DOMParserSchema, RewindsASourceFromItsSecondUseOn)
+{
+    DOMParser parser;
+    parser.ParseXmlString("<a/>", u"id");
+    auto owned = std::make_unique<CountingSchema>();
+    CountingSchema& schema = *owned;
+    parser.AddXSDInputSource(std::move(owned));
+    for (int uses = 1; uses <= 3; ++uses) {
+        EXPECT_THAT(ErrorsOf(*parser.ParseXmlString("<a>x</a>", u"id")), SizeIs(1));
+        EXPECT_EQ(schema.resets, uses - 1);
+    }
+}
+
+TEST(DOMParserSchema, LetsWhatASchemasSourceThrowsOutOfAFileParse)
+{
+    const TemporaryFolder folder;
+    const TString path = folder.Write("a.xml", "<a>1</a>");
+    DOMParser parser;
+    auto owned = std::make_unique<CountingSchema>();
+    CountingSchema& schema = *owned;
+    parser.AddXSDInputSource(std::move(owned));
+    EXPECT_FALSE(parser.ParseXmlFile(path)->HasErrors());
+    schema.fails = true;
+    EXPECT_THROW(parser.ParseXmlFile(path), TIO::Exception);
+    schema.fails = false;
+    EXPECT_FALSE(parser.ParseXmlFile(path)->HasErrors());
+    EXPECT_TRUE(parser.ParseXmlFile(folder.GetPath("none.xml"))->HasErrors());
+}
+
+TEST(DOMParserSchema, TheFirstDeclarationWins)
+{
+    const char* const booleanSchema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                                      "<xs:element name='a' type='xs:boolean'/></xs:schema>";
+    const auto lastError = [](const char* first, const char* second, const char* document) {
+        DOMParser parser;
+        parser.AddXSDInputSource(Schema(first, u"1.xsd"));
+        parser.AddXSDInputSource(Schema(second, u"2.xsd"));
+        std::string last;
+        for (const std::string& error : ErrorsOf(*parser.ParseXmlString(document, u"id"))) {
+            if (error.find("(id: id)") != std::string::npos)
+                last = error;
+        }
+        return last;
+    };
+    EXPECT_EQ(lastError(c_intSchema, booleanSchema, "<a>5</a>"), "");
+    EXPECT_NE(lastError(c_intSchema, booleanSchema, "<a>true</a>"), "");
+    EXPECT_EQ(lastError(booleanSchema, c_intSchema, "<a>true</a>"), "");
+    EXPECT_NE(lastError(booleanSchema, c_intSchema, "<a>5</a>"), "");
 }
 
 TEST(DOMParserSchema, AssertsThatASchemaHasAnIdentifier)

@@ -121,6 +121,29 @@ TEST(DOMParser, TakesTextInEveryForm)
     ExpectAccents(*parser.ParseXmlInputSource(source, false));
 }
 
+TEST(DOMParser, DropsWhitespaceBetweenTagsThroughEveryFrontDoor)
+{
+    const DOMParser parser;
+    const std::string utf8 = "<a>\n <b/> </a>";
+    const TString text = TString::fromStdString(utf8);
+    const std::vector<unsigned char> bytes(utf8.begin(), utf8.end());
+    const TemporaryFolder folder;
+    std::vector<std::unique_ptr<DOM>> documents;
+    documents.push_back(parser.ParseXmlString(text, u"id"));
+    documents.push_back(parser.ParseXmlString(TString(text), u"id"));
+    documents.push_back(parser.ParseXmlString(utf8, u"id"));
+    documents.push_back(parser.ParseXmlString(std::string(utf8), u"id"));
+    documents.push_back(parser.ParseXmlString(utf8.c_str(), u"id"));
+    documents.push_back(parser.ParseXmlBytes(bytes));
+    documents.push_back(parser.ParseXmlBytes(std::vector<unsigned char>(bytes)));
+    documents.push_back(parser.ParseXmlFile(folder.Write("a.xml", utf8)));
+    for (std::size_t i = 0; i < documents.size(); ++i) {
+        ASSERT_THAT(ErrorsOf(*documents[i]), IsEmpty()) << i;
+        EXPECT_FALSE(documents[i]->GetDocumentRoot()->HasText()) << i;
+        EXPECT_TRUE(documents[i]->GetDocumentRoot()->HasChildren()) << i;
+    }
+}
+
 TEST(DOMParser, LeavesAnLvalueAsItIs)
 {
     const DOMParser parser;
@@ -284,6 +307,27 @@ TEST(DOMParser, ReportsStatisticsOfFinishedParsesOnly)
     CountingSource good(u"<a/>", reads);
     EXPECT_FALSE(parser.ParseXmlInputSource(good, false)->HasErrors());
     EXPECT_THAT(seen, ElementsAre(1U, 2U));
+}
+
+TEST(DOMParser, ReportsStatisticsOnceHoweverManyErrorsThereAre)
+{
+    DOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>(
+        u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'>"
+        u"<xs:complexType><xs:sequence><xs:element name='b' type='xs:int' minOccurs='0' "
+        u"maxOccurs='9'/></xs:sequence></xs:complexType></xs:element></xs:schema>",
+        u"s.xsd", false));
+    int calls = 0;
+    parser.SetStatisticsEventHandler([&](const DOMParserStatistics&) { ++calls; });
+    for (const int errors : {0, 1, 2, 5}) {
+        std::string text;
+        for (int i = 0; i < errors; ++i)
+            text += "<b>no number</b>";
+        calls = 0;
+        const auto dom = parser.ParseXmlString("<a>" + text + "</a>", u"id");
+        EXPECT_THAT(ErrorsOf(*dom), SizeIs(errors));
+        EXPECT_EQ(calls, 1) << errors;
+    }
 }
 
 TEST(DOMParser, LetsExceptionsOfTheStatisticsHandlerPassAndGoesOnAfterwards)

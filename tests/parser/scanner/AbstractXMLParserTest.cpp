@@ -250,6 +250,36 @@ TEST(AbstractXMLParser, AsksASinkThatServesSchemasForImportsAndIncludes)
     EXPECT_THAT(importer->requests, ElementsAre("s.xsd asks for n.xsd"));
 }
 
+TEST(AbstractXMLParser, AsksNoSinkForAnythingElse)
+{
+    const TemporaryFolder folder;
+    const TString path = folder.Write("types.xsd", c_types);
+    const auto sink = std::make_shared<ServingSink>();
+    sink->resolve = [&](const TString&) { return path; };
+    LoadServed(sink, SchemaWith("<xs:redefine schemaLocation='types.xsd'/>"));
+    LoadServed(sink, "<!DOCTYPE xs:schema SYSTEM 'types.dtd'>" + SchemaWith(""));
+    EXPECT_THAT(sink->requests, IsEmpty());
+}
+
+TEST(AbstractXMLParser, KnowsNoLocationUnlessOverridden)
+{
+    struct Plain : AbstractXMLParser
+    {
+        using AbstractXMLParser::AbstractXMLParser;
+        void LoadXSDSource(InputSource&) override {}
+        void ParseImpl() override {}
+    };
+    StringInputSource source(u"<a/>", u"id", false);
+    Plain parser(source, nullptr);
+    int line = -1;
+    int column = -2;
+    parser.GetCurrentLocation(line, column);
+    parser.Parse();
+    parser.GetCurrentLocation(line, column);
+    EXPECT_EQ(line, -1);
+    EXPECT_EQ(column, -2);
+}
+
 TEST(AbstractXMLParser, CompilesTheTextThatTheSinkReturns)
 {
     const TemporaryFolder folder;

@@ -2,7 +2,9 @@
 #include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
 
+#include <kescorexml/DOMParser.h>
 #include <kescorexml/FileInputSource.h>
+#include <kescorexml/StandaloneDOMParser.h>
 #include <kescorexml/XMLParseException.h>
 
 #include <kesplatform/LogicException.h>
@@ -14,9 +16,10 @@
 #include <xercesc/util/RuntimeException.hpp>
 #include <xercesc/util/XMLExceptMsgs.hpp>
 
+#include <concepts>
+
 namespace {
 
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -160,6 +163,23 @@ TEST(XercesXMLParser, StopsAfterAnyEventWithoutReadingOn)
     }
 }
 
+TEST(XercesXMLParser, StopsForASinkThatWasDoneOnlyForAMoment)
+{
+    struct Sink : RecordingSink
+    {
+        bool IsDone() override { return events.back() == "<b>"; }
+    };
+    for (const char* const text :
+         {"<a><b/><c/></a>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a><b/><c/></a>"}) {
+        Utf8InputSource source(text, u"id", false);
+        const auto sink = std::make_shared<Sink>();
+        const auto parser = XercesXMLParser::Create(source, sink);
+        parser->Parse();
+        EXPECT_THAT(sink->events, ElementsAre("<a>", "<b>", "</>")) << text;
+        EXPECT_FALSE(parser->HasErrors()) << text;
+    }
+}
+
 TEST(XercesXMLParser, StaysDoneWithASinkThatWasDone)
 {
     Session session("<a/>");
@@ -183,6 +203,21 @@ TEST(XercesXMLParser, RecordsAParseExceptionOfTheSinkTwice)
     EXPECT_EQ(outcome, (ParseOutcome{{"<a>", "<b>"}, {"enough", "enough"}, {}, true}));
     EXPECT_THAT(session.parser->GetMetadataForErrors(),
                 ElementsAre(TError::ErrorInfo::NoError(), TError::ErrorInfo::NoError()));
+}
+
+TEST(XercesXMLParser, RecordsAllMessagesOfAParseException)
+{
+    struct Nested : XMLParseException
+    {
+        Nested() : XMLParseException(u"front") {}
+        TString GetConcatenatedMessages() const override { return u"front\nand its cause"; }
+    };
+    for (const char* const text : {"<a/>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a/>"}) {
+        Session session(text);
+        session.sink->onEvent = [](const std::string&) { throw Nested(); };
+        EXPECT_THAT(session.Parse().errors,
+                    ElementsAre("front\nand its cause", "front\nand its cause"));
+    }
 }
 
 TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
@@ -223,30 +258,31 @@ TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
     }
 }
 
-TEST(XercesXMLParser, RecordsAnExceptionOfTheScannersOwnKindAsItsFatalError)
+TEST(XercesXMLParser, RecordsAnExceptionOfTheScannersOwnKindByItsMessageAlone)
 {
     for (const char* const event : {"<a>", "'x'", "<b>", "</>"}) {
-        Session session("<a>x<b></b></a>");
-        std::string message;
-        session.sink->onEvent = [&](const std::string& seen) {
-            if (seen != event)
-                return;
-            const xercesc::RuntimeException exception("file", 1,
-                                                      xercesc::XMLExcepts::CPtr_PointerIsZero);
-            message =
-                TString(reinterpret_cast<const char16_t*>(exception.getMessage())).toStdString();
-            throw exception;
-        };
-        const ParseOutcome outcome = session.Parse();
-        ASSERT_FALSE(message.empty());
-        // The scanner catches it before anybody else, and says where it stands.
-        EXPECT_THAT(outcome.errors,
-                    ElementsAre(AllOf(testing::StartsWith("Fatal Error(1,"),
-                                      testing::EndsWith("): " + message + " (id: id)"))));
-        EXPECT_TRUE(outcome.fatal);
-        EXPECT_THAT(session.parser->GetMetadataForErrors(),
-                    ElementsAre(TError::ErrorInfo::NoError()));
-        EXPECT_EQ(outcome.events.back(), event);
+        // The second one is no document for the direct scanner.
+        for (const char* const text :
+             {"<a>x<b></b></a>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>x<b></b></a>"}) {
+            Session session(text);
+            std::string message;
+            session.sink->onEvent = [&](const std::string& seen) {
+                if (seen != event)
+                    return;
+                const xercesc::RuntimeException exception("file", 1,
+                                                          xercesc::XMLExcepts::CPtr_PointerIsZero);
+                message = TString(reinterpret_cast<const char16_t*>(exception.getMessage()))
+                              .toStdString();
+                throw exception;
+            };
+            const ParseOutcome outcome = session.Parse();
+            ASSERT_FALSE(message.empty());
+            EXPECT_THAT(outcome.errors, ElementsAre(message));
+            EXPECT_FALSE(outcome.fatal);
+            EXPECT_THAT(session.parser->GetMetadataForErrors(),
+                        ElementsAre(TError::ErrorInfo::NoError()));
+            EXPECT_EQ(outcome.events.back(), event);
+        }
     }
 }
 
@@ -324,6 +360,70 @@ TEST(XercesXMLParser, AssertsThatASchemaHasAnIdentifierAndCanBeRead)
                     u"xercesableSource != nullptr", 0xAB95E4EA);
 }
 
+TEST(XercesXMLParser, LoadsTheBaseSchemasBeforeItLooksAtTheIdentifier)
+{
+    Session session("<a/>");
+    EXPECT_THROW(session.parser->LoadXSDString(u"<x/>", TString()), LogicException);
+    EXPECT_THAT(session.parser->GetXSDNames(),
+                ElementsAre(u"KQRC_FILEFORMAT_XML_XSD", u"KQRC_FILEFORMAT_USER_XSD"));
+}
+
+TEST(XercesXMLParser, SkipsNoWhiteSpaceBeforeASchema)
+{
+    Session session("<a/>");
+    session.parser->LoadXSDString(u" <?xml version='1.0'?><xs:schema "
+                                  u"xmlns:xs='http://www.w3.org/2001/XMLSchema'/>",
+                                  u"s.xsd");
+    EXPECT_TRUE(session.parser->HasFatallyErrored());
+}
+
+TEST(XercesXMLParser, TreatsASchemaThatComesTwiceAlikeWhateverItHasParsedMeanwhile)
+{
+    const auto makeSchema = [](const TString& element) {
+        return TString(u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                       u"<xs:complexType name='t'/><xs:element name='same' type='t'/>"
+                       u"<xs:element name='") +
+               element + u"' type='xs:int'/></xs:schema>";
+    };
+    const auto run = [&](const std::string& between, const TString& secondElement) {
+        Session session(between);
+        session.parser->LoadXSDString(makeSchema(u"a"), u"s.xsd");
+        session.Parse();
+        Utf8InputSource next("<a>1</a>", u"next", false);
+        session.parser->Reload(next, session.sink);
+        session.Parse();
+        session.parser->ClearErrorsAndWarnings();
+        session.parser->LoadXSDString(makeSchema(secondElement), u"s.xsd");
+        std::vector<std::string> all = ToUtf8(session.parser->GetErrors());
+        for (const char* const text : {"<a>x</a>", "<b>x</b>", "<same><a/></same>"}) {
+            Utf8InputSource source(text, u"after", false);
+            session.parser->Reload(source, session.sink);
+            session.Parse();
+            for (const std::string& error : ToUtf8(session.parser->GetErrors()))
+                all.push_back(error);
+        }
+        return all;
+    };
+    for (const TString& secondElement : {TString(u"a"), TString(u"b")}) {
+        const std::vector<std::string> expected = run("<a>1</a>", secondElement);
+        EXPECT_THAT(expected, testing::Not(IsEmpty()));
+        for (const std::string between :
+             {"<a>x</a>", "<a>", "", "<?xml version='1.1'?><a>1</a>",
+              "<?xml version='1.1'?><!DOCTYPE a [<!ELEMENT a", "<?xml version='1.0' \xFF?><a/>",
+              "<!DOCTYPE a [<!ELEMENT a (b,(c|d)) x>]><a/>",
+              "<!DOCTYPE a [<!ENTITY e SYSTEM 'f'>]><a/>"})
+            EXPECT_EQ(run(between, secondElement), expected) << between;
+    }
+}
+
+TEST(XercesXMLParser, CannotBeCompared)
+{
+    EXPECT_FALSE(std::equality_comparable<XercesXMLParser>);
+    EXPECT_FALSE(std::equality_comparable<DOMParser>);
+    EXPECT_FALSE(std::equality_comparable<StandaloneDOMParser>);
+    EXPECT_TRUE(std::equality_comparable<ParseLimits>);
+}
+
 TEST(XercesXMLParser, LetsExceptionsOfTheSourcePass)
 {
     const TemporaryFolder folder;
@@ -343,4 +443,19 @@ TEST(XercesXMLParser, ReportsItsScopes)
                             "-XercesXMLParser_PrepareParserState", "+XercesXMLParser_DoXercesParse",
                             "+XercesColonSanitizer", "-XercesColonSanitizer",
                             "-XercesXMLParser_DoXercesParse"));
+}
+
+TEST(XercesXMLParser, ReportsNoOtherScopesWhenItNeedsAnotherReader)
+{
+    for (const char* const text :
+         {"<!DOCTYPE a [<!ELEMENT a (b,(c|d)) x>]><a/>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a/>"}) {
+        Session session(text);
+        session.Parse();
+        const RecordingMetrics metrics;
+        session.Parse();
+        EXPECT_THAT(metrics.GetLines(),
+                    ElementsAre("+XercesXMLParser_DoXercesParse", "+XercesColonSanitizer",
+                                "-XercesColonSanitizer", "-XercesXMLParser_DoXercesParse"))
+            << text;
+    }
 }

@@ -110,6 +110,26 @@ TEST(DOMBuilder, RecordsPositionsWhileItHasALocation)
     EXPECT_EQ(location.calls, 2);
 }
 
+TEST(DOMBuilder, RecordsZerosWhereTheLocationIsUnknown)
+{
+    class UnknownLocation : public SAXFileLocation
+    {
+    public:
+        void GetCurrentLocation(int& /*line*/, int& /*column*/) override {}
+    };
+    DOM dom;
+    UnknownLocation location;
+    DOMBuilder builder(dom, false);
+    builder.SetLocationInterface(&location);
+    builder.StartElement(u"a", {});
+    const DOMElement& a = *builder.PeekStack();
+    builder.EndElement();
+    EXPECT_EQ(a.GetStartLine(), 0);
+    EXPECT_EQ(a.GetStartColumn(), 0);
+    EXPECT_EQ(a.GetEndLine(), 0);
+    EXPECT_EQ(a.GetEndColumn(), 0);
+}
+
 TEST(DOMBuilder, IsNeverDone)
 {
     DOM dom;
