@@ -42,7 +42,7 @@ void DocumentPosition::PassAscii([[maybe_unused]] const char* end) noexcept
         if (ByteScan::ToBits(bytes) != 0)
             return;
         unsigned lineEnds = FindLineEnds(m_at, bytes);
-        m_column = lineEnds == 0 ? m_column + 16 : 17 - std::bit_width(lineEnds);
+        m_column = lineEnds == 0 ? m_column + 16 : 17 - static_cast<int>(std::bit_width(lineEnds));
         for (; lineEnds != 0; lineEnds &= lineEnds - 1)
             ++m_line;
     }
