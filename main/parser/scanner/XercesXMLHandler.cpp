@@ -109,7 +109,7 @@ void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, co
 {
     RememberLocation();
     // A limit that the tag exceeds leaves the text before it with the sink.
-    m_sink.EndText();
+    Tell([this] { m_sink.EndText(); });
     m_names.ForgetIfLarge();
     ParsedNames::Entry& name = m_names.FindElement(reinterpret_cast<const char16_t*>(qName));
     const XMLSize_t count = attributes.getLength();
@@ -129,7 +129,7 @@ void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName
                                   const XMLCh* /*qName*/)
 {
     RememberLocation();
-    m_sink.EndText();
+    Tell([this] { m_sink.EndText(); });
     m_budget.EndElement();
     Tell([this] { m_sink.EndElement(); });
 }

@@ -1,0 +1,271 @@
+#include "scanner/XercesXMLParserImpl.h"
+
+#include "base/Assertion.h"
+#include "base/KesErrors.h"
+#include "bytes/OverlookedFaults.h"
+#include "bytes/XercesInputSource.h"
+#include "bytes/XercesText.h"
+#include "scanner/XmlVersionWatch.h"
+
+#include <kescorexml/IXercesInputSourceProvider.h>
+#include <kescorexml/XMLParseException.h>
+
+#include <kesplatform/Metrics.h>
+#include <kesplatform/VectorRegisters.h>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include <string_view>
+
+namespace {
+
+/// A scan that is left before its end still holds the document's stream; the next document would
+/// be read on top of it.
+class ScanInProgress
+{
+public:
+    ScanInProgress(xercesc::SAX2XMLReader& reader, xercesc::XMLPScanToken& token)
+        : m_reader(reader), m_token(token)
+    {
+    }
+    ~ScanInProgress()
+    {
+        if (m_finished)
+            return;
+        try {
+            m_reader.parseReset(m_token);
+        } catch (...) {
+            // An exception that crossed the scanner has made it let go already.
+        }
+    }
+    ScanInProgress(const ScanInProgress&) = delete;
+    ScanInProgress& operator=(const ScanInProgress&) = delete;
+
+    /// False at the end of the document.
+    bool Next()
+    {
+        m_finished = !m_reader.parseNext(m_token);
+        return !m_finished;
+    }
+
+private:
+    xercesc::SAX2XMLReader& m_reader;
+    xercesc::XMLPScanToken& m_token;
+    bool m_finished = false;
+};
+
+/// A scan during which memory may count; the scanner cleans up afterwards whatever it takes.
+class CountedMemoryScope
+{
+public:
+    explicit CountedMemoryScope(ParseBudget& budget) noexcept : m_budget(budget) {}
+    ~CountedMemoryScope() { m_budget.EndMemory(); }
+    CountedMemoryScope(const CountedMemoryScope&) = delete;
+    CountedMemoryScope& operator=(const CountedMemoryScope&) = delete;
+
+private:
+    ParseBudget& m_budget;
+};
+
+/// Has the version watch installed among the reader's handlers.
+class WatchedProlog
+{
+public:
+    WatchedProlog(xercesc::SAX2XMLReader& reader, XmlVersionWatch& watch)
+        : m_reader(reader), m_watch(watch)
+    {
+        m_reader.installAdvDocHandler(&m_watch);
+    }
+    ~WatchedProlog() { m_reader.removeAdvDocHandler(&m_watch); }
+    WatchedProlog(const WatchedProlog&) = delete;
+    WatchedProlog& operator=(const WatchedProlog&) = delete;
+
+private:
+    xercesc::SAX2XMLReader& m_reader;
+    XmlVersionWatch& m_watch;
+};
+
+} // namespace
+
+void XercesXMLParserImpl::ParseImpl()
+{
+    if (HasErrors())
+        ThrowAssertion(u"XercesXMLParser", 165, u"HasErrors() == false",
+                       KesErrorsError::LogicAssert_0xE60C9000());
+    DoXercesParse();
+}
+
+void XercesXMLParserImpl::DoXercesParse()
+{
+    const Metrics::Scope scope("XercesXMLParser_DoXercesParse");
+    DirectScanning::SetLastVerdict(DirectScanning::Verdict::None);
+    m_handler->resetErrors();
+    m_handler->SetKeepsLocations(m_sink->AsksForLocations());
+    m_sink->BeginDocument();
+    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
+    if (xercesableSource == nullptr)
+        ThrowNoXercesSource();
+    const XercesInputSource document =
+        xercesableSource->GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
+    BeginBudget(document, !m_noSchemaLoaded);
+    if (ScanDirectly(document))
+        return;
+    static_cast<void>(document());
+    RecordFailures([&] { ScanWithXerces(document); });
+}
+
+template <typename Scan>
+void XercesXMLParserImpl::RecordFailures(Scan&& scan)
+{
+    const auto noError = TError::ErrorInfo::NoError();
+    try {
+        scan();
+    } catch (const LimitExceeded& exceeded) {
+        RecordLimit(exceeded, GetSource().Id());
+        CollectHandlerErrors();
+    } catch (const xercesc::OutOfMemoryException&) {
+        Error(u"OutOfMemoryException", noError);
+    } catch (const XMLParseException& exception) {
+        const TString messages = exception.GetConcatenatedMessages();
+        Error(messages, noError);
+        FatalError(messages, noError);
+    } catch (const SinkException& exception) {
+        Error(exception.message, noError);
+    } catch (const xercesc::XMLException& exception) {
+        Error(GetTStringFromXMLChPtr(exception.getMessage(), -1), noError);
+    } catch (...) {
+        Error(u"Unexpected exception", noError);
+    }
+}
+
+void XercesXMLParserImpl::ScanWithXerces(const XercesInputSource& document)
+{
+    // A new one would have to load all schemas again: what one that has them forgot stays until
+    // the parser ends.
+    if (m_reader == nullptr || (m_isSpoilt && m_noSchemaLoaded))
+        MakeReader();
+    ScanDocument(document);
+    if (m_handler->SawErrors())
+        CollectHandlerErrors();
+}
+
+DirectScanning::Verdict XercesXMLParserImpl::FindReasonForXerces() const
+{
+    using DirectScanning::Verdict;
+
+    if (!DirectScanning::IsEnabled())
+        return Verdict::Disabled;
+    if (!m_noSchemaLoaded)
+        return Verdict::Schema;
+    // A sink that is done before the first event is told of no other, but of what is wrong before.
+    if (m_sink->IsDone())
+        return Verdict::Markup;
+    return Verdict::Accepted;
+}
+
+bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
+{
+    using DirectScanning::Verdict;
+
+    Verdict verdict = FindReasonForXerces();
+    if (verdict == Verdict::Accepted) {
+        // Positions that a listener asks for are those behind the sanitizer.
+        if (m_sink->PassesOn())
+            document.Sanitize();
+        const auto scan = [&] {
+            m_isDirect = true;
+            const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
+            verdict = m_directScanner.Scan({document.GetBytes(), isUtf8, m_budget.GetOutputLimit(),
+                                            m_budget.GetScannerWorkLimit()},
+                                           *m_sink);
+            if (verdict != Verdict::Accepted)
+                m_sink->Rewind();
+        };
+        RecordFailures(scan);
+        if (verdict == Verdict::ColonName && !m_sink->PassesOn()) {
+            document.Sanitize();
+            RecordFailures(scan);
+        }
+        m_isDirect = false;
+        // It may be asked for when the document is gone.
+        if (m_sink->PassesOn() && m_directScanner.HasSentEvent()) {
+            int line = 0;
+            int column = 0;
+            m_directScanner.GetCurrentLocation(line, column);
+            m_handler->SetLocation(line, column);
+        }
+    }
+    DirectScanning::SetLastVerdict(verdict);
+    return verdict == Verdict::Accepted;
+}
+
+void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)
+{
+    ClearUpperVectorHalves();
+    const CountedMemoryScope counted(m_budget);
+    const LocatingReader::Scope located(*m_reader, document);
+    xercesc::XMLPScanToken token;
+    if (!ScanProlog(document, token))
+        return;
+    ScanInProgress scan(*m_reader, token);
+    while (!m_handler->IsDone()) {
+        if (!scan.Next()) {
+            CheckEnd(document);
+            return;
+        }
+    }
+}
+
+void XercesXMLParserImpl::CheckEnd(const XercesInputSource& document)
+{
+    if (m_handler->SawFatalError())
+        return;
+    const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
+    const auto fault = OverlookedFaults::Find(document.GetBytes(), isUtf8, document.MayHoldNull());
+    if (fault)
+        m_handler->RecordFatalError(fault->message, GetSource().Id(), fault->line, fault->column);
+}
+
+bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
+                                     xercesc::XMLPScanToken& token)
+{
+    if (m_xmlVersionSticks)
+        ForgetXmlVersion();
+    // Until the prolog is known to have been harmless.
+    m_xmlVersionSticks = true;
+    m_isSpoilt = true;
+    m_documentType.Reset();
+    XmlVersionWatch watch;
+    const WatchedProlog watched(*m_reader, watch);
+    try {
+        const bool complete = m_reader->parseFirst(document(), token);
+        m_xmlVersionSticks = !complete || watch.SawOtherVersion();
+        m_isSpoilt = !complete && m_documentType.HasBegun();
+        return complete;
+    } catch (const xercesc::XMLException&) {
+        // An XML declaration that the scanner cannot even decode, before anything has a position.
+        m_isSpoilt = m_documentType.HasBegun();
+        throw;
+    } catch (const xercesc::SAXParseException& exception) {
+        m_isSpoilt = m_documentType.HasBegun();
+        m_handler->fatalError(exception);
+        return false;
+    }
+}
+
+/// A scanner reads a document without XML declaration in the version of the last document that had
+/// one. A new scanner would not, but would compile a schema again that the old one knows.
+void XercesXMLParserImpl::ForgetXmlVersion()
+{
+    static constexpr std::string_view text = "<?xml version='1.0'?><a/>";
+    const xercesc::MemBufInputSource document(reinterpret_cast<const XMLByte*>(text.data()),
+                                              text.size(), xercesc::XMLUni::fgZeroLenString);
+    xercesc::XMLPScanToken token;
+    // The element, of which the sink must not hear, stays unread.
+    if (m_reader->parseFirst(document, token))
+        m_reader->parseReset(token);
+    m_xmlVersionSticks = false;
+}
