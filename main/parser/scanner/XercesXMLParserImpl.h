@@ -79,6 +79,7 @@ private:
 
     ParsedNames m_names;
     DirectScanner m_directScanner{m_names};
+    bool m_isParsing = false;
     /// The direct scanner is reading a document.
     bool m_isDirect = false;
     ParseBudget m_budget;

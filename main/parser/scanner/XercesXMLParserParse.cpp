@@ -15,6 +15,7 @@
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/IOException.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
@@ -56,6 +57,25 @@ private:
     xercesc::XMLPScanToken& m_token;
     bool m_finished = false;
 };
+
+/// A sink may not have its parser parse in an event.
+class ParseInProgress
+{
+public:
+    explicit ParseInProgress(bool& flag) noexcept : m_flag(flag) { m_flag = true; }
+    ~ParseInProgress() { m_flag = false; }
+    ParseInProgress(const ParseInProgress&) = delete;
+    ParseInProgress& operator=(const ParseInProgress&) = delete;
+
+private:
+    bool& m_flag;
+};
+
+/// As Xerces's reader does.
+[[noreturn]] void ThrowParseInProgress()
+{
+    throw xercesc::IOException("SAX2XMLReaderImpl", 0, xercesc::XMLExcepts::Gen_ParseInProgress);
+}
 
 /// A scan during which memory may count; the scanner cleans up afterwards whatever it takes.
 class CountedMemoryScope
@@ -101,6 +121,11 @@ void XercesXMLParserImpl::ParseImpl()
 void XercesXMLParserImpl::DoXercesParse()
 {
     const Metrics::Scope scope("XercesXMLParser_DoXercesParse");
+    if (m_isParsing) {
+        RecordFailures([] { ThrowParseInProgress(); });
+        return;
+    }
+    const ParseInProgress inProgress(m_isParsing);
     DirectScanning::SetLastVerdict(DirectScanning::Verdict::None);
     m_handler->resetErrors();
     m_handler->SetKeepsLocations(m_sink->AsksForLocations());
@@ -177,6 +202,8 @@ bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
             document.Sanitize();
         const auto scan = [&] {
             m_isDirect = true;
+            // Whatever the sink throws ends the parse.
+            verdict = Verdict::Accepted;
             const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
             verdict = m_directScanner.Scan({document.GetBytes(), isUtf8, m_budget.GetOutputLimit(),
                                             m_budget.GetScannerWorkLimit()},

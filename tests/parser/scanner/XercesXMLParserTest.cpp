@@ -258,6 +258,23 @@ TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
     }
 }
 
+TEST(XercesXMLParser, RefusesToParseInAnEventOfItsOwn)
+{
+    for (const char* const text :
+         {"<a>x<b></b></a>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>x<b></b></a>"}) {
+        SCOPED_TRACE(text);
+        Session session(text);
+        session.sink->onEvent = [&](const std::string& seen) {
+            if (seen == "<b>")
+                session.parser->Parse();
+        };
+        const ParseOutcome outcome = session.Parse();
+        EXPECT_THAT(outcome.events, ElementsAre("<a>", "'x'", "<b>", "</>", "</>"));
+        EXPECT_THAT(outcome.errors, ElementsAre("parsing in progress"));
+        EXPECT_FALSE(outcome.fatal);
+    }
+}
+
 TEST(XercesXMLParser, RecordsAnExceptionOfTheScannersOwnKindByItsMessageAlone)
 {
     for (const char* const event : {"<a>", "'x'", "<b>", "</>"}) {
