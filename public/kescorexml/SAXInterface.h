@@ -33,8 +33,8 @@ public:
     /// The path of the schema file for a location named by the document at `baseUri`, empty for
     /// none.
     virtual TString ResolveSchemaLocation(const TString& baseUri, const TString& systemId) = 0;
-    /// Receives the text of that file and returns the text to compile. REQUIRES: ASCII. As many bytes
-    /// of its UTF-8 are compiled as it has UTF-16 code units; other characters, in a comment too,
-    /// make it end too early.
+    /// Receives the text of that file and returns the text to compile. REQUIRES: ASCII. As many
+    /// bytes of its UTF-8 are compiled as it has UTF-16 code units; other characters, in a comment
+    /// too, make it end too early.
     virtual TString FilterSchemaText(const TString& text, const TString& path) = 0;
 };

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 /// Comparing and copying texts that are short as a rule, such as names and values, where a call of
 /// the C library would cost more than the work.
@@ -37,6 +38,13 @@ inline bool Equals(const char* a, const char* b, std::size_t count) noexcept
             return false;
     }
     return true;
+}
+
+/// Whether `text` stands at `at`, before `end`.
+inline bool StandsAt(const char* at, const char* end, std::string_view text) noexcept
+{
+    return static_cast<std::size_t>(end - at) >= text.size() &&
+           Equals(at, text.data(), text.size());
 }
 
 /// Copies so many units to where they do not overlap.

@@ -1,3 +1,4 @@
+#include "base/ShortText.h"
 #include "direct/ByteClasses.h"
 #include "direct/DirectScanner.h"
 
@@ -13,11 +14,6 @@ namespace {
 constexpr std::size_t c_maxModelDepth = 64;
 /// The scanner compares each attribute of an element with all others.
 constexpr std::size_t c_maxDeclaredAttributes = 256;
-
-bool StartsWith(const char* at, const char* end, std::string_view text) noexcept
-{
-    return std::string_view(at, static_cast<std::size_t>(end - at)).starts_with(text);
-}
 
 const char* SkipOccurrence(const char* at) noexcept
 {
@@ -41,13 +37,13 @@ const char* DirectScanner::ScanInternalSubset(const char* at)
         at = SkipWhitespace(at);
         if (*at == ']')
             return at + 1;
-        if (StartsWith(at, m_end, "<!ELEMENT"))
+        if (ShortText::StandsAt(at, m_end, "<!ELEMENT"))
             at = ScanElementDeclaration(at + 9);
-        else if (StartsWith(at, m_end, "<!ATTLIST"))
+        else if (ShortText::StandsAt(at, m_end, "<!ATTLIST"))
             at = ScanAttributeList(at + 9);
-        else if (StartsWith(at, m_end, "<!--"))
+        else if (ShortText::StandsAt(at, m_end, "<!--"))
             at = ScanComment(at);
-        else if (StartsWith(at, m_end, "<?"))
+        else if (ShortText::StandsAt(at, m_end, "<?"))
             at = ScanInstruction(at);
         else
             return Decline(Verdict::DocumentType);
@@ -74,9 +70,9 @@ const char* DirectScanner::ScanElementDeclaration(const char* at)
     const char* const model = SkipWhitespace(at);
     if (model == at)
         return nullptr;
-    if (StartsWith(model, m_end, "EMPTY"))
+    if (ShortText::StandsAt(model, m_end, "EMPTY"))
         at = model + 5;
-    else if (StartsWith(model, m_end, "ANY"))
+    else if (ShortText::StandsAt(model, m_end, "ANY"))
         at = model + 3;
     else if (*model == '(')
         at = *SkipWhitespace(model + 1) == '#' ? ScanMixedModel(SkipWhitespace(model + 1))
@@ -92,7 +88,7 @@ const char* DirectScanner::ScanElementDeclaration(const char* at)
 const char* DirectScanner::ScanMixedModel(const char* at)
 {
     constexpr std::string_view c_text = "#PCDATA";
-    if (!StartsWith(at, m_end, c_text))
+    if (!ShortText::StandsAt(at, m_end, c_text))
         return nullptr;
     at = SkipWhitespace(at + c_text.size());
     bool hasNames = false;
@@ -192,7 +188,7 @@ const char* DirectScanner::ScanAttributeType(const char* at, bool& isTokenized)
     // Those that begin like others come first.
     for (const std::string_view type :
          {"CDATA", "IDREFS", "IDREF", "ID", "ENTITY", "ENTITIES", "NMTOKENS", "NMTOKEN"}) {
-        if (StartsWith(at, m_end, type)) {
+        if (ShortText::StandsAt(at, m_end, type)) {
             isTokenized = type != "CDATA";
             return at + type.size();
         }
@@ -202,11 +198,11 @@ const char* DirectScanner::ScanAttributeType(const char* at, bool& isTokenized)
 
 const char* DirectScanner::ScanDefault(const char* at, AttributeDeclarations::Attribute& attribute)
 {
-    if (StartsWith(at, m_end, "#REQUIRED"))
+    if (ShortText::StandsAt(at, m_end, "#REQUIRED"))
         return at + 9;
-    if (StartsWith(at, m_end, "#IMPLIED"))
+    if (ShortText::StandsAt(at, m_end, "#IMPLIED"))
         return at + 8;
-    if (StartsWith(at, m_end, "#FIXED")) {
+    if (ShortText::StandsAt(at, m_end, "#FIXED")) {
         at += 6;
         const char* const next = SkipWhitespace(at);
         if (next == at)

@@ -1,3 +1,4 @@
+#include "base/ShortText.h"
 #include "direct/ByteClasses.h"
 #include "direct/DirectScanner.h"
 
@@ -38,11 +39,6 @@ bool IsPublicIdentifier(std::string_view text)
     });
 }
 
-bool StartsWith(const char* at, const char* end, std::string_view text) noexcept
-{
-    return std::string_view(at, static_cast<std::size_t>(end - at)).starts_with(text);
-}
-
 /// What stands between two quotes that are both in the text, or null without such.
 const char* FindClosingQuote(const char* at, const char* end) noexcept
 {
@@ -57,7 +53,7 @@ bool ReadPseudoAttribute(const char*& at, const char* end, std::string_view name
                          std::string_view& value)
 {
     const char* next = SkipWhitespace(at);
-    if (next == at || !StartsWith(next, end, name))
+    if (next == at || !ShortText::StandsAt(next, end, name))
         return false;
     next = SkipWhitespace(next + name.size());
     if (*next != '=')
@@ -75,13 +71,13 @@ bool ReadPseudoAttribute(const char*& at, const char* end, std::string_view name
 
 const char* DirectScanner::ScanProlog(const char* at)
 {
-    if (StartsWith(at, m_end, "<?xml") && !ByteClasses::Is(at[5], ByteClasses::NamePart)) {
+    if (ShortText::StandsAt(at, m_end, "<?xml") && !ByteClasses::Is(at[5], ByteClasses::NamePart)) {
         at = ScanXmlDeclaration(at + 5);
         if (at == nullptr)
             return nullptr;
     }
     at = ScanMisc(at);
-    if (at != nullptr && StartsWith(at, m_end, "<!DOCTYPE")) {
+    if (at != nullptr && ShortText::StandsAt(at, m_end, "<!DOCTYPE")) {
         at = ScanDocumentType(at + 9);
         if (at != nullptr)
             at = ScanMisc(at);
@@ -121,9 +117,9 @@ const char* DirectScanner::ScanMisc(const char* at)
 {
     for (;;) {
         at = SkipWhitespace(at);
-        if (StartsWith(at, m_end, "<?"))
+        if (ShortText::StandsAt(at, m_end, "<?"))
             at = ScanInstruction(at);
-        else if (StartsWith(at, m_end, "<!--"))
+        else if (ShortText::StandsAt(at, m_end, "<!--"))
             at = ScanComment(at);
         else
             return at;
@@ -142,8 +138,8 @@ const char* DirectScanner::ScanDocumentType(const char* at)
     if (at == nullptr)
         return nullptr;
     next = SkipWhitespace(at);
-    const bool isPublic = StartsWith(next, m_end, "PUBLIC");
-    if (next > at && (isPublic || StartsWith(next, m_end, "SYSTEM"))) {
+    const bool isPublic = ShortText::StandsAt(next, m_end, "PUBLIC");
+    if (next > at && (isPublic || ShortText::StandsAt(next, m_end, "SYSTEM"))) {
         at = next + 6;
         next = SkipWhitespace(at);
         const char* close = FindClosingQuote(next, m_end);

@@ -49,6 +49,9 @@ public:
     void GetCurrentLocation(int& line, int& column) noexcept;
 
 private:
+    /// What a reference or a run of characters may write without asking for room.
+    static constexpr std::size_t c_slack = 64;
+
     /// An open element's name, as its start tag has it.
     struct OpenTag
     {

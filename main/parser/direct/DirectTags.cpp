@@ -7,18 +7,6 @@
 
 using DirectScanning::Verdict;
 
-namespace {
-
-constexpr std::size_t c_slack = 64;
-
-bool BeginsWith(const char* at, const char* end, std::string_view text) noexcept
-{
-    return static_cast<std::size_t>(end - at) >= text.size() &&
-           ShortText::Equals(at, text.data(), text.size());
-}
-
-} // namespace
-
 const char* DirectScanner::ScanStartTag(const char* at)
 {
     const char* const begin = at + 1;
@@ -76,7 +64,7 @@ const char* DirectScanner::ScanAttributeName(const char* at, const NameTable::Na
     if (index < element.lastAttributes.size()) {
         NameTable::Name* const expected = element.lastAttributes[index];
         const std::size_t length = expected->bytes.size();
-        if (BeginsWith(at, m_end, expected->bytes) && at[length] == '=') {
+        if (ShortText::StandsAt(at, m_end, expected->bytes) && at[length] == '=') {
             m_attributes.push_back(expected);
             return at + length;
         }
@@ -200,7 +188,7 @@ const char* DirectScanner::ScanEndTag(const char* at)
 {
     const OpenTag& open = m_open.back();
     at += 2;
-    if (!BeginsWith(at, m_end, {open.name, open.length}))
+    if (!ShortText::StandsAt(at, m_end, {open.name, open.length}))
         return Decline(Verdict::Markup);
     at += open.length;
     if (*at != '>')

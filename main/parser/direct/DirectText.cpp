@@ -1,3 +1,4 @@
+#include "base/ShortText.h"
 #include "direct/ByteClasses.h"
 #include "direct/DirectScanner.h"
 #include "direct/Utf8Sequence.h"
@@ -9,8 +10,6 @@ using DirectScanning::Verdict;
 
 namespace {
 
-/// What a reference or a run of characters may write without asking for room.
-constexpr std::size_t c_slack = 64;
 /// A piece of text that is handed on at once: small enough to stay in the cache.
 constexpr std::ptrdiff_t c_piece = 4096;
 
@@ -74,8 +73,7 @@ const char* DirectScanner::ScanText(const char* at)
 const char* DirectScanner::ScanCData(const char* at)
 {
     constexpr std::string_view c_start = "<![CDATA[";
-    if (static_cast<std::size_t>(m_end - at) < c_start.size() ||
-        std::string_view(at, c_start.size()) != c_start)
+    if (!ShortText::StandsAt(at, m_end, c_start))
         return Decline(Verdict::Markup);
     at += c_start.size();
     m_to = m_units.Begin();
