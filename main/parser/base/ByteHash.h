@@ -38,7 +38,7 @@ public:
     std::uint32_t Hash(const void* text, std::size_t count) const noexcept
     {
         const auto* bytes = static_cast<const unsigned char*>(text);
-        std::uint64_t hash = m_start ^ count;
+        std::uint64_t hash = MultiplyFolded(m_start ^ count, m_factor);
         for (; count >= 8; count -= 8, bytes += 8) {
             std::uint64_t word;
             std::memcpy(&word, bytes, 8);

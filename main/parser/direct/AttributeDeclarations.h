@@ -23,10 +23,13 @@ public:
     };
 
     bool IsEmpty() const noexcept { return m_attributes.empty(); }
+    /// Gives back what a document has made this take: emptied containers would keep their buckets.
     void Clear() noexcept
     {
-        m_attributes.clear();
-        m_elements.clear();
+        if (!m_attributes.empty())
+            decltype(m_attributes)().swap(m_attributes);
+        if (!m_elements.empty())
+            decltype(m_elements)().swap(m_elements);
     }
 
     /// False when the element is declared already.

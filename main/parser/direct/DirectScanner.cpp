@@ -19,6 +19,7 @@ constexpr std::ptrdiff_t c_decodedAhead = 0x20000;
 Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
 {
     constexpr std::string_view c_byteOrderMark = "\xEF\xBB\xBF";
+    const Return giveBack(*this);
     const char* at = document.bytes.data();
     m_end = at + document.bytes.size();
     m_isUtf8 = document.isUtf8;
@@ -28,7 +29,6 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     m_sink = &sink;
     m_passesOn = sink.PassesOn();
     m_open.clear();
-    m_declarations.Clear();
     m_table.ForgetIfLarge();
     // What the document spells out itself is less than its bytes.
     m_output = document.bytes.size();
@@ -49,16 +49,17 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
         if (at != nullptr && at != m_end)
             Decline(Verdict::Markup);
     }
-    GiveBack();
     return m_verdict;
 }
 
 /// What an unusual document has made the scanner take.
-void DirectScanner::GiveBack()
+void DirectScanner::GiveBack() noexcept
 {
     constexpr std::size_t c_kept = 1024;
     m_units.Shrink();
     m_declarations.Clear();
+    m_names.ForgetUnlessSmall();
+    m_table.ForgetWhatIsGone();
     if (m_open.capacity() > c_kept)
         std::vector<OpenTag>().swap(m_open);
     if (m_values.capacity() > c_kept) {

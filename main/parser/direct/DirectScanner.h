@@ -39,11 +39,13 @@ public:
 
     /// Sends the events of the document to `sink`, up to its end or to where the sink is done.
     /// Accepted, or else the reason why the document is to be read by Xerces; events may have been
-    /// sent then. What the sink throws passes through.
+    /// sent then. What the sink throws passes through; the next document is read as ever.
     DirectScanning::Verdict Scan(const Document& document, ScanSink& sink);
 
     /// Whether the last scan has sent an event.
     bool HasSentEvent() const noexcept { return m_eventEnd != nullptr; }
+    /// No event was sent, as far as anybody will ask.
+    void ForgetEvents() noexcept { m_eventEnd = nullptr; }
     /// Where the last event ends: behind its tag; from 1. REQUIRES: HasSentEvent, and the document
     /// still is where it was scanned.
     void GetCurrentLocation(int& line, int& column) noexcept;
@@ -51,6 +53,19 @@ public:
 private:
     /// What a reference or a run of characters may write without asking for room.
     static constexpr std::size_t c_slack = 64;
+
+    /// Gives back what a scan took, on every way out of it.
+    class Return
+    {
+    public:
+        explicit Return(DirectScanner& scanner) noexcept : m_scanner(scanner) {}
+        ~Return() { m_scanner.GiveBack(); }
+        Return(const Return&) = delete;
+        Return& operator=(const Return&) = delete;
+
+    private:
+        DirectScanner& m_scanner;
+    };
 
     /// An open element's name, as its start tag has it.
     struct OpenTag
@@ -120,7 +135,7 @@ private:
     /// One that has characters beyond ASCII.
     const char* ScanLongName(const char* at) noexcept;
 
-    void GiveBack();
+    void GiveBack() noexcept;
     void ReserveText();
     void PassText();
     /// Before an event that nobody can take back: what Xerces would have decoded by then must be
@@ -141,9 +156,9 @@ private:
     std::vector<OpenTag> m_open;
     std::uint64_t m_tag = 0;
     std::vector<NameTable::Name*> m_attributes;
-    /// Where they begin among m_units.
     struct Value
     {
+        /// Where it begins among m_units.
         std::size_t offset;
         std::size_t length;
         bool hasReference;

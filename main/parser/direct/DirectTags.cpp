@@ -7,6 +7,13 @@
 
 using DirectScanning::Verdict;
 
+namespace {
+
+/// How many attributes of an element are expected again.
+constexpr std::size_t c_maxRemembered = 32;
+
+} // namespace
+
 const char* DirectScanner::ScanStartTag(const char* at)
 {
     const char* const begin = at + 1;
@@ -130,7 +137,7 @@ const char* DirectScanner::StartElement(const char* at, NameTable::Name& element
         m_attributeNames[i] = m_attributes[i]->entry->name.utf16();
         m_attributeValues[i] = {GetValue(i), m_values[i].length};
     }
-    if (count > 0 && m_attributes != element.lastAttributes)
+    if (count > 0 && count <= c_maxRemembered && m_attributes != element.lastAttributes)
         element.lastAttributes = m_attributes;
     if (!m_declarations.IsEmpty() && !ApplyDeclarations(element))
         return nullptr;

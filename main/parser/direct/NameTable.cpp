@@ -44,13 +44,21 @@ void NameTable::Grow()
     m_slots.swap(slots);
 }
 
-bool NameTable::ForgetIfLarge()
+void NameTable::ForgetIfLarge() noexcept
 {
     m_names.ForgetIfLarge();
+    ForgetWhatIsGone();
+}
+
+void NameTable::ForgetWhatIsGone() noexcept
+{
     if (m_generation == m_names.GetGeneration()) [[likely]]
-        return false;
+        return;
     m_generation = m_names.GetGeneration();
+    if (m_slots.size() > c_slotsKept) {
+        m_slots.resize(c_initialSlots);
+        m_slots.shrink_to_fit();
+    }
     std::fill(m_slots.begin(), m_slots.end(), nullptr);
     m_entries.clear();
-    return true;
 }

@@ -22,7 +22,7 @@ public:
         ParsedNames::Entry* entry;
         /// Of the last tag that had an attribute of this name.
         std::uint64_t lastTag = 0;
-        /// For an element: its attributes in the last tag that had some.
+        /// For an element: its attributes in the last tag that had some, but not very many.
         std::vector<Name*> lastAttributes;
     };
 
@@ -34,11 +34,14 @@ public:
     /// The entry of a name, which is valid UTF-8; made on first use and valid until the next
     /// ForgetIfLarge.
     Name& Find(std::string_view bytes);
-    /// Between elements; see ParsedNames. True when names that were found before are gone.
-    bool ForgetIfLarge();
+    /// Between elements; see ParsedNames.
+    void ForgetIfLarge() noexcept;
+    /// Forgets all when ParsedNames has forgotten what the entries lead to.
+    void ForgetWhatIsGone() noexcept;
 
 private:
     static constexpr std::size_t c_initialSlots = 64;
+    static constexpr std::size_t c_slotsKept = 4096;
 
     Name& Add(std::string_view bytes, std::uint32_t hash);
     void Grow();

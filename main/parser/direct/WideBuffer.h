@@ -22,7 +22,7 @@ public:
         return Grow(static_cast<std::size_t>(to - Begin()), count);
     }
     /// Gives back what an unusual document has made it take.
-    void Shrink()
+    void Shrink() noexcept
     {
         if (m_room > c_roomKept) {
             m_units.reset();

@@ -65,6 +65,8 @@ private:
     bool ScanDirectly(const XercesInputSource& document);
     DirectScanning::Verdict FindReasonForXerces() const;
     void ScanWithXerces(const XercesInputSource& document);
+    /// After a document of so many bytes.
+    void GiveBackReader(std::size_t bytes);
     /// Calls `scan` and records what it throws.
     template <typename Scan>
     void RecordFailures(Scan&& scan);
@@ -84,11 +86,11 @@ private:
     bool m_isDirect = false;
     ParseBudget m_budget;
     DocumentTypeGuard m_documentType{m_budget};
-    // Null until a document or a schema is left to Xerces.
+    std::unique_ptr<xercesc::SecurityManager> m_securityManager;
+    // Null while no document and no schema was left to Xerces, and after a large one.
 
     std::unique_ptr<ScannerMemory> m_memory;
     std::unique_ptr<LocatingReader> m_reader;
-    std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     /// What serves the sink of a caller outside of the library; else null.
     std::unique_ptr<SAXSink> m_saxSink;
     ScanSink* m_sink = nullptr;

@@ -71,6 +71,28 @@ private:
     bool& m_flag;
 };
 
+/// Positions are those of the direct scanner, which points into the document, while this lives.
+class DirectScan
+{
+public:
+    DirectScan(bool& flag, DirectScanner& scanner) noexcept : m_flag(flag), m_scanner(scanner)
+    {
+        m_scanner.ForgetEvents();
+        m_flag = true;
+    }
+    ~DirectScan()
+    {
+        m_scanner.ForgetEvents();
+        m_flag = false;
+    }
+    DirectScan(const DirectScan&) = delete;
+    DirectScan& operator=(const DirectScan&) = delete;
+
+private:
+    bool& m_flag;
+    DirectScanner& m_scanner;
+};
+
 /// As Xerces's reader does.
 [[noreturn]] void ThrowParseInProgress()
 {
@@ -140,6 +162,20 @@ void XercesXMLParserImpl::DoXercesParse()
         return;
     static_cast<void>(document());
     RecordFailures([&] { ScanWithXerces(document); });
+    GiveBackReader(document.GetBytes().size());
+}
+
+/// Xerces keeps what it holds of a document until it reads the next one, which may never come: most
+/// documents are read without it.
+void XercesXMLParserImpl::GiveBackReader(std::size_t bytes)
+{
+    constexpr std::size_t c_smallDocument = 0x40000;
+    if (!m_noSchemaLoaded || bytes <= c_smallDocument)
+        return;
+    m_handler->ForgetLocator();
+    m_budget.SetLocator(nullptr);
+    m_reader.reset();
+    m_memory.reset();
 }
 
 template <typename Scan>
@@ -200,8 +236,8 @@ bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
         // Positions that a listener asks for are those behind the sanitizer.
         if (m_sink->PassesOn())
             document.Sanitize();
+        const DirectScan inProgress(m_isDirect, m_directScanner);
         const auto scan = [&] {
-            m_isDirect = true;
             // Whatever the sink throws ends the parse.
             verdict = Verdict::Accepted;
             const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
@@ -216,7 +252,6 @@ bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
             document.Sanitize();
             RecordFailures(scan);
         }
-        m_isDirect = false;
         // It may be asked for when the document is gone.
         if (m_sink->PassesOn() && m_directScanner.HasSentEvent()) {
             int line = 0;

@@ -8,6 +8,8 @@
 namespace {
 
 constexpr std::size_t c_initialSlots = 64;
+/// A single tag can have any number of names.
+constexpr std::size_t c_slotsKept = 4096;
 
 bool HasNames(const AttributeNames& list, std::span<const char16_t* const> names)
 {
@@ -84,6 +86,10 @@ void ParsedNames::Grow()
 
 void ParsedNames::Forget() noexcept
 {
+    if (m_slots.size() > c_slotsKept) {
+        m_slots.resize(c_initialSlots);
+        m_slots.shrink_to_fit();
+    }
     std::fill(m_slots.begin(), m_slots.end(), nullptr);
     m_entries.clear();
     m_units = 0;

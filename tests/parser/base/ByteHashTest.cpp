@@ -43,6 +43,17 @@ TEST(ByteHash, LooksAtEveryByteAndAtTheLength)
     EXPECT_EQ(zeros.size(), 40U);
 }
 
+TEST(ByteHash, TellsTextsApartThatDifferInLengthAndInTheirFirstByte)
+{
+    for (std::uint64_t secret = 0; secret < 100; ++secret) {
+        const ByteHash::Seed seed(secret);
+        const std::set<std::uint32_t> hashes{
+            Hash(seed, "cccc"),    Hash(seed, "bcccc"),        Hash(seed, "accccc"),
+            Hash(seed, "`cccccc"), Hash(seed, "nnnnnnnncccc"), Hash(seed, "onnnnnnnccccc")};
+        EXPECT_EQ(hashes.size(), 6U) << secret;
+    }
+}
+
 TEST(ByteHash, DependsOnTheSeed)
 {
     EXPECT_NE(Hash(ByteHash::Seed(1), "name"), Hash(ByteHash::Seed(2), "name"));
