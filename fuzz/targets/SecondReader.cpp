@@ -8,6 +8,8 @@
 #include <kescorexml/CoreXml.h>
 #include <kescorexml/XMLUtils.h>
 
+#include <strings.h>
+
 namespace {
 
 /// Whether the bytes look like UTF-16 by their first character alone, which Expat goes by. XML
@@ -43,12 +45,33 @@ bool IsUnknownEntity(const std::string& error)
            error.find("' was not found") != std::string::npos;
 }
 
+/// Whether the document has one of the three letters below U+00C0, with which Expat lets names
+/// begin in UTF-16 and ISO-8859-1. It does not in UTF-8, and no edition of the standard does.
+bool HasNameStartOfExpatAlone(const ExpatReading& reading, std::string_view text)
+{
+    const bool isBigEndian = text.starts_with("\xFE\xFF") || text.starts_with('\0');
+    const bool isUtf16 =
+        isBigEndian || text.starts_with("\xFF\xFE") || text.substr(0, 2).ends_with('\0');
+    if (!isUtf16)
+        return strcasecmp(reading.encoding.c_str(), "ISO-8859-1") == 0 &&
+               text.find_first_of("\xAA\xB5\xBA") != std::string_view::npos;
+    for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
+        const char high = text[isBigEndian ? i : i + 1];
+        const char low = text[isBigEndian ? i + 1 : i];
+        if (high == '\0' && (low == '\xAA' || low == '\xB5' || low == '\xBA'))
+            return true;
+    }
+    return false;
+}
+
 /// Why the library may refuse with that error what Expat takes; empty when there is no reason.
 std::string_view FindReasonToRefuse(const ExpatReading& reading, std::string_view text,
                                     const std::string& error)
 {
     if (IsUtf16WithoutMark(text))
         return "UTF-16 without a mark";
+    if (HasNameStartOfExpatAlone(reading, text))
+        return "name";
     if (reading.declaresEntities && IsRefusalOfEntities(error))
         return "entities";
     // What neither reads may declare the entities that a document refers to.

@@ -48,10 +48,12 @@ void OnText(void* data, const XML_Char* text, int length)
     Get(data).text.append(text, static_cast<std::size_t>(length));
 }
 
-void OnDeclaration(void* data, const XML_Char* version, const XML_Char*, int)
+void OnDeclaration(void* data, const XML_Char* version, const XML_Char* encoding, int)
 {
     if (version != nullptr)
         Get(data).reading.version = version;
+    if (encoding != nullptr)
+        Get(data).reading.encoding = encoding;
 }
 
 void OnEntity(void* data, const XML_Char*, int, const XML_Char*, int, const XML_Char*,

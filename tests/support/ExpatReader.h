@@ -17,6 +17,8 @@ struct ExpatReading
     std::size_t errorPosition = 0;
     /// As the XML declaration has it; nothing without one.
     std::optional<std::string> version;
+    /// As the XML declaration has it; empty without one.
+    std::string encoding;
     bool declaresEntities = false;
     /// Whether there is a reference to a parameter entity, which Expat passes over. It reads no
     /// declarations behind it.
