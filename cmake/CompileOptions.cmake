@@ -20,6 +20,11 @@ if(KESCOREXML_SANITIZE)
   target_link_options(kescorexml_compile_options INTERFACE -fsanitize=${KESCOREXML_SANITIZE})
 endif()
 
+# Sources that are compiled together are not the main file, which this warning of GCC's goes by.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(kescorexml_compile_options INTERFACE -Wno-subobject-linkage)
+endif()
+
 if(KESCOREXML_COVERAGE)
   target_compile_options(kescorexml_compile_options INTERFACE --coverage -O0 -fprofile-update=atomic)
   target_link_options(kescorexml_compile_options INTERFACE --coverage)

@@ -8,15 +8,14 @@ using EncodingTable::Entry;
 
 namespace {
 
-constexpr std::size_t c_npos = std::string_view::npos;
-
 bool IsEncodingName(std::string_view name)
 {
     constexpr std::string_view c_letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
     constexpr std::string_view c_others = "0123456789._-";
-    return !name.empty() && c_letters.find(name.front()) != c_npos &&
+    return !name.empty() && c_letters.find(name.front()) != std::string_view::npos &&
            std::all_of(name.begin(), name.end(), [&](char c) {
-               return c_letters.find(c) != c_npos || c_others.find(c) != c_npos;
+               return c_letters.find(c) != std::string_view::npos ||
+                      c_others.find(c) != std::string_view::npos;
            });
 }
 
@@ -84,7 +83,7 @@ bool ScannerEncoding::IsUtf8(std::string_view bytes)
     if (marked != nullptr && marked->unitSize > 1)
         return false;
     // Without byte-order mark, larger units show by their zero bytes.
-    if (bytes.substr(0, 4).find('\0') != c_npos ||
+    if (bytes.substr(0, 4).find('\0') != std::string_view::npos ||
         bytes.starts_with(EncodingTable::c_ebcdicDeclaration))
         return false;
     bytes = SkipMark(bytes);
@@ -103,7 +102,8 @@ std::string_view ScannerEncoding::FindOverlooked(std::string_view bytes)
         if (!entry.IsBeginOf(bytes, c_start))
             continue;
         const char space = entry.ReadAscii(bytes, c_start.size() * entry.unitSize);
-        if (space == '\0' || space == ' ' || XmlDeclaration::c_whitespace.find(space) == c_npos)
+        if (space == '\0' || space == ' ' ||
+            XmlDeclaration::c_whitespace.find(space) == std::string_view::npos)
             return {};
         return entry.unitSize > 1 ? GetScannerName(entry) : FindOfSingleBytes(bytes);
     }
