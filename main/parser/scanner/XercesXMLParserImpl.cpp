@@ -135,7 +135,8 @@ void XercesXMLParserImpl::SetEntityResolver(xercesc::SAX2XMLReader& reader,
 {
     auto* const sax2readerImpl = dynamic_cast<xercesc::SAX2XMLReaderImpl*>(&reader);
     if (handler == nullptr || sax2readerImpl == nullptr)
-        ThrowAssertion(u"XercesXMLParser", 322, u"xmlEntityResolver && sax2readerImpl",
+        ThrowAssertion(u"XercesXMLParser", PublishedLine(322),
+                       u"xmlEntityResolver && sax2readerImpl",
                        KesErrorsError::LogicAssert_0x9D18F6F8());
     sax2readerImpl->setXMLEntityResolver(handler);
 }
@@ -190,11 +191,11 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
     if (m_noSchemaLoaded)
         WithXercesMemory([this] { SwitchToValidating(); });
     if (xsdSource.Id().IsEmpty())
-        ThrowAssertion(u"XercesXMLParser", 302, u"!xsdSource.Id().IsEmpty()",
+        ThrowAssertion(u"XercesXMLParser", PublishedLine(302), u"!xsdSource.Id().IsEmpty()",
                        KesErrorsError::LogicAssert_0xC83A570E());
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&xsdSource);
     if (xercesableSource == nullptr)
-        ThrowAssertion(u"XercesXMLParser", 305, u"xercesableSource != nullptr",
+        ThrowAssertion(u"XercesXMLParser", PublishedLine(305), u"xercesableSource != nullptr",
                        KesErrorsError::LogicAssert_0xAB95E4EA());
     const XercesInputSource schema =
         xercesableSource->GetXercesInputSource(ColonProcessingMode::None);

@@ -135,7 +135,7 @@ private:
 void XercesXMLParserImpl::ParseImpl()
 {
     if (HasErrors())
-        ThrowAssertion(u"XercesXMLParser", 165, u"HasErrors() == false",
+        ThrowAssertion(u"XercesXMLParser", PublishedLine(165), u"HasErrors() == false",
                        KesErrorsError::LogicAssert_0xE60C9000());
     DoXercesParse();
 }
