@@ -115,8 +115,7 @@ void XercesXMLParserImpl::MakeReader()
     // The last reader goes before its memory.
     m_reader = std::move(reader);
     m_memory = std::move(memory);
-    m_xmlVersionSticks = false;
-    m_isSpoilt = false;
+    m_remains = Remains::Nothing;
 }
 
 XercesXMLParserImpl::~XercesXMLParserImpl() = default;
@@ -168,7 +167,7 @@ void XercesXMLParserImpl::PrepareParserState(xercesc::SAX2XMLReader& reader)
 
 void XercesXMLParserImpl::SwitchToValidating()
 {
-    if (m_reader == nullptr || m_isSpoilt)
+    if (m_reader == nullptr || m_remains == Remains::Damage)
         MakeReader();
     m_memory->PrepareForSchemas();
     m_noSchemaLoaded = false;
@@ -180,7 +179,7 @@ void XercesXMLParserImpl::SwitchToValidating()
         m_noSchemaLoaded = true;
         m_xsdNames.clear();
         // Where memory failed, the reader takes itself to be still at it.
-        m_isSpoilt = true;
+        m_remains = Remains::Damage;
         throw;
     }
 }
