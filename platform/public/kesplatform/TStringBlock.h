@@ -11,8 +11,8 @@
 
 /// One allocation in which several texts live together; the TStrings made from them keep the whole
 /// of it alive. Whoever makes a block lays it out: it begins with a TStringBlock, and each text
-/// stands in a slot of SlotSize(length) bytes at an offset that is a multiple of c_slotAlignment and
-/// below 2 GiB.
+/// stands in a slot of SlotSize(length) bytes at an offset that is a multiple of c_slotAlignment
+/// and below 2 GiB.
 ///
 /// Different blocks may be used from different threads; a block's texts are written before any
 /// TString is made from them and never change afterwards. For code that makes very many texts at
