@@ -23,7 +23,9 @@ install(
     ${PROJECT_BINARY_DIR}/platform/public/kesplatform
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT development
-  FILES_MATCHING PATTERN "*.h")
+  FILES_MATCHING
+    PATTERN "*.h"
+    PATTERN "TStringBlock.h" EXCLUDE) # No public header needs it.
 
 install(EXPORT kescorexml-targets
   FILE kescorexmlTargets.cmake

@@ -1,6 +1,7 @@
 #include <kescorexml/CoreXml.h>
 
 #include "CoreXmlStringTable.h"
+#include "base/Assertion.h"
 #include "base/KesErrors.h"
 
 #include <kescorexml/ExtensionXmlTokens.h>
@@ -108,7 +109,8 @@ LocalStringTableCache& GetCache()
     s_cacheOnce.Run([] {
         s_cache = new (std::nothrow) LocalStringTableCache;
         if (s_cache == nullptr)
-            ThrowLogicException(u"modules/platform/kescorexml/gen-strings/CoreXml", 71, u"s_cache",
+            ThrowLogicException(u"modules/platform/kescorexml/gen-strings/CoreXml",
+                                PublishedLine(71).number, u"s_cache",
                                 KesErrorsError::LogicAssert_0xC18F5A72());
     });
     return *s_cache;

@@ -216,15 +216,16 @@ private:
 
     using NameMap = std::map<TString, TString>;
 
-    static TString Lookup(const NameMap& names, const TString& name);
+    KESCOREXML_NO_EXPORT static TString Lookup(const NameMap& names, const TString& name);
     /// Moves the diagnostics of a subtree from its document, if it has one, into this one, and
     /// those of that document's root when the topmost elements that move are its children. Happens
     /// whole or not at all.
-    void AdoptSubtree(const DOMElement& top, SubtreeScope scope);
+    KESCOREXML_NO_EXPORT void AdoptSubtree(const DOMElement& top, SubtreeScope scope);
     /// Copies the diagnostics of each first element to the second one, which is attached here and
     /// keeps what it has. Happens whole or not at all.
-    void CopyForClones(const DOM& from,
-                       const std::vector<std::pair<const DOMElement*, const DOMElement*>>& pairs);
+    KESCOREXML_NO_EXPORT void
+    CopyForClones(const DOM& from,
+                  const std::vector<std::pair<const DOMElement*, const DOMElement*>>& pairs);
 
     std::unique_ptr<DOMElement> m_root;
     std::map<FieldName, FieldName> m_fieldRenames;

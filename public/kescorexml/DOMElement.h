@@ -317,8 +317,8 @@ private:
     friend class ElementLife;
     friend class ParsedElements;
 
-    void DestroyChildren() noexcept;
-    std::size_t IndexOf(const DOMElement& child) const noexcept;
+    KESCOREXML_NO_EXPORT void DestroyChildren() noexcept;
+    KESCOREXML_NO_EXPORT std::size_t IndexOf(const DOMElement& child) const noexcept;
 
     DOM* m_dom = nullptr;
     DOMElement* m_parent = nullptr;

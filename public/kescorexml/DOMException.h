@@ -4,6 +4,7 @@
 #include <kesplatform/CorvinaException.h>
 
 /// Data that a document must have is missing. The message names it; the record says which kind.
+/// Different objects may be used from different threads.
 class KESCOREXML_EXPORT DOMException : public CorvinaException
 {
 public:

@@ -70,7 +70,8 @@ public:
     std::unique_ptr<DOM> ParseXmlString(const std::string& utf8, const TString& id) const;
     std::unique_ptr<DOM> ParseXmlString(std::string&& utf8, const TString& id) const;
     std::unique_ptr<DOM> ParseXmlString(const char* utf8, const TString& id) const;
-    /// Parses the bytes of a file in the encoding that their mark or their declaration names.
+    /// Parses the bytes of a file in the encoding that their byte-order mark or their declaration
+    /// names.
     std::unique_ptr<DOM> ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
     std::unique_ptr<DOM> ParseXmlBytes(std::vector<unsigned char>&& bytes) const;
     /// Parses a file, white space at its start skipped. One that cannot be read gives a document

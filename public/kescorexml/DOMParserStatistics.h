@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// What a parser tells about a source that it has parsed.
+/// What a parser tells about a source that it has parsed. A plain value.
 struct DOMParserStatistics
 {
     /// In bytes.

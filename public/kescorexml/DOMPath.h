@@ -26,7 +26,9 @@
 /// Elements come in document order, each at most once. A subtree in which the path cannot match is
 /// not entered. Nothing recurses, and no element visited costs an allocation of its own. A visit
 /// compares the element with each step that may come next there, so time is at most proportional
-/// to the elements visited times the steps of the path.
+/// to the elements visited times the steps of the path. For each level that it is in, a walk keeps
+/// which steps may come next: 16 bytes for up to 64 neighbours among them, beside the same 40 bytes
+/// for each level.
 ///
 /// T is DOMElement or DOMElement const. Different objects may be used from different threads.
 ///
@@ -52,9 +54,12 @@ struct PathNode
     T* parent;
     /// The position among the parent's children.
     std::int32_t childIndex;
-    /// One bit for each position, or, for paths too long for that, where in the walk's store the
-    /// positions begin.
+    /// Which 64 path positions `indices` tells of: the first of them, divided by 64.
+    std::uint32_t word;
+    /// One bit for each of these positions that is live.
     std::uint64_t indices;
+    /// Where in the walk's store those that are live behind them begin.
+    std::size_t others;
 };
 
 /// A walk that stands still between two matches.
@@ -81,26 +86,49 @@ public:
     T* Next();
 
 private:
-    bool IsShort() const noexcept { return m_tokens.size() < 64; }
-    T* NextShort();
-    T* NextLong();
-    bool IsNamed(const DOMElement& element, std::size_t position);
-    std::size_t ExpandPositions();
-    bool CarryPositions(const DOMElement& element);
-    void StepIntoCurrentNode(std::uint64_t carried);
-    void StepOverCurrentNode();
+    /// Of 64 path positions in a row those that are live, one bit each.
+    struct Positions
+    {
+        /// The first position, divided by 64.
+        std::uint32_t word;
+        std::uint64_t bits;
+    };
+
+    /// What passes from 64 positions to the first one behind them.
+    struct Overflow
+    {
+        std::uint64_t expanding = 0;
+        std::uint64_t advancing = 0;
+    };
+
+    /// What 64 tokens in a row are.
+    struct Tokens
+    {
+        std::uint64_t empty = 0;
+        /// "*".
+        std::uint64_t any = 0;
+        std::uint64_t names = 0;
+        /// Names that share their text with an element.
+        std::uint64_t shared = 0;
+    };
+
+    KESCOREXML_NO_EXPORT std::uint64_t Visit(const DOMElement& element, std::uint32_t word,
+                                             std::uint64_t& live, Overflow& overflow);
+    KESCOREXML_NO_EXPORT bool VisitOthers(Overflow overflow, Positions& carried,
+                                          std::size_t& levelEnd);
+    KESCOREXML_NO_EXPORT bool TakeEnd(Positions& carried) const noexcept;
+    KESCOREXML_NO_EXPORT bool IsNamed(const DOMElement& element, std::size_t position,
+                                      Tokens& kinds, std::uint64_t bit);
+    KESCOREXML_NO_EXPORT void StepIntoCurrentNode(const Positions& carried, std::size_t others);
+    KESCOREXML_NO_EXPORT void StepOverCurrentNode();
 
     std::vector<PathNode<T>> m_stack;
     std::vector<TString> m_tokens;
-    /// For short paths: which tokens are empty, which are "*", and which are names, and of those
-    /// which share their text with an element.
-    std::uint64_t m_emptyTokens = 0;
-    std::uint64_t m_anyTokens = 0;
-    std::uint64_t m_nameTokens = 0;
-    std::uint64_t m_sharedTokens = 0;
-    /// For long paths: the live positions of all levels, level by level, each in ascending order.
-    std::vector<std::int32_t> m_positions;
-    std::vector<std::int32_t> m_expanded;
+    std::vector<Tokens> m_kinds;
+    /// The position behind the last token: who gets there has matched the path.
+    Positions m_end{};
+    /// Of all levels, what their nodes have no room for, level by level, each in ascending order.
+    std::vector<Positions> m_others;
 };
 
 extern template class KESCOREXML_EXPORT Generator<DOMElement>;

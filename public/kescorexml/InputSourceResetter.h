@@ -4,6 +4,7 @@
 #include <kescorexml/InputSource.h>
 
 /// Rewinds a source at the end of a scope. A source that cannot be rewound ends the process.
+/// Different objects may be used from different threads.
 class KESCOREXML_EXPORT InputSourceResetter
 {
 public:

@@ -6,7 +6,7 @@
 /// attack: the parse ends there with one fatal error that names the limit and its setter, and what
 /// came before stays with the sink. The limits are on from the start and so wide that documents
 /// made in good faith do not come near them. They hold for each parse, and each load of a schema,
-/// alone.
+/// alone. A plain value.
 ///
 /// A setter of zeros refuses all that is counted; the largest number switches a limit off.
 class ParseLimits

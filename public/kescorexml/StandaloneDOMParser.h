@@ -72,7 +72,8 @@ public:
     StandaloneParseResult ParseXmlString(const TString& xml, TString id) const;
     StandaloneParseResult ParseXmlString(const std::string& utf8, TString id) const;
     StandaloneParseResult ParseXmlString(const char* utf8, TString id) const;
-    /// Parses the bytes of a file in the encoding that their mark or their declaration names.
+    /// Parses the bytes of a file in the encoding that their byte-order mark or their declaration
+    /// names.
     StandaloneParseResult ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
 
 private:

@@ -4,7 +4,7 @@
 
 #include <kesplatform/CorvinaException.h>
 
-/// A parse that must be abandoned.
+/// A parse that must be abandoned. Different objects may be used from different threads.
 class KESCOREXML_EXPORT XMLParseException : public CorvinaException
 {
 public:

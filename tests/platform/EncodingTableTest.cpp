@@ -29,12 +29,12 @@ TEST(EncodingTable, HoldsWhatQtWrites)
         SCOPED_TRACE(entry.name);
         const std::string marked = Encode(entry, u"<?xml", true);
         EXPECT_TRUE(marked.starts_with(entry.byteOrderMark));
-        ASSERT_NE(EncodingTable::FindByMark(marked), nullptr);
-        EXPECT_EQ(EncodingTable::FindByMark(marked)->encoding, entry.encoding);
+        ASSERT_NE(EncodingTable::FindByByteOrderMark(marked), nullptr);
+        EXPECT_EQ(EncodingTable::FindByByteOrderMark(marked)->encoding, entry.encoding);
         const std::string bytes = Encode(entry, u"<?xml", false);
         EXPECT_EQ(bytes, marked.substr(entry.byteOrderMark.size()));
         EXPECT_EQ(bytes.size(), 5 * entry.unitSize);
-        EXPECT_EQ(EncodingTable::FindByMark(bytes), nullptr);
+        EXPECT_EQ(EncodingTable::FindByByteOrderMark(bytes), nullptr);
         EXPECT_EQ(entry.encoding, DetectEncoding(marked.data(), marked.size()));
     }
     EXPECT_EQ(EncodingTable::c_utf8.name, "UTF-8");
@@ -42,11 +42,11 @@ TEST(EncodingTable, HoldsWhatQtWrites)
 
 TEST(EncodingTable, TellsByMarkWhatBeginsWithAnother)
 {
-    EXPECT_EQ(EncodingTable::FindByMark("\xFF\xFE\0\0"sv)->encoding, Utf32LE);
-    EXPECT_EQ(EncodingTable::FindByMark("\xFF\xFE\0"sv)->encoding, Utf16LE);
-    EXPECT_EQ(EncodingTable::FindByMark("\xFF\xFE<\0"sv)->encoding, Utf16LE);
+    EXPECT_EQ(EncodingTable::FindByByteOrderMark("\xFF\xFE\0\0"sv)->encoding, Utf32LE);
+    EXPECT_EQ(EncodingTable::FindByByteOrderMark("\xFF\xFE\0"sv)->encoding, Utf16LE);
+    EXPECT_EQ(EncodingTable::FindByByteOrderMark("\xFF\xFE<\0"sv)->encoding, Utf16LE);
     for (const std::string_view bytes : {""sv, "\xFF"sv, "\xEF\xBB"sv, "\0\0\xFE"sv, "<a/>"sv})
-        EXPECT_EQ(EncodingTable::FindByMark(bytes), nullptr);
+        EXPECT_EQ(EncodingTable::FindByByteOrderMark(bytes), nullptr);
 }
 
 TEST(EncodingTable, KnowsUnitsByTheirAsciiCharacters)

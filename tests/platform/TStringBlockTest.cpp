@@ -1,4 +1,4 @@
-#include <kesplatform/TString.h>
+#include <kesplatform/TStringBlock.h>
 
 #include <gtest/gtest.h>
 

@@ -74,7 +74,7 @@ TEST(TStringResize, ShortensInPlaceAndStillGrowsByAppending)
 TEST(TStringResize, RefusesWhatIsTooLongAndKeepsTheText)
 {
     TString text(u"abc");
-    EXPECT_THROW(text.resize(TString::maxLength + 1), std::length_error);
+    EXPECT_THROW(text.resize(TString::c_maxLength + 1), std::length_error);
     EXPECT_EQ(text, TString(u"abc"));
 }
 

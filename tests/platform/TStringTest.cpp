@@ -222,13 +222,13 @@ TEST(TString, MovesSeldomWhileItGrows)
 
 TEST(TString, RefusesTextsThatAreTooLong)
 {
-    EXPECT_THROW(TString(TString::maxLength + 1, u'x'), std::length_error);
+    EXPECT_THROW(TString(TString::c_maxLength + 1, u'x'), std::length_error);
     TString text(u"abc");
     EXPECT_THROW(text.resizeForOverwrite(std::numeric_limits<TString::size_type>::max()),
                  std::length_error);
     EXPECT_EQ(TString(u"abc"), text);
     // The view is never read: its length alone is refused.
-    const std::u16string_view tooLong(text.utf16(), static_cast<std::size_t>(TString::maxLength));
+    const std::u16string_view tooLong(text.utf16(), static_cast<std::size_t>(TString::c_maxLength));
     EXPECT_THROW(text.append(tooLong), std::length_error);
     EXPECT_EQ(TString(u"abc"), text);
 }

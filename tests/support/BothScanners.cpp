@@ -459,13 +459,13 @@ std::string BothScanners::CompareSome(const std::string& bytes, std::size_t turn
     }
 }
 
-std::string BothScanners::CompareSinks(const std::string& bytes, std::size_t mostEvents)
+std::string BothScanners::CompareSinks(const std::string& bytes, std::size_t maxEvents)
 {
     constexpr std::array c_thrown{SinkPlan::Thrown::StandardException,
                                   SinkPlan::Thrown::ParseException, SinkPlan::Thrown::OutOfMemory,
                                   SinkPlan::Thrown::Number};
     std::string differences;
-    for (std::size_t event = 1; event <= mostEvents && differences.empty(); ++event) {
+    for (std::size_t event = 1; event <= maxEvents && differences.empty(); ++event) {
         SinkPlan plan;
         plan.stopFrom = event;
         differences += CompareEvents(bytes, Source::Utf8, plan);

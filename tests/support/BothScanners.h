@@ -89,9 +89,9 @@ public:
     std::string CompareAll(const std::string& bytes);
     /// The events of UTF-8, and one of the others: `turn` chooses which.
     std::string CompareSome(const std::string& bytes, std::size_t turn);
-    /// Sinks that stop, stop once or throw at each of the events, `mostEvents` at most, up to the
+    /// Sinks that stop, stop once or throw at each of the events, `maxEvents` at most, up to the
     /// first event that shows a difference.
-    std::string CompareSinks(const std::string& bytes, std::size_t mostEvents);
+    std::string CompareSinks(const std::string& bytes, std::size_t maxEvents);
 
     /// How often the direct scanner came to that verdict in these comparisons.
     std::size_t Count(DirectScanning::Verdict verdict) const;

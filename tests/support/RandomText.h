@@ -12,39 +12,39 @@ class RandomText
 public:
     explicit RandomText(unsigned seed) : m_engine(seed) {}
 
-    /// A number from 0 to `most`.
-    std::size_t Number(std::size_t most) { return m_engine() % (most + 1); }
+    /// A number from 0 to `maximum`.
+    std::size_t Number(std::size_t maximum) { return m_engine() % (maximum + 1); }
 
-    /// Up to `most` units out of `alphabet`.
-    std::u16string Of(std::u16string_view alphabet, std::size_t most)
+    /// Up to `maximum` units out of `alphabet`.
+    std::u16string Of(std::u16string_view alphabet, std::size_t maximum)
     {
-        std::u16string text(Number(most), u' ');
+        std::u16string text(Number(maximum), u' ');
         for (char16_t& unit : text)
             unit = alphabet[Number(alphabet.size() - 1)];
         return text;
     }
 
-    /// Up to `most` units of every kind: runs of ASCII, zeros, Latin, Greek, Chinese, surrogate
+    /// Up to `maximum` units of every kind: runs of ASCII, zeros, Latin, Greek, Chinese, surrogate
     /// pairs, halves of pairs and the ends of the ranges.
-    std::u16string Any(std::size_t most)
+    std::u16string Any(std::size_t maximum)
     {
         std::u16string text;
-        const std::size_t length = Number(most);
+        const std::size_t length = Number(maximum);
         while (text.size() < length)
             AppendPiece(text);
         text.resize(length);
         return text;
     }
 
-    /// Up to `most` bytes: well-formed and broken UTF-8 side by side.
-    std::string Bytes(std::size_t most)
+    /// Up to `maximum` bytes: well-formed and broken UTF-8 side by side.
+    std::string Bytes(std::size_t maximum)
     {
         constexpr std::string_view c_bytes(
             "a<\0\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1"
             "\xED\xEF\xF0\xF1\xF4\xF5\xFF",
             23);
         std::string text;
-        const std::size_t length = Number(most);
+        const std::size_t length = Number(maximum);
         while (text.size() < length) {
             if (Number(3) == 0)
                 text.append(Number(40), 'x');

@@ -48,8 +48,8 @@ inline bool AreAllWanted()
     return std::getenv("KESCOREXML_TEST_ALL_DOCUMENTS") != nullptr;
 }
 
-/// Some of the files, always the same, of `mostBytes` together.
-inline std::vector<std::string> Sample(std::vector<std::string> files, std::size_t mostBytes)
+/// Some of the files, always the same, of `maxBytes` together.
+inline std::vector<std::string> Sample(std::vector<std::string> files, std::size_t maxBytes)
 {
     std::mt19937 random(12);
     for (std::size_t i = files.size(); i > 1; --i)
@@ -57,7 +57,7 @@ inline std::vector<std::string> Sample(std::vector<std::string> files, std::size
     std::size_t count = 0;
     for (std::size_t bytes = 0; count < files.size(); ++count) {
         bytes += std::filesystem::file_size(files[count]);
-        if (bytes > mostBytes)
+        if (bytes > maxBytes)
             break;
     }
     files.resize(count);

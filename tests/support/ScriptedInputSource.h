@@ -21,7 +21,7 @@ public:
     }
 
     /// Delivers at most `count` bytes a call, whatever is asked for.
-    void DeliverAtMost(std::size_t count) { m_mostAtOnce = count; }
+    void DeliverAtMost(std::size_t count) { m_maxAtOnce = count; }
     /// Throws std::runtime_error instead of delivering anything from `position` on.
     void FailAt(std::size_t position) { m_failurePosition = position; }
 
@@ -33,7 +33,7 @@ public:
             throw std::runtime_error("scripted failure");
         if (m_position == m_text.size())
             return false;
-        out = m_text.substr(m_position, std::min<std::size_t>(maxBytes, m_mostAtOnce));
+        out = m_text.substr(m_position, std::min<std::size_t>(maxBytes, m_maxAtOnce));
         m_position += out.size();
         m_furthest = std::max(m_furthest, m_position);
         return true;
@@ -53,7 +53,7 @@ public:
 
 private:
     std::string m_text;
-    std::size_t m_mostAtOnce = std::numeric_limits<std::size_t>::max();
+    std::size_t m_maxAtOnce = std::numeric_limits<std::size_t>::max();
     std::size_t m_failurePosition = std::numeric_limits<std::size_t>::max();
     std::size_t m_position = 0;
     std::size_t m_furthest = 0;

@@ -49,7 +49,7 @@ QByteArray ReadFile(const QString& name)
 /// else null.
 const EncodingTable::Entry* FindLargerUnits(std::string_view bytes)
 {
-    if (const EncodingTable::Entry* const marked = EncodingTable::FindByMark(bytes))
+    if (const EncodingTable::Entry* const marked = EncodingTable::FindByByteOrderMark(bytes))
         return marked->unitSize > 1 ? marked : nullptr;
     for (const EncodingTable::Entry& entry : EncodingTable::c_entries) {
         if (entry.unitSize > 1 && entry.IsBeginOf(bytes, "<"))

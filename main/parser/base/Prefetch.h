@@ -2,8 +2,18 @@
 
 #include <cstddef>
 
-/// Asks for the memory at `address`, which need not be valid, because it will be written soon.
-/// Does nothing where the compiler has no word for it.
+/// Asks for the memory at `address`, which need not be valid, because it will be read soon. Does
+/// nothing where the compiler has no word for it, as all of these.
+inline void PrefetchForReading(const void* address) noexcept
+{
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#else
+    static_cast<void>(address);
+#endif
+}
+
+/// The same for memory that will be written soon.
 inline void PrefetchForWriting(const void* address) noexcept
 {
 #if defined(__GNUC__)

@@ -31,9 +31,9 @@ Reserve FindReserve() noexcept
     void* low = nullptr;
     std::size_t size = 0;
     if (pthread_attr_getstack(&attributes, &low, &size) == 0) {
-        constexpr std::size_t most = std::size_t{128} * 1024;
+        constexpr std::size_t c_maxBytes = std::size_t{128} * 1024;
         reserve.low = reinterpret_cast<std::uintptr_t>(low);
-        reserve.end = reserve.low + std::min(size / 4, most);
+        reserve.end = reserve.low + std::min(size / 4, c_maxBytes);
         reserve.top = reserve.low + size;
     }
     pthread_attr_destroy(&attributes);

@@ -44,7 +44,7 @@ std::string_view GetScannerName(const Entry& entry)
 /// Larger units by the first bytes, as the scanner finds them; else null.
 const Entry* FindLargerUnits(std::string_view bytes)
 {
-    if (const Entry* const marked = EncodingTable::FindByMark(bytes))
+    if (const Entry* const marked = EncodingTable::FindByByteOrderMark(bytes))
         return marked->unitSize > 1 ? marked : nullptr;
     for (const Entry& entry : EncodingTable::c_entries) {
         if (entry.unitSize > 1 && entry.IsBeginOf(bytes, entry.unitSize == 2 ? "<?" : "<"))
@@ -79,7 +79,7 @@ ScannerEncoding ScannerEncoding::Find(std::string_view bytes)
 
 bool ScannerEncoding::IsUtf8(std::string_view bytes)
 {
-    const Entry* const marked = EncodingTable::FindByMark(bytes);
+    const Entry* const marked = EncodingTable::FindByByteOrderMark(bytes);
     if (marked != nullptr && marked->unitSize > 1)
         return false;
     // Without byte-order mark, larger units show by their zero bytes.

@@ -51,9 +51,9 @@ public:
 
     XMLFilePos curPos() const override { return m_position; }
 
-    XMLSize_t readBytes(XMLByte* const to, const XMLSize_t mostBytes) override
+    XMLSize_t readBytes(XMLByte* const to, const XMLSize_t maxBytes) override
     {
-        const std::size_t count = std::min<std::size_t>(m_bytes.size() - m_position, mostBytes);
+        const std::size_t count = std::min<std::size_t>(m_bytes.size() - m_position, maxBytes);
         if (count == 0)
             return 0;
         auto* const copied = reinterpret_cast<char*>(to);

@@ -111,7 +111,7 @@ std::size_t XercesColonSanitizerImpl::FindNextColonAttribute(std::size_t from)
         if (idx == ByteScan::c_npos)
             return std::string::npos;
         if (input[idx] != c_colon)
-            ThrowAssertion(u"XercesColonSanitizer", 114, u"input[idx] == c_colon",
+            ThrowAssertion(u"XercesColonSanitizer", PublishedLine(114), u"input[idx] == c_colon",
                            KesErrorsError::LogicAssert_0x83E9A0D6());
         const std::size_t afterName = SkipNameAndWhitespace(idx + 1);
         if (afterName == input.size())
@@ -139,7 +139,7 @@ std::size_t XercesColonSanitizerImpl::FindNamespaceInsertPoint() const
 {
     const XmlUtils::StringRange rootTag = m_walker.GetRootTag();
     if (rootTag.start == std::string::npos)
-        ThrowAssertion(u"XercesColonSanitizer", 190, u"range.start != string::npos",
+        ThrowAssertion(u"XercesColonSanitizer", PublishedLine(190), u"range.start != string::npos",
                        KesErrorsError::LogicAssert_0xE2B6083F());
     const std::string& input = *m_input;
     std::size_t pos = rootTag.start + 1;
@@ -148,7 +148,8 @@ std::size_t XercesColonSanitizerImpl::FindNamespaceInsertPoint() const
     while (pos < input.size() && CharacterClasses::IsNameChar(input[pos]))
         ++pos;
     if (pos >= input.size())
-        ThrowAssertion(u"XercesColonSanitizer", 62, u"xmlnsInsertPoint != string::npos",
+        ThrowAssertion(u"XercesColonSanitizer", PublishedLine(62),
+                       u"xmlnsInsertPoint != string::npos",
                        KesErrorsError::LogicAssert_0x4D57F21B());
     return pos;
 }

@@ -14,17 +14,11 @@ namespace DOMPath {
 namespace {
 
 constexpr std::size_t c_initialDepth = 32;
+constexpr std::size_t c_bits = 64;
 
 bool IsAny(const TString& token)
 {
     return token.view() == u"*";
-}
-
-/// Adds to an ascending list, of which the part from `from` on counts, unless it is there already.
-void AddPosition(std::vector<std::int32_t>& positions, std::size_t from, std::int32_t position)
-{
-    if (positions.size() == from || positions.back() != position)
-        positions.push_back(position);
 }
 
 /// The element at which a walk along `path` begins, or null.
@@ -69,19 +63,18 @@ Generator<T>::Generator(T& start, const TString& path) : m_tokens(path.split(u'/
     T* first = FindStart(start, path);
     if (first == nullptr)
         return;
-    const std::int32_t startPosition = m_tokens.front().IsEmpty() ? 1 : 0;
-    m_stack.reserve(c_initialDepth);
-    if (IsShort()) {
-        for (std::size_t i = 0; i < m_tokens.size(); ++i) {
-            m_emptyTokens |= std::uint64_t{m_tokens[i].IsEmpty()} << i;
-            m_anyTokens |= std::uint64_t{IsAny(m_tokens[i])} << i;
-        }
-        m_nameTokens = ~(m_emptyTokens | m_anyTokens);
-        m_stack.push_back({first, nullptr, 0, std::uint64_t{1} << startPosition});
-    } else {
-        m_positions.push_back(startPosition);
-        m_stack.push_back({first, nullptr, 0, 0});
+    m_kinds.resize(m_tokens.size() / c_bits + 1);
+    for (std::size_t i = 0; i < m_tokens.size(); ++i) {
+        Tokens& kinds = m_kinds[i / c_bits];
+        std::uint64_t& kind = m_tokens[i].IsEmpty() ? kinds.empty
+                              : IsAny(m_tokens[i])  ? kinds.any
+                                                    : kinds.names;
+        kind |= std::uint64_t{1} << i % c_bits;
     }
+    m_end = {static_cast<std::uint32_t>(m_tokens.size() / c_bits),
+             std::uint64_t{1} << m_tokens.size() % c_bits};
+    m_stack.reserve(c_initialDepth);
+    m_stack.push_back({first, nullptr, 0, 0, m_tokens.front().IsEmpty() ? 2U : 1U, 0});
 }
 
 template <typename T>
@@ -100,46 +93,21 @@ T* Generator<T>::Next()
     // Only a copy has no tokens; at() says so as for any other position.
     if (m_tokens.empty())
         static_cast<void>(m_tokens.at(0));
-    return IsShort() ? NextShort() : NextLong();
-}
-
-template <typename T>
-T* Generator<T>::NextShort()
-{
-    const std::uint64_t end = std::uint64_t{1} << m_tokens.size();
     do {
         PathNode<T>& node = m_stack.back();
         T* element = node.element;
-        node.indices |= (node.indices & m_emptyTokens) << 1;
-        const std::uint64_t live = node.indices;
-        std::uint64_t advancing = live & m_anyTokens;
-        for (std::uint64_t names = live & m_nameTokens; names != 0; names &= names - 1) {
-            const auto position = static_cast<std::size_t>(std::countr_zero(names));
-            if (IsNamed(*element, position))
-                advancing |= std::uint64_t{1} << position;
-        }
-        const std::uint64_t carried = (live & m_emptyTokens) | (advancing << 1);
-        if ((carried & ~end) != 0 && element->HasChildren())
-            StepIntoCurrentNode(carried & ~end);
-        else
-            StepOverCurrentNode();
-        if ((carried & end) != 0)
-            return element;
-    } while (!m_stack.empty());
-    return nullptr;
-}
-
-template <typename T>
-T* Generator<T>::NextLong()
-{
-    do {
-        T* element = m_stack.back().element;
-        const std::size_t carried = ExpandPositions();
-        const bool isMatch = CarryPositions(*element);
-        if (m_positions.size() > carried && element->HasChildren()) {
-            StepIntoCurrentNode(carried);
+        Overflow overflow;
+        Positions carried{node.word, 0};
+        carried.bits = Visit(*element, node.word, node.indices, overflow);
+        bool isMatch = TakeEnd(carried);
+        std::size_t levelEnd = m_others.size();
+        if (levelEnd != node.others || (overflow.expanding | overflow.advancing) != 0) [[unlikely]]
+            isMatch = VisitOthers(overflow, carried, levelEnd) || isMatch;
+        if (carried.bits != 0 && element->HasChildren()) {
+            StepIntoCurrentNode(carried, levelEnd);
         } else {
-            m_positions.resize(carried);
+            if (m_others.size() != levelEnd) [[unlikely]]
+                m_others.resize(levelEnd);
             StepOverCurrentNode();
         }
         if (isMatch)
@@ -148,8 +116,72 @@ T* Generator<T>::NextLong()
     return nullptr;
 }
 
+/// Looks at an element with 64 positions, of which `live` are. Behind each empty token that is
+/// live, the next one is, too; those added are not expanded. Returns what is live below the
+/// element.
 template <typename T>
-bool Generator<T>::IsNamed(const DOMElement& element, std::size_t position)
+inline std::uint64_t Generator<T>::Visit(const DOMElement& element, std::uint32_t word,
+                                         std::uint64_t& live, Overflow& overflow)
+{
+    Tokens& kinds = m_kinds[word];
+    const std::uint64_t expanding = live & kinds.empty;
+    live |= expanding << 1 | overflow.expanding;
+    std::uint64_t advancing = live & kinds.any;
+    for (std::uint64_t names = live & kinds.names; names != 0; names &= names - 1) {
+        const auto offset = static_cast<std::size_t>(std::countr_zero(names));
+        const std::uint64_t bit = std::uint64_t{1} << offset;
+        if (IsNamed(element, word * c_bits + offset, kinds, bit))
+            advancing |= bit;
+    }
+    const std::uint64_t carried = (live & kinds.empty) | advancing << 1 | overflow.advancing;
+    overflow = {expanding >> (c_bits - 1), advancing >> (c_bits - 1)};
+    return carried;
+}
+
+/// Goes on behind the positions that the node itself holds. `carried`, what is live below the
+/// element so far, becomes the first of what is; more of it stands from `levelEnd` on. True when
+/// the path ends at the element.
+template <typename T>
+bool Generator<T>::VisitOthers(Overflow overflow, Positions& carried, std::size_t& levelEnd)
+{
+    const PathNode<T>& node = m_stack.back();
+    bool isMatch = false;
+    std::uint32_t word = node.word;
+    std::size_t i = node.others;
+    for (;;) {
+        const bool overflows = (overflow.expanding | overflow.advancing) != 0;
+        if (i == levelEnd && !overflows)
+            return isMatch;
+        word = overflows ? word + 1 : m_others[i].word;
+        const bool isListed = i != levelEnd && m_others[i].word == word;
+        std::uint64_t live = isListed ? m_others[i].bits : 0;
+        Positions next{word, Visit(*node.element, word, live, overflow)};
+        if (isListed) {
+            m_others[i++].bits = live;
+        } else if (live != 0) {
+            m_others.insert(m_others.begin() + static_cast<std::ptrdiff_t>(i++), {word, live});
+            ++levelEnd;
+        }
+        isMatch = TakeEnd(next) || isMatch;
+        if (carried.bits == 0)
+            carried = next;
+        else if (next.bits != 0)
+            m_others.push_back(next);
+    }
+}
+
+template <typename T>
+inline bool Generator<T>::TakeEnd(Positions& carried) const noexcept
+{
+    if (carried.word != m_end.word || (carried.bits & m_end.bits) == 0)
+        return false;
+    carried.bits ^= m_end.bits;
+    return true;
+}
+
+template <typename T>
+bool Generator<T>::IsNamed(const DOMElement& element, std::size_t position, Tokens& kinds,
+                           std::uint64_t bit)
 {
     TString& token = m_tokens[position];
     const TString& name = element.GetName();
@@ -157,65 +189,30 @@ bool Generator<T>::IsNamed(const DOMElement& element, std::size_t position)
         return false;
     // The elements of a parsed document share the texts of their names. Once the token shares that
     // text, too, equal names are the same address.
-    const std::uint64_t bit = std::uint64_t{1} << position;
-    if ((m_sharedTokens & bit) == 0) {
-        m_sharedTokens |= bit;
+    if ((kinds.shared & bit) == 0) {
+        kinds.shared |= bit;
         token = name;
     }
     return true;
 }
 
 template <typename T>
-std::size_t Generator<T>::ExpandPositions()
-{
-    const auto first = static_cast<std::size_t>(m_stack.back().indices);
-    m_expanded.clear();
-    for (std::size_t i = first; i < m_positions.size(); ++i) {
-        const std::int32_t position = m_positions[i];
-        AddPosition(m_expanded, 0, position);
-        if (m_tokens[static_cast<std::size_t>(position)].IsEmpty())
-            AddPosition(m_expanded, 0, position + 1);
-    }
-    m_positions.resize(first);
-    m_positions.insert(m_positions.end(), m_expanded.begin(), m_expanded.end());
-    return m_positions.size();
-}
-
-template <typename T>
-bool Generator<T>::CarryPositions(const DOMElement& element)
-{
-    const std::size_t carried = m_positions.size();
-    const TString& name = element.GetName();
-    for (const std::int32_t position : m_expanded) {
-        const TString& token = m_tokens[static_cast<std::size_t>(position)];
-        if (token.IsEmpty())
-            AddPosition(m_positions, carried, position);
-        else if (IsAny(token) || token == name)
-            AddPosition(m_positions, carried, position + 1);
-    }
-    const bool isMatch = m_positions.size() > carried &&
-                         m_positions.back() == static_cast<std::int32_t>(m_tokens.size());
-    if (isMatch)
-        m_positions.pop_back();
-    return isMatch;
-}
-
-template <typename T>
-void Generator<T>::StepIntoCurrentNode(std::uint64_t carried)
+void Generator<T>::StepIntoCurrentNode(const Positions& carried, std::size_t others)
 {
     T* element = m_stack.back().element;
     const ElementList& children = DOMElementAccess::Children(std::as_const(*element));
     PrefetchFirst(children);
-    m_stack.push_back({children[0].get(), element, 0, carried});
+    m_stack.push_back({children[0].get(), element, 0, carried.word, carried.bits, others});
 }
 
 template <typename T>
 void Generator<T>::StepOverCurrentNode()
 {
     while (!StepToSibling(m_stack.back())) {
-        const bool isOver = m_stack.back().parent == nullptr;
-        if (!IsShort())
-            m_positions.resize(static_cast<std::size_t>(m_stack.back().indices));
+        const PathNode<T>& left = m_stack.back();
+        const bool isOver = left.parent == nullptr;
+        if (m_others.size() != left.others) [[unlikely]]
+            m_others.resize(left.others);
         m_stack.pop_back();
         if (isOver)
             return;

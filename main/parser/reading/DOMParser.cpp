@@ -31,7 +31,7 @@ void CopyParserErrorsToElement(const Parser& parser, DOMElement& element)
     const std::vector<TString> errors = parser.GetErrors();
     const std::vector<TError::ErrorInfo> errorInfos = parser.GetMetadataForErrors();
     if (errors.size() != errorInfos.size())
-        ThrowAssertion(u"DOMParser", 36, u"errors.size() == errorInfos.size()",
+        ThrowAssertion(u"DOMParser", PublishedLine(36), u"errors.size() == errorInfos.size()",
                        KesErrorsError::LogicAssert_0x46AC9E8D());
     for (std::size_t i = 0; i < errors.size(); ++i)
         element.Error(errors[i], errorInfos[i], false, false);

@@ -115,8 +115,7 @@ void XercesXMLParserImpl::MakeReader()
     // The last reader goes before its memory.
     m_reader = std::move(reader);
     m_memory = std::move(memory);
-    m_xmlVersionSticks = false;
-    m_isSpoilt = false;
+    m_remains = Remains::Nothing;
 }
 
 XercesXMLParserImpl::~XercesXMLParserImpl() = default;
@@ -135,7 +134,8 @@ void XercesXMLParserImpl::SetEntityResolver(xercesc::SAX2XMLReader& reader,
 {
     auto* const sax2readerImpl = dynamic_cast<xercesc::SAX2XMLReaderImpl*>(&reader);
     if (handler == nullptr || sax2readerImpl == nullptr)
-        ThrowAssertion(u"XercesXMLParser", 322, u"xmlEntityResolver && sax2readerImpl",
+        ThrowAssertion(u"XercesXMLParser", PublishedLine(322),
+                       u"xmlEntityResolver && sax2readerImpl",
                        KesErrorsError::LogicAssert_0x9D18F6F8());
     sax2readerImpl->setXMLEntityResolver(handler);
 }
@@ -167,7 +167,7 @@ void XercesXMLParserImpl::PrepareParserState(xercesc::SAX2XMLReader& reader)
 
 void XercesXMLParserImpl::SwitchToValidating()
 {
-    if (m_reader == nullptr || m_isSpoilt)
+    if (m_reader == nullptr || m_remains == Remains::Damage)
         MakeReader();
     m_memory->PrepareForSchemas();
     m_noSchemaLoaded = false;
@@ -179,7 +179,7 @@ void XercesXMLParserImpl::SwitchToValidating()
         m_noSchemaLoaded = true;
         m_xsdNames.clear();
         // Where memory failed, the reader takes itself to be still at it.
-        m_isSpoilt = true;
+        m_remains = Remains::Damage;
         throw;
     }
 }
@@ -190,11 +190,11 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
     if (m_noSchemaLoaded)
         WithXercesMemory([this] { SwitchToValidating(); });
     if (xsdSource.Id().IsEmpty())
-        ThrowAssertion(u"XercesXMLParser", 302, u"!xsdSource.Id().IsEmpty()",
+        ThrowAssertion(u"XercesXMLParser", PublishedLine(302), u"!xsdSource.Id().IsEmpty()",
                        KesErrorsError::LogicAssert_0xC83A570E());
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&xsdSource);
     if (xercesableSource == nullptr)
-        ThrowAssertion(u"XercesXMLParser", 305, u"xercesableSource != nullptr",
+        ThrowAssertion(u"XercesXMLParser", PublishedLine(305), u"xercesableSource != nullptr",
                        KesErrorsError::LogicAssert_0xAB95E4EA());
     const XercesInputSource schema =
         xercesableSource->GetXercesInputSource(ColonProcessingMode::None);

@@ -47,6 +47,17 @@ protected:
     void ParseImpl() override;
 
 private:
+    /// What a document, or schemas that could not be loaded, may have left in the scanner.
+    enum class Remains
+    {
+        Nothing,
+        /// It holds on to the version of the document.
+        Version,
+        /// That, and it has forgotten memory in a document type that is wrong, or that it is no
+        /// longer at work: the reader is to be made anew when that is possible.
+        Damage
+    };
+
     // In these, `extension`, which supplies schemas, may be null.
 
     void Start(ScanSink& sink, SAXInterfaceExtension* extension);
@@ -97,9 +108,5 @@ private:
     std::unique_ptr<XercesXMLHandler> m_handler;
     std::vector<TString> m_xsdNames;
     bool m_noSchemaLoaded = true;
-    /// The scanner may hold on to the version of the last document.
-    bool m_xmlVersionSticks = false;
-    /// The reader is to be made anew when that is possible: the scanner may have forgotten memory
-    /// in a document type that is wrong, or that it is no longer at work.
-    bool m_isSpoilt = false;
+    Remains m_remains = Remains::Nothing;
 };

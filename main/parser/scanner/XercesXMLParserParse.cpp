@@ -135,7 +135,7 @@ private:
 void XercesXMLParserImpl::ParseImpl()
 {
     if (HasErrors())
-        ThrowAssertion(u"XercesXMLParser", 165, u"HasErrors() == false",
+        ThrowAssertion(u"XercesXMLParser", PublishedLine(165), u"HasErrors() == false",
                        KesErrorsError::LogicAssert_0xE60C9000());
     DoXercesParse();
 }
@@ -206,7 +206,7 @@ void XercesXMLParserImpl::ScanWithXerces(const XercesInputSource& document)
 {
     // A new one would have to load all schemas again: what one that has them forgot stays until
     // the parser ends.
-    if (m_reader == nullptr || (m_isSpoilt && m_noSchemaLoaded))
+    if (m_reader == nullptr || (m_remains == Remains::Damage && m_noSchemaLoaded))
         MakeReader();
     ScanDocument(document);
     if (m_handler->SawErrors())
@@ -294,25 +294,29 @@ void XercesXMLParserImpl::CheckEnd(const XercesInputSource& document)
 bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
                                      xercesc::XMLPScanToken& token)
 {
-    if (m_xmlVersionSticks)
+    if (m_remains != Remains::Nothing)
         ForgetXmlVersion();
     // Until the prolog is known to have been harmless.
-    m_xmlVersionSticks = true;
-    m_isSpoilt = true;
+    m_remains = Remains::Damage;
     m_documentType.Reset();
+    const auto afterFailure = [this] {
+        return m_documentType.HasBegun() ? Remains::Damage : Remains::Version;
+    };
     XmlVersionWatch watch;
     const WatchedProlog watched(*m_reader, watch);
     try {
         const bool complete = m_reader->parseFirst(document(), token);
-        m_xmlVersionSticks = !complete || watch.SawOtherVersion();
-        m_isSpoilt = !complete && m_documentType.HasBegun();
+        if (complete)
+            m_remains = watch.SawOtherVersion() ? Remains::Version : Remains::Nothing;
+        else
+            m_remains = afterFailure();
         return complete;
     } catch (const xercesc::XMLException&) {
         // An XML declaration that the scanner cannot even decode, before anything has a position.
-        m_isSpoilt = m_documentType.HasBegun();
+        m_remains = afterFailure();
         throw;
     } catch (const xercesc::SAXParseException& exception) {
-        m_isSpoilt = m_documentType.HasBegun();
+        m_remains = afterFailure();
         m_handler->fatalError(exception);
         return false;
     }
@@ -322,12 +326,11 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
 /// one. A new scanner would not, but would compile a schema again that the old one knows.
 void XercesXMLParserImpl::ForgetXmlVersion()
 {
-    static constexpr std::string_view text = "<?xml version='1.0'?><a/>";
-    const xercesc::MemBufInputSource document(reinterpret_cast<const XMLByte*>(text.data()),
-                                              text.size(), xercesc::XMLUni::fgZeroLenString);
+    static constexpr std::string_view c_text = "<?xml version='1.0'?><a/>";
+    const xercesc::MemBufInputSource document(reinterpret_cast<const XMLByte*>(c_text.data()),
+                                              c_text.size(), xercesc::XMLUni::fgZeroLenString);
     xercesc::XMLPScanToken token;
     // The element, of which the sink must not hear, stays unread.
     if (m_reader->parseFirst(document, token))
         m_reader->parseReset(token);
-    m_xmlVersionSticks = false;
 }

@@ -54,7 +54,8 @@ TString GetVersionedXsdResourceNameImpl(XmlFileType type, const VersionNumber& v
         return {};
     if (version == s_currentVersion) {
         if (!TResource(base).isValid())
-            ThrowAssertion(u"XSDResourceResolver", 69, u"Resource '" + base + u"' did not resolve.",
+            ThrowAssertion(u"XSDResourceResolver", PublishedLine(69),
+                           u"Resource '" + base + u"' did not resolve.",
                            KesErrorsError::LogicAssert_0xABCA807E());
         return base;
     }

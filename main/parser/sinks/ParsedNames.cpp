@@ -1,5 +1,7 @@
 #include "sinks/ParsedNames.h"
 
+#include <kesplatform/TStringBlock.h>
+
 #include <QHashFunctions>
 
 #include <algorithm>
@@ -55,7 +57,7 @@ ParsedNames::Entry& ParsedNames::Find(std::u16string_view name)
     }
     Entry& made = m_entries.emplace_back(TString(name), hash);
     m_slots[slot] = &made;
-    m_units += name.size() + unitsAnEntry;
+    m_units += name.size() + c_unitsAnEntry;
     return made;
 }
 

@@ -81,11 +81,11 @@ public:
         if (IsLarge())
             Forget();
     }
-    bool IsLarge() const noexcept { return m_units > maxUnits; }
+    bool IsLarge() const noexcept { return m_units > c_maxUnits; }
     /// Between documents: gives back what an unusual one has left behind.
     void ForgetUnlessSmall() noexcept
     {
-        if (m_units > maxUnits / 32)
+        if (m_units > c_maxUnits / 32)
             Forget();
     }
 
@@ -95,10 +95,10 @@ public:
     const ByteHash::Seed& GetSeed() const noexcept { return m_seed; }
 
 private:
-    static constexpr std::size_t maxUnits = 1048576;
+    static constexpr std::size_t c_maxUnits = 1048576;
     /// What an entry counts beside its name.
-    static constexpr std::size_t unitsAnEntry = 32;
-    static constexpr std::size_t addresses = 256;
+    static constexpr std::size_t c_unitsAnEntry = 32;
+    static constexpr std::size_t c_addresses = 256;
 
     static std::size_t HashAddress(const char16_t* name) noexcept
     {
@@ -117,5 +117,5 @@ private:
     /// Open addressing with linear probing, at most half full; its size is a power of two.
     std::vector<Entry*> m_slots;
     /// The entries that were found for names at certain addresses.
-    std::array<Entry*, addresses> m_byAddress{};
+    std::array<Entry*, c_addresses> m_byAddress{};
 };

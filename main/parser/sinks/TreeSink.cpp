@@ -1,7 +1,7 @@
 #include "sinks/TreeSink.h"
 
 #include "sinks/AttributeAssembler.h"
-#include "tree/DOMElementAccess.h"
+#include "tree/ParsedElements.h"
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/SAXFileLocation.h>
@@ -22,7 +22,7 @@ void TreeSink::StartElement(const StartTag& tag)
     EndText();
     AttributeStorage packed = PackAttributes(m_arena, tag);
     DOMElement& parent = *m_open.back().element;
-    std::unique_ptr<DOMElement> element = DOMElementAccess::NewParsedElement(
+    std::unique_ptr<DOMElement> element = ParsedElements::New(
         m_arena, ParsedNames::GetNameIn(m_arena, tag.element), std::move(packed), &m_dom, parent);
     if (m_location != nullptr) {
         int line = 0;
@@ -38,7 +38,7 @@ void TreeSink::TakeText()
 {
     const std::u16string_view text = m_text.View();
     if (m_keepWhitespaceText || TScanString::skipWhitespace(text) < text.size())
-        DOMElementAccess::AppendText(*m_open.back().element, m_text);
+        ParsedElements::AppendText(*m_open.back().element, m_text);
     else
         m_text.Drop();
 }
@@ -60,8 +60,8 @@ void TreeSink::CloseTop()
     OpenElement& top = m_open.back();
     const std::size_t count = m_waiting.size() - top.firstChild;
     if (count > 0) {
-        DOMElementAccess::AttachChildren(m_arena, *top.element,
-                                         std::span(m_waiting).subspan(top.firstChild));
+        ParsedElements::AttachChildren(m_arena, *top.element,
+                                       std::span(m_waiting).subspan(top.firstChild));
         m_waiting.resize(top.firstChild);
     }
     if (top.owner != nullptr) {

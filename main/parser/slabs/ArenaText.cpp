@@ -1,5 +1,7 @@
 #include "slabs/ArenaText.h"
 
+#include <kesplatform/TStringBlock.h>
+
 #include <algorithm>
 #include <span>
 

@@ -45,14 +45,14 @@ AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
                                        std::span<const std::u16string_view> values)
 {
     constexpr std::size_t valuesAt = offsetof(AttributeBlock, m_slots);
-    constexpr std::size_t mostBytes = ParseArena::maxObject - c_bytesForNames;
+    constexpr std::size_t c_maxBytes = ParseArena::maxObject - c_bytesForNames;
     std::size_t bytes = valuesAt;
     for (const std::u16string_view value : values) {
-        if (value.size() > mostBytes)
+        if (value.size() > c_maxBytes)
             return nullptr;
         bytes += TStringBlock::SlotSize(value.size());
     }
-    if (bytes > mostBytes)
+    if (bytes > c_maxBytes)
         return nullptr;
     ParseSlab* slab = nullptr;
     std::byte* memory = arena.AllocateNamed(std::max(bytes, sizeof(AttributeBlock)), names, slab);

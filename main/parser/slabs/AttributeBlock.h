@@ -3,6 +3,7 @@
 #include "slabs/ParseArena.h"
 
 #include <kesplatform/TString.h>
+#include <kesplatform/TStringBlock.h>
 
 #include <array>
 #include <atomic>
@@ -121,5 +122,5 @@ private:
     AttributeNames* m_names;
     std::uint32_t m_slabOffset;
     /// The first of the slots, which go on behind this object.
-    alignas(TStringBlock::slotAlignment) std::byte m_slots[4];
+    alignas(TStringBlock::c_slotAlignment) std::byte m_slots[4];
 };

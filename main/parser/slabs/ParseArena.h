@@ -3,6 +3,7 @@
 #include "base/Prefetch.h"
 
 #include <kesplatform/TString.h>
+#include <kesplatform/TStringBlock.h>
 
 #include <cstddef>
 #include <cstdint>

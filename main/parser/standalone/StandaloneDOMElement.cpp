@@ -218,7 +218,7 @@ const TString& StandaloneDOMElement::GetAttribute(const TString& name) const
 {
     const auto it = m_attributes.find(name);
     if (it == m_attributes.end())
-        ThrowAssertion(c_source, 226, u"it != m_attributes.end()",
+        ThrowAssertion(c_source, PublishedLine(226), u"it != m_attributes.end()",
                        KesErrorsError::LogicAssert_0x16A1A876());
     return it->second;
 }
@@ -245,7 +245,7 @@ void StandaloneDOMElement::RemoveAttribute(const TString& name)
 void StandaloneDOMElement::AppendChild(std::unique_ptr<StandaloneDOMElement> element)
 {
     if (element == nullptr)
-        ThrowAssertion(c_source, 295, u"element != nullptr",
+        ThrowAssertion(c_source, PublishedLine(295), u"element != nullptr",
                        KesErrorsError::LogicAssert_0xE9519449());
     m_children.push_back({TString(), false, std::move(element)});
 }
@@ -254,13 +254,13 @@ void StandaloneDOMElement::InsertChildBefore(std::unique_ptr<StandaloneDOMElemen
                                              const StandaloneDOMElement& before)
 {
     if (element == nullptr)
-        ThrowAssertion(c_source, 302, u"element != nullptr",
+        ThrowAssertion(c_source, PublishedLine(302), u"element != nullptr",
                        KesErrorsError::LogicAssert_0x41228A24());
     const auto place = std::ranges::find_if(m_children, [&before](const TextOrElement& node) {
         return !node.isText && *node.element == before;
     });
     if (place == m_children.end())
-        ThrowAssertion(c_source, 318, u"Can't insert child",
+        ThrowAssertion(c_source, PublishedLine(318), u"Can't insert child",
                        KesErrorsError::LogicAssert_0xAD7AC3BE());
     m_children.insert(place, {TString(), false, std::move(element)});
 }
@@ -271,7 +271,7 @@ StandaloneDOMElement::RemoveChild(const StandaloneDOMElement& child)
     const auto place = std::ranges::find_if(
         m_children, [&child](const TextOrElement& node) { return node.element.get() == &child; });
     if (place == m_children.end())
-        ThrowAssertion(c_source, 344, u"Can't remove child",
+        ThrowAssertion(c_source, PublishedLine(344), u"Can't remove child",
                        KesErrorsError::LogicAssert_0x108BF60C());
     std::unique_ptr<StandaloneDOMElement> removed = std::move(place->element);
     m_children.erase(place);

@@ -21,12 +21,12 @@ struct AttributeStorage::Box
 
 AttributeStorage::Box* AttributeStorage::ToBox(std::uintptr_t state) noexcept
 {
-    return (state & boxFlag) != 0 ? reinterpret_cast<Box*>(state & ~boxFlag) : nullptr;
+    return (state & c_boxFlag) != 0 ? reinterpret_cast<Box*>(state & ~c_boxFlag) : nullptr;
 }
 
 AttributeBlock* AttributeStorage::ToBlock(std::uintptr_t state) noexcept
 {
-    return (state & boxFlag) != 0 ? nullptr : reinterpret_cast<AttributeBlock*>(state);
+    return (state & c_boxFlag) != 0 ? nullptr : reinterpret_cast<AttributeBlock*>(state);
 }
 
 void AttributeStorage::Adopt(AttributeBlock* block) noexcept
@@ -48,7 +48,7 @@ AttributeStorage::AttributeStorage(const AttributeStorage& other)
     if (const Box* box = ToBox(state)) {
         auto copy = std::make_unique<Box>();
         copy->map = box->map;
-        m_state = reinterpret_cast<std::uintptr_t>(copy.release()) | boxFlag;
+        m_state = reinterpret_cast<std::uintptr_t>(copy.release()) | c_boxFlag;
     } else if (AttributeBlock* block = ToBlock(state)) {
         block->Retain();
         m_state = state;
@@ -151,7 +151,7 @@ AttributeStorage::Box& AttributeStorage::MakeBox() const
         // The reference moves from this object to the box, with the exchange below.
         made->block = block;
     }
-    const std::uintptr_t boxed = reinterpret_cast<std::uintptr_t>(made.get()) | boxFlag;
+    const std::uintptr_t boxed = reinterpret_cast<std::uintptr_t>(made.get()) | c_boxFlag;
     if (!m_state.compare_exchange_strong(state, boxed, std::memory_order_acq_rel)) {
         made->block = nullptr;
         return *ToBox(state);

@@ -17,9 +17,9 @@
 
 namespace {
 
-[[noreturn]] void ThrowMissing(const TString& what, std::uint32_t code, const char16_t* identifier)
+[[noreturn]] void ThrowMissing(const TString& what, const CorvinaError& error)
 {
-    throw DOMException(what, TError::ErrorInfo(CorvinaError(code, identifier), 1, 2));
+    throw DOMException(what, TError::ErrorInfo(error, 1, 2));
 }
 
 // Destroying a tree that is larger than the caches is mostly waiting for memory. So what will be
@@ -27,11 +27,11 @@ namespace {
 
 void PrefetchSiblings(const ElementList& children) noexcept
 {
-    constexpr std::size_t distance = 4;
-    if (children.size() <= distance)
+    constexpr std::size_t c_distance = 4;
+    if (children.size() <= c_distance)
         return;
     const auto* soon =
-        reinterpret_cast<const char*>(children[children.size() - 1 - distance].get());
+        reinterpret_cast<const char*>(children[children.size() - 1 - c_distance].get());
     PrefetchForWriting(soon);
     PrefetchForWriting(soon + sizeof(DOMElement) - 1);
 }
@@ -159,7 +159,7 @@ const DOMElement& DOMElement::GetRequiredChild(const TString& name) const
 {
     if (const DOMElement* child = GetChild(name))
         return *child;
-    ThrowMissing(name, 0x26487BC2, u"DOMException_RequiredChildMissing_0x26487BC2");
+    ThrowMissing(name, KesErrorsError::RequiredChildMissing_0x26487BC2());
 }
 
 DOMElement& DOMElement::GetRequiredChild(const TString& name)
@@ -175,7 +175,7 @@ const DOMElement& DOMElement::GetRequiredChildByAttr(const TString& attrName,
         if (child->m_attributes.View(attrName, value) && value == attrValue.view())
             return *child;
     }
-    ThrowMissing(attrName, 0x21039DFE, u"DOMException_RequiredChildByAttribute_0x21039DFE");
+    ThrowMissing(attrName, KesErrorsError::RequiredChildByAttribute_0x21039DFE());
 }
 
 DOMElement& DOMElement::GetRequiredChildByAttr(const TString& attrName, const TString& attrValue)
@@ -231,7 +231,7 @@ DOMElement::AttributeMap::const_iterator DOMElement::RequireAttribute(const TStr
     const AttributeMap& attributes = GetAttributes();
     const auto found = attributes.find(name);
     if (found == attributes.end())
-        ThrowMissing(name, 0x3473F8A4, u"DOMException_RequiredDOMAttribute_0x3473F8A4");
+        ThrowMissing(name, KesErrorsError::RequiredDOMAttribute_0x3473F8A4());
     return found;
 }
 

@@ -20,8 +20,8 @@ ElementList::~ElementList()
 
 std::uint32_t ElementList::SlabOffset() const noexcept
 {
-    const bool isInSlab = (m_header->capacityAndSlab & slabFlag) != 0;
-    return isInSlab ? m_header->capacityAndSlab & ((1U << slabOffsetBits) - 1) : 0;
+    const bool isInSlab = (m_header->capacityAndSlab & c_slabFlag) != 0;
+    return isInSlab ? m_header->capacityAndSlab & ((1U << c_slabOffsetBits) - 1) : 0;
 }
 
 void ElementList::FreeMemory() noexcept
@@ -45,13 +45,13 @@ std::size_t ElementList::Capacity() const noexcept
 {
     if (m_header == nullptr)
         return 0;
-    const std::uint32_t capacity = m_header->capacityAndSlab & ~slabFlag;
-    return SlabOffset() != 0 ? capacity >> slabOffsetBits : capacity;
+    const std::uint32_t capacity = m_header->capacityAndSlab & ~c_slabFlag;
+    return SlabOffset() != 0 ? capacity >> c_slabOffsetBits : capacity;
 }
 
 void ElementList::Reallocate(std::size_t capacity)
 {
-    if (capacity > maxCapacity)
+    if (capacity > c_maxCapacity)
         throw std::length_error("DOMElement: too many children");
     auto* header = static_cast<Header*>(std::malloc(sizeof(Header) + capacity * sizeof(Owner)));
     if (header == nullptr)
@@ -90,10 +90,10 @@ void ElementList::FillIn(ParseArena& arena, Owner* elements, std::size_t count)
     }
     ParseSlab* slab = nullptr;
     std::byte* memory = arena.Allocate(bytes, slab);
-    static_assert(ParseSlab::maxBytes < 1U << slabOffsetBits);
+    static_assert(ParseSlab::maxBytes < 1U << c_slabOffsetBits);
     const auto size = static_cast<std::uint32_t>(count);
     m_header =
-        new (memory) Header{size, slabFlag | size << slabOffsetBits | slab->OffsetOf(memory)};
+        new (memory) Header{size, c_slabFlag | size << c_slabOffsetBits | slab->OffsetOf(memory)};
     std::uninitialized_move_n(elements, count, First());
 }
 

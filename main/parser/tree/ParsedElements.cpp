@@ -3,6 +3,8 @@
 #include "slabs/AttributeBlock.h"
 #include "tree/ElementLife.h"
 
+#include <kesplatform/TStringBlock.h>
+
 #include <cstddef>
 #include <new>
 #include <utility>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Prefetch.h"
+
 #include <kescorexml/DOMElement.h>
 
 #include <algorithm>
@@ -14,7 +16,7 @@ inline constexpr std::size_t c_prefetchDistance = 8;
 inline void PrefetchElement(const DOMElement& element) noexcept
 {
     // Takes an address, reads nothing. Name and list of children are nearly always in one line.
-    __builtin_prefetch(&element.GetName());
+    PrefetchForReading(&element.GetName());
 }
 
 /// For a walk that begins with the first child.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kesplatform/TString.h>
+#include <kesplatform/TStringBlock.h>
 
 #include <cstddef>
 

@@ -5,6 +5,7 @@
 #include "base/Prefetch.h"
 
 #include <kesplatform/TCType.h>
+#include <kesplatform/TStringBlock.h>
 
 #include <algorithm>
 #include <array>
@@ -104,7 +105,7 @@ public:
         constexpr std::size_t c_slotSize = TStringBlock::SlotSize(c_lineLength);
         // Allocations lie behind one another as a rule, so that this helps the next one, too.
         constexpr std::size_t c_prefetchDistance = 8 * c_slotSize;
-        static_assert(sizeof(TStringBlock) % TStringBlock::slotAlignment == 0);
+        static_assert(sizeof(TStringBlock) % TStringBlock::c_slotAlignment == 0);
         void* const memory = ::operator new(sizeof(TStringBlock) + lineCount * c_slotSize);
         auto* const block = new (memory) TStringBlock(*this);
         // One reference for each line, the maker's for the first.

@@ -3,6 +3,7 @@
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
 #include "tree/DOMElementAccess.h"
+#include "tree/TreeWalk.h"
 #include "writing/ChildrenInTurn.h"
 #include "writing/XMLTreeWriter.h"
 
@@ -40,19 +41,17 @@ std::unique_ptr<DOMElement> MakeElement(const TString& name,
 std::vector<std::uint32_t> CountChildren(const DOMElement& element)
 {
     std::vector<std::uint32_t> counts;
-    std::vector<const DOMElement*> open{&element};
-    while (!open.empty()) {
-        const ElementList& children = DOMElementAccess::Children(*open.back());
-        open.pop_back();
-        counts.push_back(static_cast<std::uint32_t>(children.size()));
-        for (std::size_t i = children.size(); i > 0; --i)
-            open.push_back(children[i - 1].get());
+    TreeWalk<const DOMElement> walk;
+    for (const DOMElement* next = &element; next != nullptr; next = walk.Next()) {
+        counts.push_back(static_cast<std::uint32_t>(next->GetChildren().size()));
+        walk.Enter(*next);
     }
     return counts;
 }
 
 /// The elements that Format has opened on its target. Whatever happens, they are closed from the
-/// innermost to the outermost.
+/// innermost to the outermost. No TreeWalk, whose lists must not change: the target may add
+/// children.
 class OpenElements
 {
 public:

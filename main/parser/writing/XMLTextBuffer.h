@@ -69,12 +69,12 @@ private:
 inline void XMLTextBuffer::Grow(std::size_t units)
 {
     const TString::size_type used = GetLength();
-    const auto maximum = static_cast<std::size_t>(TString::maxLength - used);
+    const auto maximum = static_cast<std::size_t>(TString::c_maxLength - used);
     if (units > maximum)
         throw std::length_error("XMLTextBuffer: the text is too long");
     m_text.resize(used +
                   static_cast<TString::size_type>(std::min(std::max(units, c_minRoom), maximum)));
-    const TString::size_type length = std::min(m_text.capacity(), TString::maxLength);
+    const TString::size_type length = std::min(m_text.capacity(), TString::c_maxLength);
     char16_t* first = m_text.resize(length);
     m_to = first + used;
     m_roomEnd = first + length;

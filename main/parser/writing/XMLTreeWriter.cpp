@@ -39,13 +39,11 @@ XMLTreeWriter::XMLTreeWriter(TString& output, const Style& style)
 void XMLTreeWriter::Write(const DOMElement& element)
 {
     WriteElement(element);
-    while (!m_levels.empty()) {
-        Level& level = m_levels.back();
-        if (level.next != level.end)
-            WriteElement(**level.next++);
-        else
-            CloseInnermost();
+    while (const DOMElement* next = m_walk.Next()) {
+        CloseDownTo(m_walk.Depth());
+        WriteElement(*next);
     }
+    CloseDownTo(0);
     m_buffer.Commit();
 }
 
@@ -67,8 +65,8 @@ void XMLTreeWriter::WriteElement(const DOMElement& element)
 
 void XMLTreeWriter::Open(const DOMElement& element)
 {
-    const ElementList& children = DOMElementAccess::Children(element);
-    m_levels.push_back({&element, children.begin(), children.end()});
+    m_walk.Enter(element);
+    m_open.push_back(&element);
     const std::size_t length = m_indentLength + m_style.indentUnit.size();
     RequireIndentLength(static_cast<TString::size_type>(length));
     if (length > m_indent.size())
@@ -76,9 +74,15 @@ void XMLTreeWriter::Open(const DOMElement& element)
     m_indentLength = length;
 }
 
+void XMLTreeWriter::CloseDownTo(std::size_t depth)
+{
+    while (m_open.size() > depth)
+        CloseInnermost();
+}
+
 void XMLTreeWriter::CloseInnermost()
 {
-    const DOMElement& element = *m_levels.back().element;
+    const DOMElement& element = *m_open.back();
     if (element.HasText()) {
         if (m_style.textIndentOf != nullptr)
             m_buffer.Append(m_style.textIndentOf->GetIndent().view());
@@ -88,7 +92,7 @@ void XMLTreeWriter::CloseInnermost()
     }
     m_indentLength -= m_style.indentUnit.size();
     WriteCloseTag(element.GetName(), GetIndent());
-    m_levels.pop_back();
+    m_open.pop_back();
 }
 
 // Tags

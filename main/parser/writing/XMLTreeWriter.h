@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tree/TreeWalk.h"
 #include "writing/XMLTextBuffer.h"
 
 #include <kescorexml/DOMElement.h>
@@ -35,14 +36,6 @@ public:
     void Write(const DOMElement& element);
 
 private:
-    /// An element whose open tag is written, and the children that are still to come.
-    struct Level
-    {
-        const DOMElement* element;
-        DOMElement::ConstChildIterator next;
-        DOMElement::ConstChildIterator end;
-    };
-
     void WriteElement(const DOMElement& element);
     void WriteTagStart(const TString& name);
     void WriteAttributes(const DOMElement& element);
@@ -56,6 +49,7 @@ private:
     void WriteLong(std::u16string_view text);
     void WriteRaw(std::u16string_view text);
     void Open(const DOMElement& element);
+    void CloseDownTo(std::size_t depth);
     void CloseInnermost();
 
     std::u16string_view GetIndent() const noexcept { return {m_indent.data(), m_indentLength}; }
@@ -65,7 +59,9 @@ private:
     /// The indentation of the deepest level so far, of which m_indentLength units are in use.
     std::u16string m_indent;
     std::size_t m_indentLength;
-    std::vector<Level> m_levels;
+    TreeWalk<const DOMElement> m_walk;
+    /// Those whose open tag is written, as m_walk has entered them.
+    std::vector<const DOMElement*> m_open;
     /// Room to sort the attributes of one element in.
     std::vector<const XMLFormatter::AttributeMap::value_type*> m_attributes;
 };

@@ -10,7 +10,7 @@ namespace {
 /// neither.
 DetectedEncoding DetectLargerUnits(std::string_view text) noexcept
 {
-    const EncodingTable::Entry* const marked = EncodingTable::FindByMark(text);
+    const EncodingTable::Entry* const marked = EncodingTable::FindByByteOrderMark(text);
     if (marked != nullptr)
         return marked->unitSize > 1 ? marked->encoding : Unknown;
     for (const EncodingTable::Entry& entry : EncodingTable::c_entries) {

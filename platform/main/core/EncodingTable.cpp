@@ -23,7 +23,7 @@ constexpr std::string_view c_largerUnits[] = {"UTF-16", "UTF16", "UTF-32",
 
 } // namespace
 
-const EncodingTable::Entry* EncodingTable::FindByMark(std::string_view bytes) noexcept
+const EncodingTable::Entry* EncodingTable::FindByByteOrderMark(std::string_view bytes) noexcept
 {
     const auto found =
         std::find_if(std::begin(c_entries), std::end(c_entries),

@@ -3,6 +3,7 @@
 #include "FindText.h"
 
 #include <kesplatform/TCType.h>
+#include <kesplatform/TStringBlock.h>
 #include <kesplatform/VectorRegisters.h>
 
 #include <QHashFunctions>
@@ -59,7 +60,7 @@ std::size_t TString::GrowableBytes(size_type length) noexcept
 
 TString::Rep* TString::Allocate(size_type length, bool growable)
 {
-    if (length > maxLength)
+    if (length > c_maxLength)
         throw std::length_error("TString: the text is too long");
     const std::size_t bytes = growable ? GrowableBytes(length) : ExactBytes(length);
     void* memory = std::malloc(bytes);
@@ -67,7 +68,7 @@ TString::Rep* TString::Allocate(size_type length, bool growable)
         throw std::bad_alloc();
     auto* rep = new (memory) Rep{1, static_cast<std::uint32_t>(length)};
     if (growable)
-        rep->lengthAndFlag |= growableFlag;
+        rep->lengthAndFlag |= c_growableFlag;
     rep->Units()[length] = u'\0';
     return rep;
 }
@@ -75,14 +76,14 @@ TString::Rep* TString::Allocate(size_type length, bool growable)
 void TString::ReleaseNonNull(Rep* rep) noexcept
 {
     const std::uint32_t control = rep->control.load(std::memory_order_acquire);
-    if ((control & embeddedFlag) != 0) {
-        auto* base = reinterpret_cast<std::byte*>(rep) - (control & ~embeddedFlag);
+    if ((control & c_embeddedFlag) != 0) {
+        auto* base = reinterpret_cast<std::byte*>(rep) - (control & ~c_embeddedFlag);
         reinterpret_cast<TStringBlock*>(base)->Release();
         return;
     }
     // A sole owner needs no atomic subtraction: nobody else is left who could share the text.
     if (control == 1 ||
-        (control < immortalCount && rep->control.fetch_sub(1, std::memory_order_acq_rel) == 1))
+        (control < c_immortalCount && rep->control.fetch_sub(1, std::memory_order_acq_rel) == 1))
         std::free(rep);
 }
 
@@ -96,7 +97,7 @@ TString::size_type TString::capacity() const noexcept
     if (m_rep == nullptr)
         return 0;
     const size_type length = m_rep->Length();
-    if ((m_rep->lengthAndFlag & growableFlag) == 0)
+    if ((m_rep->lengthAndFlag & c_growableFlag) == 0)
         return length;
     return static_cast<size_type>((GrowableBytes(length) - sizeof(Rep)) / c_unitSize - 1);
 }
@@ -104,7 +105,7 @@ TString::size_type TString::capacity() const noexcept
 char16_t* TString::GrowBy(size_type count)
 {
     const size_type oldLength = length();
-    if (count > maxLength - oldLength)
+    if (count > c_maxLength - oldLength)
         throw std::length_error("TString: the text is too long");
     const size_type newLength = oldLength + count;
     if (IsExclusive() && newLength > capacity()) {
@@ -118,10 +119,10 @@ char16_t* TString::GrowBy(size_type count)
                     static_cast<std::size_t>(oldLength) * c_unitSize);
         std::swap(m_rep, grown.m_rep);
         return m_rep->Units() + oldLength;
-    } else if ((m_rep->lengthAndFlag & growableFlag) == 0) {
+    } else if ((m_rep->lengthAndFlag & c_growableFlag) == 0) {
         return m_rep->Units() + oldLength;
     }
-    m_rep->lengthAndFlag = static_cast<std::uint32_t>(newLength) | growableFlag;
+    m_rep->lengthAndFlag = static_cast<std::uint32_t>(newLength) | c_growableFlag;
     m_rep->Units()[newLength] = u'\0';
     return m_rep->Units() + oldLength;
 }
@@ -139,7 +140,7 @@ char16_t* TString::resize(size_type length)
     } else if (length < this->length()) {
         if (IsExclusive()) {
             m_rep->lengthAndFlag =
-                static_cast<std::uint32_t>(length) | (m_rep->lengthAndFlag & growableFlag);
+                static_cast<std::uint32_t>(length) | (m_rep->lengthAndFlag & c_growableFlag);
             m_rep->Units()[length] = u'\0';
         } else {
             *this = TString(view().substr(0, static_cast<std::size_t>(length)));
@@ -226,7 +227,7 @@ TString& TString::append(char16_t unit)
 
 TString TString::Concatenate(std::u16string_view a, std::u16string_view b)
 {
-    if (a.size() + b.size() > static_cast<std::size_t>(maxLength))
+    if (a.size() + b.size() > static_cast<std::size_t>(c_maxLength))
         throw std::length_error("TString: the text is too long");
     TString result(Allocate(static_cast<size_type>(a.size() + b.size()), false));
     CopyUnits(result.m_rep->Units(), a);
@@ -385,26 +386,4 @@ TString& TString::replace(const TString& before, const TString& after)
     }
     result.append(view().substr(static_cast<std::size_t>(copied)));
     return *this = std::move(result);
-}
-
-// TStringBlock
-
-void TStringBlock::WriteSlot(std::byte* slot, std::u16string_view text) noexcept
-{
-    char16_t* units = UnitsOfSlot(slot);
-    CopyUnits(units, text);
-    units[text.size()] = u'\0';
-    FinishSlot(slot, text.size());
-}
-
-TString TStringBlock::AdoptSlot(const std::byte* slot) noexcept
-{
-    return TString(reinterpret_cast<TString::Rep*>(const_cast<std::byte*>(slot)));
-}
-
-TString TStringBlock::ShareSlot(const std::byte* slot) noexcept
-{
-    auto* rep = reinterpret_cast<TString::Rep*>(const_cast<std::byte*>(slot));
-    TString::Retain(rep);
-    return TString(rep);
 }

@@ -158,7 +158,7 @@ std::string TString::toStdString() const
 TString TString::fromUtf8(std::string_view utf8)
 {
     // No text has more units than bytes; only one near the limit is counted to be sure.
-    const bool isLong = utf8.size() > static_cast<std::size_t>(maxLength);
+    const bool isLong = utf8.size() > static_cast<std::size_t>(c_maxLength);
     const auto room = static_cast<size_type>(isLong ? CountUnits(utf8) : utf8.size());
     TString text;
     char16_t* first = text.resizeForOverwrite(room);

@@ -147,7 +147,7 @@ Encoding ResolveDeclaredName(std::string_view name, const std::string& declarati
 
 Encoding TextDecoding::FindEncoding(std::string_view bytes)
 {
-    if (const EncodingTable::Entry* const marked = EncodingTable::FindByMark(bytes))
+    if (const EncodingTable::Entry* const marked = EncodingTable::FindByByteOrderMark(bytes))
         return {GetConverterName(*marked), marked->byteOrderMark.size()};
     for (const EncodingTable::Entry& entry : EncodingTable::c_entries) {
         const std::string declaration = ReadDeclaration(bytes, entry);

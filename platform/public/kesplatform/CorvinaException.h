@@ -11,6 +11,7 @@
 
 /// Base of the suite's exceptions: a message for people, an error record for programs, and
 /// optionally the exception that caused this one. Copyable; copies share the causes.
+/// Different objects may be used from different threads, also copies of one.
 class KESPLATFORM_EXPORT CorvinaException : public std::exception
 {
 public:

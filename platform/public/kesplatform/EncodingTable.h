@@ -73,7 +73,7 @@ inline constexpr const Entry& c_utf8 = c_entries[4];
 inline constexpr std::string_view c_ebcdicDeclaration = "\x4C\x6F\xA7\x94";
 
 /// The entry whose byte-order mark the bytes begin with; null when there is none.
-KESPLATFORM_EXPORT const Entry* FindByMark(std::string_view bytes) noexcept;
+KESPLATFORM_EXPORT const Entry* FindByByteOrderMark(std::string_view bytes) noexcept;
 
 /// Whether a name, in any case, is one of UTF-8.
 KESPLATFORM_EXPORT bool NamesUtf8(std::string_view name) noexcept;

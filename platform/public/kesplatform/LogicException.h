@@ -4,6 +4,7 @@
 #include <kesplatform/Export.h>
 
 /// A broken contract: the caller's program is wrong. Names the place that noticed it.
+/// Different objects may be used from different threads.
 class KESPLATFORM_EXPORT LogicException : public CorvinaException
 {
 public:

@@ -11,7 +11,6 @@
 #include <cstring>
 #include <functional>
 #include <iosfwd>
-#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,7 +24,7 @@
 /// of surrogate pairs; it is always followed by a terminating U+0000 that is not part of it.
 ///
 /// Different objects may be used from different threads, even when they share a text.
-/// Memory exhaustion is std::bad_alloc, a text of more than maxLength units std::length_error.
+/// Memory exhaustion is std::bad_alloc, a text of more than c_maxLength units std::length_error.
 class KESPLATFORM_EXPORT TString
 {
 public:
@@ -42,7 +41,7 @@ public:
     };
 
     /// The longest text, in units; std::length_error beyond.
-    static constexpr size_type maxLength = 0x7FFFFFF0;
+    static constexpr size_type c_maxLength = 0x7FFFFFF0;
 
     constexpr TString() noexcept = default;
     /// Copies a zero-terminated UTF-16 text; null gives the empty string.
@@ -228,13 +227,13 @@ private:
     /// Header of a text, followed by its units and a terminating zero.
     struct Rep
     {
-        /// A count of owners; or, with `embeddedFlag`, the distance in bytes back to the
+        /// A count of owners; or, with `c_embeddedFlag`, the distance in bytes back to the
         /// TStringBlock that the text is part of and that counts the owners.
         std::atomic<std::uint32_t> control;
-        /// The length; `growableFlag` says that the allocation has GrowableBytes of it.
+        /// The length; `c_growableFlag` says that the allocation has GrowableBytes of it.
         std::uint32_t lengthAndFlag;
 
-        size_type Length() const noexcept { return lengthAndFlag & ~growableFlag; }
+        size_type Length() const noexcept { return lengthAndFlag & ~c_growableFlag; }
         const char16_t* Units() const noexcept
         {
             return reinterpret_cast<const char16_t*>(this + 1);
@@ -242,12 +241,12 @@ private:
         char16_t* Units() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
     };
 
-    static constexpr std::uint32_t growableFlag = 0x80000000U;
-    static constexpr std::uint32_t embeddedFlag = 0x80000000U;
+    static constexpr std::uint32_t c_growableFlag = 0x80000000U;
+    static constexpr std::uint32_t c_embeddedFlag = 0x80000000U;
     /// From here on a count is no longer kept and the text lives until the process ends.
-    static constexpr std::uint32_t immortalCount = 0x40000000U;
+    static constexpr std::uint32_t c_immortalCount = 0x40000000U;
     /// What such a count is set to: threads that were just counting down stay above the limit.
-    static constexpr std::uint32_t saturatedCount = 0x60000000U;
+    static constexpr std::uint32_t c_saturatedCount = 0x60000000U;
 
     explicit TString(Rep* rep) noexcept : m_rep(rep) {}
 
@@ -258,144 +257,32 @@ private:
             ReleaseNonNull(rep);
     }
     static void ReleaseNonNull(Rep* rep) noexcept;
-    static std::size_t ExactBytes(size_type length) noexcept;
+    KESPLATFORM_NO_EXPORT static std::size_t ExactBytes(size_type length) noexcept;
     /// What a text that grows unit by unit takes: a little less than a power of two.
-    static std::size_t GrowableBytes(size_type length) noexcept;
-    static Rep* Allocate(size_type length, bool growable);
+    KESPLATFORM_NO_EXPORT static std::size_t GrowableBytes(size_type length) noexcept;
+    KESPLATFORM_NO_EXPORT static Rep* Allocate(size_type length, bool growable);
     static TString Concatenate(std::u16string_view a, std::u16string_view b);
     static std::strong_ordering Compare(std::u16string_view a, std::u16string_view b) noexcept;
-    void ShrinkTo(size_type length) noexcept;
-    bool IsExclusive() const noexcept;
-    char16_t* GrowBy(size_type count);
+    KESPLATFORM_NO_EXPORT void ShrinkTo(size_type length) noexcept;
+    KESPLATFORM_NO_EXPORT bool IsExclusive() const noexcept;
+    KESPLATFORM_NO_EXPORT char16_t* GrowBy(size_type count);
 
     Rep* m_rep = nullptr;
 };
-
-/// One allocation in which several texts live together; the TStrings made from them keep the whole
-/// of it alive. Whoever makes a block lays it out: it begins with a TStringBlock, and each text
-/// stands in a slot of SlotSize(length) bytes at an offset that is a multiple of slotAlignment and
-/// below 2 GiB.
-///
-/// Different blocks may be used from different threads; a block's texts are written before any
-/// TString is made from them and never change afterwards.
-class KESPLATFORM_EXPORT TStringBlock
-{
-public:
-    /// Destroys and frees blocks that nobody refers to any more.
-    class Owner
-    {
-    public:
-        virtual void Destroy(TStringBlock* block) noexcept = 0;
-
-    protected:
-        ~Owner() = default;
-    };
-
-    static constexpr std::size_t slotAlignment = 4;
-    static constexpr std::size_t SlotSize(std::size_t length) noexcept
-    {
-        const std::size_t bytes = sizeof(TString::Rep) + (length + 1) * sizeof(char16_t);
-        return (bytes + slotAlignment - 1) / slotAlignment * slotAlignment;
-    }
-
-    /// Starts with one reference, that of the maker.
-    explicit TStringBlock(Owner& owner) noexcept : m_owner(&owner) {}
-    TStringBlock(const TStringBlock&) = delete;
-    TStringBlock& operator=(const TStringBlock&) = delete;
-
-    void Retain(std::size_t count = 1) noexcept;
-    void Release(std::size_t count = 1) noexcept;
-    /// The same while no other thread can refer to the block, which costs less.
-    void RetainUnshared(std::size_t count) noexcept
-    {
-        m_references.store(m_references.load(std::memory_order_relaxed) + count,
-                           std::memory_order_relaxed);
-    }
-    void ReleaseUnshared(std::size_t count) noexcept
-    {
-        const std::size_t left = m_references.load(std::memory_order_relaxed) - count;
-        m_references.store(left, std::memory_order_relaxed);
-        if (left == 0)
-            m_owner->Destroy(this);
-    }
-    bool IsExclusive() const noexcept { return m_references.load(std::memory_order_acquire) == 1; }
-    Owner& GetOwner() const noexcept { return *m_owner; }
-
-    /// Puts a text into the slot at `slot`, which lies inside the allocation of this block.
-    void WriteSlot(std::byte* slot, std::u16string_view text) noexcept;
-    /// The same in two steps: a caller writes units and a terminating zero to where UnitsOfSlot
-    /// says, and then FinishSlot makes a text of them.
-    static char16_t* UnitsOfSlot(std::byte* slot) noexcept
-    {
-        return reinterpret_cast<char16_t*>(slot + sizeof(TString::Rep));
-    }
-    void FinishSlot(std::byte* slot, std::size_t length) noexcept;
-    /// The text of a slot, valid as long as the block.
-    static std::u16string_view ViewSlot(const std::byte* slot) noexcept
-    {
-        const auto* rep = reinterpret_cast<const TString::Rep*>(slot);
-        return {rep->Units(), static_cast<std::size_t>(rep->Length())};
-    }
-    /// A TString that shares the text of a slot and keeps the block alive.
-    static TString ShareSlot(const std::byte* slot) noexcept;
-    /// The same, taking over a reference that the caller holds.
-    static TString AdoptSlot(const std::byte* slot) noexcept;
-    /// The slot that a text stands in. REQUIRES: one that stands in a block.
-    static const std::byte* SlotOf(const TString& text) noexcept
-    {
-        return reinterpret_cast<const std::byte*>(text.m_rep);
-    }
-    /// The reverse of AdoptSlot: empties a text that stands in a block and leaves its reference to
-    /// the caller. Null, and nothing is changed, for a text that stands in none.
-    static TStringBlock* TakeReference(TString& text) noexcept;
-
-private:
-    std::atomic<std::size_t> m_references{1};
-    Owner* m_owner;
-};
-
-inline void TStringBlock::Retain(std::size_t count) noexcept
-{
-    m_references.fetch_add(count, std::memory_order_relaxed);
-}
-
-inline void TStringBlock::Release(std::size_t count) noexcept
-{
-    if (m_references.load(std::memory_order_acquire) == count ||
-        m_references.fetch_sub(count, std::memory_order_acq_rel) == count)
-        m_owner->Destroy(this);
-}
-
-inline void TStringBlock::FinishSlot(std::byte* slot, std::size_t length) noexcept
-{
-    const auto offset = static_cast<std::uint32_t>(slot - reinterpret_cast<std::byte*>(this));
-    new (slot) TString::Rep{TString::embeddedFlag | offset, static_cast<std::uint32_t>(length)};
-}
-
-inline TStringBlock* TStringBlock::TakeReference(TString& text) noexcept
-{
-    if (text.m_rep == nullptr)
-        return nullptr;
-    const std::uint32_t control = text.m_rep->control.load(std::memory_order_relaxed);
-    if ((control & TString::embeddedFlag) == 0)
-        return nullptr;
-    auto* base = reinterpret_cast<std::byte*>(text.m_rep) - (control & ~TString::embeddedFlag);
-    text.m_rep = nullptr;
-    return reinterpret_cast<TStringBlock*>(base);
-}
 
 inline void TString::Retain(Rep* rep) noexcept
 {
     if (rep == nullptr)
         return;
     const std::uint32_t control = rep->control.load(std::memory_order_relaxed);
-    if ((control & embeddedFlag) != 0) {
-        auto* base = reinterpret_cast<std::byte*>(rep) - (control & ~embeddedFlag);
-        reinterpret_cast<TStringBlock*>(base)->Retain();
-    } else if (control < immortalCount) {
+    if ((control & c_embeddedFlag) != 0) {
+        // A block begins with the count of its owners.
+        auto* base = reinterpret_cast<std::byte*>(rep) - (control & ~c_embeddedFlag);
+        reinterpret_cast<std::atomic<std::size_t>*>(base)->fetch_add(1, std::memory_order_relaxed);
+    } else if (control < c_immortalCount) {
         rep->control.fetch_add(1, std::memory_order_relaxed);
     } else {
-        rep->control.store(saturatedCount, std::memory_order_relaxed);
+        rep->control.store(c_saturatedCount, std::memory_order_relaxed);
     }
 }
 

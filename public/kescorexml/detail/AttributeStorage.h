@@ -15,9 +15,11 @@ class AttributeBlock;
 /// AttributeBlock until somebody asks for the map itself or changes an attribute; from then on the
 /// map is the truth. Nobody outside DOMElement can tell which of the two it is.
 ///
+/// Only what inline operations of DOMElement use is exported.
+///
 /// Const operations may run side by side. The map that Map() const gives lives until the element
 /// ends; it is the very map that later changes are made to.
-class KESCOREXML_EXPORT AttributeStorage
+class AttributeStorage
 {
 public:
     using AttributeMap = std::unordered_map<TString, TString>;
@@ -33,7 +35,7 @@ public:
             Destroy();
     }
 
-    std::size_t Size() const noexcept;
+    KESCOREXML_EXPORT std::size_t Size() const noexcept;
     bool IsEmpty() const noexcept
     {
         return m_state.load(std::memory_order_relaxed) == 0 || Size() == 0;
@@ -42,15 +44,15 @@ public:
     /// Whether there is an attribute `name`; `value` then shows its value until the next change.
     bool View(const TString& name, std::u16string_view& value) const noexcept;
     /// The value, or an empty text.
-    TString Get(const TString& name) const;
+    KESCOREXML_EXPORT TString Get(const TString& name) const;
     /// Whether both hold the same names with the same values.
     bool Equals(const AttributeStorage& other) const noexcept;
 
     /// The packed attributes, or null when the map is the truth or nothing is stored.
     const AttributeBlock* GetBlock() const noexcept;
     /// The map. Built on first use.
-    const AttributeMap& Map() const;
-    AttributeMap& Map();
+    KESCOREXML_EXPORT const AttributeMap& Map() const;
+    KESCOREXML_EXPORT AttributeMap& Map();
 
     /// Takes over one reference to `block`, which may be null. REQUIRES: an empty storage.
     void Adopt(AttributeBlock* block) noexcept;
@@ -68,13 +70,13 @@ public:
 private:
     struct Box;
 
-    static constexpr std::uintptr_t boxFlag = 1;
+    static constexpr std::uintptr_t c_boxFlag = 1;
     static Box* ToBox(std::uintptr_t state) noexcept;
     static AttributeBlock* ToBlock(std::uintptr_t state) noexcept;
 
     void Destroy() noexcept;
     Box& MakeBox() const;
 
-    /// 0, the address of an AttributeBlock, or that of a Box with boxFlag.
+    /// 0, the address of an AttributeBlock, or that of a Box with c_boxFlag.
     mutable std::atomic<std::uintptr_t> m_state{0};
 };

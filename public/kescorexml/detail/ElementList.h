@@ -1,18 +1,18 @@
 #pragma once
 
-#include <kescorexml/Export.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 class DOMElement;
 class ParseArena;
 class ParseSlab;
 
 /// The owned children of an element: a contiguous sequence behind one pointer, so that an element
-/// without children pays for nothing else. Not copyable.
-class KESCOREXML_EXPORT ElementList
+/// without children pays for nothing else. Not copyable. What is not inline serves the library
+/// alone and is not exported.
+class ElementList
 {
 public:
     using Owner = std::unique_ptr<DOMElement>;
@@ -60,14 +60,14 @@ private:
     struct Header
     {
         std::uint32_t size;
-        /// The capacity; with slabFlag it takes 15 bits above the 16 bits that say where in a slab
-        /// of a parse the list lies.
+        /// The capacity; with c_slabFlag it takes 15 bits above the 16 bits that say where in a
+        /// slab of a parse the list lies.
         std::uint32_t capacityAndSlab;
     };
 
-    static constexpr std::uint32_t slabFlag = 0x80000000U;
-    static constexpr std::uint32_t slabOffsetBits = 16;
-    static constexpr std::size_t maxCapacity = slabFlag - 1;
+    static constexpr std::uint32_t c_slabFlag = 0x80000000U;
+    static constexpr std::uint32_t c_slabOffsetBits = 16;
+    static constexpr std::size_t c_maxCapacity = c_slabFlag - 1;
 
     /// 0 for a list on the heap.
     std::uint32_t SlabOffset() const noexcept;

@@ -11,12 +11,12 @@ namespace {
 
 /// All of a folder when the environment variable KESCOREXML_TEST_ALL_DOCUMENTS is set, else as many
 /// as are read in a few seconds.
-void CompareFolder(const char* folder, std::size_t least, std::size_t mostBytes)
+void CompareFolder(const char* folder, std::size_t minimum, std::size_t maxBytes)
 {
     std::vector<std::string> files = RealDocuments::Find(folder);
-    ASSERT_GE(files.size(), least) << folder;
+    ASSERT_GE(files.size(), minimum) << folder;
     if (!RealDocuments::AreAllWanted())
-        files = RealDocuments::Sample(files, mostBytes);
+        files = RealDocuments::Sample(files, maxBytes);
     BothScanners both;
     std::size_t turn = 0;
     for (const std::string& file : files) {

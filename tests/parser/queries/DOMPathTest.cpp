@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <malloc.h>
 #include <memory>
 #include <stdexcept>
 #include <type_traits>
@@ -157,6 +158,32 @@ TEST(DOMPath, AgreesWithTheRulesOnLongRunsOfSeparators)
         const TString path = TString(u"a") + TString(separators, u'/') + u"b";
         ASSERT_NO_FATAL_FAILURE(ExpectAgreement(start, path));
     }
+}
+
+TEST(DOMPath, AgreesWithTheRulesWhereStepsThatMayComeNextLieFarApart)
+{
+    RandomNameTree random(31);
+    std::size_t matches = 0;
+    for (int round = 0; round < 6; ++round) {
+        // The deep step in front looks for a rare name, so that ways that have come far and such as
+        // have just begun are under way together.
+        auto top = std::make_unique<DOMElement>(u"b");
+        DOMElement* deepest = top.get();
+        for (int level = 0; level < 330; ++level) {
+            if (random.Below(4) == 0)
+                deepest->AppendChild(random.Make({u"a", u"b"}, 2, 2));
+            deepest = deepest->AddNewChild(random.Below(90) == 0 ? u"b" : u"a");
+        }
+        for (const int tokens : {126, 127, 128, 129, 190, 191, 192, 193, 300}) {
+            TString path(u"//b");
+            for (int i = 0; i < tokens; ++i)
+                path += random.Below(100) == 0 ? u"/" : u"/*";
+            path += u"/a";
+            ASSERT_NO_FATAL_FAILURE(ExpectAgreement(*top, path));
+            matches += DOMPath::GetAll(*top, path).size();
+        }
+    }
+    EXPECT_GT(matches, 100U);
 }
 
 TEST_F(DOMPathTest, EmptyPathsAndPathsThatEndInASeparatorYieldNothing)
@@ -484,6 +511,26 @@ TEST(DOMPath, AVisitAllocatesNothing)
     const FailingAllocations failing(40);
     EXPECT_EQ(longWalk.Next(), nullptr);
     EXPECT_FALSE(FailingAllocations::HasFailed());
+}
+
+TEST(DOMPath, ALongPathInADeepTreeTakesTwoBitsForEachStepThatMayComeNext)
+{
+    constexpr int c_steps = 8000;
+    const auto chain = MakeChain(c_steps, u"e");
+    TString path(u"/");
+    for (int i = 0; i < c_steps; ++i)
+        path += u"/*";
+    const auto heap = [] {
+        // With sanitizers, which have a heap of their own, it is always empty.
+        const struct mallinfo2 info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    DOMPath::Generator<DOMElement> generator(*chain, path);
+    const std::size_t before = heap();
+    // At the level that it comes to last, as many steps may come next as there are levels above.
+    ASSERT_NE(generator.Next(), nullptr);
+    constexpr std::size_t c_live = std::size_t{c_steps} * c_steps / 2;
+    EXPECT_LT(heap() - before, c_live / 4 * 2 + (2U << 20)) << "a store may be half empty";
 }
 
 TEST_F(DOMPathTest, AnIteratorWithoutMatchIsTheEndAtOnce)

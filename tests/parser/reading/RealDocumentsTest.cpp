@@ -55,10 +55,10 @@ void ExpectRoundTrip(const DOMParser& parser, const std::string& file)
     }
 }
 
-void ExpectRoundTrips(const fs::path& directory, std::size_t least)
+void ExpectRoundTrips(const fs::path& directory, std::size_t minimum)
 {
     const std::vector<std::string> files = FindDocuments(directory);
-    EXPECT_GE(files.size(), least) << directory;
+    EXPECT_GE(files.size(), minimum) << directory;
     const DOMParser parser;
     for (const std::string& file : files)
         ExpectRoundTrip(parser, file);

@@ -3,7 +3,7 @@
 #include "support/FailingAllocations.h"
 #include "support/SmallStack.h"
 #include "support/TreeTesting.h"
-#include "tree/DOMElementAccess.h"
+#include "tree/ParsedElements.h"
 
 #include <cstdint>
 #include <new>
@@ -15,8 +15,7 @@ namespace {
 std::unique_ptr<DOMElement> MakeElement(ParseArena& arena, DOM& dom, DOMElement& parent,
                                         const char* name)
 {
-    return DOMElementAccess::NewParsedElement(arena, TString(name), AttributeStorage(), &dom,
-                                              parent);
+    return ParsedElements::New(arena, TString(name), AttributeStorage(), &dom, parent);
 }
 
 /// Puts `count` children named by their number below the root, as a parse does.
@@ -27,9 +26,9 @@ void FillIn(ParseArena& arena, DOM& dom, int count)
         children.push_back(MakeElement(arena, dom, *dom.GetRoot(), std::to_string(i).c_str()));
         ArenaText text(arena);
         text.Append(u"text");
-        DOMElementAccess::AppendText(*children.back(), text);
+        ParsedElements::AppendText(*children.back(), text);
     }
-    DOMElementAccess::AttachChildren(arena, *dom.GetRoot(), children);
+    ParsedElements::AttachChildren(arena, *dom.GetRoot(), children);
 }
 
 std::string Numbers(int count)
@@ -183,15 +182,15 @@ TEST(ParseArena, IsAsBeforeWhenMemoryRunsOut)
     for (int i = 0; i < 1000; ++i) {
         const FailingAllocations failing(i % 3 == 0 ? 100 : 0);
         try {
-            elements.push_back(DOMElementAccess::NewParsedElement(arena, name, AttributeStorage(),
-                                                                  &dom, *dom.GetRoot()));
+            elements.push_back(
+                ParsedElements::New(arena, name, AttributeStorage(), &dom, *dom.GetRoot()));
             ++made;
         } catch (const std::bad_alloc&) {
         }
     }
     EXPECT_GT(made, 333U);
     EXPECT_EQ(elements.size(), made);
-    DOMElementAccess::AttachChildren(arena, *dom.GetRoot(), elements);
+    ParsedElements::AttachChildren(arena, *dom.GetRoot(), elements);
     EXPECT_EQ(dom.GetRoot()->GetChildren().size(), made);
 }
 
@@ -204,10 +203,10 @@ TEST(ParseArena, ADeepParsedTreeEndsOnASmallStack)
         for (int i = 0; i < 1'000'000; ++i) {
             auto outer = MakeElement(arena, dom, *dom.GetRoot(), "e");
             if (inner != nullptr)
-                DOMElementAccess::AttachChildren(arena, *outer, std::span(&inner, 1));
+                ParsedElements::AttachChildren(arena, *outer, std::span(&inner, 1));
             inner = std::move(outer);
         }
-        DOMElementAccess::AttachChildren(arena, *dom.GetRoot(), std::span(&inner, 1));
+        ParsedElements::AttachChildren(arena, *dom.GetRoot(), std::span(&inner, 1));
         DOM other;
         dom.GetDocumentRoot()->Move(*other.GetRoot(), nullptr);
         EXPECT_FALSE(dom.GetRoot()->HasChildren());

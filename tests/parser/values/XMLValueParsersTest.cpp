@@ -1,10 +1,6 @@
 #include <kescorexml/XMLValueParsers.h>
 
-#include <kescorexml/XMLTokens.h>
-
 #include <gtest/gtest.h>
-
-#include <string_view>
 
 namespace {
 
@@ -51,39 +47,6 @@ TEST(XMLValueParsers, ReadsNumbersWithFractions)
     EXPECT_EQ(XMLValueParsers::ParseFloat(u" -1.5e300 "), -1.5e300);
     for (const char16_t* text : {u"", u"x", u"1,5", u"1.5x"})
         EXPECT_EQ(XMLValueParsers::ParseFloat(text), 0.0) << TString(text);
-}
-
-/// The module's own markup as a static object finds it in its constructor.
-struct Tokens
-{
-    std::u16string_view tagTuple = View(XMLTokens::tagTuple);
-    std::u16string_view tagValue = View(XMLTokens::tagValue);
-    std::u16string_view tagPack = View(XMLTokens::tagPack);
-    std::u16string_view attrVersion = View(XMLTokens::attrVersion);
-    std::u16string_view valueTrue = View(XMLTokens::valueTrue);
-    std::u16string_view valueFalse = View(XMLTokens::valueFalse);
-    bool isTrue = XMLValueParsers::ParseBool(u"true");
-
-    static std::u16string_view View(const char16_t* token)
-    {
-        return token == nullptr ? std::u16string_view() : token;
-    }
-};
-
-// Before every other object that is not constant.
-__attribute__((init_priority(101))) const Tokens s_early;
-
-TEST(XMLTokens, NamesTheModulesOwnMarkup)
-{
-    for (const Tokens& tokens : {s_early, Tokens()}) {
-        EXPECT_EQ(tokens.tagTuple, u"tuple");
-        EXPECT_EQ(tokens.tagValue, u"value");
-        EXPECT_EQ(tokens.tagPack, u"pack");
-        EXPECT_EQ(tokens.attrVersion, u"version");
-        EXPECT_EQ(tokens.valueTrue, u"true");
-        EXPECT_EQ(tokens.valueFalse, u"false");
-        EXPECT_TRUE(tokens.isTrue);
-    }
 }
 
 } // namespace
