@@ -69,6 +69,7 @@ void FromFile(benchmark::State& state, const Document& document)
         dom.reset();
         state.ResumeTiming();
     }
+    SettleHeap();
 }
 
 void Standalone(benchmark::State& state, const Document& document)
@@ -80,6 +81,7 @@ void Standalone(benchmark::State& state, const Document& document)
         result = {};
         state.ResumeTiming();
     }
+    SettleHeap();
 }
 
 class IdleSink final : public SAXInterface

@@ -116,6 +116,8 @@ public:
     void EraseAllChildNodes() noexcept;
 
 private:
+    friend class StandaloneTreeSink;
+
     /// A content node: a text, or an element and no text.
     struct TextOrElement
     {

@@ -243,6 +243,24 @@ TEST(TString, GivesRoomToOverwrite)
     EXPECT_TRUE(text.IsEmpty());
 }
 
+TEST(TString, OverwritesItsOwnMemoryUnlessItIsShared)
+{
+    TString text(u"a text of some length, to be written over");
+    const char16_t* const units = text.utf16();
+    std::copy_n(u"a little shorter text", 21, text.resizeForOverwrite(21));
+    EXPECT_EQ(text, TString(u"a little shorter text"));
+    EXPECT_EQ(text.utf16()[21], u'\0');
+#if defined(__GLIBC__)
+    EXPECT_EQ(text.utf16(), units);
+#endif
+    const TString shared = text;
+    std::copy_n(u"another text of twenty", 22, text.resizeForOverwrite(22));
+    EXPECT_EQ(shared, TString(u"a little shorter text"));
+    EXPECT_EQ(text, TString(u"another text of twenty"));
+    text += u" and more than that, to grow";
+    EXPECT_EQ(text, TString(u"another text of twenty and more than that, to grow"));
+}
+
 TEST(TString, ConcatenatesUtf8Literals)
 {
     const TString text(u"a");

@@ -39,7 +39,7 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
         at += c_byteOrderMark.size();
     m_validated = at;
     m_eventEnd = nullptr;
-    m_position.Begin(at);
+    m_position.Begin(at, m_end);
     at = m_output > m_maxOutput ? Decline(Verdict::Limit) : ScanProlog(at);
     if (at != nullptr)
         at = ScanElements(at);
@@ -79,22 +79,23 @@ void DirectScanner::GetCurrentLocation(int& line, int& column) noexcept
 
 bool DirectScanner::IsValidAround(const char* at) noexcept
 {
-    const auto stops = WideRun::Stops<WideRun::Controls::PassTabAndLineFeed>{'\r', '\r', '\r'};
     const char* const until = m_end - at > c_decodedAhead ? at + c_decodedAhead : m_end;
     // In large steps, so that the end of one is seldom met.
-    if (m_validated >= until)
+    if (m_validated >= until) [[likely]]
         return true;
     const char* const goal = m_end - until > c_decodedAhead ? until + c_decodedAhead : m_end;
-    while (m_validated < goal) {
-        m_validated = WideRun::Skip(m_validated, m_end, stops);
-        if (m_validated == m_end)
-            break;
-        if (ByteClasses::IsAscii(*m_validated))
-            ++m_validated;
-        else if (m_isAscii || Utf8Sequence::Read(m_validated) == Utf8Sequence::c_invalid)
-            return Decline(Verdict::Encoding) != nullptr;
+    for (;;) {
+        m_validated = WideRun::SkipAscii(m_validated, goal);
+        if (m_validated >= goal)
+            return true;
+        do {
+            if (m_isAscii || Utf8Sequence::Read(m_validated) == Utf8Sequence::c_invalid)
+                return Decline(Verdict::Encoding) != nullptr;
+            // Words of other scripts stand with blanks between them.
+            if (*m_validated == ' ')
+                ++m_validated;
+        } while (!ByteClasses::IsAscii(*m_validated));
     }
-    return true;
 }
 
 const char* DirectScanner::ScanElements(const char* at)

@@ -6,8 +6,12 @@
 class DocumentPosition
 {
 public:
-    /// From now on, `begin` is line 1, column 1.
-    void Begin(const char* begin) noexcept { *this = DocumentPosition(begin); }
+    /// From now on, `begin` is line 1, column 1. The document ends at `end`, where a byte is
+    /// readable that is no line feed.
+    void Begin(const char* begin, const char* end) noexcept
+    {
+        *this = DocumentPosition(begin, end);
+    }
     /// Moves to `place`, which stands behind a whole character and not between CR and LF.
     /// REQUIRES: not before the last one.
     void MoveTo(const char* place) noexcept;
@@ -18,12 +22,14 @@ public:
     DocumentPosition() = default;
 
 private:
-    explicit DocumentPosition(const char* begin) noexcept : m_at(begin) {}
+    DocumentPosition(const char* begin, const char* end) noexcept : m_at(begin), m_end(end) {}
 
-    void PassAscii(const char* end) noexcept;
+    void PassBlock(int count) noexcept;
+    void PassLines(const char* end) noexcept;
     void PassBytes(const char* end) noexcept;
 
     const char* m_at = nullptr;
+    const char* m_end = nullptr;
     int m_line = 1;
     int m_column = 1;
 };

@@ -81,6 +81,13 @@ struct Portable
             ++at;
         return at;
     }
+
+    static const char* SkipAscii(const char* at, const char* end) noexcept
+    {
+        while (at < end && static_cast<unsigned char>(*at) < 0x80)
+            ++at;
+        return at;
+    }
 };
 
 #if defined(__SSE2__)
@@ -122,6 +129,25 @@ struct Vector
         }
         return Portable::Skip(at, end, stop);
     }
+
+    static const char* SkipAscii(const char* at, const char* end) noexcept
+    {
+        const auto load = [&at](int step) {
+            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at) + step);
+        };
+        for (; end - at >= 4 * std::ptrdiff_t{c_step}; at += 4 * c_step) {
+            const __m128i low = _mm_or_si128(load(0), load(1));
+            const __m128i high = _mm_or_si128(load(2), load(3));
+            if (_mm_movemask_epi8(_mm_or_si128(low, high)) != 0)
+                break;
+        }
+        for (; end - at >= std::ptrdiff_t{c_step}; at += c_step) {
+            const auto beyond = static_cast<unsigned>(_mm_movemask_epi8(load(0)));
+            if (beyond != 0)
+                return at + std::countr_zero(beyond);
+        }
+        return Portable::SkipAscii(at, end);
+    }
 };
 
 using Best = Vector;
@@ -147,6 +173,12 @@ template <class Stop>
 const char* Skip(const char* at, const char* end, Stop stop) noexcept
 {
     return Best::Skip(at, end, stop);
+}
+
+/// The first byte beyond ASCII, or `end`.
+inline const char* SkipAscii(const char* at, const char* end) noexcept
+{
+    return Best::SkipAscii(at, end);
 }
 
 } // namespace WideRun

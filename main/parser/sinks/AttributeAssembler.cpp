@@ -15,11 +15,38 @@ bool MayBeSanitized(std::u16string_view name)
     return name.starts_with(u"IllegalColon:") || name.starts_with(u"xmlns:IllegalColon");
 }
 
-/// The list of the tag's attribute names, all of which the attributes keep; null when they are left
-/// to the map.
-AttributeNames* FindOrMakeNames(const StartTag& tag)
+/// `makeText` makes the text of a value.
+template <typename MakeText>
+AttributeStorage::AttributeMap MakeMap(const StartTag& tag, MakeText&& makeText)
+{
+    AttributeStorage::AttributeMap map;
+    const std::size_t count = tag.attributeNames.size();
+    if (count == 0)
+        return map;
+    map.reserve(count);
+    if (const AttributeNames* names = FindOrMakeAttributeNames(tag)) {
+        for (std::size_t i = 0; i < count; ++i)
+            map.try_emplace(names->Name(i), makeText(tag.attributeValues[i]));
+        return map;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::u16string_view qualifiedName = tag.attributeNames[i];
+        TString name = tag.names.Find(qualifiedName).name;
+        if (MayBeSanitized(qualifiedName))
+            name = XercesColonSanitizer::RestoreEncodedAttributeNames(name);
+        if (!name.IsEmpty())
+            map.try_emplace(std::move(name), makeText(tag.attributeValues[i]));
+    }
+    return map;
+}
+
+} // namespace
+
+AttributeNames* FindOrMakeAttributeNames(const StartTag& tag)
 {
     const std::span<const char16_t* const> attributes = tag.attributeNames;
+    if (attributes.empty() || attributes.size() > AttributeNames::maxCount)
+        return nullptr;
     if (AttributeNames* list = ParsedNames::FindAttributeNames(tag.element, attributes))
         return list;
     if (std::any_of(attributes.begin(), attributes.end(), MayBeSanitized))
@@ -27,21 +54,14 @@ AttributeNames* FindOrMakeNames(const StartTag& tag)
     return tag.names.MakeAttributeNames(tag.element, attributes);
 }
 
-} // namespace
-
 AttributeStorage::AttributeMap ToAttributeMap(const StartTag& tag)
 {
-    AttributeStorage::AttributeMap map;
-    map.reserve(tag.attributeNames.size());
-    for (std::size_t i = 0; i < tag.attributeNames.size(); ++i) {
-        const std::u16string_view qualifiedName = tag.attributeNames[i];
-        TString name = tag.names.Find(qualifiedName).name;
-        if (MayBeSanitized(qualifiedName))
-            name = XercesColonSanitizer::RestoreEncodedAttributeNames(name);
-        if (!name.IsEmpty())
-            map.try_emplace(std::move(name), tag.attributeValues[i]);
-    }
-    return map;
+    return MakeMap(tag, [](std::u16string_view value) { return TString(value); });
+}
+
+AttributeStorage::AttributeMap ToAttributeMapIn(ParseArena& arena, const StartTag& tag)
+{
+    return MakeMap(tag, [&arena](std::u16string_view value) { return arena.MakeText(value); });
 }
 
 AttributeStorage PackAttributes(ParseArena& arena, const StartTag& tag)
@@ -49,13 +69,10 @@ AttributeStorage PackAttributes(ParseArena& arena, const StartTag& tag)
     AttributeStorage storage;
     if (tag.attributeNames.empty())
         return storage;
-    if (tag.attributeNames.size() <= AttributeNames::maxCount) {
-        if (AttributeNames* names = FindOrMakeNames(tag)) {
-            if (AttributeBlock* block =
-                    AttributeBlock::Create(arena, *names, tag.attributeValues)) {
-                storage.Adopt(block);
-                return storage;
-            }
+    if (AttributeNames* names = FindOrMakeAttributeNames(tag)) {
+        if (AttributeBlock* block = AttributeBlock::Create(arena, *names, tag.attributeValues)) {
+            storage.Adopt(block);
+            return storage;
         }
     }
     storage.Replace(ToAttributeMap(tag));

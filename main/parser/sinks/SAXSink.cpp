@@ -2,6 +2,8 @@
 
 #include "sinks/AttributeAssembler.h"
 
+#include <algorithm>
+#include <bit>
 #include <utility>
 
 namespace {
@@ -25,7 +27,11 @@ void SAXSink::StartElement(const StartTag& tag)
     EndText();
     if (IsRepeated())
         return;
-    m_sink->StartElement(TString(tag.element.name), ToAttributeMap(tag));
+    TString name = tag.element.name;
+    if (AttributeMaps::AttributeMap* const attributes = m_attributes.Fill(tag))
+        m_sink->StartElement(std::move(name), std::move(*attributes));
+    else
+        m_sink->StartElement(std::move(name), ToAttributeMap(tag));
     m_isDone |= m_sink->IsDone();
 }
 
@@ -40,14 +46,14 @@ void SAXSink::EndElement()
 
 void SAXSink::BeginDocument()
 {
-    m_text.clear();
+    DropText();
     m_eventsPassed = 0;
     m_eventsToSkip = 0;
 }
 
 void SAXSink::Rewind()
 {
-    m_text.clear();
+    DropText();
     m_eventsToSkip = std::exchange(m_eventsPassed, 0);
     m_wasDone = std::exchange(m_isDone, false);
 }
@@ -61,15 +67,49 @@ bool SAXSink::IsRepeated() noexcept
     return true;
 }
 
+const TString* SAXSink::Keep(std::u16string_view text)
+{
+    const auto index = static_cast<std::size_t>(std::bit_width(text.size()));
+    if (index >= m_texts.size())
+        return nullptr;
+    char16_t* const to =
+        m_texts[index].resizeForOverwrite(static_cast<TString::size_type>(text.size()));
+    std::copy(text.begin(), text.end(), to);
+    return &m_texts[index];
+}
+
+void SAXSink::AppendText(std::u16string_view piece)
+{
+    if (piece.empty())
+        return;
+    if (!HasText()) {
+        m_onlyPiece = Keep(piece);
+        if (m_onlyPiece != nullptr)
+            return;
+    }
+    if (m_onlyPiece != nullptr)
+        m_text = std::exchange(m_onlyPiece, nullptr)->view();
+    m_text.append(piece);
+}
+
+void SAXSink::DropText() noexcept
+{
+    m_onlyPiece = nullptr;
+    m_text.clear();
+}
+
 void SAXSink::PassText()
 {
     if (IsRepeated()) {
-        m_text.clear();
+        DropText();
         return;
     }
-    const TString text{std::u16string_view(m_text)};
-    m_text.clear();
-    m_sink->TextContent(text);
+    const TString* kept = m_onlyPiece != nullptr ? m_onlyPiece : Keep(m_text);
+    TString longText;
+    if (kept == nullptr)
+        longText = TString(std::u16string_view(m_text));
+    DropText();
+    m_sink->TextContent(kept != nullptr ? *kept : longText);
     if (m_text.capacity() > c_textRoomKept)
         m_text.shrink_to_fit();
 }

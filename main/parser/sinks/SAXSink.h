@@ -1,9 +1,11 @@
 #pragma once
 
+#include "sinks/AttributeMaps.h"
 #include "sinks/ScanSink.h"
 
 #include <kescorexml/SAXInterface.h>
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -18,10 +20,10 @@ public:
     ~SAXSink() override;
 
     void StartElement(const StartTag& tag) override;
-    void AppendText(std::u16string_view piece) override { m_text.append(piece); }
+    void AppendText(std::u16string_view piece) override;
     void EndText() override
     {
-        if (!m_text.empty())
+        if (HasText())
             PassText();
     }
     void EndElement() override;
@@ -37,7 +39,11 @@ public:
 private:
     /// Whether the next event is one that was passed on before the sink was rewound.
     bool IsRepeated() noexcept;
+    bool HasText() const noexcept { return m_onlyPiece != nullptr || !m_text.empty(); }
+    void DropText() noexcept;
     void PassText();
+    /// Copies a text to among m_texts; null, and nothing is done, when it is too long for it.
+    const TString* Keep(std::u16string_view text);
 
     std::shared_ptr<SAXInterface> m_sink;
     bool m_isDone = false;
@@ -46,6 +52,12 @@ private:
     std::uint64_t m_eventsToSkip = 0;
     /// What the sink has answered behind the last of those to skip.
     bool m_wasDone = false;
-    /// Keeps its room between runs.
+    /// The run while it has one piece, among m_texts; else null.
+    const TString* m_onlyPiece = nullptr;
+    /// The run when it has several pieces, or a long one. Keeps its room between runs.
     std::u16string m_text;
+    AttributeMaps m_attributes;
+    /// The last runs, by the bits of their length: a sink that did not share one leaves its memory
+    /// to the next of about its length.
+    std::array<TString, 13> m_texts;
 };

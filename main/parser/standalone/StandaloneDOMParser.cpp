@@ -1,15 +1,19 @@
 #include <kescorexml/StandaloneDOMParser.h>
 
+#include "base/LeadingWhitespace.h"
+#include "bytes/XercesMemory.h"
+#include "scanner/XercesXMLParserImpl.h"
+#include "sources/BorrowedUtf8Source.h"
+#include "standalone/StandaloneTreeSink.h"
+
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/InputSourceUtils.h>
 #include <kescorexml/LookupResource.h>
-#include <kescorexml/SAXInterface.h>
 #include <kescorexml/StringInputSource.h>
-#include <kescorexml/XercesXMLParser.h>
 
 #include <kesplatform/Metrics.h>
 #include <kesplatform/Resources.h>
-#include <kesplatform/TScanString.h>
+#include <kesplatform/Unicode.h>
 
 #include <cstdint>
 #include <utility>
@@ -18,41 +22,13 @@ namespace {
 
 constexpr std::uint64_t c_metricsFlags = 0x80000000000;
 
-class StandaloneDOMBuilder : public SAXInterface
+/// Whether no byte would become a replacement character, and the text is not longer than a TString
+/// may be.
+bool IsAsGoodAsUnits(const std::string& utf8)
 {
-public:
-    explicit StandaloneDOMBuilder(bool keepWhitespaceText)
-        : m_root(std::make_unique<StandaloneDOMElement>(TString(u"Document"))),
-          m_keepWhitespaceText(keepWhitespaceText)
-    {
-        m_stack.emplace_back(*m_root);
-    }
-
-    void StartElement(TString&& name, StandaloneDOMElement::AttributeMap&& attributes) override
-    {
-        auto element = std::make_unique<StandaloneDOMElement>(std::move(name));
-        element->SetAttributes(std::move(attributes));
-        StandaloneDOMElement& parent = m_stack.back();
-        m_stack.emplace_back(*element);
-        parent.AppendChild(std::move(element));
-    }
-
-    void EndElement() override { m_stack.pop_back(); }
-
-    void TextContent(const TString& text) override
-    {
-        const std::u16string_view units = text.view();
-        if (m_keepWhitespaceText || TScanString::skipWhitespace(units) != units.size())
-            m_stack.back().get().AppendText(text);
-    }
-
-    std::unique_ptr<StandaloneDOMElement> TakeRoot() { return std::move(m_root); }
-
-private:
-    std::unique_ptr<StandaloneDOMElement> m_root;
-    std::vector<std::reference_wrapper<StandaloneDOMElement>> m_stack;
-    bool m_keepWhitespaceText;
-};
+    return utf8.size() <= static_cast<std::size_t>(TString::c_maxLength) &&
+           Unicode::findInvalidUtf8(utf8) == utf8.size();
+}
 
 } // namespace
 
@@ -100,8 +76,9 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlInputSource(InputSource& sour
                                                                bool keepWhitespaceText) const
 {
     const Metrics::Scope scope("StandaloneDOMParser_ParseXmlInputSource", c_metricsFlags);
-    const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
-    const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
+    StandaloneTreeSink tree(keepWhitespaceText);
+    const std::unique_ptr<XercesXMLParserImpl> parser =
+        WithXercesMemory([&] { return std::make_unique<XercesXMLParserImpl>(source, tree); });
     static_cast<ParseLimits&>(*parser) = *this;
     if (m_state->allowEntityExpansion)
         parser->AllowEntityExpansion_Insecure();
@@ -120,7 +97,7 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlInputSource(InputSource& sour
         m_state->statisticsHandler(
             DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});
     }
-    result.root = builder->TakeRoot();
+    result.root = tree.TakeRoot();
     return result;
 }
 
@@ -141,12 +118,22 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlString(const TString& xml, TS
 
 StandaloneParseResult StandaloneDOMParser::ParseXmlString(const std::string& utf8, TString id) const
 {
-    return ParseXmlString(TString::fromStdString(utf8), std::move(id));
+    if (!IsAsGoodAsUnits(utf8))
+        return ParseXmlString(TString::fromStdString(utf8), std::move(id));
+    const Metrics::Scope scope("StandaloneDOMParser_ParseXmlString", c_metricsFlags);
+    const std::size_t start = SkipLeadingWhitespace(utf8);
+    if (start > 0) {
+        // The size of a source counts what it skips.
+        Utf8InputSource source(utf8.substr(start), id, false);
+        return ParseXmlInputSource(source, false);
+    }
+    BorrowedUtf8Source source(utf8, id, false);
+    return ParseXmlInputSource(source, false);
 }
 
 StandaloneParseResult StandaloneDOMParser::ParseXmlString(const char* utf8, TString id) const
 {
-    return ParseXmlString(TString(utf8), std::move(id));
+    return ParseXmlString(std::string(utf8 == nullptr ? "" : utf8), std::move(id));
 }
 
 StandaloneParseResult

@@ -17,6 +17,10 @@
 #include <ostream>
 #include <stdexcept>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 namespace {
 
 constexpr std::size_t c_unitSize = sizeof(char16_t);
@@ -37,6 +41,19 @@ std::size_t SpaceAtStart(std::u16string_view text) noexcept
 {
     const auto* end = std::find_if_not(text.begin(), text.end(), TCType::isSpace);
     return static_cast<std::size_t>(end - text.begin());
+}
+
+/// What a text may take too much of to be filled again.
+constexpr std::size_t c_littleWaste = 32;
+
+/// How many bytes an allocation has; 0 when nobody can tell.
+std::size_t RoomOf([[maybe_unused]] void* memory) noexcept
+{
+#if defined(__GLIBC__)
+    return malloc_usable_size(memory);
+#else
+    return 0;
+#endif
 }
 
 } // namespace
@@ -129,6 +146,16 @@ char16_t* TString::GrowBy(size_type count)
 
 char16_t* TString::resizeForOverwrite(size_type length)
 {
+    // A text that is filled again and again stays where it is, unless most of it would be waste.
+    if (length > 0 && m_rep != nullptr && m_rep->control.load(std::memory_order_acquire) == 1) {
+        const std::size_t room = RoomOf(m_rep);
+        const std::size_t needed = ExactBytes(std::min(length, c_maxLength));
+        if (needed <= room && room <= 2 * needed + c_littleWaste) {
+            m_rep->lengthAndFlag = static_cast<std::uint32_t>(length);
+            m_rep->Units()[length] = u'\0';
+            return m_rep->Units();
+        }
+    }
     *this = length <= 0 ? TString() : TString(Allocate(length, false));
     return m_rep == nullptr ? nullptr : m_rep->Units();
 }

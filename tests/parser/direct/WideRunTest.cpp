@@ -65,6 +65,24 @@ TEST(WideRun, IsTheSameSixteenBytesAtATimeAsOneAtATime)
     ExpectSameAsPortable<Controls::PassTabAndLineFeed>();
 }
 
+TEST(WideRun, PassesOverAsciiInStepsOfAnySize)
+{
+    for (std::size_t length = 0; length < 200; ++length) {
+        const std::string ascii(length, '\x7F');
+        const char* const end = ascii.data() + length;
+        EXPECT_EQ(WideRun::Best::SkipAscii(ascii.data(), end), end);
+        EXPECT_EQ(WideRun::Portable::SkipAscii(ascii.data(), end), end);
+        for (std::size_t place = 0; place < length; ++place) {
+            std::string text = ascii;
+            text[place] = '\x80';
+            text.back() = '\xFF';
+            const char* const begin = text.data();
+            EXPECT_EQ(WideRun::Best::SkipAscii(begin, begin + length), begin + place);
+            EXPECT_EQ(WideRun::Portable::SkipAscii(begin, begin + length), begin + place);
+        }
+    }
+}
+
 TEST(WideRun, StopsAtWhatIsNamedAtControlCharactersAndBeyondAscii)
 {
     const WideRun::Stops<Controls::StopAll> all{'a', 'b', 'c'};

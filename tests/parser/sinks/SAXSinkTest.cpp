@@ -5,6 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
 namespace {
 
 using testing::ElementsAre;
@@ -47,6 +52,46 @@ TEST(SAXSink, PassesTextOnInWholeRuns)
     events.sink.AppendText(u"y");
     events.sink.EndElement();
     EXPECT_THAT(events.recorded->events, ElementsAre("<a>", "'xy'", "</>"));
+}
+
+TEST(SAXSink, PassesRunsOfAllLengthsAndPiecesOn)
+{
+    Events events;
+    std::vector<std::string> expected;
+    for (const std::size_t pieces : {1U, 2U, 3U}) {
+        for (const std::size_t length : {0U, 1U, 15U, 4095U, 4096U, 70000U, 2U}) {
+            std::string whole;
+            for (std::size_t i = 0; i < pieces; ++i) {
+                events.sink.AppendText(std::u16string(length, static_cast<char16_t>(u'x' + i)));
+                whole.append(length, static_cast<char>('x' + i));
+            }
+            events.sink.EndText();
+            if (!whole.empty())
+                expected.push_back("'" + whole + "'");
+        }
+    }
+    EXPECT_EQ(events.recorded->events, expected);
+}
+
+TEST(SAXSink, LeavesTextsThatWereSharedAsTheyWere)
+{
+    class Keeping final : public SAXInterface
+    {
+    public:
+        void StartElement(TString&&, std::unordered_map<TString, TString>&&) override {}
+        void EndElement() override {}
+        void TextContent(const TString& text) override { texts.push_back(text); }
+
+        std::vector<TString> texts;
+    };
+
+    const auto keeping = std::make_shared<Keeping>();
+    SAXSink sink(keeping);
+    for (const char16_t* text : {u"one", u"two", u"six"}) {
+        sink.AppendText(text);
+        sink.EndText();
+    }
+    EXPECT_THAT(keeping->texts, ElementsAre(TString(u"one"), TString(u"two"), TString(u"six")));
 }
 
 TEST(SAXSink, ForgetsTheTextOfADocumentThatWasAbandoned)

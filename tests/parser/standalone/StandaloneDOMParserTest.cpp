@@ -171,6 +171,42 @@ TEST(StandaloneDOMParser, ReadsTextsAsUnicodeWhateverTheDeclarationSays)
     EXPECT_EQ(bytes.root->GetChild(u"a")->GetAllText(), u"\u00E9");
 }
 
+TEST(StandaloneDOMParser, TextsInUtf8AreReadAsTheirUnits)
+{
+    using namespace std::string_literals;
+    StandaloneDOMParser parser;
+    std::vector<std::uint64_t> sizes;
+    parser.SetStatisticsEventHandler([&sizes](const DOMParserStatistics& statistics) {
+        sizes.push_back(statistics.sourceSize);
+    });
+    for (const std::string& utf8 :
+         {"<a b='\xC3\xA9'>\xF0\x9F\x98\x80</a>"s, " \r\n\v\f\t<a>x</a>"s, "\xEF\xBB\xBF<a/>"s,
+          "\xC2\xA0<a/>"s, "<a>\xFF</a>"s, "  <a b='\xC3'>\xED\xA0\x80</a>"s, "<a/>\xE4\xB8"s,
+          "<a>\0</a>"s, "<a>\xEF\xBF\xBF</a>"s, ""s, "  "s}) {
+        const StandaloneParseResult result = parser.ParseXmlString(utf8, u"id");
+        const StandaloneParseResult expected =
+            parser.ParseXmlString(TString::fromStdString(utf8), u"id");
+        EXPECT_EQ(Describe(result), Describe(expected)) << utf8;
+        EXPECT_EQ(result.errors, expected.errors) << utf8;
+        EXPECT_EQ(sizes.front(), sizes.back()) << utf8;
+        sizes.clear();
+    }
+    EXPECT_EQ(parser.ParseXmlString(static_cast<const char*>(nullptr), u"id").errors,
+              parser.ParseXmlString(TString(), u"id").errors);
+}
+
+TEST(StandaloneDOMParser, WhatIsTakenOutOfATreeOutlivesIt)
+{
+    StandaloneParseResult result =
+        StandaloneDOMParser().ParseXmlString("<a k='v'><b n='1'>text<c/>more</b></a>", u"id");
+    StandaloneDOMElement& outer = *result.root->GetChild(u"a");
+    const TString value = outer.GetAttribute(u"k");
+    const std::unique_ptr<StandaloneDOMElement> inner = outer.RemoveChild(*outer.GetChild(u"b"));
+    result.root.reset();
+    EXPECT_EQ(value, u"v");
+    EXPECT_EQ(Describe(*inner), "b n=1([text]c()[more])");
+}
+
 TEST(StandaloneDOMParser, ListsErrorsAndHandsOutWhatWasRead)
 {
     const StandaloneParseResult result =

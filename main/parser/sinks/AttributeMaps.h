@@ -1,0 +1,47 @@
+#pragma once
+
+#include "sinks/ScanSink.h"
+#include "slabs/AttributeBlock.h"
+
+#include <kescorexml/detail/AttributeStorage.h>
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+/// The attribute maps that are handed to a sink, to take or to leave. One that was left as it was
+/// serves the next tag of the same attribute names again, with its nodes and the memory of its
+/// values, as long as nobody shares them. Bounded.
+///
+/// For one thread at a time.
+class AttributeMaps
+{
+public:
+    using AttributeMap = AttributeStorage::AttributeMap;
+
+    AttributeMaps() = default;
+    ~AttributeMaps();
+    AttributeMaps(const AttributeMaps&) = delete;
+    AttributeMaps& operator=(const AttributeMaps&) = delete;
+
+    /// What ToAttributeMap makes of the tag, valid until the next call; the caller may do with it
+    /// whatever may be done with a map. Null when the attributes are not worth keeping a map for
+    /// others: when there are none, too many or long ones.
+    AttributeMap* Fill(const StartTag& tag);
+
+private:
+    struct Kept
+    {
+        /// Retained. Null when there is none.
+        AttributeNames* names = nullptr;
+        AttributeMap map;
+        std::size_t buckets = 0;
+        /// Which attribute was the first, the second, ... when the map was last walked over.
+        std::array<std::uint8_t, AttributeNames::maxCount> order{};
+    };
+
+    static bool Refill(Kept& kept, const StartTag& tag);
+    Kept& GetKept(AttributeNames& names);
+
+    std::vector<Kept> m_kept;
+};
