@@ -46,8 +46,7 @@ inline __m128i FindForbidden(__m128i bytes, __m128i next) noexcept
         _mm_or_si128(_mm_andnot_si128(isFromA0, is(0xE0)), _mm_andnot_si128(isFrom90, is(0xF0)));
     const __m128i isLarge =
         _mm_or_si128(_mm_and_si128(isFromA0, is(0xED)), _mm_and_si128(isFrom90, is(0xF4)));
-    const __m128i isNoLead =
-        _mm_or_si128(_mm_or_si128(is(0xC0), is(0xC1)), IsAtLeast(bytes, 0xF5));
+    const __m128i isNoLead = _mm_or_si128(_mm_or_si128(is(0xC0), is(0xC1)), IsAtLeast(bytes, 0xF5));
     return _mm_or_si128(isNoLead, _mm_or_si128(isShort, isLarge));
 }
 
@@ -77,8 +76,8 @@ inline std::size_t CountValid(const char* block) noexcept
     if ((leads.beyondAscii & ~leads.two) != continued || _mm_movemask_epi8(forbidden) != 0)
         return 0;
     // The leads of a sequence that is cut off.
-    const std::uint64_t cut = (leads.two >> 63 << 63) | (leads.three >> 62 << 62) |
-                              (leads.four >> 61 << 61);
+    const std::uint64_t cut =
+        (leads.two >> 63 << 63) | (leads.three >> 62 << 62) | (leads.four >> 61 << 61);
     return cut == 0 ? c_size : static_cast<std::size_t>(std::countr_zero(cut));
 }
 
