@@ -8,7 +8,11 @@
 
 #include <QStringConverter>
 
+#include <array>
 #include <optional>
+#include <random>
+#include <string>
+#include <string_view>
 
 using namespace std::string_literals;
 
@@ -273,4 +277,69 @@ TEST_F(TextDecoding, NamesOffsetsFarIntoTheFile)
     const std::string text(100000, '\x80');
     EXPECT_EQ(InvalidAt(declaration.size() + text.size(), "windows-1252"),
               Failure(declaration + text + "\x81"));
+}
+
+// Blocks of sequences
+
+namespace {
+
+/// Some text in which sequences of every length stand at every place of a block.
+std::string MakeMixedText(std::mt19937& random, std::size_t size)
+{
+    constexpr std::array<std::string_view, 9> c_characters = {"a",
+                                                              " ",
+                                                              "\xC3\xA9",
+                                                              "\xDF\xBF",
+                                                              "\xE0\xA0\x80",
+                                                              "\xE0\xB0\x95",
+                                                              "\xED\x9F\xBF",
+                                                              "\xEF\xBF\xBF",
+                                                              "\xF0\x9F\x98\x80"};
+    std::string text;
+    while (text.size() < size)
+        text += c_characters[random() % c_characters.size()];
+    return text;
+}
+
+} // namespace
+
+TEST_F(TextDecoding, AnInvalidByteIsFoundAtEachPlaceOfALongTextBeyondAscii)
+{
+    constexpr std::array<std::string_view, 16> c_wrong = {"\x80",
+                                                          "\xBF",
+                                                          "\xC0\xAF",
+                                                          "\xC1\xBF",
+                                                          "\xC3",
+                                                          "\xE0\x9F\xBF",
+                                                          "\xE0\xA0",
+                                                          "\xED\xA0\x80",
+                                                          "\xE1\x80",
+                                                          "\xF0\x8F\xBF\xBF",
+                                                          "\xF0\x90\x80",
+                                                          "\xF4\x90\x80\x80",
+                                                          "\xF5\x80\x80\x80",
+                                                          "\xFE",
+                                                          "\xFF",
+                                                          "\xC3\xA9\x80"};
+    std::mt19937 random(20261122);
+    for (std::size_t place = 0; place < 150; ++place) {
+        const std::string_view wrong = c_wrong[random() % c_wrong.size()];
+        // What begins a block is beyond ASCII, and so is most of what follows.
+        const std::string before = "\xE0\xB0\x95" + MakeMixedText(random, place);
+        const std::size_t offset =
+            before.size() + (wrong.size() == 3 && wrong[1] == '\xA9' ? 2 : 0);
+        const std::string text =
+            before + std::string(wrong) + "a" + MakeMixedText(random, 100 + random() % 100);
+        EXPECT_EQ(Failure(text), InvalidAt(offset, "UTF-8")) << before.size();
+        EXPECT_EQ(Failure(before + std::string(wrong)), InvalidAt(offset, "UTF-8"));
+    }
+}
+
+TEST_F(TextDecoding, ALongTextBeyondAsciiIsTakenWholeWhateverItsLength)
+{
+    std::mt19937 random(7);
+    for (std::size_t size = 0; size < 300; ++size) {
+        const std::string text = MakeMixedText(random, size);
+        EXPECT_EQ(Load(text).toStdString(), text);
+    }
 }

@@ -52,10 +52,22 @@ ParseArena::ParseArena() noexcept
 {
 }
 
+ParseArena::ParseArena(std::size_t expectedBytes) noexcept : ParseArena()
+{
+    m_expectedBytes = expectedBytes;
+}
+
+std::size_t ParseArena::GetNextSlabBytes() const noexcept
+{
+    if (m_expectedBytes == 0)
+        return m_nextSlabBytes;
+    return sizeof(ParseSlab) + std::min(m_expectedBytes, ParseSlab::maxBytes - sizeof(ParseSlab));
+}
+
 void ParseArena::OpenSlab(std::size_t bytes)
 {
     const std::size_t needed = sizeof(ParseSlab) + bytes;
-    ParseSlab* slab = ParseSlab::Create(std::max(m_nextSlabBytes, needed));
+    ParseSlab* slab = ParseSlab::Create(std::max(GetNextSlabBytes(), needed));
     Close();
     m_slab = slab;
     m_next = slab->Begin();
@@ -63,7 +75,10 @@ void ParseArena::OpenSlab(std::size_t bytes)
     m_references = static_cast<std::size_t>(m_end - m_next) / c_smallestObject;
     // What the parse makes is not seen by other threads before the arena is closed.
     slab->RetainUnshared(m_references);
-    m_nextSlabBytes = std::min(m_nextSlabBytes * 2, ParseSlab::maxBytes);
+    if (m_expectedBytes > 0)
+        m_expectedBytes -= std::min(m_expectedBytes, static_cast<std::size_t>(m_end - m_next));
+    else
+        m_nextSlabBytes = std::min(m_nextSlabBytes * 2, ParseSlab::maxBytes);
 }
 
 void ParseArena::Close() noexcept
@@ -88,7 +103,7 @@ TString ParseArena::MakeText(std::u16string_view text)
 std::byte* ParseArena::AllocateNamed(std::size_t bytes, AttributeNames& names, ParseSlab*& slab)
 {
     // One piece for both, so that they come into the same slab.
-    const std::size_t keptAt = (bytes + alignof(void*) - 1) & ~(alignof(void*) - 1);
+    const std::size_t keptAt = RoundUp(bytes);
     const bool fits = static_cast<std::size_t>(m_end - m_next) >= keptAt;
     if (fits && names.IsKeptIn(m_slabNumber))
         return Allocate(bytes, slab);

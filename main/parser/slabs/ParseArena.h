@@ -27,6 +27,12 @@ public:
 
     std::byte* Begin() noexcept { return reinterpret_cast<std::byte*>(this + 1); }
     std::byte* End() noexcept { return reinterpret_cast<std::byte*>(this) + m_bytes; }
+    /// Whether an address is one in this slab.
+    bool Holds(const void* address) const noexcept
+    {
+        const auto begin = reinterpret_cast<std::uintptr_t>(this);
+        return reinterpret_cast<std::uintptr_t>(address) - begin < m_bytes;
+    }
     std::uint32_t OffsetOf(const void* object) const noexcept
     {
         return static_cast<std::uint32_t>(static_cast<const std::byte*>(object) -
@@ -64,16 +70,25 @@ public:
     /// What is larger is not worth a place in a slab.
     static constexpr std::size_t maxObject = ParseSlab::maxBytes / 8;
 
+    /// For as many bytes as may come.
     ParseArena() noexcept;
+    /// For things that take so many bytes together, as Allocate counts them: slabs that have room
+    /// for just these, each as large as may be. More may come.
+    explicit ParseArena(std::size_t expectedBytes) noexcept;
     ParseArena(const ParseArena&) = delete;
     ParseArena& operator=(const ParseArena&) = delete;
     ~ParseArena() { Close(); }
 
+    /// What an object takes.
+    static constexpr std::size_t RoundUp(std::size_t bytes) noexcept
+    {
+        return (bytes + alignof(void*) - 1) & ~(alignof(void*) - 1);
+    }
     /// Room for one object, aligned for pointers, with a reference to `slab` that goes with it.
     /// REQUIRES: at most maxObject bytes.
     std::byte* Allocate(std::size_t bytes, ParseSlab*& slab)
     {
-        bytes = (bytes + alignof(void*) - 1) & ~(alignof(void*) - 1);
+        bytes = RoundUp(bytes);
         if (static_cast<std::size_t>(m_end - m_next) < bytes)
             OpenSlab(bytes);
         --m_references;
@@ -122,6 +137,7 @@ private:
     static constexpr std::size_t c_firstSlabBytes = 1024;
 
     void OpenSlab(std::size_t bytes);
+    std::size_t GetNextSlabBytes() const noexcept;
     /// Memory that is written for the first time in long is waited for; so it is asked for while
     /// what comes before it is filled in.
     void PrefetchAhead(std::size_t bytes) const noexcept
@@ -138,4 +154,6 @@ private:
     /// smallest objects that it could hold. Elements, being larger, leave enough for their names.
     std::size_t m_references = 0;
     std::size_t m_nextSlabBytes = c_firstSlabBytes;
+    /// What is expected beyond the slab in use; 0 when nobody knows.
+    std::size_t m_expectedBytes = 0;
 };

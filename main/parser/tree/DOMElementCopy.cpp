@@ -2,11 +2,18 @@
 
 #include <kescorexml/DOMElement.h>
 
+#include "slabs/AttributeBlock.h"
+#include "slabs/ParseArena.h"
 #include "tree/ElementLife.h"
+#include "tree/ParsedElements.h"
+#include "tree/SlabReferences.h"
 #include "tree/TreeWalk.h"
 
 #include <kescorexml/DOM.h>
 
+#include <cstddef>
+#include <limits>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -18,7 +25,105 @@ public:
     /// `diagnosticsTarget` those of `source`. Happens whole or not at all.
     static void CloneDescendants(DOMElement& target, const DOMElement& source, DOM* dom,
                                  const DOMElement& diagnosticsTarget);
+
+private:
+    /// Children that are being copied: the next one, and its place among those of `parent`, where
+    /// there is nothing yet.
+    struct Level
+    {
+        ElementList::const_iterator next;
+        ElementList::const_iterator end;
+        ElementList::iterator place;
+        DOMElement* parent;
+    };
+
+    static std::size_t CountBytes(const DOMElement& source);
+    static std::unique_ptr<DOMElement> CloneAlone(ParseArena& arena, SlabShares& shares,
+                                                  const DOMElement& source, DOM* dom,
+                                                  DOMElement& parent);
+    /// As CloneDescendants, but leaves what it has made when it throws; `note` is told of each
+    /// element and its copy.
+    template <typename Note>
+    static void CloneChildren(DOMElement& target, const DOMElement& source, DOM* dom, Note&& note);
 };
+
+/// What the descendants of an element take of an arena; very much when there are many.
+std::size_t ElementCopy::CountBytes(const DOMElement& source)
+{
+    // What is left over of a slab is little beside these.
+    constexpr std::size_t c_many = 1024;
+    std::size_t elements = 0;
+    std::size_t bytes = 0;
+    TreeWalk<const DOMElement> walk;
+    const auto enter = [&](const DOMElement& element) {
+        const std::size_t list = (1 + element.m_children.size()) * sizeof(ElementList::Owner);
+        elements += element.m_children.size();
+        if (list <= ParseArena::maxObject)
+            bytes += list;
+        walk.Enter(element);
+    };
+    enter(source);
+    while (const DOMElement* element = walk.Next()) {
+        if (elements > c_many)
+            return std::numeric_limits<std::size_t>::max();
+        if (element->HasChildren())
+            enter(*element);
+    }
+    return bytes + elements * ParseArena::RoundUp(sizeof(DOMElement));
+}
+
+/// What is copied shares the texts and the packed attributes of the original.
+std::unique_ptr<DOMElement> ElementCopy::CloneAlone(ParseArena& arena, SlabShares& shares,
+                                                    const DOMElement& source, DOM* dom,
+                                                    DOMElement& parent)
+{
+    AttributeStorage attributes;
+    if (const AttributeBlock* block = source.m_attributes.GetBlock()) {
+        shares.Take(block->GetSlab());
+        attributes.Adopt(const_cast<AttributeBlock*>(block));
+    } else {
+        attributes.Take(attributes.PrepareReplacement(source.m_attributes));
+    }
+    // Name and text of a parsed element mostly lie where the element does.
+    ParseSlab* const slab =
+        source.m_slabOffset == 0 ? nullptr : &ParseSlab::At(&source, source.m_slabOffset);
+    std::unique_ptr<DOMElement> copy = ParsedElements::New(arena, shares.Share(source.m_name, slab),
+                                                           std::move(attributes), dom, parent);
+    copy->m_text = shares.Share(source.m_text, slab);
+    return copy;
+}
+
+template <typename Note>
+void ElementCopy::CloneChildren(DOMElement& target, const DOMElement& source, DOM* dom, Note&& note)
+{
+    ParseArena arena(CountBytes(source));
+    SlabShares shares;
+    std::vector<Level> open;
+    std::vector<std::unique_ptr<DOMElement>> places;
+    const auto enter = [&](const DOMElement& from, DOMElement& to) {
+        const std::size_t count = from.m_children.size();
+        if (places.size() < count)
+            places.resize(count);
+        to.m_children.FillIn(arena, places.data(), count);
+        open.push_back(
+            {from.m_children.begin(), from.m_children.end(), to.m_children.begin(), &to});
+    };
+    // No TreeWalk, of which there would have to be two: the copies go in step.
+    enter(source, target);
+    while (!open.empty()) {
+        Level& level = open.back();
+        if (level.next == level.end) {
+            open.pop_back();
+            continue;
+        }
+        const DOMElement& from = **level.next++;
+        std::unique_ptr<DOMElement>& copy = *level.place++;
+        copy = CloneAlone(arena, shares, from, dom, *level.parent);
+        note(from, *copy);
+        if (from.HasChildren())
+            enter(from, *copy);
+    }
+}
 
 void ElementCopy::CloneDescendants(DOMElement& target, const DOMElement& source, DOM* dom,
                                    const DOMElement& diagnosticsTarget)
@@ -32,29 +137,8 @@ void ElementCopy::CloneDescendants(DOMElement& target, const DOMElement& source,
     };
     try {
         noteDiagnostics(source, diagnosticsTarget);
-        target.m_children.ReserveExactly(source.m_children.size());
-        TreeWalk<const DOMElement> walk;
-        walk.Enter(source);
-        DOMElement* parent = &target;
-        std::size_t depth = walk.Depth();
-        while (const DOMElement* from = walk.Next()) {
-            for (; depth > walk.Depth(); --depth)
-                parent = parent->m_parent;
-            auto copy = std::make_unique<DOMElement>(from->m_name);
-            DOMElement& to = *copy;
-            to.m_text = from->m_text;
-            to.m_attributes.Take(to.m_attributes.PrepareReplacement(from->m_attributes));
-            to.m_dom = dom;
-            to.m_parent = parent;
-            parent->m_children.PushBack(std::move(copy));
-            noteDiagnostics(*from, to);
-            if (from->HasChildren()) {
-                to.m_children.ReserveExactly(from->m_children.size());
-                walk.Enter(*from);
-                parent = &to;
-                depth = walk.Depth();
-            }
-        }
+        if (source.HasChildren())
+            CloneChildren(target, source, dom, noteDiagnostics);
         if (!remembered.empty() && source.m_dom != nullptr)
             dom->CopyForClones(*source.m_dom, remembered);
     } catch (...) {

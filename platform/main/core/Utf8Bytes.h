@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AsciiSteps.h"
+#include "Utf8Blocks.h"
 
 #include <cstddef>
 #include <string>
@@ -69,6 +70,14 @@ inline std::size_t FindInvalid(std::string_view text) noexcept
                 at += AsciiSteps::c_step;
             continue;
         }
+        std::size_t inBlock = 0;
+        while (text.size() - at >= Utf8Blocks::c_readable &&
+               (inBlock = Utf8Blocks::CountValid(text.data() + at)) != 0)
+            at += inBlock;
+        if (at == text.size())
+            break;
+        if (static_cast<unsigned char>(text[at]) < 0x80)
+            continue;
         const std::size_t length = ReadSequence(text.substr(at), character);
         if (length == 0)
             return at;

@@ -69,6 +69,46 @@ TEST(ParseArena, HandsOutAlignedRoomThatDoesNotOverlap)
     }
 }
 
+TEST(ParseArena, WhatIsExpectedHasJustOneSlab)
+{
+    constexpr std::size_t c_bytes = 80;
+    constexpr std::size_t c_count = 30;
+    ParseArena arena(c_count * c_bytes);
+    std::vector<ParseSlab*> slabs(c_count + 1);
+    for (ParseSlab*& slab : slabs) {
+        EXPECT_EQ(arena.GetRoom().empty(), &slab == &slabs.front() || &slab == &slabs.back());
+        arena.Allocate(c_bytes, slab);
+    }
+    for (std::size_t i = 0; i < c_count; ++i)
+        EXPECT_EQ(slabs[i], slabs[0]);
+    // What was not expected has room, too.
+    EXPECT_NE(slabs[c_count], slabs[0]);
+    for (ParseSlab* slab : slabs)
+        slab->Release();
+}
+
+TEST(ParseArena, MuchThatIsExpectedHasLargeSlabsAndALastOneForTheRest)
+{
+    constexpr std::size_t c_bytes = 128;
+    constexpr std::size_t c_inSlab = (ParseSlab::maxBytes - sizeof(ParseSlab)) / c_bytes;
+    ParseArena arena((2 * c_inSlab + 10) * c_bytes);
+    std::vector<std::size_t> sizes;
+    std::vector<ParseSlab*> slabs(2 * c_inSlab + 5);
+    for (ParseSlab*& slab : slabs) {
+        arena.Allocate(c_bytes, slab);
+        const auto size =
+            static_cast<std::size_t>(slab->End() - reinterpret_cast<const std::byte*>(slab));
+        if (&slab == &slabs.front() || slab != *(&slab - 1))
+            sizes.push_back(size);
+    }
+    ASSERT_EQ(sizes.size(), 3U);
+    EXPECT_EQ(sizes[0], ParseSlab::maxBytes);
+    EXPECT_EQ(sizes[1], ParseSlab::maxBytes);
+    EXPECT_LT(sizes[2], 11 * c_bytes + sizeof(ParseSlab));
+    for (ParseSlab* slab : slabs)
+        slab->Release();
+}
+
 TEST(ParseArena, TextsOutliveTheArenaAndMayGrow)
 {
     std::vector<TString> texts;
@@ -157,7 +197,7 @@ TEST(ParseArena, ParsedElementsMayBeRemovedAndOutliveTheirDocument)
     EXPECT_EQ(Outline(*other.GetRoot()), "Document(7)");
 }
 
-TEST(ParseArena, CopiesOfParsedElementsAreOfTheHeap)
+TEST(ParseArena, CopiesOfParsedElementsOutliveThem)
 {
     std::optional<DOMElement> copy;
     auto dom = std::make_unique<DOM>();

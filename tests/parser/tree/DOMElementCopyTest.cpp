@@ -1,9 +1,13 @@
 #include <kescorexml/DOMElement.h>
 
+#include "support/FailingAllocations.h"
 #include "support/SmallStack.h"
 #include "support/TreeTesting.h"
 
+#include <kescorexml/DOMParser.h>
+
 #include <random>
+#include <string>
 
 namespace {
 
@@ -378,6 +382,59 @@ TEST(DOMElementCopy, AnElementEqualsItself)
     const auto root = MakeFurnishedTree();
     EXPECT_TRUE(*root == *root);
     EXPECT_FALSE(*root != *root);
+}
+
+// Memory
+
+TEST(DOMElementCopy, TakesFewAllocationsForManyElements)
+{
+    std::string text = "<a>";
+    for (int i = 0; i < 5000; ++i)
+        text += "<b k='v'>text<c/></b>";
+    const std::unique_ptr<DOM> dom = DOMParser().ParseXmlString(text + "</a>", TString());
+    DOM copy;
+    const std::ptrdiff_t before = CountLiveAllocations();
+    copy.DeepCopy(*dom);
+    EXPECT_LT(CountLiveAllocations() - before, 100);
+    EXPECT_TRUE(copy == *dom);
+}
+
+TEST(DOMElementCopy, OfAFewElementsHasOneAllocationForThem)
+{
+    auto root = MakeTree("r(a(b,c),d)");
+    DOMElement copy{TString()};
+    const std::ptrdiff_t before = CountLiveAllocations();
+    copy = *root;
+    EXPECT_LE(CountLiveAllocations() - before, 1);
+    EXPECT_EQ(Outline(copy), "r(a(b,c),d)");
+}
+
+TEST(DOMElementCopy, OutlivesWhatItSharesTextsAndAttributesWith)
+{
+    DOM copy;
+    std::unique_ptr<DOMElement> kept;
+    {
+        std::string text = "<a>";
+        for (int i = 0; i < 3000; ++i)
+            text += "<b k='value'>text<c>" + std::to_string(i) + "</c></b>";
+        const std::unique_ptr<DOM> dom = DOMParser().ParseXmlString(text + "</a>", TString());
+        // One that did not come from a parse, and what it is named after.
+        DOMElement* const made = dom->GetDocumentRoot()->AddNewChild(u"made", nullptr);
+        made->SetText(dom->GetDocumentRoot()->GetChildren()[0].GetText());
+        copy.DeepCopy(*dom);
+        DOM().DeepCopy(*dom);
+        kept = copy.GetDocumentRoot()->RemoveChild(u"b");
+    }
+    EXPECT_EQ(kept->GetAttribute(u"k"), TString(u"value"));
+    EXPECT_EQ(kept->GetChildren()[0].GetText(), TString(u"0"));
+    const auto children = copy.GetDocumentRoot()->GetChildren();
+    ASSERT_EQ(children.size(), 3000U);
+    for (std::size_t i = 0; i + 1 < children.size(); ++i) {
+        EXPECT_EQ(children[i].GetText(), TString(u"text"));
+        EXPECT_EQ(children[i].GetAttribute(u"k"), TString(u"value"));
+        EXPECT_EQ(children[i].GetChildren()[0].GetText().toInt(), static_cast<int>(i) + 1);
+    }
+    EXPECT_EQ(children[2999].GetText(), TString(u"text"));
 }
 
 // Depth
