@@ -2,6 +2,7 @@
 
 #include <kescorexml/Export.h>
 #include <kescorexml/PathRenames.h>
+#include <kescorexml/XMLDiagnostic.h>
 #include <kescorexml/detail/Diagnostics.h>
 #include <kesplatform/QualifiedName.h>
 #include <kesplatform/TError.h>
@@ -136,6 +137,10 @@ public:
     /// Appends to `out`.
     void GetErrors(const DOMElement& element, std::list<TString>& out) const;
     std::list<TString> GetErrors() const;
+    /// The same errors taken apart, in the same order: those of the parser with their positions in
+    /// the document. They stay what they are when elements are copied or moved.
+    std::vector<XMLDiagnostic> GetErrorDiagnostics(const DOMElement& element) const;
+    std::vector<XMLDiagnostic> GetErrorDiagnostics() const;
     /// One record for each error, in the same order.
     std::list<TError::ErrorInfo> GetMetadataForErrors() const;
     /// All messages joined with line feeds.
@@ -143,6 +148,9 @@ public:
     /// Appends to `out`.
     void GetWarnings(const DOMElement& element, std::list<TString>& out) const;
     std::list<TString> GetWarnings() const;
+    /// The same warnings taken apart, in the same order.
+    std::vector<XMLDiagnostic> GetWarningDiagnostics(const DOMElement& element) const;
+    std::vector<XMLDiagnostic> GetWarningDiagnostics() const;
     /// One record for each warning, in the same order.
     std::list<TError::ErrorInfo> GetMetadataForWarnings() const;
     /// All messages joined with line feeds.
@@ -204,6 +212,7 @@ public:
 
 private:
     friend class DOMElement;
+    friend class DiagnosticsAccess;
     friend class ElementCopy;
     friend class ElementInsertion;
     friend class ElementLife;
@@ -212,6 +221,16 @@ private:
     {
         TopAndDescendants,
         DescendantsOnly
+    };
+
+    /// An error as it is kept: `m_message` is the text of the diagnostic, of which the message is
+    /// made with the rest.
+    struct KESCOREXML_NO_EXPORT RecordedError : DOMErrorMessage
+    {
+        XMLDiagnostic GetDiagnostic() const { return {m_message, m_source}; }
+        TString GetMessage() const { return m_source.MakeMessage(m_message); }
+
+        XMLDiagnostic::Source m_source;
     };
 
     using NameMap = std::map<TString, TString>;
@@ -226,6 +245,9 @@ private:
     KESCOREXML_NO_EXPORT void
     CopyForClones(const DOM& from,
                   const std::vector<std::pair<const DOMElement*, const DOMElement*>>& pairs);
+    KESCOREXML_NO_EXPORT static RecordedError MakeError(const XMLDiagnostic& diagnostic,
+                                                        const TError::ErrorInfo& info,
+                                                        bool reported, bool cancel);
 
     std::unique_ptr<DOMElement> m_root;
     std::map<FieldName, FieldName> m_fieldRenames;
@@ -233,7 +255,7 @@ private:
     NameMap m_dataSourceRenames;
     NameMap m_dataConnectionRenames;
     NameMap m_mapSourceRenames;
-    DiagnosticsRegistry<DOMErrorMessage> m_errors;
+    DiagnosticsRegistry<RecordedError> m_errors;
     DiagnosticsRegistry<DOMWarningMessage> m_warnings;
     PathRenames m_pathRenames;
     TString m_protectedDataSourceName;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <kescorexml/Export.h>
+#include <kescorexml/XMLDiagnostic.h>
+#include <kescorexml/detail/DiagnosticList.h>
 
 #include <kesplatform/TError.h>
 #include <kesplatform/TString.h>
@@ -30,28 +32,43 @@ public:
     void FatalError(const TString& message, const TError::ErrorInfo& info);
 
     /// Whether an error was recorded.
-    bool HasErrors() const noexcept { return !m_errors.empty(); }
+    bool HasErrors() const noexcept { return !m_errors.GetDiagnostics().empty(); }
     /// Whether a warning was recorded.
-    bool HasWarnings() const noexcept { return !m_warnings.empty(); }
+    bool HasWarnings() const noexcept { return !m_warnings.GetDiagnostics().empty(); }
     /// Whether a fatal error was recorded.
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
-    /// Valid until the next parse or record.
-    const std::vector<TString>& GetErrors() const noexcept { return m_errors; }
-    /// Valid until the next parse or record.
-    const std::vector<TString>& GetWarnings() const noexcept { return m_warnings; }
+    /// Valid until the next parse or record. The messages are put together when they are asked for.
+    const std::vector<TString>& GetErrors() const;
+    /// Valid until the next parse or record. The messages are put together when they are asked for.
+    const std::vector<TString>& GetWarnings() const;
+    /// The errors taken apart, one entry for each message, in the same order. Valid until the next
+    /// parse or record.
+    const std::vector<XMLDiagnostic>& GetErrorDiagnostics() const noexcept
+    {
+        return m_errors.GetDiagnostics();
+    }
+    /// The same for warnings.
+    const std::vector<XMLDiagnostic>& GetWarningDiagnostics() const noexcept
+    {
+        return m_warnings.GetDiagnostics();
+    }
     /// One entry for each message, in the same order.
-    std::vector<TError::ErrorInfo> GetMetadataForErrors() const { return m_errorMetadata; }
+    std::vector<TError::ErrorInfo> GetMetadataForErrors() const { return m_errors.GetMetadata(); }
     /// One entry for each message, in the same order.
-    std::vector<TError::ErrorInfo> GetMetadataForWarnings() const { return m_warningMetadata; }
+    std::vector<TError::ErrorInfo> GetMetadataForWarnings() const
+    {
+        return m_warnings.GetMetadata();
+    }
 
 protected:
     /// Parses and records; called by Parse.
     virtual void ParseImpl() = 0;
 
+    /// Records what is known of a place, as its kind tells.
+    void Record(XMLDiagnostic&& diagnostic, const TError::ErrorInfo& info);
+
 private:
-    std::vector<TString> m_warnings;
-    std::vector<TError::ErrorInfo> m_warningMetadata;
-    std::vector<TString> m_errors;
-    std::vector<TError::ErrorInfo> m_errorMetadata;
+    DiagnosticList m_warnings;
+    DiagnosticList m_errors;
     bool m_fatallyErrored = false;
 };

@@ -6,6 +6,7 @@
 #include <kescorexml/ParseLimits.h>
 #include <kescorexml/QtKesResourceId.h>
 #include <kescorexml/StandaloneDOMElement.h>
+#include <kescorexml/XMLDiagnostic.h>
 
 #include <kesplatform/TString.h>
 
@@ -22,6 +23,8 @@ struct StandaloneParseResult
     std::unique_ptr<StandaloneDOMElement> root;
     /// The messages of the parse, in order; empty on success.
     std::vector<TString> errors;
+    /// The same taken apart, one entry for each message.
+    std::vector<XMLDiagnostic> diagnostics;
 };
 
 /// Parses XML into a StandaloneDOMElement tree, without DOM, diagnostics by element and positions.

@@ -30,6 +30,8 @@ protected:
         return text;
     }
 
+    TPath Write(std::string_view bytes) const { return m_files.Write(u"text", bytes); }
+
     /// The message about a file of these bytes, without the file's name.
     std::string Failure(std::string_view bytes) const
     {
@@ -90,6 +92,31 @@ TString RandomWholeText(RandomText& random)
 }
 
 } // namespace
+
+TEST_F(TextDecoding, TellsProgramsWhichByteDoesNotDecode)
+{
+    const auto expect = [this](std::string_view bytes, std::uint64_t offset,
+                               const char16_t* encoding) {
+        const TPath path = Write(bytes);
+        try {
+            TFile::LoadTextFile(path, 1);
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const TIO::DecodingException& exception) {
+            EXPECT_EQ(exception.GetOffset(), offset);
+            EXPECT_EQ(exception.GetEncoding(), encoding);
+            EXPECT_EQ(exception.GetPath().GetString(), path.GetString());
+            const std::unique_ptr<CorvinaException> clone(exception.Clone());
+            EXPECT_THROW(clone->Throw(), TIO::DecodingException);
+            EXPECT_STREQ(clone->what(), exception.what());
+        }
+    };
+    expect("ab\xE9<", 2, u"UTF-8");
+    expect("\xEF\xBB\xBF"
+           "ab\xE9<",
+           5, u"UTF-8");
+    const std::string declaration = DeclaredBytes(u"US-ASCII");
+    expect(declaration + "ab\x80", declaration.size() + 2, u"US-ASCII");
+}
 
 TEST_F(TextDecoding, ReadsUtf8WhenNothingElseIsSaid)
 {

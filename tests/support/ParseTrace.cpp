@@ -235,6 +235,16 @@ void TracingSink::Throw() const
 
 // What is there after a parse
 
+void TraceDiagnostics(ParseTrace& trace, const std::vector<XMLDiagnostic>& diagnostics)
+{
+    for (const XMLDiagnostic& diagnostic : diagnostics) {
+        trace.Line("diagnostic").Number(static_cast<int>(diagnostic.GetKind()));
+        trace.Number(diagnostic.GetLine()).Number(diagnostic.GetColumn());
+        trace.Number(diagnostic.IsInvalidUtf8());
+        trace.Text(diagnostic.GetId()).Text(diagnostic.GetText()).Text(diagnostic.GetMessage());
+    }
+}
+
 void TracePosition(ParseTrace& trace, SAXFileLocation& location)
 {
     int line = c_noLine;
@@ -249,6 +259,8 @@ void TraceMessages(ParseTrace& trace, const Parser& parser)
     trace.Number(parser.HasErrors()).Number(parser.HasWarnings());
     TraceList(trace, "errors", parser.GetErrors(), parser.GetMetadataForErrors());
     TraceList(trace, "warnings", parser.GetWarnings(), parser.GetMetadataForWarnings());
+    TraceDiagnostics(trace, parser.GetErrorDiagnostics());
+    TraceDiagnostics(trace, parser.GetWarningDiagnostics());
 }
 
 void TraceDocument(ParseTrace& trace, const DOM& document)
@@ -271,6 +283,7 @@ void TraceDocument(ParseTrace& trace, const DOM& document)
     trace.Number(document.GetDocumentRoot() != nullptr);
     TraceList(trace, "errors", document.GetErrors(), document.GetMetadataForErrors());
     TraceList(trace, "warnings", document.GetWarnings(), document.GetMetadataForWarnings());
+    TraceDiagnostics(trace, document.GetErrorDiagnostics());
 }
 
 void TraceResult(ParseTrace& trace, const StandaloneParseResult& result)
@@ -283,4 +296,5 @@ void TraceResult(ParseTrace& trace, const StandaloneParseResult& result)
     }
     for (const TString& error : result.errors)
         trace.Line("error").Text(error);
+    TraceDiagnostics(trace, result.diagnostics);
 }

@@ -101,6 +101,10 @@ TEST_F(KesxmlExcerpt, PointsAtTheFirstByteThatIsNotUtf8)
                           Case{"\xEF\xBB\xBF<a>\xED\xA0\x80</a>",
                                {":1:4: error: the byte 0xED is not valid in UTF-8",
                                 "  <a>\uFFFD\uFFFD\uFFFD</a>", "     ^"}},
+                          // A declaration that nobody can decode has no place for its reader.
+                          Case{"<?xml version='1.0' \xE9?>\n<a/>",
+                               {":1:21: error: the byte 0xE9 is not valid in UTF-8",
+                                "  <?xml version='1.0' \uFFFD?>", "                      ^"}},
                           Case{far + "\xC0\x80</a>",
                                {":10002:1: error: the byte 0xC0 is not valid in UTF-8",
                                 "  \uFFFD\uFFFD</a>", "  ^"}}}) {

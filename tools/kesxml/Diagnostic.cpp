@@ -3,14 +3,9 @@
 #include "Console.h"
 #include "OneLine.h"
 
-#include <QRegularExpression>
-
 #include <algorithm>
 
 namespace {
-
-/// The units of " (id: )".
-constexpr qsizetype c_nameFrame = 7;
 
 /// The blanks before an excerpt, which tell it from a message.
 constexpr qsizetype c_margin = 2;
@@ -21,48 +16,24 @@ constexpr const char16_t* c_errorColour = u"1;31";
 constexpr const char16_t* c_warningColour = u"1;35";
 constexpr const char16_t* c_caretColour = u"1;32";
 
-/// Removes " (id: NAME)" from the end of a message and returns the name. Names may hold anything,
-/// so only those that are known are looked for, and the longest wins.
-TString TakeFile(QString& message, const std::vector<TString>& files)
+/// What ends a schema altogether comes without a name.
+Diagnostic ToDiagnostic(const XMLDiagnostic& recorded, const TString& file)
 {
-    const TString* found = nullptr;
-    for (const TString& file : files) {
-        const bool isLonger = found == nullptr || file.length() > found->length();
-        if (isLonger && message.endsWith(" (id: " + QString(file) + ")"))
-            found = &file;
-    }
-    if (found == nullptr) {
-        // What ends a schema altogether comes without a name.
-        if (message.endsWith(" (id: )"))
-            message.chop(c_nameFrame);
-        return files.front();
-    }
-    message.chop(found->length() + c_nameFrame);
-    return *found;
+    Diagnostic diagnostic;
+    diagnostic.isError = recorded.GetKind() != XMLDiagnostic::Kind::Warning;
+    diagnostic.file = recorded.GetId().IsEmpty() ? file : recorded.GetId();
+    diagnostic.line = recorded.GetLine();
+    diagnostic.column = recorded.GetColumn();
+    diagnostic.message = recorded.GetText();
+    diagnostic.isInvalidUtf8 = recorded.IsInvalidUtf8();
+    return diagnostic;
 }
 
-/// Takes a message apart: "Fatal Error(3,7): message (id: name)" or "message(3,7) 'entity'".
-Diagnostic ToDiagnostic(const TString& text, bool isError, const std::vector<TString>& files)
+/// Whether two diagnostics say the same of one place.
+bool IsSame(const XMLDiagnostic& a, const XMLDiagnostic& b)
 {
-    static const QRegularExpression s_kindAndPosition(
-        "^(?:Warning|Error|Fatal Error)(?:\\((\\d+),(\\d+)\\))?: ");
-    static const QRegularExpression s_positionAndName("\\((\\d+),(\\d+)\\) '");
-    Diagnostic diagnostic;
-    diagnostic.isError = isError;
-    diagnostic.file = files.front();
-    QString message = text;
-    if (const auto match = s_kindAndPosition.match(message); match.hasMatch()) {
-        diagnostic.line = match.captured(1).toInt();
-        diagnostic.column = match.captured(2).toInt();
-        message.remove(0, match.capturedLength());
-        diagnostic.file = TakeFile(message, files);
-    } else if (const auto position = s_positionAndName.match(message); position.hasMatch()) {
-        diagnostic.line = position.captured(1).toInt();
-        diagnostic.column = position.captured(2).toInt();
-        message.replace(position.capturedStart(), position.capturedLength(), " '");
-    }
-    diagnostic.message = message;
-    return diagnostic;
+    return a.GetLine() == b.GetLine() && a.GetColumn() == b.GetColumn() && a.GetId() == b.GetId() &&
+           a.GetText() == b.GetText();
 }
 
 /// "FILE:LINE:COLUMN:"; what is unknown is left out.
@@ -78,15 +49,15 @@ TString PlaceOf(const Diagnostic& diagnostic)
 
 } // namespace
 
-void AddDiagnostics(Diagnostics& diagnostics, const std::vector<TString>& messages, bool areErrors,
-                    const std::vector<TString>& files)
+void AddDiagnostics(Diagnostics& diagnostics, const std::vector<XMLDiagnostic>& recorded,
+                    const TString& file)
 {
-    const TString* last = nullptr;
-    for (const TString& message : messages) {
+    const XMLDiagnostic* last = nullptr;
+    for (const XMLDiagnostic& next : recorded) {
         // A parse that was given up is recorded twice, as error and as fatal error.
-        if (last == nullptr || !(message == *last))
-            diagnostics.push_back(ToDiagnostic(message, areErrors, files));
-        last = &message;
+        if (last == nullptr || !IsSame(next, *last))
+            diagnostics.push_back(ToDiagnostic(next, file));
+        last = &next;
     }
 }
 

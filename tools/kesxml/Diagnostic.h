@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kescorexml/XMLDiagnostic.h>
+
 #include <kesplatform/TString.h>
 
 #include <vector>
@@ -21,15 +23,16 @@ struct Diagnostic
     TString excerpt{};
     /// How many columns of a terminal are before the position in the excerpt.
     int caret = 0;
-    /// Whether the document was not read up to the position, so that the element is not known.
-    bool isAhead = false;
+    /// Whether it is about bytes that are not UTF-8, up to which the document was not read, so that
+    /// the element is not known.
+    bool isInvalidUtf8 = false;
 };
 
 using Diagnostics = std::vector<Diagnostic>;
 
-/// Adds what a parser recorded. `files` are the names that it may have read, the document first.
-void AddDiagnostics(Diagnostics& diagnostics, const std::vector<TString>& messages, bool areErrors,
-                    const std::vector<TString>& files);
+/// Adds what a parser recorded about a document or schema, and what that refers to.
+void AddDiagnostics(Diagnostics& diagnostics, const std::vector<XMLDiagnostic>& recorded,
+                    const TString& file);
 
 bool HasErrors(const Diagnostics& diagnostics);
 

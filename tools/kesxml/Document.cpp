@@ -104,11 +104,10 @@ std::unique_ptr<InputSource> OpenDocument(const QString& file)
     try {
         // White space that was skipped would be missing from all positions.
         return InputSourceUtils::InputSourceFromFileName(file, false);
-    } catch (const TIO::Exception& e) {
+    } catch (const TIO::DecodingException& e) {
         // What is wrong with the document can be shown where it is wrong, unless it is gone: a pipe
         // is read only once.
-        if (!QString(e.GetMessagesFront()).endsWith(" is not valid in UTF-8") ||
-            !QFileInfo(file).isFile())
+        if (!(e.GetEncoding() == u"UTF-8") || !QFileInfo(file).isFile())
             throw;
     }
     return MakeSource(ReadFile(file), file);
@@ -136,10 +135,8 @@ Diagnostics DocumentReader::LoadSchema(InputSource& source)
     m_parser->LoadXSDSource(source);
     m_schemaSink->AddLoaded(source.Id());
     Diagnostics diagnostics = m_schemaSink->TakeDiagnostics();
-    std::vector<TString> files{source.Id()};
-    files.insert(files.end(), m_schemaSink->GetFiles().begin(), m_schemaSink->GetFiles().end());
-    AddDiagnostics(diagnostics, m_parser->GetWarnings(), false, files);
-    AddDiagnostics(diagnostics, m_parser->GetErrors(), true, files);
+    AddDiagnostics(diagnostics, m_parser->GetWarningDiagnostics(), source.Id());
+    AddDiagnostics(diagnostics, m_parser->GetErrorDiagnostics(), source.Id());
     AddExcerpts(diagnostics, source);
     return diagnostics;
 }
@@ -153,8 +150,8 @@ ReadDocument DocumentReader::Read(InputSource& source)
         builder->SetLocationInterface(m_parser.get());
     m_parser->Reload(source, builder);
     m_parser->Parse();
-    AddDiagnostics(document.diagnostics, m_parser->GetWarnings(), false, {source.Id()});
-    AddDiagnostics(document.diagnostics, m_parser->GetErrors(), true, {source.Id()});
+    AddDiagnostics(document.diagnostics, m_parser->GetWarningDiagnostics(), source.Id());
+    AddDiagnostics(document.diagnostics, m_parser->GetErrorDiagnostics(), source.Id());
     m_parser->Reload(m_nothing, m_schemaSink);
     AddExcerpts(document.diagnostics, source);
     return document;

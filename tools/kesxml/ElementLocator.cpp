@@ -69,7 +69,7 @@ void NameElements(Diagnostics& diagnostics, const TString& file, const DOM& docu
 {
     std::vector<Diagnostic*> inOrder;
     for (Diagnostic& diagnostic : diagnostics) {
-        if (diagnostic.line > 0 && !diagnostic.isAhead && diagnostic.file == file)
+        if (diagnostic.line > 0 && !diagnostic.isInvalidUtf8 && diagnostic.file == file)
             inOrder.push_back(&diagnostic);
     }
     std::stable_sort(inOrder.begin(), inOrder.end(), [](const Diagnostic* a, const Diagnostic* b) {

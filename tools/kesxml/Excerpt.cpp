@@ -4,10 +4,10 @@
 #include "SourceLines.h"
 
 #include <QList>
-#include <QRegularExpression>
 #include <QString>
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 #include <locale.h>
@@ -75,37 +75,10 @@ void SetExcerpt(Diagnostic& diagnostic, const QString& line, const CharacterWidt
     diagnostic.caret = widths.Of(safeBefore);
 }
 
-/// The parser reads ahead, and reports bytes that are not UTF-8 where it was when it came upon
-/// them.
-void PlaceInvalidBytes(Diagnostics& diagnostics, InputSource& source)
-{
-    static const QRegularExpression s_invalid(" [1-6]-byte sequence$");
-    const auto found =
-        std::find_if(diagnostics.begin(), diagnostics.end(), [&](const Diagnostic& diagnostic) {
-            return diagnostic.file == source.Id() && s_invalid.match(diagnostic.message).hasMatch();
-        });
-    if (found == diagnostics.end())
-        return;
-    SourceLines lines(source);
-    while (!lines.IsAtEnd()) {
-        lines.GoTo(lines.GetNumber() + 1);
-        const std::optional<SourceLines::InvalidByte> invalid = lines.FindInvalidByte();
-        if (!invalid)
-            continue;
-        found->isAhead = true;
-        found->line = lines.GetNumber();
-        found->column = static_cast<int>(invalid->unitsBefore) + 1;
-        found->message = QString("the byte 0x%1 is not valid in UTF-8")
-                             .arg(QString::number(invalid->value, 16).toUpper());
-        return;
-    }
-}
-
 } // namespace
 
 void AddExcerpts(Diagnostics& diagnostics, InputSource& source)
 {
-    PlaceInvalidBytes(diagnostics, source);
     std::vector<Diagnostic*> inOrder;
     for (Diagnostic& diagnostic : diagnostics) {
         if (diagnostic.line > 0 && diagnostic.file == source.Id())
@@ -123,5 +96,10 @@ void AddExcerpts(Diagnostics& diagnostics, InputSource& source)
         if (lines.GetNumber() < diagnostic->line)
             text = lines.GoTo(diagnostic->line);
         SetExcerpt(*diagnostic, text, widths);
+        if (!diagnostic->isInvalidUtf8)
+            continue;
+        if (const std::optional<unsigned char> byte = lines.FindInvalidByte())
+            diagnostic->message = QString("the byte 0x%1 is not valid in UTF-8")
+                                      .arg(QString::number(*byte, 16).toUpper());
     }
 }

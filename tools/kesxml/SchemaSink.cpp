@@ -5,7 +5,6 @@
 #include <QRegularExpression>
 #include <QUrl>
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -55,8 +54,6 @@ TString SchemaSink::ResolveSchemaLocation(const TString& baseUri, const TString&
         const QFileInfo file(path);
         if (!file.isReadable() || file.isDir())
             continue;
-        if (std::find(m_files.begin(), m_files.end(), TString(path)) == m_files.end())
-            m_files.push_back(path);
         return path;
     }
     m_diagnostics.push_back(

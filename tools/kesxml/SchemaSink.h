@@ -7,8 +7,6 @@
 #include <QSet>
 #include <QString>
 
-#include <vector>
-
 /// Supplies a schema with the schemas that it imports or includes, looked for beside it. Nothing is
 /// fetched from elsewhere.
 class SchemaSink : public SAXInterfaceExtension
@@ -26,15 +24,12 @@ public:
     /// Says that a schema is loaded already, so that a remote location with the same file name need
     /// not be missed.
     void AddLoaded(const TString& file);
-    /// The files that were supplied so far.
-    const std::vector<TString>& GetFiles() const noexcept { return m_files; }
     /// What was said about locations since the last call.
     Diagnostics TakeDiagnostics() noexcept;
 
 private:
     void ReportRemote(const TString& baseUri, const QString& location);
 
-    std::vector<TString> m_files;
     /// File names, without folders, of schemas that are known under whatever location.
     QSet<QString> m_knownNames;
     QSet<QString> m_reported;

@@ -53,14 +53,13 @@ QString SourceLines::GoTo(int number)
     return Decode(ToView(m_line));
 }
 
-std::optional<SourceLines::InvalidByte> SourceLines::FindInvalidByte() const
+std::optional<unsigned char> SourceLines::FindInvalidByte() const
 {
     const QByteArrayView line = ToView(m_line);
     const qsizetype valid = CountValid(line);
     if (valid == line.size())
         return {};
-    return InvalidByte{static_cast<unsigned char>(line[valid]),
-                       QString::fromUtf8(line.first(valid)).size()};
+    return static_cast<unsigned char>(line[valid]);
 }
 
 bool SourceLines::HasBytes()

@@ -21,14 +21,8 @@ public:
     /// Reads on to a line after that one and returns it without its end. Behind the last line there
     /// are empty ones. Bytes that are not UTF-8 become U+FFFD each.
     QString GoTo(int number);
-    /// A byte of a line, and the UTF-16 units of the text before it.
-    struct InvalidByte
-    {
-        unsigned char value;
-        qsizetype unitsBefore;
-    };
     /// The first byte that is not UTF-8 in the line that was read last.
-    std::optional<InvalidByte> FindInvalidByte() const;
+    std::optional<unsigned char> FindInvalidByte() const;
     /// Whether all of the source was read.
     bool IsAtEnd() { return !HasBytes(); }
 

@@ -93,9 +93,8 @@ int RunStats(const QStringList& arguments)
     const QString file = parser.positionalArguments().front();
     const std::unique_ptr<InputSource> source = OpenDocument(file);
     const MeasuredParse parse = Parse(*source);
-    const std::list<TString> errors = parse.dom->GetErrors();
     Diagnostics diagnostics;
-    AddDiagnostics(diagnostics, {errors.begin(), errors.end()}, true, {source->Id()});
+    AddDiagnostics(diagnostics, parse.dom->GetErrorDiagnostics(), source->Id());
     AddExcerpts(diagnostics, *source);
     PrintDiagnostics(diagnostics);
     if (HasErrors(diagnostics))

@@ -45,7 +45,7 @@ int RunTree(const QStringList& arguments)
     const std::unique_ptr<InputSource> source = OpenDocument(parser.positionalArguments().front());
     const StandaloneParseResult result = standaloneParser.ParseXmlInputSource(*source, false);
     Diagnostics diagnostics;
-    AddDiagnostics(diagnostics, result.errors, true, {source->Id()});
+    AddDiagnostics(diagnostics, result.diagnostics, source->Id());
     AddExcerpts(diagnostics, *source);
     PrintDiagnostics(diagnostics);
     if (HasErrors(diagnostics))

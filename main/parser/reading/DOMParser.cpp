@@ -6,6 +6,7 @@
 #include "scanner/XercesXMLParserImpl.h"
 #include "sinks/TreeSink.h"
 #include "sources/BorrowedUtf8Source.h"
+#include "tree/DiagnosticsAccess.h"
 
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/DOMElement.h>
@@ -28,13 +29,12 @@ void CopyParserErrorsToElement(const Parser& parser, DOMElement& element)
 {
     if (!parser.HasErrors())
         return;
-    const std::vector<TString> errors = parser.GetErrors();
+    const std::vector<XMLDiagnostic>& errors = parser.GetErrorDiagnostics();
     const std::vector<TError::ErrorInfo> errorInfos = parser.GetMetadataForErrors();
     if (errors.size() != errorInfos.size())
         ThrowAssertion(u"DOMParser", PublishedLine(36), u"errors.size() == errorInfos.size()",
                        KesErrorsError::LogicAssert_0x46AC9E8D());
-    for (std::size_t i = 0; i < errors.size(); ++i)
-        element.Error(errors[i], errorInfos[i], false, false);
+    DiagnosticsAccess::PushErrors(element, errors, errorInfos);
 }
 
 std::unique_ptr<DOM> MakeErrorDocument(const TString& message)
@@ -181,6 +181,8 @@ std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhites
     parser.Parse();
     tree.Finish();
     CopyParserErrorsToElement(parser, root);
+    // The parser waits for the next document, which may never come.
+    parser.ClearErrorsAndWarnings();
     if (m_statisticsEventHandler) {
         const DOMParserStatistics statistics{static_cast<std::uint64_t>(source.Size()),
                                              source.Id()};

@@ -4,6 +4,7 @@
 #include "bytes/XercesInputSource.h"
 #include "bytes/XercesText.h"
 
+#include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/util/XMLExceptMsgs.hpp>
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -22,12 +23,19 @@ bool IsUndecodable(unsigned int code, const XMLCh* domain)
 
 } // namespace
 
-LocatingReader::LocatingReader(xercesc::MemoryManager* manager) : SAX2XMLReaderImpl(manager) {}
-
-/// Of what the reader is given, not of what that refers to.
-std::optional<Utf8Faults::Fault> LocatingReader::FindFault(const XMLCh* systemId) const
+LocatingReader::LocatingReader(xercesc::MemoryManager* manager)
+    : SAX2XMLReaderImpl(manager), m_manager(manager)
 {
-    if (m_input == nullptr || !XMLString::equals(systemId, (*m_input)().getSystemId()))
+}
+
+bool LocatingReader::IsInput(const XMLCh* systemId) const
+{
+    return m_input != nullptr && XMLString::equals(systemId, (*m_input)().getSystemId());
+}
+
+std::optional<Utf8Faults::Fault> LocatingReader::FindFault() const
+{
+    if (m_input == nullptr)
         return std::nullopt;
     const std::string_view bytes = m_input->GetBytes();
     if (m_input->GetEncoding() != XercesEncoding::Utf8 && !ScannerEncoding::IsUtf8(bytes))
@@ -41,15 +49,21 @@ void LocatingReader::error(unsigned int code, const XMLCh* domain,
                            XMLFileLoc column)
 {
     std::optional<Utf8Faults::Fault> fault;
-    if (type == xercesc::XMLErrorReporter::ErrType_Fatal)
-        fault = FindFault(systemId);
+    if (type == xercesc::XMLErrorReporter::ErrType_Fatal && IsInput(systemId))
+        fault = FindFault();
+    const bool isUndecodable = fault && IsUndecodable(code, domain);
     // What else is fatal right before a character that is cut off is so because nothing follows.
-    if (fault && (IsUndecodable(code, domain) ||
-                  (fault->isCut && fault->line == line && fault->column == column))) {
+    if (isUndecodable ||
+        (fault && fault->isCut && fault->line == line && fault->column == column)) {
         line = fault->line;
         column = fault->column;
         if (!fault->message.IsEmpty())
             text = GetInternalXMLChPtrFromTString(fault->message);
+    }
+    if (isUndecodable && !fault->isCut && getErrorHandler() != nullptr) {
+        getErrorHandler()->fatalError(
+            InvalidUtf8(text, publicId, systemId, line, column, m_manager));
+        return;
     }
     SAX2XMLReaderImpl::error(code, domain, type, text, systemId, publicId, line, column);
 }

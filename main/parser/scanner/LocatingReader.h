@@ -3,14 +3,23 @@
 #include "bytes/Utf8Faults.h"
 
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
 
 #include <optional>
 
 class XercesInputSource;
 
+/// The scanner came upon bytes that are no UTF-8; the position is theirs.
+class InvalidUtf8 final : public xercesc::SAXParseException
+{
+public:
+    using SAXParseException::SAXParseException;
+};
+
 /// The reader of Xerces, reporting bytes that are no UTF-8 where they stand. The scanner decodes
 /// ahead of what it reads and would report where it was then; of a character that the end of the
-/// document cuts off it would say that the document ended.
+/// document cuts off it would say that the document ended. The former are an InvalidUtf8 to the
+/// error handler.
 class LocatingReader final : public xercesc::SAX2XMLReaderImpl
 {
 public:
@@ -33,12 +42,17 @@ public:
         LocatingReader& m_reader;
     };
 
+    /// The first fault of the document or schema; nothing outside of a scope.
+    std::optional<Utf8Faults::Fault> FindFault() const;
+
     void error(unsigned int code, const XMLCh* domain, xercesc::XMLErrorReporter::ErrTypes type,
                const XMLCh* text, const XMLCh* systemId, const XMLCh* publicId, XMLFileLoc line,
                XMLFileLoc column) override;
 
 private:
-    std::optional<Utf8Faults::Fault> FindFault(const XMLCh* systemId) const;
+    /// Of what the reader is given, not of what that refers to.
+    bool IsInput(const XMLCh* systemId) const;
 
+    xercesc::MemoryManager* m_manager;
     const XercesInputSource* m_input = nullptr;
 };

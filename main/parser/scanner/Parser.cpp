@@ -1,21 +1,8 @@
 #include <kescorexml/Parser.h>
 
-namespace {
+#include <utility>
 
-/// Both lists grow or neither does.
-void Record(std::vector<TString>& messages, std::vector<TError::ErrorInfo>& metadata,
-            const TString& message, const TError::ErrorInfo& info)
-{
-    messages.push_back(message);
-    try {
-        metadata.push_back(info);
-    } catch (...) {
-        messages.pop_back();
-        throw;
-    }
-}
-
-} // namespace
+using Kind = XMLDiagnostic::Kind;
 
 Parser::~Parser() = default;
 
@@ -28,24 +15,39 @@ void Parser::Parse()
 
 void Parser::ClearErrorsAndWarnings() noexcept
 {
-    m_warnings.clear();
-    m_warningMetadata.clear();
-    m_errors.clear();
-    m_errorMetadata.clear();
+    m_warnings.Clear();
+    m_errors.Clear();
+}
+
+void Parser::Record(XMLDiagnostic&& diagnostic, const TError::ErrorInfo& info)
+{
+    const Kind kind = diagnostic.GetKind();
+    (kind == Kind::Warning ? m_warnings : m_errors).Add(std::move(diagnostic), info);
+    if (kind == Kind::FatalError)
+        m_fatallyErrored = true;
 }
 
 void Parser::Warning(const TString& message, const TError::ErrorInfo& info)
 {
-    Record(m_warnings, m_warningMetadata, message, info);
+    Record(XMLDiagnostic(Kind::Warning, message), info);
 }
 
 void Parser::Error(const TString& message, const TError::ErrorInfo& info)
 {
-    Record(m_errors, m_errorMetadata, message, info);
+    Record(XMLDiagnostic(Kind::Error, message), info);
 }
 
 void Parser::FatalError(const TString& message, const TError::ErrorInfo& info)
 {
-    Error(message, info);
-    m_fatallyErrored = true;
+    Record(XMLDiagnostic(Kind::FatalError, message), info);
+}
+
+const std::vector<TString>& Parser::GetErrors() const
+{
+    return m_errors.GetMessages();
+}
+
+const std::vector<TString>& Parser::GetWarnings() const
+{
+    return m_warnings.GetMessages();
 }

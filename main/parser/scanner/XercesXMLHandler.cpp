@@ -1,9 +1,9 @@
 #include "scanner/XercesXMLHandler.h"
 
 #include "bytes/XercesText.h"
+#include "scanner/LocatingReader.h"
 
 #include <kescorexml/CoreXml.h>
-#include <kescorexml/XMLParseException.h>
 
 #include <kesplatform/TFile.h>
 #include <kesplatform/TFormatString.h>
@@ -18,6 +18,8 @@
 #include <algorithm>
 
 namespace {
+
+using Kind = XMLDiagnostic::Kind;
 
 /// Null gives the empty text.
 const char16_t* ToTerminated(const XMLCh* text) noexcept
@@ -34,15 +36,6 @@ std::size_t CountUnits(const xercesc::Attributes& attributes)
         units += ViewXMLCh(attributes.getValue(i)).size();
     }
     return units;
-}
-
-void RecordMessage(const char16_t* kind, const TString& message, const TString& systemId,
-                   unsigned long long line, unsigned long long column, std::vector<TString>& list)
-{
-    TString position;
-    if (line != 0 || column != 0)
-        position = TFormatString(u"(%1,%2)").Format(line, column);
-    list.push_back(TFormatString(u"%1%2: %3 (id: %4)").Format(kind, position, message, systemId));
 }
 
 /// The text that a schema compiler shall read, as UTF-8 whatever encoding it declares.
@@ -169,6 +162,21 @@ void XercesXMLHandler::attributeDecl(const XMLCh* elementName, const XMLCh* /*na
 
 // Diagnostics
 
+TString XercesXMLHandler::Share(const TString& text)
+{
+    constexpr std::size_t c_mostRecorded = 1024;
+    if (m_recorded.size() == c_mostRecorded)
+        m_recorded.clear();
+    return *m_recorded.insert(text).first;
+}
+
+void XercesXMLHandler::Record(Kind kind, const TString& message, const TString& systemId,
+                              unsigned long long line, unsigned long long column)
+{
+    std::vector<XMLDiagnostic>& list = kind == Kind::Warning ? m_warnings : m_errors;
+    list.emplace_back(kind, Share(message), Share(systemId), line, column);
+}
+
 void XercesXMLHandler::RecordWarning(const XMLCh* message, const XMLCh* systemId,
                                      unsigned long long line, unsigned long long column)
 {
@@ -179,7 +187,7 @@ void XercesXMLHandler::RecordWarning(const XMLCh* message, const XMLCh* systemId
 void XercesXMLHandler::RecordWarning(const TString& message, const TString& systemId,
                                      unsigned long long line, unsigned long long column)
 {
-    RecordMessage(u"Warning", message, systemId, line, column, m_warnings);
+    Record(Kind::Warning, message, systemId, line, column);
 }
 
 void XercesXMLHandler::RecordError(const XMLCh* message, const XMLCh* systemId,
@@ -192,7 +200,7 @@ void XercesXMLHandler::RecordError(const XMLCh* message, const XMLCh* systemId,
 void XercesXMLHandler::RecordError(const TString& message, const TString& systemId,
                                    unsigned long long line, unsigned long long column)
 {
-    RecordMessage(u"Error", message, systemId, line, column, m_errors);
+    Record(Kind::Error, message, systemId, line, column);
 }
 
 void XercesXMLHandler::RecordFatalError(const XMLCh* message, const XMLCh* systemId,
@@ -205,7 +213,7 @@ void XercesXMLHandler::RecordFatalError(const XMLCh* message, const XMLCh* syste
 void XercesXMLHandler::RecordFatalError(const TString& message, const TString& systemId,
                                         unsigned long long line, unsigned long long column)
 {
-    RecordMessage(u"Fatal Error", message, systemId, line, column, m_errors);
+    Record(Kind::FatalError, message, systemId, line, column);
     m_sawFatalError = true;
 }
 
@@ -229,12 +237,15 @@ void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
 {
     RecordFatalError(exception.getMessage(), exception.getSystemId(), exception.getLineNumber(),
                      exception.getColumnNumber());
+    if (dynamic_cast<const InvalidUtf8*>(&exception) != nullptr)
+        m_errors.back() = std::move(m_errors.back()).AsInvalidUtf8();
 }
 
 void XercesXMLHandler::resetErrors()
 {
     m_warnings.clear();
     m_errors.clear();
+    m_recorded.clear();
     m_sawFatalError = false;
 }
 
@@ -255,10 +266,11 @@ void XercesXMLHandler::FailBecauseExternalEntity(const XMLCh* name)
         column = m_locator->getColumnNumber();
     }
     const TString text = CoreXml::LookupTStr(CoreXml::StringId::IDS_ERR_XML_ENTITY);
-    const TString message = TFormatString(u"%1(%2,%3) '%4'")
-                                .Format(text, line, column, GetTStringFromXMLChPtr(name, -1));
+    const TString entity = GetTStringFromXMLChPtr(name, -1);
+    const TString message = TFormatString(u"%1(%2,%3) '%4'").Format(text, line, column, entity);
     m_sawFatalError = true;
-    throw XMLParseException(message);
+    throw ExternalEntityRefusal(message, TFormatString(u"%1 '%2'").Format(text, entity), line,
+                                column);
 }
 
 xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdentifier* id)

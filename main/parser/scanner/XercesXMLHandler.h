@@ -4,11 +4,15 @@
 #include "sinks/ScanSink.h"
 
 #include <kescorexml/SAXInterface.h>
+#include <kescorexml/XMLDiagnostic.h>
+#include <kescorexml/XMLParseException.h>
 
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 /// What a sink threw of the kind that Xerces throws itself and would take for its own.
@@ -17,8 +21,35 @@ struct SinkException
     TString message;
 };
 
+/// A document may not say what stands in other files. Knows where it did.
+class ExternalEntityRefusal final : public XMLParseException
+{
+public:
+    /// `text` is that of the message, which has the position in its middle.
+    ExternalEntityRefusal(const TString& message, const TString& text, unsigned long long line,
+                          unsigned long long column)
+        : XMLParseException(message), m_text(text), m_line(line), m_column(column)
+    {
+    }
+
+    ExternalEntityRefusal* Clone() const override { return new ExternalEntityRefusal(*this); }
+    [[noreturn]] void Throw() const override { throw *this; }
+
+    /// For the document of that identifier.
+    XMLDiagnostic GetDiagnostic(XMLDiagnostic::Kind kind, const TString& id) const
+    {
+        return XMLDiagnostic(kind, m_text, id, m_line, m_column)
+            .WithMessage(GetConcatenatedMessages());
+    }
+
+private:
+    TString m_text;
+    unsigned long long m_line;
+    unsigned long long m_column;
+};
+
 /// What Xerces calls back during a parse. It passes elements and text on to a sink, keeps Xerces's
-/// diagnostics as formatted messages, refuses external entities and serves schema documents that
+/// diagnostics, refuses external entities and serves schema documents that
 /// the caller supplies.
 class XercesXMLHandler : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver
 {
@@ -43,8 +74,10 @@ public:
     bool SawWarnings() const noexcept { return !m_warnings.empty(); }
     bool SawErrors() const noexcept { return !m_errors.empty(); }
     bool SawFatalError() const noexcept { return m_sawFatalError; }
-    const std::vector<TString>& GetWarnings() const noexcept { return m_warnings; }
-    const std::vector<TString>& GetErrors() const noexcept { return m_errors; }
+    /// Empties the list.
+    std::vector<XMLDiagnostic> TakeWarnings() noexcept { return std::exchange(m_warnings, {}); }
+    /// Errors and fatal errors. Empties the list.
+    std::vector<XMLDiagnostic> TakeErrors() noexcept { return std::exchange(m_errors, {}); }
     /// The parse need not or must not go on.
     bool IsDone() const noexcept { return m_sawFatalError || m_sink.IsDone(); }
 
@@ -96,6 +129,10 @@ private:
     /// Calls `event`, which tells the sink.
     template <typename Event>
     static void Tell(Event&& event);
+    void Record(XMLDiagnostic::Kind kind, const TString& message, const TString& systemId,
+                unsigned long long line, unsigned long long column);
+    /// The same text, sharing its units with what was recorded before where it can.
+    TString Share(const TString& text);
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
     ScanSink& m_sink;
@@ -107,8 +144,10 @@ private:
     /// Those of the last start tag, which keep their room.
     std::vector<const char16_t*> m_attributeNames;
     std::vector<std::u16string_view> m_attributeValues;
-    std::vector<TString> m_warnings;
-    std::vector<TString> m_errors;
+    std::vector<XMLDiagnostic> m_warnings;
+    std::vector<XMLDiagnostic> m_errors;
+    /// Texts and identifiers that were recorded; one schema finds the same wrong again and again.
+    std::unordered_set<TString> m_recorded;
     bool m_sawFatalError = false;
     bool m_loadingSchema = false;
     bool m_keepsLocations = false;

@@ -271,13 +271,9 @@ void XercesXMLParserImpl::RecordLimit(const LimitExceeded& exceeded, const TStri
 void XercesXMLParserImpl::CollectHandlerErrors()
 {
     const auto noError = TError::ErrorInfo::NoError();
-    for (const TString& message : m_handler->GetWarnings())
-        Warning(message, noError);
-    const std::vector<TString>& errors = m_handler->GetErrors();
-    const std::size_t fatal = m_handler->SawFatalError() && !errors.empty() ? 1 : 0;
-    for (std::size_t i = 0; i + fatal < errors.size(); ++i)
-        Error(errors[i], noError);
-    if (fatal != 0)
-        FatalError(errors.back(), noError);
+    for (XMLDiagnostic& warning : m_handler->TakeWarnings())
+        Record(std::move(warning), noError);
+    for (XMLDiagnostic& error : m_handler->TakeErrors())
+        Record(std::move(error), noError);
     m_handler->resetErrors();
 }

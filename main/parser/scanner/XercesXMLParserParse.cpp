@@ -17,9 +17,11 @@
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/IOException.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/XMLExceptMsgs.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -112,6 +114,22 @@ private:
     ParseBudget& m_budget;
 };
 
+/// The scanner could not decode the XML declaration, before anything had a position for it.
+struct UndecodableDeclaration
+{
+    XMLDiagnostic ToDiagnostic(const TString& id) const
+    {
+        using Kind = XMLDiagnostic::Kind;
+        XMLDiagnostic diagnostic(Kind::Error, message, id, fault.line, fault.column);
+        // The scanner speaks of no position, nor does the message.
+        diagnostic = std::move(diagnostic).WithMessage(message);
+        return fault.isCut ? diagnostic : std::move(diagnostic).AsInvalidUtf8();
+    }
+
+    TString message;
+    Utf8Faults::Fault fault;
+};
+
 /// Has the version watch installed among the reader's handlers.
 class WatchedProlog
 {
@@ -189,10 +207,16 @@ void XercesXMLParserImpl::RecordFailures(Scan&& scan)
         CollectHandlerErrors();
     } catch (const xercesc::OutOfMemoryException&) {
         Error(u"OutOfMemoryException", noError);
+    } catch (const ExternalEntityRefusal& refusal) {
+        const TString id = GetSource().Id();
+        Record(refusal.GetDiagnostic(XMLDiagnostic::Kind::Error, id), noError);
+        Record(refusal.GetDiagnostic(XMLDiagnostic::Kind::FatalError, id), noError);
     } catch (const XMLParseException& exception) {
         const TString messages = exception.GetConcatenatedMessages();
         Error(messages, noError);
         FatalError(messages, noError);
+    } catch (const UndecodableDeclaration& exception) {
+        Record(exception.ToDiagnostic(GetSource().Id()), noError);
     } catch (const SinkException& exception) {
         Error(exception.message, noError);
     } catch (const xercesc::XMLException& exception) {
@@ -311,9 +335,13 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
         else
             m_remains = afterFailure();
         return complete;
-    } catch (const xercesc::XMLException&) {
-        // An XML declaration that the scanner cannot even decode, before anything has a position.
+    } catch (const xercesc::XMLException& exception) {
         m_remains = afterFailure();
+        if (exception.getCode() != xercesc::XMLExcepts::Reader_CouldNotDecodeFirstLine)
+            throw;
+        if (const auto fault = m_reader->FindFault())
+            throw UndecodableDeclaration{GetTStringFromXMLChPtr(exception.getMessage(), -1),
+                                         *fault};
         throw;
     } catch (const xercesc::SAXParseException& exception) {
         m_remains = afterFailure();

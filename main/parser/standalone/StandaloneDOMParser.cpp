@@ -91,8 +91,10 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlInputSource(InputSource& sour
     parser->Parse();
 
     StandaloneParseResult result;
-    if (parser->HasErrors())
+    if (parser->HasErrors()) {
         result.errors = parser->GetErrors();
+        result.diagnostics = parser->GetErrorDiagnostics();
+    }
     if (m_state->statisticsHandler) {
         m_state->statisticsHandler(
             DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});

@@ -2,25 +2,55 @@
 
 #include <kescorexml/DOM.h>
 
+#include "tree/DiagnosticsAccess.h"
 #include "tree/RegistryEntries.h"
 #include "tree/RegistrySearch.h"
 
 #include <kescorexml/DOMElement.h>
 
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using ErrorMessage = DOM::DOMErrorMessage;
 using WarningMessage = DOM::DOMWarningMessage;
+using Kind = XMLDiagnostic::Kind;
+
+// All that is known of a warning is its message.
+
+TString MessageOf(const WarningMessage& warning)
+{
+    return warning.m_message;
+}
+
+template <typename RecordedError>
+TString MessageOf(const RecordedError& error)
+{
+    return error.GetMessage();
+}
+
+XMLDiagnostic DiagnosticOf(const WarningMessage& warning)
+{
+    return {Kind::Warning, warning.m_message};
+}
+
+template <typename RecordedError>
+XMLDiagnostic DiagnosticOf(const RecordedError& error)
+{
+    return error.GetDiagnostic();
+}
 
 template <typename Message, typename Container>
 void Collect(const DiagnosticsRegistry<Message>& registry, const DOMElement& top, Container& out)
 {
+    using Entry = typename Container::value_type;
     VisitSubtree(registry, top, [&out](const Message& message) {
-        if constexpr (std::is_same_v<typename Container::value_type, TString>)
-            out.push_back(message.m_message);
+        if constexpr (std::is_same_v<Entry, TString>)
+            out.push_back(MessageOf(message));
+        else if constexpr (std::is_same_v<Entry, XMLDiagnostic>)
+            out.push_back(DiagnosticOf(message));
         else
             out.push_back(message.m_info);
     });
@@ -41,18 +71,36 @@ TString Join(const std::vector<TString>& messages)
 
 // Recording
 
+DOM::RecordedError DOM::MakeError(const XMLDiagnostic& diagnostic, const TError::ErrorInfo& info,
+                                  bool reported, bool cancel)
+{
+    return {{diagnostic.m_text, info, reported, cancel}, diagnostic.m_source};
+}
+
+void DiagnosticsAccess::PushErrors(const DOMElement& element,
+                                   const std::vector<XMLDiagnostic>& errors,
+                                   const std::vector<TError::ErrorInfo>& infos)
+{
+    // As for all that is recorded, the constness of an element is that of the tree.
+    DOM& document = *const_cast<DOMElement&>(element).GetDOMManager();
+    const ScopedLock lock(document.m_lock);
+    for (std::size_t i = 0; i < errors.size(); ++i)
+        Record(document.m_errors, element, DOM::MakeError(errors[i], infos[i], false, false),
+               false);
+}
+
 void DOM::PushError(const DOMElement& element, const TString& message,
                     const TError::ErrorInfo& info, bool reported, bool cancel)
 {
     const ScopedLock lock(m_lock);
-    Record(m_errors, element, ErrorMessage{message, info, reported, cancel}, false);
+    Record(m_errors, element, MakeError({Kind::Error, message}, info, reported, cancel), false);
 }
 
 void DOM::InsertError(const DOMElement& element, const TString& message,
                       const TError::ErrorInfo& info, bool reported)
 {
     const ScopedLock lock(m_lock);
-    Record(m_errors, element, ErrorMessage{message, info, reported, false}, true);
+    Record(m_errors, element, MakeError({Kind::Error, message}, info, reported, false), true);
 }
 
 void DOM::PushWarning(const DOMElement& element, const TString& message,
@@ -165,6 +213,19 @@ std::list<TError::ErrorInfo> DOM::GetMetadataForErrors() const
     return infos;
 }
 
+std::vector<XMLDiagnostic> DOM::GetErrorDiagnostics(const DOMElement& element) const
+{
+    const ScopedReadLock lock(m_lock);
+    std::vector<XMLDiagnostic> diagnostics;
+    Collect(m_errors, element, diagnostics);
+    return diagnostics;
+}
+
+std::vector<XMLDiagnostic> DOM::GetErrorDiagnostics() const
+{
+    return GetErrorDiagnostics(*m_root);
+}
+
 TString DOM::GetConcatenatedErrors() const
 {
     const ScopedReadLock lock(m_lock);
@@ -192,6 +253,19 @@ std::list<TError::ErrorInfo> DOM::GetMetadataForWarnings() const
     std::list<TError::ErrorInfo> infos;
     GetWarnings(*m_root, infos);
     return infos;
+}
+
+std::vector<XMLDiagnostic> DOM::GetWarningDiagnostics(const DOMElement& element) const
+{
+    const ScopedReadLock lock(m_lock);
+    std::vector<XMLDiagnostic> diagnostics;
+    Collect(m_warnings, element, diagnostics);
+    return diagnostics;
+}
+
+std::vector<XMLDiagnostic> DOM::GetWarningDiagnostics() const
+{
+    return GetWarningDiagnostics(*m_root);
 }
 
 TString DOM::GetConcatenatedWarnings() const

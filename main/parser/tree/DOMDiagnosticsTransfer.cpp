@@ -37,7 +37,7 @@ void DOM::CopyForClones(const DOM& from,
                         const std::vector<std::pair<const DOMElement*, const DOMElement*>>& pairs)
 {
     const LockedPair locks(m_lock, from.m_lock);
-    Pending<DOMErrorMessage> errors;
+    Pending<RecordedError> errors;
     Pending<DOMWarningMessage> warnings;
     for (const auto& [node, key] : pairs) {
         AddCopy(errors, from.m_errors, *node, *key);

@@ -30,6 +30,27 @@ void Exception::Throw() const
     throw *this;
 }
 
+DecodingException::DecodingException(const TPath& path, const TString& encoding,
+                                     std::uint64_t offset)
+    : Exception(
+          path,
+          TFormatString(u"the byte at offset %1 is not valid in %2").Format(offset, encoding)),
+      m_encoding(encoding), m_offset(offset)
+{
+}
+
+DecodingException::~DecodingException() = default;
+
+DecodingException* DecodingException::Clone() const
+{
+    return new DecodingException(*this);
+}
+
+void DecodingException::Throw() const
+{
+    throw *this;
+}
+
 } // namespace TIO
 
 namespace {
@@ -76,6 +97,19 @@ std::string LoadBytes(const TPath& path)
     TFile file(path);
     file.Open();
     return ReadAll(file);
+}
+
+/// What `decode` gives; what it throws becomes an exception about the file.
+template <typename Decode>
+auto NamingFile(const TPath& path, Decode&& decode)
+{
+    try {
+        return decode();
+    } catch (const TextDecoding::Undecodable& undecodable) {
+        throw TIO::DecodingException(path, undecodable.encoding, undecodable.offset);
+    } catch (const TextDecoding::Failure& failure) {
+        throw TIO::Exception(path, failure.reason);
+    }
 }
 
 } // namespace
@@ -144,22 +178,17 @@ std::int64_t TFile::Size() const
 TString TFile::LoadTextFile(const TPath& path, int /*flag*/)
 {
     const std::string bytes = LoadBytes(path);
-    try {
-        return TextDecoding::ToText(bytes, TextDecoding::FindEncoding(bytes));
-    } catch (const TextDecoding::Failure& failure) {
-        throw TIO::Exception(path, failure.reason);
-    }
+    return NamingFile(
+        path, [&] { return TextDecoding::ToText(bytes, TextDecoding::FindEncoding(bytes)); });
 }
 
 std::string TFile::LoadTextFileAsUtf8(const TPath& path, int /*flag*/)
 {
     std::string bytes = LoadBytes(path);
-    try {
+    return NamingFile(path, [&] {
         const TextDecoding::Encoding encoding = TextDecoding::FindEncoding(bytes);
         return TextDecoding::ToUtf8(std::move(bytes), encoding);
-    } catch (const TextDecoding::Failure& failure) {
-        throw TIO::Exception(path, failure.reason);
-    }
+    });
 }
 
 std::int64_t GetFileSize(const TPath& path)

@@ -23,11 +23,8 @@ constexpr const char* c_nativeUtf16 =
 
 [[noreturn]] void FailAt(std::size_t offset, const std::string& encoding)
 {
-    TString reason = u"the byte at offset ";
-    reason += TString::number(static_cast<unsigned long long>(offset));
-    reason += u" is not valid in ";
-    reason += encoding.empty() ? TString(u"UTF-8") : TString::fromStdString(encoding);
-    throw Failure{std::move(reason)};
+    throw TextDecoding::Undecodable{
+        encoding.empty() ? TString(u"UTF-8") : TString::fromStdString(encoding), offset};
 }
 
 /// A conversion of the C library; gives back its descriptor.

@@ -31,6 +31,30 @@ private:
     TPath m_path;
 };
 
+/// A text file with bytes that do not decode. The message says where.
+class KESPLATFORM_EXPORT DecodingException : public Exception
+{
+public:
+    /// About the byte at `offset`, which is not valid in `encoding`.
+    DecodingException(const TPath& path, const TString& encoding, std::uint64_t offset);
+    /// A copy about the same byte.
+    DecodingException(const DecodingException&) = default;
+    ~DecodingException() override;
+
+    DecodingException* Clone() const override;
+    [[noreturn]] void Throw() const override;
+
+    /// The encoding that the file is in by its byte-order mark, else by its declaration, else
+    /// "UTF-8".
+    const TString& GetEncoding() const noexcept { return m_encoding; }
+    /// Of the first byte that does not decode, from the start of the file.
+    std::uint64_t GetOffset() const noexcept { return m_offset; }
+
+private:
+    TString m_encoding;
+    std::uint64_t m_offset;
+};
+
 } // namespace TIO
 
 /// A file open for reading. Closed at the end of the object's life.
@@ -58,9 +82,8 @@ public:
 
     /// The whole file as text. Flag 1, the only one, decodes by byte-order mark, else by the
     /// encoding that an XML declaration names, else as UTF-8. The byte-order mark is not part of
-    /// the text. Bytes that do not decode are a TIO::Exception with the byte offset of the first of
-    /// them, and so is what tells no size, as pipes and devices do, and holds more than
-    /// 1,073,741,823 bytes.
+    /// the text. Bytes that do not decode are a TIO::DecodingException; what tells no size, as
+    /// pipes and devices do, and holds more than 1,073,741,823 bytes is a TIO::Exception.
     static TString LoadTextFile(const TPath& path, int flag);
     /// The same text as UTF-8: what LoadTextFile(path, flag).toStdString() gives, without the
     /// detour through UTF-16 when the file is UTF-8 already.

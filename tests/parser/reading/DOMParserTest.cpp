@@ -1,4 +1,5 @@
 #include "bytes/XercesInputSource.h"
+#include "support/FailingAllocations.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryFile.h"
 
@@ -191,6 +192,42 @@ TEST(DOMParser, PutsErrorsOnTheRootElement)
     EXPECT_FALSE(dom->HasCancelErrors());
     // What came before the error is there.
     EXPECT_EQ(dom->GetDocumentRoot()->GetChildren()[0].GetName(), u"b");
+}
+
+TEST(DOMParser, TellsErrorsApart)
+{
+    const auto dom = DOMParser().ParseXmlString("<a>\n<b></a>", u"the document");
+    const std::vector<XMLDiagnostic> errors = dom->GetErrorDiagnostics();
+    ASSERT_THAT(errors, SizeIs(1));
+    EXPECT_EQ(errors[0].GetKind(), XMLDiagnostic::Kind::FatalError);
+    EXPECT_EQ(errors[0].GetLine(), 2);
+    EXPECT_EQ(errors[0].GetColumn(), 6);
+    EXPECT_EQ(errors[0].GetId(), u"the document");
+    EXPECT_EQ(errors[0].GetText(), u"expected end of tag 'b'");
+    EXPECT_THAT(dom->GetErrorDiagnostics(*dom->GetDocumentRoot()), IsEmpty());
+}
+
+TEST(DOMParser, KeepsErrorsThatAreAlikeInLittleMemory)
+{
+    const auto parse = [](const DOMParser& parser, int errors) {
+        std::string text = "<r>";
+        for (int i = 0; i < errors; ++i)
+            text += "<n/>\n";
+        return parser.ParseXmlString(text + "</r>", u"id");
+    };
+    DOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>(
+        u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='r'>"
+        u"<xs:complexType><xs:sequence><xs:element name='n' type='xs:int' "
+        u"maxOccurs='unbounded'/></xs:sequence></xs:complexType></xs:element></xs:schema>",
+        u"s.xsd", false));
+    parse(parser, 1);
+    const auto dom = parse(parser, 1000);
+    ASSERT_THAT(dom->GetErrorDiagnostics(), SizeIs(1000));
+    const std::ptrdiff_t before = CountLiveAllocations();
+    dom->ClearErrors();
+    // Neither a message nor a text for each of them.
+    EXPECT_LT(before - CountLiveAllocations(), 20);
 }
 
 TEST(DOMParser, PutsARefusedExternalEntityOnTheRootTwice)

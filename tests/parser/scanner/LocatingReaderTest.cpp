@@ -217,3 +217,40 @@ TEST(LocatingReader, AgreesWithASearchForTheBytesInAnyDocument)
         ExpectErrorAt(bytes, position);
     }
 }
+
+TEST(LocatingReader, MarksWhatIsAboutBytesThatAreNoUtf8)
+{
+    const auto read = [](const std::string& bytes) {
+        const auto document =
+            DOMParser().ParseXmlBytes(std::vector<unsigned char>(bytes.begin(), bytes.end()));
+        const std::vector<XMLDiagnostic> errors = document->GetErrorDiagnostics();
+        return errors.empty() ? XMLDiagnostic(XMLDiagnostic::Kind::Warning, u"") : errors.front();
+    };
+    const XMLDiagnostic wrong = read("<a>\n \xE9t</a>");
+    EXPECT_TRUE(wrong.IsInvalidUtf8());
+    EXPECT_EQ(wrong.GetLine(), 2);
+    EXPECT_EQ(wrong.GetColumn(), 2);
+    // The document may go on where its end is missing.
+    EXPECT_FALSE(read("<a>\xE2\x82").IsInvalidUtf8());
+    EXPECT_FALSE(read("<a>\xC3\xA9</b>").IsInvalidUtf8());
+    EXPECT_FALSE(read("<?xml version='1.0' encoding='US-ASCII'?><a>\xE9</a>").IsInvalidUtf8());
+}
+
+TEST(LocatingReader, KnowsWhereADeclarationCannotBeDecodedWhoseMessageHasNoPosition)
+{
+    const std::string_view bytes = "<?xml version='1.0' \xE9?><a/>";
+    BinaryInputSource source(std::vector<unsigned char>(bytes.begin(), bytes.end()), u"id", false);
+    const auto sink = std::make_shared<RecordingSink>();
+    const auto parser = XercesXMLParser::Create(source, sink);
+    parser->Parse();
+    EXPECT_THAT(parser->GetErrors(), ElementsAre(u"unable to decode first line in entity 'id'"));
+    EXPECT_FALSE(parser->HasFatallyErrored());
+    ASSERT_EQ(parser->GetErrorDiagnostics().size(), 1u);
+    const XMLDiagnostic& error = parser->GetErrorDiagnostics()[0];
+    EXPECT_EQ(error.GetText(), u"unable to decode first line in entity 'id'");
+    EXPECT_EQ(error.GetKind(), XMLDiagnostic::Kind::Error);
+    EXPECT_EQ(error.GetId(), u"id");
+    EXPECT_EQ(error.GetLine(), 1);
+    EXPECT_EQ(error.GetColumn(), 21);
+    EXPECT_TRUE(error.IsInvalidUtf8());
+}

@@ -105,3 +105,42 @@ TEST(Parser, ClearingLeavesTheFatalFlag)
     EXPECT_THAT(parser.GetMetadataForWarnings(), IsEmpty());
     EXPECT_TRUE(parser.HasFatallyErrored());
 }
+
+TEST(Parser, GivesWhatWasRecordedTakenApart)
+{
+    using Kind = XMLDiagnostic::Kind;
+    ScriptedParser parser;
+    parser.script = [](ScriptedParser& self) {
+        self.Error(u"e", Info(1));
+        self.Warning(u"w", Info(2));
+        self.FatalError(u"f", Info(3));
+    };
+    parser.Parse();
+    const std::vector<XMLDiagnostic>& errors = parser.GetErrorDiagnostics();
+    ASSERT_EQ(errors.size(), 2u);
+    EXPECT_EQ(errors[0].GetKind(), Kind::Error);
+    EXPECT_EQ(errors[0].GetText(), u"e");
+    EXPECT_EQ(errors[1].GetKind(), Kind::FatalError);
+    EXPECT_EQ(errors[1].GetText(), u"f");
+    EXPECT_EQ(errors[1].GetLine(), 0);
+    ASSERT_EQ(parser.GetWarningDiagnostics().size(), 1u);
+    EXPECT_EQ(parser.GetWarningDiagnostics()[0].GetKind(), Kind::Warning);
+    EXPECT_EQ(parser.GetWarningDiagnostics()[0].GetText(), u"w");
+    parser.ClearErrorsAndWarnings();
+    EXPECT_THAT(parser.GetErrorDiagnostics(), IsEmpty());
+    EXPECT_THAT(parser.GetWarningDiagnostics(), IsEmpty());
+}
+
+TEST(Parser, ListsThatWereAskedForBeforeAParseShowWhatItRecords)
+{
+    ScriptedParser parser;
+    const std::vector<TString>& errors = parser.GetErrors();
+    const std::vector<TString>& warnings = parser.GetWarnings();
+    parser.script = [](ScriptedParser& self) {
+        self.Error(u"e", Info(1));
+        self.Warning(u"w", Info(2));
+    };
+    parser.Parse();
+    EXPECT_THAT(errors, ElementsAre(u"e"));
+    EXPECT_THAT(warnings, ElementsAre(u"w"));
+}

@@ -129,6 +129,65 @@ TEST(XercesXMLHandler, FormatsAnErrorWithKindPositionMessageAndIdentifier)
     EXPECT_THAT(outcome.events, ElementsAre("<a>", "'\n'", "<b>", "'\n'", "<c>"));
 }
 
+TEST(XercesXMLHandler, TellsWhatItReportsApart)
+{
+    Utf8InputSource source("<a>\n<b>\n<c></b></a>", u"the document", false);
+    const auto sink = std::make_shared<RecordingSink>();
+    const auto parser = XercesXMLParser::Create(source, sink);
+    parser->Parse();
+    ASSERT_THAT(parser->GetErrorDiagnostics(), SizeIs(1));
+    const XMLDiagnostic& error = parser->GetErrorDiagnostics()[0];
+    EXPECT_EQ(error.GetKind(), XMLDiagnostic::Kind::FatalError);
+    EXPECT_EQ(error.GetLine(), 3);
+    EXPECT_EQ(error.GetColumn(), 6);
+    EXPECT_EQ(error.GetId(), u"the document");
+    EXPECT_EQ(error.GetText(), u"expected end of tag 'c'");
+    EXPECT_EQ(error.GetMessage(), parser->GetErrors()[0]);
+}
+
+TEST(XercesXMLHandler, KnowsWhereItRefusesAnEntity)
+{
+    Utf8InputSource source("<!DOCTYPE a [\n<!ENTITY e SYSTEM 'f'>]><a/>", u"id", false);
+    const auto sink = std::make_shared<RecordingSink>();
+    const auto parser = XercesXMLParser::Create(source, sink);
+    parser->Parse();
+    const std::vector<XMLDiagnostic>& errors = parser->GetErrorDiagnostics();
+    ASSERT_THAT(errors, SizeIs(2));
+    EXPECT_EQ(errors[0].GetKind(), XMLDiagnostic::Kind::Error);
+    EXPECT_EQ(errors[1].GetKind(), XMLDiagnostic::Kind::FatalError);
+    for (const XMLDiagnostic& error : errors) {
+        EXPECT_EQ(error.GetLine(), 2);
+        EXPECT_EQ(error.GetColumn(), 23);
+        EXPECT_EQ(error.GetId(), u"id");
+        EXPECT_EQ(error.GetText(), u"XML External <!ENTITY> definitions are not allowed. 'e'");
+        EXPECT_EQ(error.GetMessage(),
+                  u"XML External <!ENTITY> definitions are not allowed.(2,23) 'e'");
+    }
+}
+
+TEST(XercesXMLHandler, KeepsATextThatRepeatsOnce)
+{
+    StringInputSource source(u"<r><n>x</n><n>x</n><n>y</n></r>", u"id", false);
+    const auto sink = std::make_shared<RecordingSink>();
+    const auto parser = XercesXMLParser::Create(source, sink);
+    parser->LoadXSDString(
+        u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='r'>"
+        u"<xs:complexType><xs:sequence><xs:element name='n' type='xs:int' maxOccurs='9'/>"
+        u"</xs:sequence></xs:complexType></xs:element></xs:schema>",
+        u"s.xsd");
+    parser->Parse();
+    const std::vector<XMLDiagnostic>& errors = parser->GetErrorDiagnostics();
+    ASSERT_THAT(errors, SizeIs(3));
+    EXPECT_EQ(errors[0].GetText(), errors[1].GetText());
+    EXPECT_NE(errors[0].GetColumn(), errors[1].GetColumn());
+    EXPECT_EQ(errors[0].GetText().utf16(), errors[1].GetText().utf16());
+    EXPECT_NE(errors[0].GetText(), errors[2].GetText());
+    for (const XMLDiagnostic& error : errors) {
+        EXPECT_EQ(error.GetKind(), XMLDiagnostic::Kind::Error);
+        EXPECT_EQ(error.GetId().utf16(), errors[0].GetId().utf16());
+    }
+}
+
 TEST(XercesXMLHandler, RefusesExternalEntities)
 {
     // A name that begins with "%" is that of a parameter entity.

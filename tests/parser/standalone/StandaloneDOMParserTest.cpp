@@ -114,6 +114,16 @@ TEST(StandaloneDOMParser, PutsTheDocumentUnderARootCalledDocument)
     EXPECT_EQ(Describe(result), "Document(a([x]))");
 }
 
+TEST(StandaloneDOMParser, TellsErrorsApart)
+{
+    const StandaloneParseResult result =
+        StandaloneDOMParser().ParseXmlString(TString(u"<a>\n<b></a>"), u"id");
+    ASSERT_EQ(result.diagnostics.size(), 1u);
+    EXPECT_EQ(result.diagnostics[0].GetMessage(), result.errors.front());
+    EXPECT_EQ(result.diagnostics[0].GetLine(), 2);
+    EXPECT_EQ(result.diagnostics[0].GetText(), u"expected end of tag 'b'");
+}
+
 TEST(StandaloneDOMParser, KeepsAttributesAndMixedContentInOrder)
 {
     const StandaloneParseResult result = StandaloneDOMParser().ParseXmlString(

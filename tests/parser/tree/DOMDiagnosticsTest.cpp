@@ -54,6 +54,46 @@ TEST_F(DOMDiagnostics, PushedMessagesComeInOrderAndPrefixedOnesFirst)
     EXPECT_EQ(WarningsOf(m_dom), "D B A C");
 }
 
+TEST_F(DOMDiagnostics, WhatProgramsRecordHasNoPosition)
+{
+    Push("b", "Error(1,2): A (id: x)");
+    Warn("b", "W");
+    const std::vector<XMLDiagnostic> errors = m_dom.GetErrorDiagnostics();
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_EQ(errors[0].GetKind(), XMLDiagnostic::Kind::Error);
+    EXPECT_EQ(errors[0].GetText(), u"Error(1,2): A (id: x)");
+    EXPECT_EQ(errors[0].GetMessage(), u"Error(1,2): A (id: x)");
+    EXPECT_EQ(errors[0].GetLine(), 0);
+    EXPECT_EQ(errors[0].GetColumn(), 0);
+    EXPECT_TRUE(errors[0].GetId().IsEmpty());
+    const std::vector<XMLDiagnostic> warnings = m_dom.GetWarningDiagnostics();
+    ASSERT_EQ(warnings.size(), 1u);
+    EXPECT_EQ(warnings[0].GetKind(), XMLDiagnostic::Kind::Warning);
+    EXPECT_EQ(warnings[0].GetMessage(), u"W");
+}
+
+TEST_F(DOMDiagnostics, ListsDiagnosticsInTheOrderOfMessages)
+{
+    for (const char* name : {"c", "e", "a", "b", "d"}) {
+        Push(name, name);
+        Warn(name, name);
+    }
+    m_dom.InsertError(At("a"), u"first", MakeInfo(2), true);
+    const auto messagesOf = [](const std::vector<XMLDiagnostic>& diagnostics) {
+        std::list<TString> messages;
+        for (const XMLDiagnostic& diagnostic : diagnostics)
+            messages.push_back(diagnostic.GetMessage());
+        return messages;
+    };
+    EXPECT_EQ(messagesOf(m_dom.GetErrorDiagnostics()), m_dom.GetErrors());
+    EXPECT_EQ(messagesOf(m_dom.GetWarningDiagnostics()), m_dom.GetWarnings());
+    std::list<TString> below;
+    m_dom.GetErrors(At("b"), below);
+    EXPECT_EQ(below.size(), 2u);
+    EXPECT_EQ(messagesOf(m_dom.GetErrorDiagnostics(At("b"))), below);
+    EXPECT_EQ(messagesOf(m_dom.GetWarningDiagnostics(At("b"))), below);
+}
+
 TEST_F(DOMDiagnostics, AnInsertedErrorIsNoCancellation)
 {
     m_dom.InsertError(At("b"), u"B", MakeInfo(2), true);

@@ -1,4 +1,5 @@
 #include <kescorexml/DOM.h>
+#include <kescorexml/DOMParser.h>
 
 #include "support/TreeTesting.h"
 
@@ -430,6 +431,32 @@ TEST_F(DOMDiagnosticsTransfer, FlagsAndRecordsSurviveTheMoveOfEverything)
         from.MoveErrorsAndWarningsTo(to);
         return source;
     });
+}
+
+TEST_F(DOMDiagnosticsTransfer, WhatAParserKnowsSurvivesCopyAndMove)
+{
+    const auto parsed = DOMParser().ParseXmlString("<a>\n<b></a>", "a.xml");
+    const auto expectPosition = [](const DOM& document, const DOMElement& element) {
+        const std::vector<XMLDiagnostic> errors = document.GetErrorDiagnostics(element);
+        ASSERT_EQ(errors.size(), 1u);
+        EXPECT_EQ(errors[0].GetKind(), XMLDiagnostic::Kind::FatalError);
+        EXPECT_EQ(errors[0].GetLine(), 2);
+        EXPECT_EQ(errors[0].GetColumn(), 6);
+        EXPECT_EQ(errors[0].GetId(), u"a.xml");
+        EXPECT_EQ(errors[0].GetText(), u"expected end of tag 'b'");
+        std::list<TString> messages;
+        document.GetErrors(element, messages);
+        EXPECT_EQ(messages.front(), u"Fatal Error(2,6): expected end of tag 'b' (id: a.xml)");
+    };
+    expectPosition(*parsed, *parsed->GetRoot());
+    DOM copy;
+    copy.DeepCopy(*parsed);
+    expectPosition(copy, *copy.GetRoot());
+    m_dom.CopyErrorsAndWarningsForNode(*parsed->GetRoot(), &At("b"));
+    expectPosition(m_dom, At("b"));
+    m_dom.AdoptErrorsAndWarningsForNode(*parsed->GetRoot(), &At("e"));
+    expectPosition(m_dom, At("e"));
+    EXPECT_TRUE(parsed->GetErrorDiagnostics().empty());
 }
 
 // Threads
