@@ -20,8 +20,7 @@ bool HasLongValue(const StartTag& tag) noexcept
 
 void Assign(TString& text, std::u16string_view value)
 {
-    char16_t* const units =
-        text.resizeForOverwrite(static_cast<TString::size_type>(value.size()));
+    char16_t* const units = text.resizeForOverwrite(static_cast<TString::size_type>(value.size()));
     ShortText::Copy(value.data(), units, value.size());
 }
 
