@@ -22,7 +22,24 @@ bool IsUndecodable(unsigned int code, const XMLCh* domain)
 
 } // namespace
 
-LocatingReader::LocatingReader(xercesc::MemoryManager* manager) : SAX2XMLReaderImpl(manager) {}
+LocatingReader::LocatingReader(xercesc::MemoryManager* manager, ParseBudget& budget)
+    : SAX2XMLReaderImpl(manager), m_budget(budget)
+{
+}
+
+void LocatingReader::startElement(const xercesc::XMLElementDecl& declaration, unsigned int uri,
+                                  const XMLCh* prefix,
+                                  const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                                  XMLSize_t count, bool isEmpty, bool isRoot)
+{
+    if (m_budget.CountsAttributes()) {
+        XMLSize_t defaults = 0;
+        for (XMLSize_t i = 0; i < count; ++i)
+            defaults += attributes.elementAt(i)->getSpecified() ? 0U : 1U;
+        m_budget.SetDefaultAttributes(defaults);
+    }
+    SAX2XMLReaderImpl::startElement(declaration, uri, prefix, attributes, count, isEmpty, isRoot);
+}
 
 /// Of what the reader is given, not of what that refers to.
 std::optional<Utf8Faults::Fault> LocatingReader::FindFault(const XMLCh* systemId) const

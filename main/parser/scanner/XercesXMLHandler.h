@@ -61,6 +61,8 @@ public:
     void RecordFatalError(const TString& message, const TString& systemId, unsigned long long line,
                           unsigned long long column);
 
+    /// Those of the last tag, if there were many.
+    void ForgetAttributes() noexcept;
     /// The locator belongs to a scanner that is about to end.
     void ForgetLocator() noexcept { m_locator = nullptr; }
     /// While a schema is loaded, what its document type refers to outside is taken as empty.
@@ -96,6 +98,7 @@ private:
     /// Calls `event`, which tells the sink.
     template <typename Event>
     static void Tell(Event&& event);
+    void MeetIdentifiers(const xercesc::Attributes& attributes);
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
     ScanSink& m_sink;

@@ -82,11 +82,10 @@ TEST_F(NameBucketsTest, GrowLikeTheTableOfATag)
         const XMLCh* const key = GetInternalXMLChPtrFromTString(name);
         table.putIfNotPresent(key, 0);
         // A name for which the table grows stays in the bucket that was its own before.
-        EXPECT_NEAR(
-            static_cast<double>(buckets.Add(name.view())),
-            static_cast<double>(
-                CountComparisons([&] { static_cast<void>(table.containsKey(key, 0)); })),
-            2);
+        EXPECT_NEAR(static_cast<double>(buckets.Add(name.view())),
+                    static_cast<double>(
+                        CountComparisons([&] { static_cast<void>(table.containsKey(key, 0)); })),
+                    2);
     }
 }
 
@@ -140,8 +139,7 @@ TEST_F(NameBucketsTest, HoldFewNamesThatNobodyHasChosenForIt)
         } while (number != 0);
         return text;
     };
-    const std::string letters =
-        "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ-_";
+    const std::string letters = "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ-_";
     // Half of what is allowed.
     constexpr std::size_t c_few = 128;
     EXPECT_LE(findMost([](unsigned i) { return "item" + std::to_string(i); }), c_few);
