@@ -24,10 +24,14 @@ public:
         bool operator==(const Growth&) const = default;
     };
 
-    /// What reaches the sink. A code unit of text, of a name or of an attribute's value counts one,
-    /// and so does each element and each attribute. At first 100 times the bytes, 8 Mi at least.
-    /// The default attributes and the entities of a few kilobytes can otherwise fill any memory. A
-    /// document without document type and schema yields less than its own size.
+    /// What reaches the sink, and what it costs. A code unit of text, of a name or of an
+    /// attribute's value counts one, and so does each element and each attribute that the document
+    /// spells out: a document without document type and schema yields less than its own size. What
+    /// it does not spell out costs more than its letters: an attribute that a declaration supplies,
+    /// or that stands in an entity's text, counts 16 beside them, and an element in an entity's
+    /// text 48. At first 100 times the bytes, 24 Mi at least: a million and a half of default
+    /// attributes, or half a million elements of entities. A few kilobytes can otherwise fill any
+    /// memory.
     void SetAmplificationLimit(std::uint64_t factor, std::uint64_t threshold) noexcept
     {
         m_amplification = {factor, threshold};
@@ -38,7 +42,7 @@ public:
     /// sink or not. An entity of any kind, parameter entities and those in default values included,
     /// counts at each expansion the code units of its replacement text and 64 for each entity that
     /// it is nested in, itself included; a start tag counts the attributes that are declared for
-    /// it. At first 100 times the bytes, 16 Mi at least. Six hundred bytes of entities that each
+    /// it. At first 100 times the bytes, 32 Mi at least. Six hundred bytes of entities that each
     /// name the one before twice take exponential time otherwise.
     void SetExpansionLimit(std::uint64_t factor, std::uint64_t threshold) noexcept
     {
@@ -51,29 +55,53 @@ public:
     void SetValidationDepthLimit(std::uint64_t levels) noexcept { m_validationDepth = levels; }
     std::uint64_t GetValidationDepthLimit() const noexcept { return m_validationDepth; }
 
-    /// The look-ups of a parse that validates. A start tag counts, once for itself and once for
-    /// each of its attributes, the open elements and the namespace declarations in scope; and for
-    /// the look-up of its declaration the different elements so far, and eight for each namespace
-    /// that elements of its name have been in. What the document type declares counts, too, as it
-    /// is validated by: of a content model the names times the particles and a 64th of the cube of
-    /// the names, of an attribute's type the square of the names. So does, where there is a
-    /// document type, half of the memory that the scanner allocates for one tag or declaration
-    /// beyond 32 KiB; and neither that nor what it holds, beyond what it held when the parse began
-    /// and 1 MiB, may exceed the limit in bytes. At first 100 times the bytes, 64 Mi at least. Many
-    /// declarations, or many elements that no schema knows, take quadratic time otherwise, and a
-    /// content model of 200 bytes exponential time.
+    /// The work of a parse that validates, on two accounts.
+    ///
+    /// Look-ups, which may come to eight times the threshold: a start tag counts, once for itself
+    /// and once for each of its attributes, the open elements and the namespace declarations in
+    /// scope; and 32 for each element so far that lies in one bucket with its own, each pair of
+    /// name and namespace once. There are 29 buckets: of elements with different names a 29th lies
+    /// in each, those with the same name lie in the same.
+    ///
+    /// Declarations and memory: what the document type declares counts, as it is validated by: of a
+    /// content model the names times the particles and a 64th of the cube of the names, of an
+    /// attribute's type the square of the names. So does, where there is a document type, half of
+    /// the memory that the scanner allocates for one tag or declaration beyond 32 KiB; and neither
+    /// that nor what it holds, beyond what it held when the parse began and 1 MiB, may exceed the
+    /// limit in bytes.
+    ///
+    /// At first 100 times the bytes, 64 Mi at least: 10,000 levels above 50,000 elements, or 30,000
+    /// different elements that no schema knows. Many declarations, or many such elements, take
+    /// quadratic time otherwise, and a content model of 200 bytes exponential time.
     void SetValidationWorkLimit(std::uint64_t factor, std::uint64_t threshold) noexcept
     {
         m_validationWork = {factor, threshold};
     }
     const Growth& GetValidationWorkLimit() const noexcept { return m_validationWork; }
 
+    /// How many names of one kind may lie in one bucket of the scanner's hash tables, which are not
+    /// seeded; at first 256. Names that nobody has chosen for it share one with a few others. A
+    /// look-up takes time in the number of names in its bucket. The kinds are the elements of a
+    /// document and, by declaration, elements, the attributes of an element, entities, parameter
+    /// entities and notations; the attributes of a start tag; and while validating prefixes,
+    /// namespaces and identifiers. A start tag that exceeds the limit ends the parse before its
+    /// first event. What the library reads without the scanner is not limited, for its own table
+    /// cannot be aimed at.
+    void SetNameCollisionLimit(std::uint64_t names) noexcept { m_nameCollisions = names; }
+    std::uint64_t GetNameCollisionLimit() const noexcept { return m_nameCollisions; }
+
+    /// What an attribute and an element that the document does not spell out count for
+    /// amplification beside their letters.
+    static constexpr std::uint64_t c_unitsOfImpliedAttribute = 16;
+    static constexpr std::uint64_t c_unitsOfImpliedElement = 48;
+
     /// Whether all limits are the same.
     bool operator==(const ParseLimits&) const = default;
 
 private:
-    Growth m_amplification{100, 8U << 20};
-    Growth m_expansion{100, 16U << 20};
+    Growth m_amplification{100, 24U << 20};
+    Growth m_expansion{100, 32U << 20};
     std::uint64_t m_validationDepth = 10000;
     Growth m_validationWork{100, 64U << 20};
+    std::uint64_t m_nameCollisions = 256;
 };

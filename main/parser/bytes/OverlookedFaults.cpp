@@ -68,27 +68,6 @@ std::size_t FindIncomplete(std::string_view bytes, const ScannerEncoding& encodi
     return tail;
 }
 
-/// Where that stands which follows these bytes, the first of a document of such units. Single bytes
-/// are UTF-8, or one character each where they are not ASCII.
-TextPosition LocateEnd(std::string_view bytes, const ScannerEncoding& encoding)
-{
-    if (!encoding.declared.empty()) {
-        if (const auto position = StrictDecoding::FindEnd(bytes, encoding.declared))
-            return *position;
-    }
-    const EncodingTable::Entry& units = *encoding.units;
-    if (units.unitSize == 1 && encoding.isAscii)
-        return Utf8Faults::LocateEnd(bytes);
-    constexpr std::uint32_t c_mark = 0xFEFF;
-    PositionCounter counter;
-    for (std::size_t at = 0; at < bytes.size(); at += units.unitSize) {
-        const std::uint32_t unit = units.ReadUnit(bytes, at);
-        if (at > 0 || unit != c_mark)
-            counter.Pass(unit);
-    }
-    return counter.Get();
-}
-
 TString DescribeUndecodable(std::string_view encoding)
 {
     return TFormatString(u"bytes that are no character in '%1' encoding")
@@ -119,4 +98,23 @@ std::optional<OverlookedFaults::Fault> OverlookedFaults::Find(std::string_view b
     if (incomplete != c_npos)
         return locate(c_incompleteCharacter, incomplete);
     return std::nullopt;
+}
+
+TextPosition OverlookedFaults::LocateEnd(std::string_view bytes, const ScannerEncoding& encoding)
+{
+    if (!encoding.declared.empty()) {
+        if (const auto position = StrictDecoding::FindEnd(bytes, encoding.declared))
+            return *position;
+    }
+    const EncodingTable::Entry& units = *encoding.units;
+    if (units.unitSize == 1 && encoding.isAscii)
+        return Utf8Faults::LocateEnd(bytes);
+    constexpr std::uint32_t c_mark = 0xFEFF;
+    PositionCounter counter;
+    for (std::size_t at = 0; at < bytes.size(); at += units.unitSize) {
+        const std::uint32_t unit = units.ReadUnit(bytes, at);
+        if (at > 0 || unit != c_mark)
+            counter.Pass(unit);
+    }
+    return counter.Get();
 }

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string_view>
 
+struct ScannerEncoding;
+
 /// Faults in the bytes of a document that the scanner passes over in silence: it takes a null
 /// character behind the root element for the end of the document, drops a character that the end of
 /// the bytes has cut off, and replaces bytes that many encodings do not know.
@@ -22,5 +24,10 @@ struct Fault : TextPosition
 /// mark or their declaration. Where `mayHoldNull` is false, nobody looks for null characters.
 /// Xerces must be initialised; throws xercesc::OutOfMemoryException.
 std::optional<Fault> Find(std::string_view bytes, bool isUtf8, bool mayHoldNull);
+
+/// Where that stands which follows these bytes, the first of a document of that encoding. Single
+/// bytes are UTF-8, or one character each where they are not ASCII. Xerces must be initialised;
+/// throws xercesc::OutOfMemoryException.
+TextPosition LocateEnd(std::string_view bytes, const ScannerEncoding& encoding);
 
 } // namespace OverlookedFaults

@@ -3,6 +3,8 @@
 #include "direct/DirectScanner.h"
 #include "direct/WideRun.h"
 
+#include <kescorexml/ParseLimits.h>
+
 #include <algorithm>
 
 using DirectScanning::Verdict;
@@ -162,7 +164,8 @@ bool DirectScanner::ApplyDeclarations(const NameTable::Name& element)
         } else if (attribute.defaultValue) {
             m_attributeNames.push_back(attribute.name->entry->name.utf16());
             m_attributeValues.push_back(*attribute.defaultValue);
-            m_output += attribute.name->bytes.size() + attribute.defaultValue->size() + 1;
+            m_output += attribute.name->bytes.size() + attribute.defaultValue->size() +
+                        ParseLimits::c_unitsOfImpliedAttribute;
         }
     }
     if (m_output > m_maxOutput || m_declared > m_maxDeclared)

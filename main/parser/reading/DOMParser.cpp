@@ -183,6 +183,9 @@ std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhites
     CopyParserErrorsToElement(parser, root);
     // The parser waits for the next document, which may never come.
     parser.ClearErrorsAndWarnings();
+    // One that has schemas is not used again.
+    if (!parser.GetXSDNames().empty())
+        m_cachedParser.reset();
     if (m_statisticsEventHandler) {
         const DOMParserStatistics statistics{static_cast<std::uint64_t>(source.Size()),
                                              source.Id()};

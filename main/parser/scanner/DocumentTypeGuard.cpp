@@ -37,15 +37,17 @@ void DocumentTypeGuard::startDTD(const XMLCh* /*name*/, const XMLCh* /*publicId*
     RefuseInvalidCharacters(systemId);
 }
 
-void DocumentTypeGuard::notationDecl(const XMLCh* /*name*/, const XMLCh* /*publicId*/,
+void DocumentTypeGuard::notationDecl(const XMLCh* name, const XMLCh* /*publicId*/,
                                      const XMLCh* systemId)
 {
+    m_budget.MeetName(NameKind::Notation, ViewXMLCh(name));
     RefuseInvalidCharacters(systemId);
 }
 
-void DocumentTypeGuard::unparsedEntityDecl(const XMLCh* /*name*/, const XMLCh* /*publicId*/,
+void DocumentTypeGuard::unparsedEntityDecl(const XMLCh* name, const XMLCh* /*publicId*/,
                                            const XMLCh* systemId, const XMLCh* /*notationName*/)
 {
+    m_budget.MeetName(NameKind::Entity, ViewXMLCh(name));
     RefuseInvalidCharacters(systemId);
 }
 

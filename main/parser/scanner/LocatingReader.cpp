@@ -23,9 +23,23 @@ bool IsUndecodable(unsigned int code, const XMLCh* domain)
 
 } // namespace
 
-LocatingReader::LocatingReader(xercesc::MemoryManager* manager)
-    : SAX2XMLReaderImpl(manager), m_manager(manager)
+LocatingReader::LocatingReader(xercesc::MemoryManager* manager, ParseBudget& budget)
+    : SAX2XMLReaderImpl(manager), m_manager(manager), m_budget(budget)
 {
+}
+
+void LocatingReader::startElement(const xercesc::XMLElementDecl& declaration, unsigned int uri,
+                                  const XMLCh* prefix,
+                                  const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                                  XMLSize_t count, bool isEmpty, bool isRoot)
+{
+    if (m_budget.CountsAttributes()) {
+        XMLSize_t defaults = 0;
+        for (XMLSize_t i = 0; i < count; ++i)
+            defaults += attributes.elementAt(i)->getSpecified() ? 0U : 1U;
+        m_budget.SetDefaultAttributes(defaults);
+    }
+    SAX2XMLReaderImpl::startElement(declaration, uri, prefix, attributes, count, isEmpty, isRoot);
 }
 
 bool LocatingReader::IsInput(const XMLCh* systemId) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bytes/Utf8Faults.h"
+#include "scanner/ParseBudget.h"
 
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -19,11 +20,13 @@ public:
 /// The reader of Xerces, reporting bytes that are no UTF-8 where they stand. The scanner decodes
 /// ahead of what it reads and would report where it was then; of a character that the end of the
 /// document cuts off it would say that the document ended. The former are an InvalidUtf8 to the
-/// error handler.
+/// error handler. It also tells the budget which attributes do not stand in their tag, which no
+/// handler can see.
 class LocatingReader final : public xercesc::SAX2XMLReaderImpl
 {
 public:
-    explicit LocatingReader(xercesc::MemoryManager* manager);
+    /// `budget` must outlive the reader.
+    LocatingReader(xercesc::MemoryManager* manager, ParseBudget& budget);
 
     /// A document or schema of which faults are placed while this object lives.
     class Scope
@@ -49,10 +52,15 @@ public:
                const XMLCh* text, const XMLCh* systemId, const XMLCh* publicId, XMLFileLoc line,
                XMLFileLoc column) override;
 
+    void startElement(const xercesc::XMLElementDecl& declaration, unsigned int uri,
+                      const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                      XMLSize_t count, bool isEmpty, bool isRoot) override;
+
 private:
     /// Of what the reader is given, not of what that refers to.
     bool IsInput(const XMLCh* systemId) const;
 
     xercesc::MemoryManager* m_manager;
+    ParseBudget& m_budget;
     const XercesInputSource* m_input = nullptr;
 };

@@ -12,9 +12,45 @@ namespace {
 
 /// The scanner sets up a large buffer for each entity that is open, and compares names with them.
 constexpr std::uint64_t c_unitsAnOpenEntity = 64;
-/// Elements of one name in different namespaces share a list in the scanner's table of elements.
-/// The table does not grow, so that all others cost something, too.
-constexpr std::uint64_t c_lookUpsANamespace = 8;
+/// The scanner's table of the elements that no schema declares; it does not grow. Elements of one
+/// name in different namespaces share a bucket.
+constexpr NameBuckets::Shape c_validatedElements = NameBuckets::Fixed(29);
+/// A look-up goes through all of the bucket, and hardly anything of it is in the caches: it takes
+/// that many times as long for each as for a level.
+constexpr std::uint64_t c_lookUpsAnElement = 32;
+/// Look-ups take little time each.
+constexpr std::uint64_t c_lookUpsAUnit = 8;
+
+/// How the scanner's table of the names of a kind begins.
+constexpr NameBuckets::Shape GetShape(NameKind kind) noexcept
+{
+    return NameBuckets::Growing(kind == NameKind::Element ? 29 : 109);
+}
+constexpr NameBuckets::Shape c_declaredAttributes = NameBuckets::Growing(29);
+
+/// In the plural.
+const char16_t* NameOf(NameKind kind) noexcept
+{
+    switch (kind) {
+    case NameKind::Element:
+        return u"elements";
+    case NameKind::DeclaredElement:
+        return u"declared elements";
+    case NameKind::Entity:
+        return u"entities";
+    case NameKind::ParameterEntity:
+        return u"parameter entities";
+    case NameKind::Notation:
+        return u"notations";
+    case NameKind::Prefix:
+        return u"prefixes";
+    case NameKind::Namespace:
+        return u"namespaces";
+    case NameKind::Identifier:
+        return u"identifiers";
+    }
+    return u"names";
+}
 
 /// What the scanner may allocate for a step, a tag or a declaration, before that is work. Building
 /// the automaton of a content model can take far more than the automaton.
@@ -83,6 +119,13 @@ TString DescribeGrowth(const ParseLimits::Growth& growth)
         .Format(growth.threshold, growth.factor);
 }
 
+TString DescribeCollision(const char16_t* kind, const ParseLimits& limits)
+{
+    return TFormatString(u"more than %1 %2 have names whose hashes collide (name collision limit, "
+                         u"SetNameCollisionLimit)")
+        .Format(limits.GetNameCollisionLimit(), kind);
+}
+
 } // namespace
 
 void ParseBudget::Begin(const ParseLimits& limits, std::uint64_t inputBytes, bool isValidating)
@@ -93,7 +136,10 @@ void ParseBudget::Begin(const ParseLimits& limits, std::uint64_t inputBytes, boo
     m_limits = limits;
     m_outputLimit = GetMost(limits.GetAmplificationLimit(), inputBytes);
     m_scannerWorkLimit = GetMost(limits.GetExpansionLimit(), inputBytes);
-    m_validationWorkLimit = GetMost(limits.GetValidationWorkLimit(), inputBytes);
+    const ParseLimits::Growth& work = limits.GetValidationWorkLimit();
+    m_validationWorkLimit = GetMost(work, inputBytes);
+    m_lookUpLimit =
+        GetMost({work.factor, MultiplyOrMost(c_lookUpsAUnit, work.threshold)}, inputBytes);
     m_isValidating = isValidating;
     m_countsAttributes = isValidating;
 }
@@ -129,8 +175,9 @@ void ParseBudget::SettleMemory() noexcept
     Add(m_mostInStep, c_freeMemoryInStep);
 }
 
-void ParseBudget::DeclareElement(std::u16string_view model)
+void ParseBudget::DeclareElement(std::u16string_view name, std::u16string_view model)
 {
+    MeetName(NameKind::DeclaredElement, name);
     if (!m_isValidating)
         return;
     const ModelSize size = MeasureModel(model);
@@ -139,10 +186,18 @@ void ParseBudget::DeclareElement(std::u16string_view model)
         RequireStack(MultiplyOrMost(size.particles, c_stackAParticle));
 }
 
-void ParseBudget::DeclareAttribute(std::u16string_view elementName, std::u16string_view type)
+void ParseBudget::DeclareAttribute(std::u16string_view elementName, std::u16string_view name,
+                                   std::u16string_view type)
 {
     m_countsAttributes = true;
-    ++m_declaredAttributes[TString(elementName)];
+    const auto [element, isNew] = m_declaredElements.try_emplace(TString(elementName));
+    if (isNew) {
+        element->second.attributeNames.emplace(c_declaredAttributes);
+        MeetName(NameKind::DeclaredElement, elementName);
+    }
+    ++element->second.attributes;
+    if (element->second.attributeNames->Add(name) > m_limits.GetNameCollisionLimit())
+        FailCollision(u"declared attributes of an element");
     // Which may be a list of names; the scanner compares each with all others.
     if (m_isValidating) {
         const std::uint64_t names = MeasureModel(type).names;
@@ -150,14 +205,54 @@ void ParseBudget::DeclareAttribute(std::u16string_view elementName, std::u16stri
     }
 }
 
-std::uint64_t ParseBudget::CountDeclaredAttributes(std::u16string_view name,
-                                                   ParsedNames::DeclaredAttributes& known) const
+void ParseBudget::DeclareEntity(std::u16string_view name)
 {
-    if (known.parse != m_number) {
-        const auto declared = m_declaredAttributes.find(TString(name));
-        known = {m_number, declared == m_declaredAttributes.end() ? 0 : declared->second};
+    m_countsAttributes = true;
+    if (name.starts_with(u'%'))
+        MeetName(NameKind::ParameterEntity, name.substr(1));
+    else
+        MeetName(NameKind::Entity, name);
+}
+
+void ParseBudget::OpenNamespaceScope(std::u16string_view prefix, std::u16string_view uri)
+{
+    ++m_namespacesInScope;
+    MeetName(NameKind::Prefix, prefix);
+    MeetName(NameKind::Namespace, uri);
+}
+
+void ParseBudget::MeetElement(std::u16string_view name, ParsedNames::DeclaredAttributes& known)
+{
+    known = {m_number, 0};
+    if (!m_declaredElements.empty()) {
+        const auto declared = m_declaredElements.find(TString(name));
+        if (declared != m_declaredElements.end())
+            known.count = declared->second.attributes;
     }
-    return known.count;
+    MeetName(NameKind::Element, name);
+}
+
+void ParseBudget::MeetName(NameKind kind, std::u16string_view name)
+{
+    NameBuckets& names = m_names.try_emplace(kind, GetShape(kind)).first->second;
+    if (names.Add(name) > m_limits.GetNameCollisionLimit())
+        FailCollision(NameOf(kind));
+}
+
+void ParseBudget::ForgetNames() noexcept
+{
+    m_declaredElements = {};
+    m_names = {};
+    m_validatedElements.reset();
+}
+
+void ParseBudget::CheckManyAttributeNames(std::span<const char16_t* const> names)
+{
+    NameBuckets buckets(NameBuckets::c_tag);
+    for (const char16_t* name : names) {
+        if (buckets.Add(name) > m_limits.GetNameCollisionLimit())
+            FailCollision(u"attributes of a tag");
+    }
 }
 
 void ParseBudget::AddScannerWork(std::uint64_t amount)
@@ -182,12 +277,14 @@ void ParseBudget::AddValidationWork(const XMLCh* uri, const XMLCh* localName,
     SettleMemory();
     if (m_depth == 1 && !m_countsMemory)
         BeginMemory(false);
-    Add(m_validationWork, MultiplyOrMost(1 + attributes, m_depth + m_namespacesInScope) +
-                              CountLookUp(uri, localName));
-    if (m_validationWork > m_validationWorkLimit) {
-        Fail(TFormatString(u"validation takes more look-ups of names than %1 (validation work "
-                           u"limit, SetValidationWorkLimit)")
-                 .Format(DescribeGrowth(m_limits.GetValidationWorkLimit())));
+    Add(m_lookUps, MultiplyOrMost(1 + attributes, m_depth + m_namespacesInScope));
+    Add(m_lookUps, MultiplyOrMost(c_lookUpsAnElement, CountElementsInBucket(uri, localName)));
+    if (m_lookUps > m_lookUpLimit) {
+        Fail(TFormatString(u"validation takes more look-ups of names than 8 times %1 units and %2 "
+                           u"times the bytes of the document (validation work limit, "
+                           u"SetValidationWorkLimit)")
+                 .Format(m_limits.GetValidationWorkLimit().threshold,
+                         m_limits.GetValidationWorkLimit().factor));
     }
     if (m_memory > static_cast<std::int64_t>(c_freeMemory) &&
         static_cast<std::uint64_t>(m_memory) - c_freeMemory > m_validationWorkLimit)
@@ -221,19 +318,11 @@ void ParseBudget::FailMemory()
              .Format(DescribeGrowth(m_limits.GetValidationWorkLimit())));
 }
 
-std::uint64_t ParseBudget::CountLookUp(const XMLCh* uri, const XMLCh* localName)
+std::uint64_t ParseBudget::CountElementsInBucket(const XMLCh* uri, const XMLCh* localName)
 {
-    const std::u16string_view name = ViewXMLCh(localName);
-    std::u16string joined(name);
-    joined += u'\0';
-    joined += ViewXMLCh(uri);
-    TString pair{std::u16string_view(joined)};
-    std::uint64_t& namespaces = m_elementNames[TString(name)];
-    if (m_elementNames.try_emplace(std::move(pair)).second) {
-        ++namespaces;
-        ++m_differentElements;
-    }
-    return m_differentElements + namespaces * c_lookUpsANamespace;
+    if (!m_validatedElements)
+        m_validatedElements.emplace(c_validatedElements);
+    return m_validatedElements->Add(ViewXMLCh(localName), ViewXMLCh(uri));
 }
 
 void ParseBudget::FailAmplification()
@@ -241,6 +330,17 @@ void ParseBudget::FailAmplification()
     Fail(TFormatString(u"the document yields more than %1 (amplification limit, "
                        u"SetAmplificationLimit)")
              .Format(DescribeGrowth(m_limits.GetAmplificationLimit())));
+}
+
+void ParseBudget::FailCollision(const char16_t* kind)
+{
+    Fail(DescribeCollision(kind, m_limits));
+}
+
+void ParseBudget::FailAtTag(unsigned long long line, unsigned long long column)
+{
+    m_hasFailed = true;
+    throw LimitExceeded{DescribeCollision(u"attributes of a tag", m_limits), line, column};
 }
 
 void ParseBudget::Fail(const TString& message)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scanner/NameBuckets.h"
 #include "sinks/ParsedNames.h"
 
 #include <kescorexml/ParseLimits.h>
@@ -9,6 +10,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
+#include <span>
 #include <string_view>
 #include <unordered_map>
 #include <xercesc/sax/Locator.hpp>
@@ -21,6 +24,19 @@ struct LimitExceeded
     /// Both 0 where there is none.
     unsigned long long line = 0;
     unsigned long long column = 0;
+};
+
+/// What has names in a document, each kind in a hash table of its own.
+enum class NameKind
+{
+    Element,
+    DeclaredElement,
+    Entity,
+    ParameterEntity,
+    Notation,
+    Prefix,
+    Namespace,
+    Identifier
 };
 
 /// Keeps the accounts of one parse after the other and ends those that exceed their limits. What it
@@ -39,8 +55,12 @@ public:
     /// it at once: the models are the document's. Those of schemas are ready before the parse, and
     /// values that are matched with a pattern may take much for a moment.
     void BeginDocumentType() noexcept { BeginMemory(true); }
+    /// The parse is over: what it has met takes no memory any more.
+    void ForgetNames() noexcept;
     /// Memory does not count any more: the scanner is done, or must be able to clean up.
     void EndMemory() noexcept { m_countsMemory = false; }
+    /// Whether the parse does.
+    bool IsValidating() const noexcept { return m_isValidating; }
     /// Where errors are located; null for nowhere. Begin forgets it.
     void SetLocator(const xercesc::Locator* locator) noexcept { m_locator = locator; }
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
@@ -66,15 +86,36 @@ public:
         ++m_depth;
         if (m_isValidating) [[unlikely]]
             AddValidationWork(uri, localName, attributes);
-        if (!m_declaredAttributes.empty()) [[unlikely]]
-            AddScannerWork(CountDeclaredAttributes(name, known));
-        AddText(name.size() + 1);
+        if (known.parse != m_number) [[unlikely]]
+            MeetElement(name, known);
+        if (known.count != 0) [[unlikely]]
+            AddScannerWork(known.count);
+        AddText(name.size() + (m_isInEntity ? ParseLimits::c_unitsOfImpliedElement : 1));
     }
-    /// Whether attributes, too, are to be added as text, with a unit for each: a tag can yield
-    /// more than what stands in it.
+    /// Whether attributes, too, are to be added: a tag can yield more than what stands in it.
     bool CountsAttributes() const noexcept { return m_countsAttributes; }
+    /// Those of the tag that is about to start which do not stand in it.
+    void SetDefaultAttributes(std::uint64_t count) noexcept { m_defaultAttributes = count; }
+    /// All attributes of a tag, whose names and values have so many units.
+    void AddAttributes(std::uint64_t count, std::uint64_t units)
+    {
+        const std::uint64_t implied = m_isInEntity ? count : m_defaultAttributes;
+        AddText(units + count + implied * (ParseLimits::c_unitsOfImpliedAttribute - 1));
+    }
+    /// The names of all attributes of a tag, zero-terminated.
+    void CheckAttributeNames(std::span<const char16_t* const> names)
+    {
+        if (names.size() > m_limits.GetNameCollisionLimit()) [[unlikely]]
+            CheckManyAttributeNames(names);
+    }
+    /// A name of that kind, declared or used; it may have been before.
+    void MeetName(NameKind kind, std::u16string_view name);
+    /// A start tag that is still to come has too many attributes whose hashes collide.
+    [[noreturn]] void FailAtTag(unsigned long long line, unsigned long long column);
     /// An entity of that length is about to be read inside of `depth` - 1 others.
     void AddExpansion(std::uint64_t units, std::size_t depth);
+    /// So many readers are open: that of the document and one for each entity.
+    void SetReaders(std::size_t count) noexcept { m_isInEntity = count > 1; }
 
     /// The scanner is about to allocate a block. It does so at each level where it recurses
     /// through a value that it matches with a pattern.
@@ -94,9 +135,10 @@ public:
             AddToStep(++m_modelNodesInStep / 2);
     }
     /// The document type declares an element with that content model.
-    void DeclareElement(std::u16string_view model);
+    void DeclareElement(std::u16string_view name, std::u16string_view model);
     /// The document type declares an attribute of that type.
-    void DeclareAttribute(std::u16string_view elementName, std::u16string_view type);
+    void DeclareAttribute(std::u16string_view elementName, std::u16string_view name,
+                          std::u16string_view type);
 
     /// The scanner has freed a block.
     void ReturnMemory(std::size_t bytes) noexcept { m_memory -= static_cast<std::int64_t>(bytes); }
@@ -104,13 +146,15 @@ public:
     /// the account of validation.
     void SettleMemory() noexcept;
     void EndElement() noexcept { --m_depth; }
-    void DeclareEntity() noexcept { m_countsAttributes = true; }
-    void OpenNamespaceScope() noexcept { ++m_namespacesInScope; }
+    /// Parameter entities have names that begin with "%".
+    void DeclareEntity(std::u16string_view name);
+    void OpenNamespaceScope(std::u16string_view prefix, std::u16string_view uri);
     void CloseNamespaceScope() noexcept { --m_namespacesInScope; }
 
 private:
-    std::uint64_t CountDeclaredAttributes(std::u16string_view name,
-                                          ParsedNames::DeclaredAttributes& known) const;
+    /// The first element of a name, or the first since names were forgotten.
+    void MeetElement(std::u16string_view name, ParsedNames::DeclaredAttributes& known);
+    void CheckManyAttributeNames(std::span<const char16_t* const> names);
     void AddScannerWork(std::uint64_t amount);
     void AddValidationWork(const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes);
     void AddDeclarationWork(std::uint64_t amount);
@@ -118,8 +162,9 @@ private:
     void AddToStep(std::uint64_t amount);
     void RequireStack(std::size_t bytes);
     [[noreturn]] void FailMemory();
-    std::uint64_t CountLookUp(const XMLCh* uri, const XMLCh* localName);
+    std::uint64_t CountElementsInBucket(const XMLCh* uri, const XMLCh* localName);
     [[noreturn]] void FailAmplification();
+    [[noreturn]] void FailCollision(const char16_t* kind);
     [[noreturn]] void Fail(const TString& message);
 
     static constexpr std::uint64_t c_unlimited = std::numeric_limits<std::uint64_t>::max();
@@ -133,20 +178,29 @@ private:
     std::uint64_t m_scannerWorkLimit = c_unlimited;
     std::uint64_t m_depth = 0;
     bool m_countsAttributes = false;
+    bool m_isInEntity = false;
+    std::uint64_t m_defaultAttributes = 0;
 
     /// Of the parse.
     std::uint64_t m_number = 0;
-    // By element name; complete before the first element begins.
-    std::unordered_map<TString, std::uint64_t> m_declaredAttributes;
+    struct DeclaredElement
+    {
+        std::uint64_t attributes = 0;
+        std::optional<NameBuckets> attributeNames;
+    };
+    // By name; complete before the first element begins.
+    std::unordered_map<TString, DeclaredElement> m_declaredElements;
+    // Each from the first name on.
+    std::unordered_map<NameKind, NameBuckets> m_names;
 
     bool m_isValidating = false;
     std::uint64_t m_validationWork = 0;
     std::uint64_t m_validationWorkLimit = c_unlimited;
+    std::uint64_t m_lookUps = 0;
+    std::uint64_t m_lookUpLimit = c_unlimited;
     std::uint64_t m_namespacesInScope = 0;
-    std::uint64_t m_differentElements = 0;
-    // The number of namespaces by local name, and an entry for each pair of local name and
-    // namespace.
-    std::unordered_map<TString, std::uint64_t> m_elementNames;
+    /// From the first element on.
+    std::optional<NameBuckets> m_validatedElements;
 
     bool m_countsMemory = false;
     bool m_countsSteps = false;

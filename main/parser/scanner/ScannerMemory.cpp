@@ -74,6 +74,7 @@ void ScannerMemory::Reset() noexcept
     m_hasFailed = false;
     m_readers.clear();
     m_topReader = nullptr;
+    m_budget.SetReaders(0);
     if (m_refusedStream != nullptr)
         deallocate(m_refusedStream);
 }
@@ -129,6 +130,7 @@ void* ScannerMemory::AllocateLinked(XMLSize_t size)
     *link = {&m_blocks, m_blocks.next, size};
     link->next->previous = link;
     m_blocks.next = link;
+    m_held += size;
     return link + 1;
 }
 
@@ -137,6 +139,7 @@ void ScannerMemory::FreeLinked(void* block) noexcept
     Link* const link = static_cast<Link*>(block) - 1;
     link->previous->next = link->next;
     link->next->previous = link->previous;
+    m_held -= link->size;
     XMLPlatformUtils::fgMemoryManager->deallocate(link);
 }
 
@@ -151,6 +154,7 @@ void ScannerMemory::deallocate(void* block)
     if (block == m_topReader) [[unlikely]] {
         m_readers.pop_back();
         m_topReader = m_readers.empty() ? nullptr : m_readers.back();
+        m_budget.SetReaders(m_readers.size());
     }
     const XMLSize_t size = (static_cast<Link*>(block) - 1)->size;
     if (CountsAsMemory(size))
@@ -188,4 +192,5 @@ void ScannerMemory::NoteReader(void* block)
         throw xercesc::OutOfMemoryException();
     }
     m_topReader = block;
+    m_budget.SetReaders(m_readers.size());
 }

@@ -29,6 +29,9 @@ public:
     /// destroys what it has not initialised. From now on memory begins as zeros.
     void PrepareForSchemas() noexcept { m_clears = true; }
 
+    /// All blocks that are not given back, in bytes.
+    std::size_t GetHeld() const noexcept { return m_held; }
+
     xercesc::MemoryManager* getExceptionMemoryManager() override;
     /// LimitExceeded when the block, or the entity that it is for, is more than the budget allows.
     void* allocate(XMLSize_t size) override;
@@ -54,6 +57,7 @@ private:
     ParseBudget& m_budget;
     /// Before the first block and behind the last.
     Link m_blocks{&m_blocks, &m_blocks, 0};
+    std::size_t m_held = 0;
     /// What an object of the type of an entity's stream begins with.
     const void* m_streamType;
     /// The block allocated last, unless it is gone.

@@ -27,10 +27,10 @@ const char16_t* ToTerminated(const XMLCh* text) noexcept
     return text == nullptr ? u"" : reinterpret_cast<const char16_t*>(text);
 }
 
-/// The units of all names and values and one for each attribute.
+/// The units of all names and values.
 std::size_t CountUnits(const xercesc::Attributes& attributes)
 {
-    std::size_t units = attributes.getLength();
+    std::size_t units = 0;
     for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
         units += ViewXMLCh(attributes.getQName(i)).size();
         units += ViewXMLCh(attributes.getValue(i)).size();
@@ -108,14 +108,35 @@ void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, co
     const XMLSize_t count = attributes.getLength();
     m_budget.StartElement(name.name.view(), name.declaredAttributes, uri, localName, count);
     if (m_budget.CountsAttributes())
-        m_budget.AddText(CountUnits(attributes));
+        m_budget.AddAttributes(count, CountUnits(attributes));
     m_attributeNames.resize(count);
     m_attributeValues.resize(count);
     for (XMLSize_t i = 0; i < count; ++i) {
         m_attributeNames[i] = ToTerminated(attributes.getQName(i));
         m_attributeValues[i] = ViewXMLCh(attributes.getValue(i));
     }
+    m_budget.CheckAttributeNames(m_attributeNames);
+    if (m_budget.IsValidating())
+        MeetIdentifiers(attributes);
     Tell([&] { m_sink.StartElement({m_names, name, m_attributeNames, m_attributeValues}); });
+}
+
+void XercesXMLHandler::ForgetAttributes() noexcept
+{
+    constexpr std::size_t c_kept = 1024;
+    if (m_attributeNames.capacity() <= c_kept)
+        return;
+    std::vector<const char16_t*>().swap(m_attributeNames);
+    std::vector<std::u16string_view>().swap(m_attributeValues);
+}
+
+void XercesXMLHandler::MeetIdentifiers(const xercesc::Attributes& attributes)
+{
+    for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
+        // And references to them.
+        if (ViewXMLCh(attributes.getType(i)).starts_with(u"ID"))
+            m_budget.MeetName(NameKind::Identifier, m_attributeValues[i]);
+    }
 }
 
 void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
@@ -133,9 +154,9 @@ void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
     m_budget.SetLocator(locator);
 }
 
-void XercesXMLHandler::startPrefixMapping(const XMLCh* /*prefix*/, const XMLCh* /*uri*/)
+void XercesXMLHandler::startPrefixMapping(const XMLCh* prefix, const XMLCh* uri)
 {
-    m_budget.OpenNamespaceScope();
+    m_budget.OpenNamespaceScope(ViewXMLCh(prefix), ViewXMLCh(uri));
 }
 
 void XercesXMLHandler::endPrefixMapping(const XMLCh* /*prefix*/)
@@ -143,21 +164,20 @@ void XercesXMLHandler::endPrefixMapping(const XMLCh* /*prefix*/)
     m_budget.CloseNamespaceScope();
 }
 
-void XercesXMLHandler::elementDecl(const XMLCh* /*name*/, const XMLCh* model)
+void XercesXMLHandler::elementDecl(const XMLCh* name, const XMLCh* model)
 {
-    m_budget.DeclareElement(ViewXMLCh(model));
+    m_budget.DeclareElement(ViewXMLCh(name), ViewXMLCh(model));
 }
 
-void XercesXMLHandler::internalEntityDecl(const XMLCh* /*name*/, const XMLCh* /*value*/)
+void XercesXMLHandler::internalEntityDecl(const XMLCh* name, const XMLCh* /*value*/)
 {
-    m_budget.DeclareEntity();
+    m_budget.DeclareEntity(ViewXMLCh(name));
 }
 
-void XercesXMLHandler::attributeDecl(const XMLCh* elementName, const XMLCh* /*name*/,
-                                     const XMLCh* type, const XMLCh* /*mode*/,
-                                     const XMLCh* /*value*/)
+void XercesXMLHandler::attributeDecl(const XMLCh* elementName, const XMLCh* name, const XMLCh* type,
+                                     const XMLCh* /*mode*/, const XMLCh* /*value*/)
 {
-    m_budget.DeclareAttribute(ViewXMLCh(elementName), ViewXMLCh(type));
+    m_budget.DeclareAttribute(ViewXMLCh(elementName), ViewXMLCh(name), ViewXMLCh(type));
 }
 
 // Diagnostics

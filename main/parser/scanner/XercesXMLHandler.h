@@ -94,6 +94,8 @@ public:
     void RecordFatalError(const TString& message, const TString& systemId, unsigned long long line,
                           unsigned long long column);
 
+    /// Those of the last tag, if there were many.
+    void ForgetAttributes() noexcept;
     /// The locator belongs to a scanner that is about to end.
     void ForgetLocator() noexcept { m_locator = nullptr; }
     /// While a schema is loaded, what its document type refers to outside is taken as empty.
@@ -133,6 +135,7 @@ private:
                 unsigned long long line, unsigned long long column);
     /// The same text, sharing its units with what was recorded before where it can.
     TString Share(const TString& text);
+    void MeetIdentifiers(const xercesc::Attributes& attributes);
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
     ScanSink& m_sink;

@@ -99,7 +99,8 @@ void XercesXMLParserImpl::Start(ScanSink& sink, SAXInterfaceExtension* extension
 void XercesXMLParserImpl::MakeReader()
 {
     auto memory = std::make_unique<ScannerMemory>(m_budget);
-    std::unique_ptr<LocatingReader> reader(new (memory.get()) LocatingReader(memory.get()));
+    std::unique_ptr<LocatingReader> reader(new (memory.get())
+                                               LocatingReader(memory.get(), m_budget));
     reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
     SetXercesXMLHandler(*reader, *m_handler);
     reader->setLexicalHandler(&m_documentType);

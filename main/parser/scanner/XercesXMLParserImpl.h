@@ -76,8 +76,8 @@ private:
     bool ScanDirectly(const XercesInputSource& document);
     DirectScanning::Verdict FindReasonForXerces() const;
     void ScanWithXerces(const XercesInputSource& document);
-    /// After a document of so many bytes.
-    void GiveBackReader(std::size_t bytes);
+    /// What an unusual document has made the parser take.
+    void GiveBack() noexcept;
     /// Calls `scan` and records what it throws.
     template <typename Scan>
     void RecordFailures(Scan&& scan);

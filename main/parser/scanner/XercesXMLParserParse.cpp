@@ -5,6 +5,7 @@
 #include "bytes/OverlookedFaults.h"
 #include "bytes/XercesInputSource.h"
 #include "bytes/XercesText.h"
+#include "scanner/CollidingTags.h"
 #include "scanner/XmlVersionWatch.h"
 
 #include <kescorexml/IXercesInputSourceProvider.h>
@@ -180,15 +181,20 @@ void XercesXMLParserImpl::DoXercesParse()
         return;
     static_cast<void>(document());
     RecordFailures([&] { ScanWithXerces(document); });
-    GiveBackReader(document.GetBytes().size());
+    GiveBack();
 }
 
 /// Xerces keeps what it holds of a document until it reads the next one, which may never come: most
-/// documents are read without it.
-void XercesXMLParserImpl::GiveBackReader(std::size_t bytes)
+/// documents are read without it. What holds the open elements and the attributes of a tag, it
+/// keeps for good.
+void XercesXMLParserImpl::GiveBack() noexcept
 {
-    constexpr std::size_t c_smallDocument = 0x40000;
-    if (!m_noSchemaLoaded || bytes <= c_smallDocument)
+    // More than a reader takes that has met ordinary documents.
+    constexpr std::size_t c_most = 1024 * 1024;
+    m_names.ForgetUnlessSmall();
+    m_handler->ForgetAttributes();
+    m_budget.ForgetNames();
+    if (!m_noSchemaLoaded || m_memory == nullptr || m_memory->GetHeld() <= c_most)
         return;
     m_handler->ForgetLocator();
     m_budget.SetLocator(nullptr);
@@ -232,6 +238,8 @@ void XercesXMLParserImpl::ScanWithXerces(const XercesInputSource& document)
     // the parser ends.
     if (m_reader == nullptr || (m_remains == Remains::Damage && m_noSchemaLoaded))
         MakeReader();
+    if (const auto tag = CollidingTags::FindFirst(document, GetNameCollisionLimit()))
+        m_budget.FailAtTag(tag->line, tag->column);
     ScanDocument(document);
     if (m_handler->SawErrors())
         CollectHandlerErrors();

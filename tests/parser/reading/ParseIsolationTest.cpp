@@ -6,6 +6,7 @@
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/DOMParser.h>
 #include <kescorexml/StandaloneDOMParser.h>
+#include <kescorexml/Utf8InputSource.h>
 #include <kescorexml/XMLDomFormatter.h>
 
 #include <gtest/gtest.h>
@@ -80,12 +81,12 @@ const std::vector<Document>& HostileDocuments()
         {"<!DOCTYPE a [<!ENTITY e '<b>text</b>'>]><a>text" + Repeat("&e;", 60) + "</a>"},
         {"<!DOCTYPE a [<!ENTITY e 'text'>]><a><b c='" + Repeat("&e;", 60) + "'/></a>"},
         {"<!DOCTYPE a [<!ATTLIST b x CDATA 'default' y CDATA 'default'>]><a>text" +
-         Repeat("<b/>", 100) + "</a>"},
+         Repeat("<b/>", 200) + "</a>"},
         {"<a>" + Repeat("text<b/>", 300) + "</a>"},
         {Repeat("<a>", 30) + Repeat("</a>", 30)},
-        {"<a>" + Repeat("<b><c/></b>", 30) + "</a>"},
+        {"<a>" + Repeat("<b><c/></b>", 100) + "</a>"},
         // These do harm only where document types are validated.
-        {"<!DOCTYPE a [<!ELEMENT a (#PCDATA" + Repeat("|b", 20) + ")*>]><a/>"},
+        {"<!DOCTYPE a [<!ELEMENT a (#PCDATA" + Repeat("|b", 30) + ")*>]><a/>"},
         {"<!DOCTYPE a [<!ELEMENT a (b" + Repeat(",b?", 20) + ")>]><a/>"},
         {"<!DOCTYPE a [<!ELEMENT b EMPTY><!ATTLIST b c (d" + Repeat("|d", 30) + ") 'd'>]><a/>"},
         {"<!DOCTYPE a [<!ELEMENT b EMPTY><!ELEMENT c EMPTY><!ELEMENT a ((b|c)*,b" +
@@ -349,5 +350,35 @@ TEST(ParseIsolation, NoMemoryIsLeftBehind)
             parser->AllowEntityExpansion_Insecure();
             return parser;
         });
+    }
+}
+
+TEST(ParseIsolation, AParserGivesBackWhatAnUnusualDocumentMadeItTake)
+{
+    const auto number = [](int count, const std::string& before, const std::string& after) {
+        std::string text;
+        for (int i = 0; i < count; ++i)
+            text += before + std::to_string(i) + after;
+        return text;
+    };
+    const std::string documents[] = {
+        // None is well-formed, so that Xerces reads them.
+        Repeat("<a>", 20000),
+        "<a" + number(10000, " a", "=''") + "></b>",
+        "<a>" + number(20000, "<a", "/>") + "</b>",
+        "<!DOCTYPE a [" + number(20000, "<!ENTITY e", " 'x'>") + "]><a></b>",
+    };
+    for (const bool validates : {false, true}) {
+        DOMParser parser;
+        if (validates)
+            parser.AddXSDInputSource(std::make_unique<Utf8InputSource>(
+                "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'/>", u"schema", false));
+        parser.ParseXmlString("<a></b>", u"id");
+        const std::ptrdiff_t usual = CountLiveAllocations();
+        for (const std::string& document : documents) {
+            EXPECT_TRUE(parser.ParseXmlString(document, u"id")->HasErrors());
+            // Those of a name or an element that is kept would be thousands.
+            EXPECT_LT(CountLiveAllocations(), usual + 500) << document.substr(0, 40);
+        }
     }
 }

@@ -39,7 +39,7 @@ const std::string c_wordsSchema =
     "<xs:restriction base='xs:string'><xs:pattern value='" +
     c_wordsPattern + "'/></xs:restriction></xs:simpleType></xs:element></xs:schema>";
 
-/// Counts what reaches it, as the amplification limit does.
+/// Counts what reaches it, as the amplification limit counts what a document spells out.
 class CountingSink : public SAXInterface
 {
 public:
@@ -48,6 +48,7 @@ public:
         units += 1 + static_cast<std::uint64_t>(name.length());
         for (const auto& [key, value] : attributes)
             units += 1 + static_cast<std::uint64_t>(key.length() + value.length());
+        attributeCount += attributes.size();
         ++elements;
     }
     void EndElement() override {}
@@ -58,6 +59,7 @@ public:
 
     std::uint64_t units = 0;
     std::uint64_t elements = 0;
+    std::uint64_t attributeCount = 0;
 };
 
 /// A parser for one document, which validates when it has a schema.
@@ -94,6 +96,17 @@ std::string Concatenate(int count, Make&& make)
     for (int i = 0; i < count; ++i)
         text += make(std::to_string(i));
     return text;
+}
+
+/// Of two or three letters.
+std::string MakeShortName(const std::string& number)
+{
+    const int value = std::stoi(number);
+    std::string name(1, static_cast<char>('a' + value % 26));
+    name += static_cast<char>('a' + value / 26 % 26);
+    if (value >= 26 * 26)
+        name += static_cast<char>('a' + value / 676);
+    return name;
 }
 
 std::string WithDoctype(const std::string& declarations, const std::string& content)
@@ -159,10 +172,11 @@ const auto c_isStackError =
 TEST(ParseLimits, AreOnFromTheStart)
 {
     const ParseLimits limits;
-    EXPECT_EQ(limits.GetAmplificationLimit(), (ParseLimits::Growth{100, 8388608}));
-    EXPECT_EQ(limits.GetExpansionLimit(), (ParseLimits::Growth{100, 16777216}));
+    EXPECT_EQ(limits.GetAmplificationLimit(), (ParseLimits::Growth{100, 25165824}));
+    EXPECT_EQ(limits.GetExpansionLimit(), (ParseLimits::Growth{100, 33554432}));
     EXPECT_EQ(limits.GetValidationDepthLimit(), 10000U);
     EXPECT_EQ(limits.GetValidationWorkLimit(), (ParseLimits::Growth{100, 67108864}));
+    EXPECT_EQ(limits.GetNameCollisionLimit(), 256U);
     Session session("<a/>");
     EXPECT_EQ(static_cast<ParseLimits&>(*session.parser), limits);
     EXPECT_EQ(static_cast<const ParseLimits&>(DOMParser()), limits);
@@ -185,15 +199,23 @@ TEST(ParseLimits, TextInFrontOfTheTagThatExceedsALimitReachesTheSink)
 
 TEST(ParseLimits, AmplificationCountsTextNamesAttributesAndElements)
 {
-    for (const std::string& document :
-         {std::string("<a>text</a>"), std::string("<a><bb/>x<bb/>\n</a>"),
-          std::string("<a>\xF0\x9F\x98\x80&lt;&#x20AC;<![CDATA[x]]></a>"),
-          WithDoctype("<!ENTITY e 'value'>", "<a b='&e;'>&e;</a>"),
-          WithDoctype("<!ATTLIST b c CDATA 'default' d CDATA 'e'>", "<a><b/><b d='xyz'/></a>")}) {
+    // With what elements and attributes cost more that the document does not spell out.
+    const std::pair<std::string, std::uint64_t> documents[] = {
+        {"<a>text</a>", 0},
+        {"<a><bb/>x<bb/>\n</a>", 0},
+        {"<a>\xF0\x9F\x98\x80&lt;&#x20AC;<![CDATA[x]]></a>", 0},
+        {WithDoctype("<!ENTITY e 'value'>", "<a b='&e;'>&e;</a>"), 0},
+        {WithDoctype("<!ATTLIST b c CDATA 'default' d CDATA 'e'>", "<a><b/><b d='xyz'/></a>"),
+         3 * 15},
+        {WithDoctype("<!ENTITY e '<b c=\"d\">x</b><e/>'>", "<a f=''>&e;<b/>&e;</a>"),
+         4 * 47 + 2 * 15},
+        {WithDoctype("<!ENTITY e '&f;'><!ENTITY f '<b/>'>", "<a>&e;</a>"), 47},
+    };
+    for (const auto& [document, implied] : documents) {
         SCOPED_TRACE(document);
         Session whole(document);
         EXPECT_THAT(whole.ParseExpanding(), IsEmpty());
-        const std::uint64_t units = whole.sink->units;
+        const std::uint64_t units = whole.sink->units + implied;
         EXPECT_GT(units, 0U);
 
         whole.parser->SetAmplificationLimit(0, units);
@@ -212,9 +234,9 @@ TEST(ParseLimits, AmplificationCountsTheAttributesThatASchemaAdds)
     Session session("<a/>", schema);
     EXPECT_THAT(session.Parse(), IsEmpty());
     EXPECT_EQ(session.sink->units, 2U + 7U);
-    session.parser->SetAmplificationLimit(0, 9);
+    session.parser->SetAmplificationLimit(0, 2 + 6 + 16);
     EXPECT_THAT(session.Parse(), IsEmpty());
-    session.parser->SetAmplificationLimit(0, 8);
+    session.parser->SetAmplificationLimit(0, 2 + 6 + 15);
     EXPECT_THAT(session.Parse(), c_isAmplificationError);
 }
 
@@ -263,8 +285,63 @@ TEST(ParseLimits, ManyDefaultAttributesOnManyElementsAreAmplification)
         "<a>" + Repeat("<a/>", 16000) + "</a>");
     Session session(document);
     EXPECT_THAT(session.Parse(), c_isAmplificationError);
-    EXPECT_LE(session.sink->units, std::max<std::uint64_t>(8388608, 100 * document.size()));
+    EXPECT_LE(session.sink->units, ParseLimits().GetAmplificationLimit().threshold);
     EXPECT_GT(session.sink->elements, 0U);
+}
+
+TEST(ParseLimits, ManyDefaultAttributesOfAUnitAreAmplification)
+{
+    // Hardly any letters, but each attribute takes memory.
+    for (const std::size_t elements : {2090U, 60000U}) {
+        for (const bool isPlain : {true, false}) {
+            const std::string attributes = Concatenate(
+                2000, [](const std::string& i) { return " " + MakeShortName(i) + " CDATA ''"; });
+            const std::string document =
+                WithDoctype("<!ATTLIST a" + attributes + ">" + (isPlain ? "" : "<!ENTITY e ''>"),
+                            "<a>" + Repeat("<a/>", elements) + "</a>");
+            EXPECT_LT(document.size(), 280000U);
+            Session session(document);
+            EXPECT_THAT(session.Parse(), c_isAmplificationError);
+            const std::uint64_t units = std::max<std::uint64_t>(
+                ParseLimits().GetAmplificationLimit().threshold, 100 * document.size());
+            EXPECT_LE(session.sink->attributeCount, units / 16);
+        }
+    }
+}
+
+TEST(ParseLimits, ElementsAndAttributesOfEntitiesAreAmplification)
+{
+    const std::string elements = Repeat("<b/>", 1500);
+    const std::string attributes =
+        "<b" + Concatenate(700, [](const std::string& i) { return " a" + i + "=\"\""; }) + "/>";
+    for (const std::string& text : {elements, attributes}) {
+        const std::string document =
+            WithDoctype("<!ENTITY e '" + text + "'>", "<a>" + Repeat("&e;", 4000) + "</a>");
+        EXPECT_LT(document.size(), 20000U);
+        Session session(document);
+        EXPECT_THAT(session.ParseExpanding(), c_isAmplificationError);
+        const std::uint64_t units = ParseLimits().GetAmplificationLimit().threshold;
+        EXPECT_LE(session.sink->elements * 48 + session.sink->attributeCount * 16, units);
+        EXPECT_GT(session.sink->elements, 0U);
+    }
+}
+
+TEST(ParseLimits, WhatIsHarmlessIsAccepted)
+{
+    Session defaults(WithDoctype(
+        Concatenate(50, [](const std::string& i) { return "<!ATTLIST a b" + i + " CDATA 'c'>"; }) +
+            "<!ENTITY e ''>",
+        "<a>" + Repeat("<a/>", 20000) + "</a>"));
+    EXPECT_THAT(defaults.Parse(), IsEmpty());
+    Session text(WithDoctype("<!ENTITY e '" + std::string(5000, 'x') + "'>",
+                             "<a>" + Repeat("&e;", 2000) + "</a>"));
+    EXPECT_THAT(text.ParseExpanding(), IsEmpty());
+    Session deep(Repeat("<a>", 3000) + Repeat("<a/>", 50000) + Repeat("</a>", 3000), c_openSchema);
+    EXPECT_THAT(deep.Parse(), IsEmpty());
+    Session unknown(
+        "<a>" + Concatenate(30000, [](const std::string& i) { return "<b" + i + "/>"; }) + "</a>",
+        c_openSchema);
+    EXPECT_THAT(unknown.Parse(), IsEmpty());
 }
 
 TEST(ParseLimits, ExpansionWithinTheThresholdIsAllowedWhateverItsFactor)
@@ -431,25 +508,29 @@ TEST(ParseLimits, TenThousandLevelsCanBeValidated)
     });
 }
 
-TEST(ParseLimits, ValidationWorkCountsDepthNamespacesAndDifferentElements)
+TEST(ParseLimits, ValidationWorkCountsDepthNamespacesAndElementsOfABucket)
 {
     const std::pair<const char*, std::uint64_t> documents[] = {
-        // The depth, one element and one namespace for the name.
-        {"<a/>", 1 + 1 + 8},
-        {"<a><a/><a><a/></a></a>", (1 + 9) + (2 + 9) + (2 + 9) + (3 + 9)},
-        {"<a b='' c=''/>", 3 * 1 + 9},
+        // The depth and one element.
+        {"<a/>", 1 + 32},
+        {"<a><a/><a><a/></a></a>", (1 + 32) + (2 + 32) + (2 + 32) + (3 + 32)},
+        {"<a b='' c=''/>", 3 * 1 + 32},
         // A declaration is an attribute, too, and is in scope until its element ends.
-        {"<a xmlns:p='u'><a/></a>", 2 * (1 + 1) + 9 + (2 + 1) + 9},
-        {"<a><a xmlns:p='u'/><a/></a>", (1 + 9) + (2 * (2 + 1) + 9) + (2 + 9)},
+        {"<a xmlns:p='u'><a/></a>", 2 * (1 + 1) + 32 + (2 + 1) + 32},
+        {"<a><a xmlns:p='u'/><a/></a>", (1 + 32) + (2 * (2 + 1) + 32) + (2 + 32)},
         {"<a><b xmlns='u'/><b xmlns='v'/><b xmlns='v'/></a>",
-         (1 + 9) + (2 * (2 + 1) + 2 + 8) + 2 * (2 * (2 + 1) + 3 + 16)},
+         (1 + 32) + (2 * (2 + 1) + 32) + 2 * (2 * (2 + 1) + 64)},
+        // The hashes of letters are 29 apart.
+        {"<a><D/></a>", (1 + 32) + (2 + 64)},
+        {"<a><E/></a>", (1 + 32) + (2 + 32)},
     };
     for (const auto& [document, work] : documents) {
         SCOPED_TRACE(document);
         Session session(document, c_openSchema);
-        session.parser->SetValidationWorkLimit(0, work);
+        const std::uint64_t threshold = (work + 7) / 8;
+        session.parser->SetValidationWorkLimit(0, threshold);
         EXPECT_THAT(session.Parse(), IsEmpty());
-        session.parser->SetValidationWorkLimit(0, work - 1);
+        session.parser->SetValidationWorkLimit(0, threshold - 1);
         EXPECT_THAT(session.Parse(), c_isValidationWorkError);
     }
 }
@@ -458,14 +539,16 @@ TEST(ParseLimits, ManyElementsThatNoSchemaKnowsEnd)
 {
     const auto parse = [](const std::string& content) {
         Session session("<a>" + content + "</a>", c_openSchema);
+        // An eighth of the limit, for it is the square that counts.
+        session.parser->SetValidationWorkLimit(1, 8U << 20);
         return session.Parse();
     };
-    EXPECT_THAT(parse(Concatenate(5000, [](const std::string& i) { return "<b" + i + "/>"; })),
+    EXPECT_THAT(parse(Concatenate(10000, [](const std::string& i) { return "<b" + i + "/>"; })),
                 IsEmpty());
-    EXPECT_THAT(parse(Concatenate(500000, [](const std::string& i) { return "<b" + i + "/>"; })),
+    EXPECT_THAT(parse(Concatenate(11500, [](const std::string& i) { return "<b" + i + "/>"; })),
                 c_isValidationWorkError);
     EXPECT_THAT(
-        parse(Concatenate(50000, [](const std::string& i) { return "<b xmlns='u" + i + "'/>"; })),
+        parse(Concatenate(3000, [](const std::string& i) { return "<b xmlns='u" + i + "'/>"; })),
         c_isValidationWorkError);
 }
 
@@ -765,6 +848,8 @@ TEST(ParseLimits, AreSetOnEachParser)
          "SetValidationDepthLimit"},
         {"<a/>", true, [](ParseLimits& limits) { limits.SetValidationWorkLimit(0, 1); },
          "SetValidationWorkLimit"},
+        {WithDoctype("<!ENTITY e ''>", "<a><bA/><ag/></a>"), false,
+         [](ParseLimits& limits) { limits.SetNameCollisionLimit(1); }, "SetNameCollisionLimit"},
     };
     for (const Case& entry : cases) {
         const auto exceeds = ElementsAre(HasSubstr(entry.setter));

@@ -1,0 +1,183 @@
+#include "scanner/CollidingTags.h"
+
+#include "bytes/OverlookedFaults.h"
+#include "bytes/ScannerEncoding.h"
+#include "bytes/XercesInputSource.h"
+#include "scanner/NameBuckets.h"
+
+#include <kesplatform/TString.h>
+
+#include <QChar>
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t c_npos = std::string_view::npos;
+
+/// A document as code units, of whatever size.
+class Units
+{
+public:
+    Units(std::string_view bytes, const ScannerEncoding& encoding) noexcept
+        : m_bytes(bytes), m_units(*encoding.units), m_isUtf8(encoding.isUtf8)
+    {
+    }
+
+    std::size_t Count() const noexcept { return m_bytes.size() / m_units.unitSize; }
+    /// Zero behind the end.
+    std::uint32_t At(std::size_t index) const noexcept
+    {
+        return index < Count() ? m_units.ReadUnit(m_bytes, index * m_units.unitSize) : 0;
+    }
+    /// npos when there is none from `from` on.
+    std::size_t FindOpening(std::size_t from) const noexcept
+    {
+        if (m_units.unitSize == 1)
+            return m_bytes.find('<', from);
+        while (from < Count() && At(from) != '<')
+            ++from;
+        return from < Count() ? from : c_npos;
+    }
+    /// The last one from `from` up to `to`; npos when there is none.
+    std::size_t FindLastOpening(std::size_t from, std::size_t to) const noexcept
+    {
+        if (m_units.unitSize == 1) {
+            const std::size_t found = m_bytes.substr(from, to - from).rfind('<');
+            return found == c_npos ? c_npos : from + found;
+        }
+        while (to > from && At(to - 1) != '<')
+            --to;
+        return to > from ? to - 1 : c_npos;
+    }
+    /// As UTF-16. Single bytes that are no UTF-8 are taken for ISO-8859-1.
+    TString GetText(std::size_t from, std::size_t to) const
+    {
+        if (m_isUtf8)
+            return TString::fromUtf8(m_bytes.substr(from, to - from));
+        std::u16string text;
+        for (; from < to; ++from) {
+            const std::uint32_t unit = At(from);
+            if (unit > 0xFFFF) {
+                text += QChar::highSurrogate(unit);
+                text += QChar::lowSurrogate(unit);
+            } else {
+                text += static_cast<char16_t>(unit);
+            }
+        }
+        return TString(std::u16string_view(text));
+    }
+
+private:
+    std::string_view m_bytes;
+    const EncodingTable::Entry& m_units;
+    bool m_isUtf8;
+};
+
+bool IsBlank(std::uint32_t unit) noexcept
+{
+    return unit == ' ' || unit == '\t' || unit == '\n' || unit == '\r';
+}
+
+bool EndsName(std::uint32_t unit) noexcept
+{
+    return IsBlank(unit) || unit == '=' || unit == '>' || unit == '/' || unit == '<' || unit == 0;
+}
+
+/// Goes through the attributes of a start tag as far as it is well-formed: the scanner goes no
+/// further.
+class Tag
+{
+public:
+    /// `at` is behind its "<".
+    Tag(const Units& units, std::size_t at) noexcept : m_units(units), m_at(at) { SkipName(); }
+
+    bool HasMore(std::uint64_t most)
+    {
+        NameBuckets names(NameBuckets::c_tag);
+        while (true) {
+            SkipBlanks();
+            const std::size_t begin = m_at;
+            SkipName();
+            if (m_at == begin)
+                return false;
+            const std::size_t end = m_at;
+            if (!SkipValue())
+                return false;
+            if (names.Add(m_units.GetText(begin, end).view()) > most)
+                return true;
+        }
+    }
+
+private:
+    void SkipBlanks() noexcept
+    {
+        while (IsBlank(m_units.At(m_at)))
+            ++m_at;
+    }
+    void SkipName() noexcept
+    {
+        while (!EndsName(m_units.At(m_at)))
+            ++m_at;
+    }
+    bool SkipValue() noexcept
+    {
+        SkipBlanks();
+        if (m_units.At(m_at++) != '=')
+            return false;
+        SkipBlanks();
+        const std::uint32_t quote = m_units.At(m_at++);
+        if (quote != '"' && quote != '\'')
+            return false;
+        while (m_at < m_units.Count() && m_units.At(m_at) != quote)
+            ++m_at;
+        return m_at++ < m_units.Count();
+    }
+
+    const Units& m_units;
+    std::size_t m_at;
+};
+
+/// Where a tag begins that has more than `most` colliding names, or npos. Such a tag is long, and
+/// no well-formed one has a "<" inside: what is no such tag need not be gone through.
+std::size_t FindTag(const Units& units, std::uint64_t most)
+{
+    // The shortest attribute is " a=''".
+    constexpr std::uint64_t c_shortest = 5;
+    constexpr std::uint64_t c_longestStep = 0x10000;
+    const auto step =
+        static_cast<std::size_t>(std::clamp(most, std::uint64_t{16}, c_longestStep) * c_shortest);
+    std::size_t at = units.FindOpening(0);
+    while (at != c_npos) {
+        const std::size_t end = std::min(units.Count(), at + 1 + step);
+        const std::size_t last = units.FindLastOpening(at + 1, end);
+        if (last != c_npos) {
+            at = last;
+            continue;
+        }
+        const std::uint32_t next = units.At(at + 1);
+        const bool isStartTag = next != '/' && next != '!' && next != '?';
+        if (isStartTag && Tag(units, at + 1).HasMore(most))
+            return at;
+        at = units.FindOpening(end);
+    }
+    return c_npos;
+}
+
+} // namespace
+
+std::optional<TextPosition> CollidingTags::FindFirst(const XercesInputSource& document,
+                                                     std::uint64_t most)
+{
+    const std::string_view bytes = document.GetBytes();
+    const ScannerEncoding encoding = document.GetEncoding() == XercesEncoding::Utf8
+                                         ? ScannerEncoding()
+                                         : ScannerEncoding::Find(bytes);
+    const std::size_t at = FindTag(Units(bytes, encoding), most);
+    if (at == c_npos)
+        return std::nullopt;
+    return OverlookedFaults::LocateEnd(bytes.substr(0, at * encoding.units->unitSize), encoding);
+}
