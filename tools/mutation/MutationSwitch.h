@@ -1,7 +1,8 @@
 // Included by the sources into which tools/mutation has planted faults, and by the recorder that it
 // links into their tests. All objects and child processes of a test program share one table, a file
 // that the environment variable MUTATION_TABLE names: which fault is on (0: none), and which
-// switches were passed since the recorder last cleared them. Without the variable all faults are off.
+// switches were passed since the recorder last cleared them. Without the variable all faults are
+// off.
 #pragma once
 
 #include <cstdint>
@@ -13,10 +14,9 @@
 #include <type_traits>
 #include <unistd.h>
 
-namespace mutation
-{
-// As tools/mutation/build.py writes it. A byte a fault, of which that of fault n is 1 once its switch
-// was passed.
+namespace mutation {
+// As tools/mutation/trial.py makes it. A byte a fault, of which that of fault n is 1 once its
+// switch was passed.
 constexpr std::uint32_t c_maximumFaults = 65532;
 
 struct Table
@@ -28,8 +28,8 @@ struct Table
 inline Table g_idle{};
 inline Table* g_table = &g_idle;
 
-// Before any other initialiser of the object, since those may pass switches too. Once for each object
-// that holds a g_table of its own.
+// Before any other initialiser of the object, since those may pass switches too. Once for each
+// object that holds a g_table of its own.
 [[gnu::constructor(101)]] inline void MapTable()
 {
     char const* path = std::getenv("MUTATION_TABLE");
@@ -60,12 +60,14 @@ constexpr bool Flip(std::uint32_t n, bool value)
 }
 
 // The type stays that of the value, so that overloads and templates stay those of the source.
-template <typename T> constexpr T More(std::uint32_t n, T value)
+template <typename T>
+constexpr T More(std::uint32_t n, T value)
 {
     return On(n) ? static_cast<T>(value + 1) : value;
 }
 
-template <typename T> constexpr T Less(std::uint32_t n, T value)
+template <typename T>
+constexpr T Less(std::uint32_t n, T value)
 {
     return On(n) ? static_cast<T>(value - 1) : value;
 }

@@ -1,6 +1,7 @@
-// Linked into the test programs of the tree in which tools/mutation plants its faults. Writes, to the
-// file that MUTATION_RECORD names, a line a test: name, source file, seconds of a core and the switches that it
-// passed; the line named * is for what is passed before any test. Without that variable it ends the process at the first failure: one is enough.
+// Linked into the test programs of the tree in which tools/mutation plants its faults. Writes, to
+// the file that MUTATION_RECORD names, a line a test: name, source file, seconds of a core and the
+// switches that it passed; the line named * is for what is passed before any test. Without that
+// variable it ends the process at the first failure: one is enough.
 #include "MutationSwitch.h"
 
 #include <algorithm>
@@ -9,8 +10,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace
-{
+namespace {
 constexpr int c_failureStatus = 10;
 
 class Recorder : public testing::EmptyTestEventListener

@@ -12,9 +12,10 @@ import threading
 
 from finder import find_faults, precompile
 from known import as_entry, read_known
-from selection import sample, since
+from release_build import PROGRAMS
+from selection import changed_lines, sample
 from trial import Trials, record
-from workshop import PROGRAMS, TOOLS, Workshop
+from workshop import TOOLS, Workshop
 
 ROOT = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", ".."))
 LIMIT_OF_FAULTS = 60000
@@ -53,26 +54,37 @@ def options():
 
 
 def choose(workshop, wanted):
-    prepared = {}
-    tasks = []
-    for name, library in sorted(workshop.library_of.items()):
-        flags = workshop.analysis_flags(name)
-        if library not in prepared:
-            prepared[library] = precompile(workshop.externals(library), flags)
-        tasks.append((name, prepared[library] + flags))
-    faults = find_faults(ROOT, set(workshop.scope), tasks, wanted.jobs,
-                         os.path.join(workshop.folder, "places"))
+    """The faults to be planted, with their numbers."""
+    files = [name for name in workshop.scope if re.search(wanted.file, name)]
+    if wanted.since:
+        lines = changed_lines(ROOT, wanted.since)
+        files = [name for name in files if name in lines]
+    faults = [f for f in find_all(workshop, files, wanted.jobs) if f.file in files]
     report(f"{len(faults)} places for faults in {len({f.file for f in faults})} files")
     if wanted.since:
-        chosen = since(faults, ROOT, wanted.since)
+        chosen = [f for f in faults if lines[f.file].intersection(f.lines())]
     else:
         chosen = sample(faults, wanted.faults, wanted.seed)
-    chosen = [f for f in chosen if re.search(wanted.file, f.file)]
     if len(chosen) > LIMIT_OF_FAULTS:
         raise SystemExit("mutate: too many faults for one table")
     for number, fault in enumerate(chosen, 1):
         fault.number = number
     return chosen
+
+
+def find_all(workshop, files, jobs):
+    """The faults in the files and some others, by way of the sources that include them."""
+    prepared = {}
+    tasks = []
+    for name in sorted(workshop.touched(files)):
+        library = workshop.release.library_of.get(name)
+        if not library:
+            continue
+        flags = workshop.release.analysis_flags(name)
+        if library not in prepared:
+            prepared[library] = precompile(workshop.externals(library), flags)
+        tasks.append((name, prepared[library] + flags))
+    return find_faults(ROOT, set(workshop.scope), tasks, jobs, workshop.path("places"))
 
 
 def try_all(workshop, coverage, faults, wanted):
@@ -108,11 +120,11 @@ def try_all(workshop, coverage, faults, wanted):
 
 
 def results_path(workshop):
-    return os.path.join(workshop.folder, "results")
+    return workshop.path("results")
 
 
 def planted_path(workshop):
-    return os.path.join(workshop.folder, "planted.faults")
+    return workshop.path("planted.faults")
 
 
 def last_run(workshop):

@@ -20,6 +20,10 @@ SECOND_OPERATORS = {"<": ">", ">": "<", "<=": "==", ">=": "=="}
 INTEGERS = {T.CHAR_U, T.UCHAR, T.CHAR16, T.CHAR32, T.USHORT, T.UINT, T.ULONG, T.ULONGLONG, T.CHAR_S,
             T.SCHAR, T.SHORT, T.INT, T.LONG, T.LONGLONG, T.WCHAR}
 LOOPS = {K.FOR_STMT, K.CXX_FOR_RANGE_STMT, K.WHILE_STMT}
+# Functions whose arguments may be swapped.
+SYMMETRIC = re.compile(r"max|min|swap|equals|_mm_(cmpeq|max|min|or|and)_\w+")
+# Calls that nobody notices except by the clock.
+HINTS = re.compile(r"reserve|Prefetch\w*|__builtin_prefetch|__builtin_ia32_vzeroupper")
 LITERALS = {K.INTEGER_LITERAL, K.CHARACTER_LITERAL, K.CXX_BOOL_LITERAL_EXPR}
 
 
@@ -138,7 +142,10 @@ class Patterns:
         if cursor.spelling.startswith("operator"):
             self.binary(source, place, arguments)
             return
-        for first, second in zip(arguments, arguments[1:]):
+        if HINTS.fullmatch(cursor.spelling):
+            return
+        symmetric = SYMMETRIC.fullmatch(cursor.spelling)
+        for first, second in () if symmetric else zip(arguments, arguments[1:]):
             a, b = span(first), span(second)
             if not place[0] <= a[0] < a[1] <= b[0] < b[1] < place[1]:
                 continue
@@ -199,6 +206,8 @@ class Patterns:
             inner = list(inner.get_children())[0]
         dropped = (K.CALL_EXPR, K.BINARY_OPERATOR, K.COMPOUND_ASSIGNMENT_OPERATOR, K.UNARY_OPERATOR,
                    K.CXX_DELETE_EXPR)
+        if HINTS.fullmatch(inner.spelling or ""):
+            return
         if inner.kind in dropped or cursor.kind in (K.BREAK_STMT, K.CONTINUE_STMT):
             self.drop(source, place)
         elif cursor.kind == K.RETURN_STMT:

@@ -43,8 +43,3 @@ def changed_lines(root, commit):
             first, count = int(match[1]), int(match[2] or 1)
             lines[file].update(range(first, first + count))
     return lines
-
-
-def since(faults, root, commit):
-    lines = changed_lines(root, commit)
-    return [f for f in faults if lines[f.file].intersection(f.lines())]

@@ -58,7 +58,7 @@ def run_tests(program, table, tests_file, seconds, cpu_seconds, extra=None):
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         resource.setrlimit(resource.RLIMIT_AS, (MEMORY_BYTES, MEMORY_BYTES))
         if cpu_seconds:
-            resource.setrlimit(resource.RLIMIT_CPU, (cpu_seconds, cpu_seconds))
+            signal.setitimer(signal.ITIMER_PROF, cpu_seconds)
 
     process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL,
                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
@@ -126,8 +126,8 @@ class Trials:
     def __init__(self, workshop, coverage, name, budget):
         self.workshop = workshop
         self.coverage = coverage
-        self.table = Table(os.path.join(workshop.folder, f"table.{name}"))
-        self.tests_file = os.path.join(workshop.folder, f"tests.{name}")
+        self.table = Table(workshop.path(f"table.{name}"))
+        self.tests_file = workshop.path(f"tests.{name}")
         self.budget = budget
 
     def batches(self, tests):
@@ -160,7 +160,7 @@ class Trials:
         for batch in self.batches(tests):
             status = self.run(fault.number, batch)
             if status != 0:
-                how = {124: "time", -signal.SIGXCPU: "time", -signal.SIGKILL: "time"}.get(status, status)
+                how = {124: "time", -signal.SIGPROF: "time", -signal.SIGKILL: "time"}.get(status, status)
                 return Outcome("killed", f"{how} in {len(batch)} tests from {batch[0].name}")
             tried += len(batch)
         return Outcome("survived", f"{tried} of the {len(tests)} tests that reach it")
@@ -170,10 +170,10 @@ class Trials:
             file.write("--gtest_filter=" + ":".join(test.name for test in batch) + "\n")
         self.table.select(number)
         seconds = sum(test.seconds for test in batch)
-        program = self.workshop.program(batch[0].program)
+        program = self.workshop.path(batch[0].program)
         # What is busy for that much longer goes round for ever; what is idle waits for ever.
         return run_tests(program, self.table, self.tests_file, 30 + 10 * seconds,
-                         int(3 + 5 * seconds))
+                         0.8 + 5 * seconds)
 
 
 def record(workshop, programs, jobs, report):
@@ -184,11 +184,11 @@ def record(workshop, programs, jobs, report):
     parts = 4 * jobs
 
     def run_part(program, part):
-        path = os.path.join(workshop.folder, f"coverage.{program}.{part}")
+        path = workshop.path(f"coverage.{program}.{part}")
         if os.path.exists(path):
             os.remove(path)
-        table = Table(os.path.join(workshop.folder, f"table.record.{program}.{part}"))
-        status = run_tests(workshop.program(program), table, None, 7200, 0,
+        table = Table(workshop.path(f"table.record.{program}.{part}"))
+        status = run_tests(workshop.path(program), table, None, 7200, 0,
                            {"MUTATION_RECORD": path, "GTEST_TOTAL_SHARDS": str(parts),
                             "GTEST_SHARD_INDEX": str(part)})
         os.remove(table.path)
