@@ -63,6 +63,7 @@ def build_text(release, planted, folder, recorder, touched, externals):
         objects = " ".join(libraries + tests)
         lines += [f"build {program}: link {objects}",
                   f"  libraries = -Wl,-rpath,{folder} {LIBRARY_FLAGS}"]
+    lines.append(f"build all: phony {' '.join(PROGRAMS)}")
     return "\n".join(lines) + "\n"
 
 

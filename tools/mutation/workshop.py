@@ -71,14 +71,21 @@ class Workshop:
 
     def touched(self, files):
         """What is to be compiled anew: the sources that hold a fault, and those that include a header
-        that does, by whatever way. Of tests, those that get at a private header.
+        that does, by whatever way. Of tests, those that get at a private header, and those of the
+        platform.
         """
         private = [name for name in files if not name.startswith("platform/public/")]
         libraries = self.includers(files, self.scope + self.list_files("public"))
-        tests = self.includers(private, self.list_files("tests") + [
-            name for name in self.scope if name.endswith(".h")])
-        return [name for name in self.release.commands
-                if os.path.basename(name) in (tests if name.startswith("tests/") else libraries)]
+        headers = [name for name in self.scope if name.endswith(".h")]
+        tests = self.includers(private, self.list_files("tests") + headers)
+        platform_tests = self.includers(files, self.list_files("tests/platform") + headers)
+
+        def is_touched(name):
+            if name.startswith("tests/platform/"):
+                return os.path.basename(name) in platform_tests
+            return os.path.basename(name) in (tests if name.startswith("tests/") else libraries)
+
+        return [name for name in self.release.commands if is_touched(name)]
 
     def includers(self, files, candidates):
         """The base names of the files and of the candidates that include them."""
