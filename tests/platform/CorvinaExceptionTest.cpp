@@ -54,6 +54,17 @@ TEST(CorvinaException, CarriesMessageAndRecord)
     EXPECT_EQ(OuterInfo(), informed.GetErrorInfo());
 }
 
+TEST(ErrorInfo, TellsTheSourceAndTheStateItWasMadeOf)
+{
+    EXPECT_EQ(OuterInfo().GetErrorSource(), 3);
+    EXPECT_EQ(OuterInfo().GetStatusCode(), 4);
+    EXPECT_EQ(OuterInfo().GetError().GetCode(), 0x10U);
+    EXPECT_EQ(TError::ErrorInfo::NoError().GetErrorSource(), 0);
+    EXPECT_EQ(TError::ErrorInfo::NoError().GetStatusCode(), 0);
+    EXPECT_EQ(TError::ErrorInfo::NoError().GetError(), CorvinaError());
+    EXPECT_EQ(CorvinaError().GetCode(), 0U);
+}
+
 TEST(CorvinaException, ConcatenatesTheMessagesOfItsCauses)
 {
     const CorvinaException chain = MakeChain();

@@ -191,3 +191,10 @@ TEST(DataValueFormatter, NumbersForPeopleHaveGroupsAndSixDigits)
     EXPECT_EQ(ForPeople(DataValue(123456.0)), u"123,456");
     EXPECT_EQ(ForPeople(DataValue(0.5)), u"0.5");
 }
+
+TEST(DataDateTime, IsMidnightOfTheFirstOfJanuary1970ByDefault)
+{
+    const DataDateTime time;
+    EXPECT_EQ(time, (DataDateTime{{1970, 1, 1}, 0, 0, 0, 0}));
+    EXPECT_EQ(Canonical(DataValue(time)), u"1970-01-01T00:00:00");
+}

@@ -141,7 +141,10 @@ TEST(TResource, ReadingWhatIsMissingNamesIt)
             ADD_FAILURE() << name;
         } catch (const CorvinaException& problem) {
             EXPECT_EQ(problem.GetMessagesFront(), u"Resource '" + name + u"' not found.");
-            EXPECT_NE(problem.GetErrorInfo(), TError::ErrorInfo::NoError());
+            EXPECT_EQ(problem.GetErrorInfo(),
+                      TError::ErrorInfo(
+                          CorvinaError(0x7C1D52E9, u"CorvinaException_MissingResource_0x7C1D52E9"),
+                          1, 2));
         }
     }
 }

@@ -2,9 +2,13 @@
 
 #include <kesplatform/TCType.h>
 
+#include "support/GuardedString.h"
+
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
+#include <string_view>
 
 TEST(TCType, KnowsSixUnitsOfWhiteSpace)
 {
@@ -29,4 +33,14 @@ TEST(TScanString, GivesTheLengthWhereThereIsOnlyWhiteSpace)
     EXPECT_EQ(3U, TScanString::skipWhitespace(u" \n "));
     EXPECT_EQ(3U, TScanString::skipWhitespace(u"abc", 3));
     EXPECT_EQ(3U, TScanString::skipWhitespace(u"abc", 99));
+}
+
+TEST(TScanString, ReadsNothingBehindTheText)
+{
+    const std::u16string blanks(5, u' ');
+    const GuardedBytes bytes(blanks.size() * sizeof(char16_t), GuardedBytes::Place::End);
+    std::memcpy(bytes.Get(), blanks.data(), blanks.size() * sizeof(char16_t));
+    const std::u16string_view text(reinterpret_cast<const char16_t*>(bytes.Get()), blanks.size());
+    EXPECT_EQ(5U, TScanString::skipWhitespace(text));
+    EXPECT_EQ(5U, TScanString::skipWhitespace(text, 5));
 }

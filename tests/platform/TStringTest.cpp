@@ -315,6 +315,7 @@ TEST(TString, SharesItsTextWithPartsThatAreTheWhole)
     EXPECT_TRUE(SharesText(text, text.right(99)));
     EXPECT_TRUE(SharesText(text, text.mid(0)));
     EXPECT_TRUE(SharesText(text, text.mid(0, 5)));
+    EXPECT_TRUE(SharesText(text, text.mid(0, 99)));
     EXPECT_TRUE(SharesText(text, text.trimmed()));
     EXPECT_TRUE(SharesText(text, text.trimLeft()));
 }

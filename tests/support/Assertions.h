@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 /// Runs `call` and expects the logic exception of the source file `source` of the library with this
 /// text and error code. A line of 0 is any line.
 template <class Call>
@@ -19,6 +21,8 @@ void ExpectAssertion(Call call, const char16_t* source, int line, const char16_t
         EXPECT_EQ(exception.GetText(), TString(text));
         EXPECT_EQ(exception.GetErrorInfo().GetError().GetIdentifier(),
                   TString(u"LogicException_LogicAssert_0x") + code);
+        EXPECT_EQ(exception.GetErrorInfo().GetError().GetCode(),
+                  std::stoul(TString(code).toStdString(), nullptr, 16));
         if (line != 0) {
             EXPECT_EQ(exception.GetLine(), line);
         }
