@@ -10,7 +10,7 @@
 
 TEST(XMLTreeWriter, WritesParsedAttributesOfAnyLengthInTheOrderOfTheirNames)
 {
-    for (const std::size_t length : {1, 511, 512, 513, 1024, 1025, 5000}) {
+    for (const std::size_t length : {1U, 511U, 512U, 513U, 1024U, 1025U, 5000U}) {
         const std::string a = "a='" + std::string(length, 'a') + "&lt;'";
         const std::string b = "b='" + std::string(length, 'b') + "&amp;'";
         const std::string element = "<e c='' " + b + ' ' + a + "/>";
