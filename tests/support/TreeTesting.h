@@ -121,12 +121,12 @@ std::string JoinMessages(const Messages& messages)
 }
 
 /// All errors of a document in their order, with blanks between them.
-inline std::string ErrorsOf(const DOM& dom)
+inline std::string JoinErrors(const DOM& dom)
 {
     return JoinMessages(dom.GetErrors());
 }
 
-inline std::string WarningsOf(const DOM& dom)
+inline std::string JoinWarnings(const DOM& dom)
 {
     return JoinMessages(dom.GetWarnings());
 }

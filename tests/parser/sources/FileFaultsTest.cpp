@@ -193,7 +193,7 @@ TEST(FileFaults, AFileWithoutSizeIsReadAllTheSame)
 {
     // Not XML, but longer than nothing.
     const auto document = DOMParser().ParseXmlFile(u"/proc/self/status");
-    EXPECT_THAT(ErrorsOf(*document), testing::HasSubstr("Fatal Error(1,"));
+    EXPECT_THAT(JoinErrors(*document), testing::HasSubstr("Fatal Error(1,"));
     const auto standalone = StandaloneDOMParser().ParseXmlFile(u"/proc/self/status");
     EXPECT_EQ(standalone.errors.size(), 1U);
     FileInputSource source(u"/proc/self/status");
@@ -209,7 +209,7 @@ TEST(FileFaults, AFileThatFailsWhileItIsReadIsUnreadable)
     const TString path(u"/proc/self/mem");
     const auto document = DOMParser().ParseXmlFile(path);
     ASSERT_TRUE(IsUnreadable(*document));
-    EXPECT_THAT(ErrorsOf(*document), testing::HasSubstr(path.toStdString()));
+    EXPECT_THAT(JoinErrors(*document), testing::HasSubstr(path.toStdString()));
     EXPECT_THROW(StandaloneDOMParser().ParseXmlFile(path), TIO::Exception);
     FileInputSource source(path);
     std::string bytes;
@@ -235,14 +235,14 @@ TEST(FileFaults, AnEmptyDeviceIsAnEmptyDocument)
 {
     const auto document = DOMParser().ParseXmlFile(u"/dev/null");
     EXPECT_EQ(document->GetDocumentRoot(), nullptr);
-    EXPECT_THAT(ErrorsOf(*document), testing::HasSubstr("invalid document structure"));
+    EXPECT_THAT(JoinErrors(*document), testing::HasSubstr("invalid document structure"));
 }
 
 TEST(FileFaults, ADeviceThatNeverEndsIsUnreadable)
 {
     const auto document = DOMParser().ParseXmlFile(u"/dev/zero");
     ASSERT_TRUE(IsUnreadable(*document));
-    EXPECT_THAT(ErrorsOf(*document), testing::HasSubstr("does not end"));
+    EXPECT_THAT(JoinErrors(*document), testing::HasSubstr("does not end"));
 }
 
 TEST(FileFaults, ADeviceThatNeverEndsIsUnreadableInChunksToo)

@@ -41,17 +41,17 @@ protected:
 TEST_F(DOMDiagnostics, PushedMessagesComeInOrderAndPrefixedOnesFirst)
 {
     Push("b", "A");
-    EXPECT_EQ(ErrorsOf(m_dom), "A");
+    EXPECT_EQ(JoinErrors(m_dom), "A");
     m_dom.InsertError(At("b"), u"B", MakeInfo(2), true);
-    EXPECT_EQ(ErrorsOf(m_dom), "B A");
+    EXPECT_EQ(JoinErrors(m_dom), "B A");
     Push("b", "C");
     m_dom.InsertError(At("b"), u"D", MakeInfo(3), true);
-    EXPECT_EQ(ErrorsOf(m_dom), "D B A C");
+    EXPECT_EQ(JoinErrors(m_dom), "D B A C");
     Warn("b", "A");
     m_dom.InsertWarning(At("b"), u"B", MakeInfo(2));
     Warn("b", "C");
     m_dom.InsertWarning(At("b"), u"D", MakeInfo(3));
-    EXPECT_EQ(WarningsOf(m_dom), "D B A C");
+    EXPECT_EQ(JoinWarnings(m_dom), "D B A C");
 }
 
 TEST_F(DOMDiagnostics, WhatProgramsRecordHasNoPosition)
@@ -112,8 +112,8 @@ TEST_F(DOMDiagnostics, ListingsTakeChildrenFromTheLastToTheFirst)
         Warn(name, name);
     }
     m_dom.PushError(*m_dom.GetRoot(), u"root", MakeInfo(1), false, false);
-    EXPECT_EQ(ErrorsOf(m_dom), "root e a d b c");
-    EXPECT_EQ(WarningsOf(m_dom), "e a d b c");
+    EXPECT_EQ(JoinErrors(m_dom), "root e a d b c");
+    EXPECT_EQ(JoinWarnings(m_dom), "e a d b c");
     std::list<TString> messages{u"first"};
     m_dom.GetErrors(At("a"), messages);
     EXPECT_EQ(JoinMessages(messages), "first a d b c");
@@ -181,7 +181,7 @@ TEST_F(DOMDiagnostics, AnUnknownElementHasNoEntry)
     m_dom.ClearErrors(*stranger);
     m_dom.ClearWarnings(*stranger);
     m_dom.EraseErrorsAndWarningsForNode(*stranger);
-    EXPECT_EQ(ErrorsOf(m_dom) + WarningsOf(m_dom), "ew");
+    EXPECT_EQ(JoinErrors(m_dom) + JoinWarnings(m_dom), "ew");
 }
 
 // Questions about subtrees
@@ -366,11 +366,11 @@ TEST_F(DOMDiagnostics, ClearErrorsTakesTheSubtree)
         Warn(name, name);
     }
     m_dom.ClearErrors(At("b"));
-    EXPECT_EQ(ErrorsOf(m_dom), "e a d");
-    EXPECT_EQ(WarningsOf(m_dom), "e a d b c");
+    EXPECT_EQ(JoinErrors(m_dom), "e a d");
+    EXPECT_EQ(JoinWarnings(m_dom), "e a d b c");
     m_dom.ClearWarnings(At("a"));
-    EXPECT_EQ(WarningsOf(m_dom), "e");
-    EXPECT_EQ(ErrorsOf(m_dom), "e a d");
+    EXPECT_EQ(JoinWarnings(m_dom), "e");
+    EXPECT_EQ(JoinErrors(m_dom), "e a d");
     m_dom.ClearErrors();
     EXPECT_FALSE(m_dom.HasErrors());
     EXPECT_TRUE(m_dom.HasWarnings());
@@ -397,8 +397,8 @@ TEST_F(DOMDiagnostics, EraseTakesTheOwnEntriesOnly)
         Warn(name, name);
     }
     m_dom.EraseErrorsAndWarningsForNode(At("b"));
-    EXPECT_EQ(ErrorsOf(m_dom), "a c");
-    EXPECT_EQ(WarningsOf(m_dom), "a c");
+    EXPECT_EQ(JoinErrors(m_dom), "a c");
+    EXPECT_EQ(JoinWarnings(m_dom), "a c");
     m_dom.ClearAllErrorsAndWarnings();
     EXPECT_FALSE(m_dom.HasErrors());
     EXPECT_FALSE(m_dom.HasWarnings());
@@ -463,7 +463,7 @@ TEST_F(DOMDiagnostics, DepthCostsNoStack)
         EXPECT_TRUE(dom.HasErrors(Find(dom, "e")));
         EXPECT_FALSE(dom.HasErrors(*side));
         EXPECT_FALSE(dom.HasWarnings(*side));
-        EXPECT_EQ(ErrorsOf(dom), "deep");
+        EXPECT_EQ(JoinErrors(dom), "deep");
         dom.ClearErrors(Find(dom, "e"));
         EXPECT_FALSE(dom.HasErrors());
     });

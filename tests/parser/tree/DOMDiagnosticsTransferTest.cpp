@@ -39,10 +39,10 @@ TEST_F(DOMDiagnosticsTransfer, AdoptingMovesTheOwnEntriesOfANodeToTheTarget)
     Push("c", "c");
     Warn("b", "wb");
     other.AdoptErrorsAndWarningsForNode(At("b"), target);
-    EXPECT_EQ(ErrorsOf(other), "b");
-    EXPECT_EQ(WarningsOf(other), "wb");
-    EXPECT_EQ(ErrorsOf(m_dom), "c");
-    EXPECT_EQ(WarningsOf(m_dom), "");
+    EXPECT_EQ(JoinErrors(other), "b");
+    EXPECT_EQ(JoinWarnings(other), "wb");
+    EXPECT_EQ(JoinErrors(m_dom), "c");
+    EXPECT_EQ(JoinWarnings(m_dom), "");
     EXPECT_TRUE(other.HasErrors(*target));
 }
 
@@ -54,7 +54,7 @@ TEST_F(DOMDiagnosticsTransfer, AdoptingWithoutTargetKeepsTheKey)
     EXPECT_FALSE(m_dom.HasErrors());
     EXPECT_TRUE(other.HasErrors(At("b")));
     EXPECT_TRUE(other.HasErrors()) << "whatever tree the keys belong to";
-    EXPECT_EQ(ErrorsOf(other), "") << "but it is not in the other tree";
+    EXPECT_EQ(JoinErrors(other), "") << "but it is not in the other tree";
 }
 
 TEST_F(DOMDiagnosticsTransfer, AdoptingLosesMessagesWhenTheKeyHasSome)
@@ -65,8 +65,8 @@ TEST_F(DOMDiagnosticsTransfer, AdoptingLosesMessagesWhenTheKeyHasSome)
     Push("b", "lost");
     Warn("b", "kept");
     other.AdoptErrorsAndWarningsForNode(At("b"), target);
-    EXPECT_EQ(ErrorsOf(other), "existing");
-    EXPECT_EQ(WarningsOf(other), "kept");
+    EXPECT_EQ(JoinErrors(other), "existing");
+    EXPECT_EQ(JoinWarnings(other), "kept");
     EXPECT_FALSE(m_dom.HasErrors());
     EXPECT_FALSE(m_dom.HasWarnings());
 }
@@ -78,12 +78,12 @@ TEST_F(DOMDiagnosticsTransfer, AdoptingNothingChangesNothing)
     AddWarning(*target, "w");
     other.AdoptErrorsAndWarningsForNode(At("b"), target);
     EXPECT_FALSE(other.HasErrors());
-    EXPECT_EQ(WarningsOf(other), "w");
+    EXPECT_EQ(JoinWarnings(other), "w");
     const DOMElement detached(TString(u"d"));
     other.AdoptErrorsAndWarningsForNode(detached, target);
     other.CopyErrorsAndWarningsForNode(detached, target);
     EXPECT_FALSE(other.HasErrors());
-    EXPECT_EQ(WarningsOf(other), "w");
+    EXPECT_EQ(JoinWarnings(other), "w");
 }
 
 TEST_F(DOMDiagnosticsTransfer, AdoptingWithinADocumentMovesToTheTarget)
@@ -93,8 +93,8 @@ TEST_F(DOMDiagnosticsTransfer, AdoptingWithinADocumentMovesToTheTarget)
     m_dom.AdoptErrorsAndWarningsForNode(At("b"), &At("e"));
     EXPECT_FALSE(m_dom.HasErrors(At("b")));
     EXPECT_TRUE(m_dom.HasErrors(At("e")));
-    EXPECT_EQ(ErrorsOf(m_dom), "b");
-    EXPECT_EQ(WarningsOf(m_dom), "w");
+    EXPECT_EQ(JoinErrors(m_dom), "b");
+    EXPECT_EQ(JoinWarnings(m_dom), "w");
 }
 
 TEST_F(DOMDiagnosticsTransfer, AdoptingFromTheSameElementDropsTheMessages)
@@ -114,17 +114,17 @@ TEST_F(DOMDiagnosticsTransfer, CopyingLeavesTheSource)
     Push("c", "c");
     Warn("b", "w");
     other.CopyErrorsAndWarningsForNode(At("b"), target);
-    EXPECT_EQ(ErrorsOf(other), "0 1");
-    EXPECT_EQ(WarningsOf(other), "w");
-    EXPECT_EQ(ErrorsOf(m_dom), "0 1 c");
+    EXPECT_EQ(JoinErrors(other), "0 1");
+    EXPECT_EQ(JoinWarnings(other), "w");
+    EXPECT_EQ(JoinErrors(m_dom), "0 1 c");
     AddError(*target, "2");
-    EXPECT_EQ(ErrorsOf(m_dom), "0 1 c");
+    EXPECT_EQ(JoinErrors(m_dom), "0 1 c");
     other.CopyErrorsAndWarningsForNode(At("c"), target);
-    EXPECT_EQ(ErrorsOf(other), "0 1 2") << "an entry that exists is kept";
+    EXPECT_EQ(JoinErrors(other), "0 1 2") << "an entry that exists is kept";
     m_dom.CopyErrorsAndWarningsForNode(At("b"), &At("e"));
-    EXPECT_EQ(ErrorsOf(m_dom), "0 1 0 1 c");
+    EXPECT_EQ(JoinErrors(m_dom), "0 1 0 1 c");
     m_dom.CopyErrorsAndWarningsForNode(At("b"), nullptr);
-    EXPECT_EQ(ErrorsOf(m_dom), "0 1 0 1 c");
+    EXPECT_EQ(JoinErrors(m_dom), "0 1 0 1 c");
 }
 
 // Handing everything over
@@ -142,7 +142,7 @@ TEST_F(DOMDiagnosticsTransfer, MovingEverythingDiscardsWhatTheOtherHeld)
     EXPECT_TRUE(other.HasErrors());
     EXPECT_TRUE(other.HasErrors(At("a")));
     EXPECT_FALSE(other.HasErrors(At("e")));
-    EXPECT_EQ(ErrorsOf(other), "") << "the keys still name the elements of the first document";
+    EXPECT_EQ(JoinErrors(other), "") << "the keys still name the elements of the first document";
     std::list<TString> messages;
     other.GetErrors(*m_dom.GetRoot(), messages);
     EXPECT_EQ(JoinMessages(messages), "b");
@@ -183,8 +183,8 @@ void ExpectHidden(const DOM& dom, const DOMElement& inner)
     EXPECT_FALSE(dom.HasCancelErrors(inner));
     EXPECT_TRUE(dom.HasOnlyCancelErrors(inner));
     EXPECT_FALSE(dom.HasWarnings(inner));
-    EXPECT_EQ(ErrorsOf(dom), "");
-    EXPECT_EQ(WarningsOf(dom), "");
+    EXPECT_EQ(JoinErrors(dom), "");
+    EXPECT_EQ(JoinWarnings(dom), "");
 }
 
 void RecordAllKinds(const DOMElement& element)
@@ -284,10 +284,10 @@ TEST_F(DOMDiagnosticsTransfer, AnElementAtAUsedAddressNeitherShowsNorTouchesAStr
         EXPECT_FALSE(fresh->HasErrors());
         EXPECT_FALSE(fresh->HasWarnings());
         EXPECT_TRUE(other.HasUnreportedErrors());
-        EXPECT_EQ(ErrorsOf(other), "");
+        EXPECT_EQ(JoinErrors(other), "");
         // Nor do they stand in the way of its own, nor these in theirs.
         fresh->Error(u"own", MakeInfo(1), true, true);
-        EXPECT_EQ(ErrorsOf(other), "own");
+        EXPECT_EQ(JoinErrors(other), "own");
         EXPECT_FALSE(fresh->HasUnreportedErrors());
         EXPECT_TRUE(other.HasUnreportedErrors());
         EXPECT_FALSE(other.HasOnlyCancelErrors());
@@ -295,7 +295,7 @@ TEST_F(DOMDiagnosticsTransfer, AnElementAtAUsedAddressNeitherShowsNorTouchesAStr
         DOMElement* giver = other.GetRoot()->AddNewChild(u"giver");
         AddWarning(*giver, "adopted");
         other.AdoptErrorsAndWarningsForNode(*giver, fresh);
-        EXPECT_EQ(WarningsOf(other), "adopted");
+        EXPECT_EQ(JoinWarnings(other), "adopted");
         fresh->ClearErrors();
         EXPECT_TRUE(other.HasErrors());
         other.GetRoot()->RemoveChildren();

@@ -107,7 +107,7 @@ TEST(DOMElementCopy, IsAttachedToTheDocumentOfItsSourceWithCopiesOfTheDiagnostic
     std::list<TString> warnings;
     copy->GetWarnings(warnings);
     EXPECT_EQ(JoinMessages(warnings), "wb");
-    EXPECT_EQ(ErrorsOf(dom), "ea eb1 eb2 ec ea eb1 eb2") << "the source keeps its own";
+    EXPECT_EQ(JoinErrors(dom), "ea eb1 eb2 ec ea eb1 eb2") << "the source keeps its own";
     copy->ClearErrors();
     EXPECT_TRUE(a.HasErrors());
 }
@@ -120,7 +120,7 @@ TEST(DOMElementCopy, OfAnElementWithoutParentIsFineToo)
     auto copy = std::make_unique<DOMElement>(*dom.GetRoot());
     EXPECT_EQ(Outline(*copy), "Document(a)");
     EXPECT_TRUE(copy->IsRootNode());
-    EXPECT_EQ(ErrorsOf(dom), "e");
+    EXPECT_EQ(JoinErrors(dom), "e");
     std::list<TString> errors;
     copy->GetErrors(errors);
     EXPECT_EQ(JoinMessages(errors), "e");
@@ -185,7 +185,7 @@ TEST(DOMElementCopy, AssignmentToItselfChangesNothing)
     a = same;
     EXPECT_TRUE(a.IsEncoded());
     EXPECT_EQ(&a.GetChildren()[0], b);
-    EXPECT_EQ(ErrorsOf(dom), "e");
+    EXPECT_EQ(JoinErrors(dom), "e");
 }
 
 TEST(DOMElementCopy, AssignmentTakesTheLoadFactor)
@@ -229,10 +229,10 @@ TEST(DOMElementCopy, AssignmentCopiesDiagnosticsIntoTheTargetsDocument)
     AddError(Find(other, "x"), "ex");
     AddWarning(Find(other, "x"), "wx");
     Find(dom, "t") = Find(other, "s");
-    EXPECT_EQ(ErrorsOf(dom), "es ex");
-    EXPECT_EQ(WarningsOf(dom), "wx");
-    EXPECT_EQ(ErrorsOf(other), "es ex");
-    EXPECT_EQ(WarningsOf(other), "wx");
+    EXPECT_EQ(JoinErrors(dom), "es ex");
+    EXPECT_EQ(JoinWarnings(dom), "wx");
+    EXPECT_EQ(JoinErrors(other), "es ex");
+    EXPECT_EQ(JoinWarnings(other), "wx");
 }
 
 TEST(DOMElementCopy, AssignmentKeepsDiagnosticsThatTheTargetHas)
@@ -263,7 +263,7 @@ TEST(DOMElementCopy, AssignmentToADetachedElementLeavesDiagnosticsAlone)
         EXPECT_EQ(target.GetDOMManager(), nullptr);
         EXPECT_EQ(target.GetChildren()[0].GetDOMManager(), nullptr);
     }
-    EXPECT_EQ(ErrorsOf(dom), "ex");
+    EXPECT_EQ(JoinErrors(dom), "ex");
 }
 
 TEST(DOMElementCopy, AssignmentFromADetachedElementErasesWhatTheOldChildrenHad)
@@ -273,7 +273,7 @@ TEST(DOMElementCopy, AssignmentFromADetachedElementErasesWhatTheOldChildrenHad)
     AddError(Find(dom, "t"), "et");
     AddError(Find(dom, "old"), "old");
     Find(dom, "t") = *MakeTree("s(x)");
-    EXPECT_EQ(ErrorsOf(dom), "et");
+    EXPECT_EQ(JoinErrors(dom), "et");
     EXPECT_EQ(Find(dom, "x").GetDOMManager(), &dom);
 }
 
@@ -309,10 +309,10 @@ TEST(DOMElementCopy, AssignmentInsideADocumentCopiesDiagnosticsOfRelatives)
     AddError(Find(dom, "c"), "ec");
     Find(dom, "a") = Find(dom, "b");
     EXPECT_EQ(Outline(*dom.GetRoot()), "Document(b(c))");
-    EXPECT_EQ(ErrorsOf(dom), "eb ec");
+    EXPECT_EQ(JoinErrors(dom), "eb ec");
     Find(dom, "c") = Find(dom, "b");
     EXPECT_EQ(Outline(*dom.GetRoot()), "Document(b(b(c)))");
-    EXPECT_EQ(ErrorsOf(dom), "eb ec ec") << "the target keeps what it has";
+    EXPECT_EQ(JoinErrors(dom), "eb ec ec") << "the target keeps what it has";
 }
 
 // Equality
@@ -453,10 +453,10 @@ TEST(DOMElementCopy, DepthCostsNoStack)
         DOM other;
         *other.GetRoot() = *dom.GetRoot();
         EXPECT_TRUE(other == dom);
-        EXPECT_EQ(ErrorsOf(other), "deep");
+        EXPECT_EQ(JoinErrors(other), "deep");
         other.DeepCopy(dom);
         EXPECT_TRUE(other == dom);
-        EXPECT_EQ(ErrorsOf(other), "deep");
+        EXPECT_EQ(JoinErrors(other), "deep");
         *dom.GetRoot() = *dom.GetDocumentRoot();
         EXPECT_TRUE(other != dom);
     });

@@ -147,12 +147,12 @@ TEST(DOMElementEditing, InsertionBelowADetachedElementDetachesAndLeavesDiagnosti
     DOMElement* a = detached.AppendChild(dom.GetRoot()->RemoveChild(u"a"));
     EXPECT_EQ(a->GetDOMManager(), nullptr);
     EXPECT_EQ(Find(*a, "b").GetDOMManager(), nullptr);
-    EXPECT_EQ(ErrorsOf(dom), "") << "no element of the tree has the message";
+    EXPECT_EQ(JoinErrors(dom), "") << "no element of the tree has the message";
     EXPECT_TRUE(dom.HasErrors()) << "but the registry has";
     EXPECT_FALSE(dom.HasErrors(Find(dom, "c")));
     // Back in the tree the element finds what was left behind.
     dom.GetRoot()->AppendChild(detached.RemoveChild(u"a"));
-    EXPECT_EQ(ErrorsOf(dom), "eb");
+    EXPECT_EQ(JoinErrors(dom), "eb");
 }
 
 TEST(DOMElementEditing, InsertionMovesDiagnosticsToTheOtherDocument)
@@ -166,14 +166,14 @@ TEST(DOMElementEditing, InsertionMovesDiagnosticsToTheOtherDocument)
     }
     AddError(*from.GetRoot(), "root");
     to.GetRoot()->AppendChild(Find(from, "p").RemoveChild(u"a"));
-    EXPECT_EQ(ErrorsOf(from), "root p c") << "the parent was not the root";
-    EXPECT_EQ(WarningsOf(from), "p c");
-    EXPECT_EQ(ErrorsOf(to), "a b");
-    EXPECT_EQ(WarningsOf(to), "a b");
+    EXPECT_EQ(JoinErrors(from), "root p c") << "the parent was not the root";
+    EXPECT_EQ(JoinWarnings(from), "p c");
+    EXPECT_EQ(JoinErrors(to), "a b");
+    EXPECT_EQ(JoinWarnings(to), "a b");
     // A leaf takes its own along, too.
     to.GetRoot()->AppendChild(Find(from, "p").RemoveChild(u"c"));
-    EXPECT_EQ(ErrorsOf(from), "root p");
-    EXPECT_EQ(ErrorsOf(to), "c a b");
+    EXPECT_EQ(JoinErrors(from), "root p");
+    EXPECT_EQ(JoinErrors(to), "c a b");
 }
 
 TEST(DOMElementEditing, AChildOfTheOldRootTakesTheDiagnosticsOfTheRootAlong)
@@ -187,8 +187,8 @@ TEST(DOMElementEditing, AChildOfTheOldRootTakesTheDiagnosticsOfTheRootAlong)
         to.GetRoot()->AppendChild(from.GetRoot()->RemoveChild(u"a"));
         EXPECT_FALSE(from.HasErrors());
         EXPECT_FALSE(from.HasWarnings());
-        EXPECT_EQ(ErrorsOf(to), "root");
-        EXPECT_EQ(WarningsOf(to), "wroot");
+        EXPECT_EQ(JoinErrors(to), "root");
+        EXPECT_EQ(JoinWarnings(to), "wroot");
         EXPECT_TRUE(to.HasErrors(*to.GetRoot()));
         EXPECT_FALSE(to.HasErrors(Find(to, "a")));
     }
@@ -203,10 +203,10 @@ TEST(DOMElementEditing, DiagnosticsOfTheNewRootDisplaceThoseOfTheOldOne)
     AddWarning(*from.GetRoot(), "wold");
     AddError(*to.GetRoot(), "new");
     to.GetRoot()->AppendChild(from.GetRoot()->RemoveChild(u"a"));
-    EXPECT_EQ(ErrorsOf(to), "new");
-    EXPECT_EQ(WarningsOf(to), "wold");
-    EXPECT_EQ(ErrorsOf(from), "");
-    EXPECT_EQ(WarningsOf(from), "");
+    EXPECT_EQ(JoinErrors(to), "new");
+    EXPECT_EQ(JoinWarnings(to), "wold");
+    EXPECT_EQ(JoinErrors(from), "");
+    EXPECT_EQ(JoinWarnings(from), "");
 }
 
 TEST(DOMElementEditing, InsertionWithinADocumentKeepsDiagnosticsInPlace)
@@ -216,7 +216,7 @@ TEST(DOMElementEditing, InsertionWithinADocumentKeepsDiagnosticsInPlace)
     AddError(Find(dom, "b"), "b");
     AddError(*dom.GetRoot(), "root");
     Find(dom, "c").AppendChild(dom.GetRoot()->RemoveChild(u"a"));
-    EXPECT_EQ(ErrorsOf(dom), "root b");
+    EXPECT_EQ(JoinErrors(dom), "root b");
 }
 
 TEST(DOMElementEditing, AnElementCannotGetIntoItsOwnSubtree)
@@ -263,7 +263,7 @@ TEST(DOMElementEditing, RemoveChildHandsOutTheElementWithWhatItKnows)
     EXPECT_FALSE(b.IsRootNode());
     EXPECT_EQ(b.GetDOMManager(), &dom);
     EXPECT_TRUE(b.HasErrors()) << "its diagnostics stay in the registry";
-    EXPECT_EQ(ErrorsOf(dom), "") << "but it is in no tree";
+    EXPECT_EQ(JoinErrors(dom), "") << "but it is in no tree";
     EXPECT_TRUE(b.IsChildOf(*dom.GetRoot()));
 }
 
@@ -393,8 +393,8 @@ TEST(DOMElementEditing, MoveBetweenDocumentsTakesDiagnosticsAlong)
     AddError(Find(from, "b"), "eb");
     AddError(*from.GetRoot(), "root");
     Find(from, "a").Move(*to.GetRoot(), nullptr);
-    EXPECT_EQ(ErrorsOf(to), "root eb");
-    EXPECT_EQ(ErrorsOf(from), "");
+    EXPECT_EQ(JoinErrors(to), "root eb");
+    EXPECT_EQ(JoinErrors(from), "");
     EXPECT_EQ(Find(to, "b").GetDOMManager(), &to);
 }
 
@@ -554,8 +554,8 @@ TEST(DOMElementEditing, AdoptChildrenAcrossDocumentsTakesDiagnosticsAlong)
         AddError(Find(from, name), name);
     AddError(*from.GetRoot(), "root");
     to.GetRoot()->AdoptChildren(Find(from, "p"), nullptr);
-    EXPECT_EQ(ErrorsOf(from), "root p");
-    EXPECT_EQ(ErrorsOf(to), "c a b");
+    EXPECT_EQ(JoinErrors(from), "root p");
+    EXPECT_EQ(JoinErrors(to), "c a b");
     for (const char* name : {"a", "b", "c"})
         EXPECT_EQ(Find(to, name).GetDOMManager(), &to);
 }
@@ -570,7 +570,7 @@ TEST(DOMElementEditing, AdoptChildrenOfAForeignRootTakesTheRootsDiagnosticsAlong
     DOMElement* target = to.GetRoot()->AddNewChild(u"t");
     target->AdoptChildren(*from.GetRoot(), nullptr);
     EXPECT_FALSE(from.HasErrors());
-    EXPECT_EQ(ErrorsOf(to), "root a");
+    EXPECT_EQ(JoinErrors(to), "root a");
     EXPECT_TRUE(to.HasErrors(Find(to, "a")));
     EXPECT_FALSE(to.HasErrors(Find(to, "b")));
 }
@@ -584,7 +584,7 @@ TEST(DOMElementEditing, AdoptChildrenBelowADetachedElementDetaches)
     detached.AdoptChildren(*from.GetRoot(), nullptr);
     EXPECT_EQ(Find(detached, "b").GetDOMManager(), nullptr);
     EXPECT_TRUE(from.HasErrors());
-    EXPECT_EQ(ErrorsOf(from), "");
+    EXPECT_EQ(JoinErrors(from), "");
 }
 
 TEST(DOMElementEditing, MoveToFrontMakesTheFirstChild)
@@ -700,10 +700,10 @@ TEST(DOMElementEditing, DepthCostsNoStack)
 
         from.GetDocumentRoot()->Move(*to.GetRoot(), nullptr);
         EXPECT_EQ(last->GetDOMManager(), &to);
-        EXPECT_EQ(ErrorsOf(to), "deep");
+        EXPECT_EQ(JoinErrors(to), "deep");
         from.GetRoot()->AdoptChildren(*to.GetRoot(), nullptr);
         EXPECT_EQ(last->GetDOMManager(), &from);
-        EXPECT_EQ(ErrorsOf(from), "deep");
+        EXPECT_EQ(JoinErrors(from), "deep");
         DOMElement detached(TString(u"d"));
         detached.Adopt(*from.GetDocumentRoot(), nullptr);
         EXPECT_EQ(last->GetDOMManager(), nullptr);

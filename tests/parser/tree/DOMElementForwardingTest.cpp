@@ -125,13 +125,13 @@ TEST(DOMElementForwarding, DiagnosticsGoToTheDocumentOfTheElement)
     EXPECT_FALSE(c.HasCancelErrors());
     EXPECT_TRUE(c.HasOnlyCancelErrors());
     EXPECT_FALSE(c.HasWarnings());
-    EXPECT_EQ(ErrorsOf(dom), "prefixed pushed");
+    EXPECT_EQ(JoinErrors(dom), "prefixed pushed");
 
     a.ClearErrors();
-    EXPECT_EQ(ErrorsOf(dom), "");
-    EXPECT_EQ(WarningsOf(dom), "prefixed pushed");
+    EXPECT_EQ(JoinErrors(dom), "");
+    EXPECT_EQ(JoinWarnings(dom), "prefixed pushed");
     a.ClearWarnings();
-    EXPECT_EQ(WarningsOf(dom), "");
+    EXPECT_EQ(JoinWarnings(dom), "");
 }
 
 TEST(DOMElementForwarding, FlagsOfErrorsArePassedOn)

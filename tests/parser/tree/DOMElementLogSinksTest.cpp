@@ -54,7 +54,7 @@ TEST(DOMElementLogSinks, AMissIsLoggedAfterTheAdoptionAndBeforeTheInsertion)
         EXPECT_EQ(c.GetDOMManager(), &to);
         EXPECT_EQ(c.GetChildren()[0].GetDOMManager(), &to);
         EXPECT_TRUE(to.HasErrors(c));
-        EXPECT_EQ(ErrorsOf(to), "root") << "it is not in the tree yet";
+        EXPECT_EQ(JoinErrors(to), "root") << "it is not in the tree yet";
         EXPECT_FALSE(from.HasErrors());
         EXPECT_EQ(Outline(*to.GetRoot()), "Document(a)");
         EXPECT_EQ(c.GetParent(), from.GetRoot());
@@ -63,7 +63,7 @@ TEST(DOMElementLogSinks, AMissIsLoggedAfterTheAdoptionAndBeforeTheInsertion)
     to.GetRoot()->InsertChild(from.GetRoot()->RemoveChild(u"c"), &stranger);
     EXPECT_EQ(log.Misses(), 1);
     EXPECT_EQ(Outline(*to.GetRoot()), "Document(a,added,c(d))");
-    EXPECT_EQ(ErrorsOf(to), "root ed");
+    EXPECT_EQ(JoinErrors(to), "root ed");
     EXPECT_EQ(c.GetParent(), to.GetRoot());
 }
 
@@ -195,7 +195,7 @@ TEST(DOMElementLogSinks, ALogSinkMayMoveTheParentToAnotherDocument)
                   isAdoption ? "Document(q(1(x),2,3))" : "Document(q(1(x)))");
         for (const char* name : {"q", "1", "x"})
             EXPECT_EQ(Find(second, name).GetDOMManager(), &second) << name;
-        EXPECT_EQ(ErrorsOf(second), isAdoption ? "3 2 x" : "x");
+        EXPECT_EQ(JoinErrors(second), isAdoption ? "3 2 x" : "x");
         EXPECT_FALSE(first.HasErrors());
         EXPECT_EQ(from.HasErrors(), !isAdoption);
     }
@@ -238,7 +238,7 @@ TEST(DOMElementLogSinks, ALogSinkThatPutsTheParentBelowTheChildGetsAnAssertion)
     EXPECT_TRUE(c.HasErrors());
     EXPECT_FALSE(to.HasErrors());
     from.GetRoot()->AppendChild(std::move(removed));
-    EXPECT_EQ(ErrorsOf(from), "ed");
+    EXPECT_EQ(JoinErrors(from), "ed");
 }
 
 TEST(DOMElementLogSinks, AMoveThatALogSinkPreventsGoesBack)
@@ -292,6 +292,6 @@ TEST(DOMElementLogSinks, ChildrenWhoseAdoptionALogSinkPreventsGoBack)
             EXPECT_EQ(child->GetParent(), &p);
         for (const char* name : {"2", "3", "q", "1"})
             EXPECT_EQ(Find(from, name).GetDOMManager(), &from) << name;
-        EXPECT_EQ(ErrorsOf(from), "e3 e1");
+        EXPECT_EQ(JoinErrors(from), "e3 e1");
     }
 }

@@ -544,8 +544,8 @@ TEST(DOMElement, DestroyingAChildErasesItsOwnDiagnosticsOnly)
     AddWarning(Find(dom, "a"), "wa");
     AddWarning(Find(dom, "b"), "wb");
     dom.GetRoot()->RemoveChild(u"a").reset();
-    EXPECT_EQ(ErrorsOf(dom), "eb");
-    EXPECT_EQ(WarningsOf(dom), "wb");
+    EXPECT_EQ(JoinErrors(dom), "eb");
+    EXPECT_EQ(JoinWarnings(dom), "wb");
 }
 
 TEST(DOMElement, DestroyingASubtreeErasesTheDiagnosticsOfAllOfIt)
@@ -558,7 +558,7 @@ TEST(DOMElement, DestroyingASubtreeErasesTheDiagnosticsOfAllOfIt)
     EXPECT_FALSE(dom.HasErrors());
     // Gone from the registry itself, not just from the tree.
     AddError(Find(dom, "d"), "d");
-    EXPECT_EQ(ErrorsOf(dom), "d");
+    EXPECT_EQ(JoinErrors(dom), "d");
 }
 
 TEST(DOMElement, DestroyingAnAttachedElementWithoutParentEmptiesTheRegistry)
@@ -569,11 +569,11 @@ TEST(DOMElement, DestroyingAnAttachedElementWithoutParentEmptiesTheRegistry)
     AddWarning(Find(dom, "b"), "w");
     {
         const DOMElement copy(Find(dom, "b"));
-        EXPECT_EQ(ErrorsOf(dom), "e");
-        EXPECT_EQ(WarningsOf(dom), "w");
+        EXPECT_EQ(JoinErrors(dom), "e");
+        EXPECT_EQ(JoinWarnings(dom), "w");
     }
     EXPECT_FALSE(dom.HasErrors());
     EXPECT_FALSE(dom.HasWarnings());
-    EXPECT_EQ(ErrorsOf(dom), "");
-    EXPECT_EQ(WarningsOf(dom), "");
+    EXPECT_EQ(JoinErrors(dom), "");
+    EXPECT_EQ(JoinWarnings(dom), "");
 }

@@ -159,10 +159,10 @@ TEST(DOM, DeepCopyTakesTheTreeWithItsDiagnostics)
     target.DeepCopy(source);
     EXPECT_EQ(target.GetRoot(), root) << "the root is never replaced";
     EXPECT_TRUE(target == source);
-    EXPECT_EQ(ErrorsOf(target), "root b1 b2");
-    EXPECT_EQ(WarningsOf(target), "wc");
-    EXPECT_EQ(ErrorsOf(source), "root b1 b2");
-    EXPECT_EQ(WarningsOf(source), "wc");
+    EXPECT_EQ(JoinErrors(target), "root b1 b2");
+    EXPECT_EQ(JoinWarnings(target), "wc");
+    EXPECT_EQ(JoinErrors(source), "root b1 b2");
+    EXPECT_EQ(JoinWarnings(source), "wc");
     EXPECT_TRUE(target.HasErrors(Find(target, "b")));
     EXPECT_EQ(Find(target, "b").GetDOMManager(), &target);
 }
@@ -341,7 +341,7 @@ TEST(DOM, EndsWithItsDiagnosticsAndElements)
         AddChildren(*other.GetRoot(), "x");
         AddError(Find(other, "x"), "x");
     }
-    EXPECT_EQ(ErrorsOf(other), "x");
+    EXPECT_EQ(JoinErrors(other), "x");
 }
 
 // DOMException

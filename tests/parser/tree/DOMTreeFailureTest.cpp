@@ -42,7 +42,7 @@ public:
         std::string text;
         for (const DOM* dom : {&first, &second}) {
             Describe(*dom->GetRoot(), *dom, text);
-            text += " errors: " + ErrorsOf(*dom) + " warnings: " + WarningsOf(*dom);
+            text += " errors: " + JoinErrors(*dom) + " warnings: " + JoinWarnings(*dom);
             text += dom->RenameDataSource(u"x").toStdString();
             text += dom->HasErrors() ? " has errors\n" : " has none\n";
         }

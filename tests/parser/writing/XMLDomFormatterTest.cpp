@@ -292,24 +292,24 @@ std::unique_ptr<DOM> MakeDocumentWithDiagnostics()
 TEST(XMLDomFormatter, CopiesAnElementOfAnotherDocumentWithItsDiagnostics)
 {
     const std::unique_ptr<DOM> source = MakeDocumentWithDiagnostics();
-    const std::string errors = ErrorsOf(*source);
-    const std::string warnings = WarningsOf(*source);
+    const std::string errors = JoinErrors(*source);
+    const std::string warnings = JoinWarnings(*source);
     XMLDomFormatter formatter;
     formatter.OutputDOMElement(*source->GetDocumentRoot());
     EXPECT_TRUE(First(formatter) == *source->GetDocumentRoot());
     EXPECT_EQ(First(formatter).GetDOMManager(), formatter.GetDocument());
-    EXPECT_EQ(ErrorsOf(*formatter.GetDocument()), errors);
-    EXPECT_EQ(WarningsOf(*formatter.GetDocument()), warnings);
-    EXPECT_EQ(ErrorsOf(*source), errors);
-    EXPECT_EQ(WarningsOf(*source), warnings);
+    EXPECT_EQ(JoinErrors(*formatter.GetDocument()), errors);
+    EXPECT_EQ(JoinWarnings(*formatter.GetDocument()), warnings);
+    EXPECT_EQ(JoinErrors(*source), errors);
+    EXPECT_EQ(JoinWarnings(*source), warnings);
     EXPECT_EQ(Outline(*source->GetRoot()), "Document(a(b(c),d))");
 }
 
 TEST(XMLDomFormatter, LeavesBothDocumentsAloneWhenMemoryRunsOutInACopy)
 {
     const std::unique_ptr<DOM> source = MakeDocumentWithDiagnostics();
-    const std::string errors = ErrorsOf(*source);
-    const std::string warnings = WarningsOf(*source);
+    const std::string errors = JoinErrors(*source);
+    const std::string warnings = JoinWarnings(*source);
     bool isDone = false;
     for (std::size_t allowed = 0; !isDone; ++allowed) {
         ASSERT_LT(allowed, 1000U);
@@ -323,13 +323,13 @@ TEST(XMLDomFormatter, LeavesBothDocumentsAloneWhenMemoryRunsOutInACopy)
             } catch (const std::bad_alloc&) {
             }
         }
-        ASSERT_EQ(ErrorsOf(*source), errors) << allowed;
-        ASSERT_EQ(WarningsOf(*source), warnings) << allowed;
+        ASSERT_EQ(JoinErrors(*source), errors) << allowed;
+        ASSERT_EQ(JoinWarnings(*source), warnings) << allowed;
         ASSERT_EQ(Outline(*source->GetRoot()), "Document(a(b(c),d))") << allowed;
         ASSERT_EQ(Outline(*formatter.GetRoot()),
                   isDone ? "Document(before,a(b(c),d))" : "Document(before)")
             << allowed;
-        ASSERT_EQ(ErrorsOf(*formatter.GetDocument()), isDone ? errors : "") << allowed;
+        ASSERT_EQ(JoinErrors(*formatter.GetDocument()), isDone ? errors : "") << allowed;
     }
 }
 
@@ -368,7 +368,7 @@ TEST(XMLDomFormatter, AppendsACopyOfAnElementAroundTheCurrentOneAsItWas)
     AddError(formatter.Current(), "error");
     formatter.OutputDOMElement(*formatter.GetDocumentRoot());
     EXPECT_EQ(formatter.GetOutline(), "r(a(x,r(a(x))))");
-    EXPECT_EQ(ErrorsOf(*formatter.GetDocument()), "error error");
+    EXPECT_EQ(JoinErrors(*formatter.GetDocument()), "error error");
     formatter.OutputDOMElement(*formatter.GetRoot());
     EXPECT_EQ(formatter.GetOutline(), "r(a(x,r(a(x)),Document(r(a(x,r(a(x)))))))");
     formatter.OutputDOMElement(*formatter.Current().GetChild(u"x"));
@@ -398,7 +398,7 @@ TEST(XMLDomFormatter, LeavesItsDocumentAloneWhenMemoryRunsOutInACopyOfAPartOfIt)
                 AddError(Find(*formatter.GetDocument(), name), name);
                 AddWarning(Find(*formatter.GetDocument(), name), name);
             }
-            const std::string errors = ErrorsOf(*formatter.GetDocument());
+            const std::string errors = JoinErrors(*formatter.GetDocument());
             {
                 const FailingAllocations failing(allowed);
                 try {
@@ -411,7 +411,7 @@ TEST(XMLDomFormatter, LeavesItsDocumentAloneWhenMemoryRunsOutInACopyOfAPartOfIt)
             const std::string after = "r(a(" + children + "," + before + "))";
             ASSERT_EQ(formatter.GetOutline(), isDone ? after : before) << allowed;
             if (!isDone) {
-                ASSERT_EQ(ErrorsOf(*formatter.GetDocument()), errors) << allowed;
+                ASSERT_EQ(JoinErrors(*formatter.GetDocument()), errors) << allowed;
             }
         }
     }
@@ -618,12 +618,12 @@ TEST(XMLDomFormatter, RendersWithoutAnyChangeToTheTree)
     AddError(First(formatter), "error");
     formatter.OutputOpenTag(u"open", {});
     const DOMElement before(*formatter.GetRoot());
-    const std::string errors = ErrorsOf(*formatter.GetDocument());
+    const std::string errors = JoinErrors(*formatter.GetDocument());
     const TString output = formatter.GetOutput(FormatMode::Content);
     formatter.GetOutput(FormatMode::EscapeAll);
     EXPECT_EQ(formatter.GetOutput(FormatMode::Content), output);
     EXPECT_TRUE(*formatter.GetRoot() == before);
-    EXPECT_EQ(ErrorsOf(*formatter.GetDocument()), errors);
+    EXPECT_EQ(JoinErrors(*formatter.GetDocument()), errors);
     formatter.OutputCloseTag(u"open");
 }
 
