@@ -120,8 +120,7 @@ struct UndecodableDeclaration
 {
     XMLDiagnostic ToDiagnostic(const TString& id) const
     {
-        using Kind = XMLDiagnostic::Kind;
-        XMLDiagnostic diagnostic(Kind::Error, message, id, fault.line, fault.column);
+        XMLDiagnostic diagnostic(XMLDiagnostic::Kind::Error, message, id, fault.line, fault.column);
         // The scanner speaks of no position, nor does the message.
         diagnostic = std::move(diagnostic).WithMessage(message);
         return fault.isCut ? diagnostic : std::move(diagnostic).AsInvalidUtf8();
