@@ -108,10 +108,11 @@ public:
         return !text.empty() && TStringBlock::SlotSize(text.size()) <= maxObject;
     }
     TString MakeText(std::u16string_view text);
-    /// A text that stands in the slab in use, made by MakeText or FinishSlot before.
+    /// A text that stands in the slab in use, made by MakeText or FinishSlot before. As often as
+    /// may be, for it takes no room.
     TString ShareText(const std::byte* slot) noexcept
     {
-        --m_references;
+        m_slab->RetainUnshared(1);
         return TStringBlock::AdoptSlot(slot);
     }
 
@@ -151,7 +152,7 @@ private:
     std::byte* m_next = nullptr;
     std::byte* m_end = nullptr;
     /// References to the slab that were taken at once and not given out yet: one for each of the
-    /// smallest objects that it could hold. Elements, being larger, leave enough for their names.
+    /// smallest objects that it could hold.
     std::size_t m_references = 0;
     std::size_t m_nextSlabBytes = c_firstSlabBytes;
     /// What is expected beyond the slab in use; 0 when nobody knows.

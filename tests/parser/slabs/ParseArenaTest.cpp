@@ -125,6 +125,23 @@ TEST(ParseArena, TextsOutliveTheArenaAndMayGrow)
     }
 }
 
+TEST(ParseArena, TextsAreSharedMoreOftenThanTheirSlabHasRoomForObjects)
+{
+    ParseArena arena;
+    TString first = arena.MakeText(u"name");
+    ParseSlab* const slab = arena.GetSlab();
+    std::vector<TString> shared;
+    for (std::size_t i = 0; i < ParseSlab::maxBytes; ++i)
+        shared.push_back(arena.ShareText(TStringBlock::SlotOf(first)));
+    first.clear();
+    EXPECT_FALSE(slab->IsExclusive());
+    shared.resize(1);
+    EXPECT_EQ(arena.GetSlab(), slab);
+    arena.Close();
+    EXPECT_TRUE(slab->IsExclusive()) << "only the text that is left holds it";
+    EXPECT_EQ(shared[0], u"name");
+}
+
 TEST(ParseArena, ElementsOutliveTheArena)
 {
     DOM dom;
