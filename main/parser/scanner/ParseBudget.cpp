@@ -61,11 +61,11 @@ constexpr std::uint64_t c_stackAParticle = 256;
 /// What the scanner may hold without regard to the limit: buffers that any document needs.
 constexpr std::uint64_t c_freeMemory = 1024 * 1024;
 
-constexpr std::uint64_t c_most = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t c_maximum = std::numeric_limits<std::uint64_t>::max();
 
 std::uint64_t MultiplyOrMost(std::uint64_t a, std::uint64_t b) noexcept
 {
-    return a != 0 && b > c_most / a ? c_most : a * b;
+    return a != 0 && b > c_maximum / a ? c_maximum : a * b;
 }
 
 std::uint64_t GetMost(const ParseLimits::Growth& growth, std::uint64_t inputBytes) noexcept
@@ -76,7 +76,7 @@ std::uint64_t GetMost(const ParseLimits::Growth& growth, std::uint64_t inputByte
 /// Past the limit at once, rather than around the end of the number's range.
 void Add(std::uint64_t& account, std::uint64_t amount) noexcept
 {
-    account = amount > c_most - account ? c_most : account + amount;
+    account = amount > c_maximum - account ? c_maximum : account + amount;
 }
 
 struct ModelSize

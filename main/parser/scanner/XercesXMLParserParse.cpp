@@ -189,11 +189,11 @@ void XercesXMLParserImpl::DoXercesParse()
 void XercesXMLParserImpl::GiveBack() noexcept
 {
     // More than a reader takes that has met ordinary documents.
-    constexpr std::size_t c_most = 1024 * 1024;
+    constexpr std::size_t c_maxKept = 1024 * 1024;
     m_names.ForgetUnlessSmall();
     m_handler->ForgetAttributes();
     m_budget.ForgetNames();
-    if (!m_noSchemaLoaded || m_memory == nullptr || m_memory->GetHeld() <= c_most)
+    if (!m_noSchemaLoaded || m_memory == nullptr || m_memory->GetHeld() <= c_maxKept)
         return;
     m_handler->ForgetLocator();
     m_budget.SetLocator(nullptr);
