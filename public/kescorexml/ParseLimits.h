@@ -90,9 +90,10 @@ public:
     void SetNameCollisionLimit(std::uint64_t names) noexcept { m_nameCollisions = names; }
     std::uint64_t GetNameCollisionLimit() const noexcept { return m_nameCollisions; }
 
-    /// What an attribute and an element that the document does not spell out count for
-    /// amplification beside their letters.
+    /// What an attribute that the document does not spell out counts for amplification beside its
+    /// letters.
     static constexpr std::uint64_t c_unitsOfImpliedAttribute = 16;
+    /// The same for an element.
     static constexpr std::uint64_t c_unitsOfImpliedElement = 48;
 
     /// Whether all limits are the same.
