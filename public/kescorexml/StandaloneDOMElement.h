@@ -100,7 +100,8 @@ public:
     /// Does nothing when there is no such attribute.
     void RemoveAttribute(const TString& name);
 
-    /// Adds a child at the end. Null is a logic assertion.
+    /// Adds a child at the end. Null is a logic assertion. The child is taken, and so it is gone
+    /// when memory fails; this element is then as it was.
     void AppendChild(std::unique_ptr<StandaloneDOMElement> element);
     /// Inserts a child in front of the first child element that is equal to `before`, which need
     /// not be a child itself. Null, and no such child, are logic assertions. Costs one comparison

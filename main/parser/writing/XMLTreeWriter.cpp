@@ -152,11 +152,8 @@ void XMLTreeWriter::WriteAttributes(const AttributeBlock& block)
         nameUnits += static_cast<std::size_t>(name.length());
         valueUnits += value.size();
     });
-    if (valueUnits > c_escapeStep) {
-        for (std::size_t rank = 0; rank < count; ++rank)
-            WriteAttribute(names.Name(names.Sorted(rank)), values[names.Sorted(rank)]);
-        return;
-    }
+    static_assert(ParseArena::maxObject / sizeof(char16_t) <= c_escapeStep,
+                  "a block's values need not be escaped step by step");
     char16_t* to =
         m_buffer.Reserve(nameUnits + count * c_tagRoom + OnePassEscaping::EscapedRoom(valueUnits));
     for (std::size_t rank = 0; rank < count; ++rank) {

@@ -1,3 +1,4 @@
+#include "support/ErrorsOf.h"
 #include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
 
@@ -27,14 +28,6 @@ using testing::SizeIs;
 
 const char* const c_intSchema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
                                 "<xs:element name='a' type='xs:int'/></xs:schema>";
-
-std::vector<std::string> ErrorsOf(const DOM& dom)
-{
-    std::vector<std::string> result;
-    for (const TString& error : dom.GetErrors())
-        result.push_back(error.toStdString());
-    return result;
-}
 
 std::unique_ptr<InputSource> Schema(const char* text, const TString& id)
 {

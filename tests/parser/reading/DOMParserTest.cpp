@@ -1,4 +1,5 @@
 #include "bytes/XercesInputSource.h"
+#include "support/ErrorsOf.h"
 #include "support/FailingAllocations.h"
 #include "support/SmallStack.h"
 #include "support/TemporaryFile.h"
@@ -27,24 +28,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-std::vector<std::string> ErrorsOf(const DOM& dom)
-{
-    std::vector<std::string> result;
-    for (const TString& error : dom.GetErrors())
-        result.push_back(error.toStdString());
-    return result;
-}
-
-std::vector<std::string> ErrorsOf(const DOMElement& element)
-{
-    std::list<TString> errors;
-    element.GetErrors(errors);
-    std::vector<std::string> result;
-    for (const TString& error : errors)
-        result.push_back(error.toStdString());
-    return result;
-}
 
 void ExpectSamePlaces(const DOMElement& a, const DOMElement& b)
 {

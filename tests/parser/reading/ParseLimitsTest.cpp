@@ -1,3 +1,4 @@
+#include "support/ErrorsOf.h"
 #include "support/ParseOutcome.h"
 #include "support/Repeat.h"
 #include "support/SmallStack.h"
@@ -141,14 +142,6 @@ std::string Nest(int levels)
 {
     return Repeat("<a>", static_cast<std::size_t>(levels)) +
            Repeat("</a>", static_cast<std::size_t>(levels));
-}
-
-std::vector<std::string> ErrorsOf(const DOM& dom)
-{
-    std::vector<std::string> result;
-    for (const TString& error : dom.GetErrors())
-        result.push_back(error.toStdString());
-    return result;
 }
 
 /// One fatal error of the usual form that names the limit and its setter.

@@ -1,4 +1,4 @@
-#include "support/ParseOutcome.h"
+#include "support/ParserSession.h"
 #include "support/RecordingMetrics.h"
 #include "support/ServingSink.h"
 #include "support/TemporaryFile.h"
@@ -36,31 +36,6 @@ std::string SchemaWith(const std::string& content)
     return "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>" + content + "</xs:schema>";
 }
 
-struct Session
-{
-    explicit Session(const std::string& text)
-        : source(text, u"id", false), sink(std::make_shared<RecordingSink>()),
-          parser(XercesXMLParser::Create(source, sink))
-    {
-    }
-    ParseOutcome Load(const std::string& schema)
-    {
-        parser->LoadXSDString(TString::fromStdString(schema), u"s.xsd");
-        const ParseOutcome outcome = GetOutcome(*parser, *sink);
-        parser->ClearErrorsAndWarnings();
-        return outcome;
-    }
-    ParseOutcome Parse()
-    {
-        parser->Parse();
-        return GetOutcome(*parser, *sink);
-    }
-
-    Utf8InputSource source;
-    std::shared_ptr<RecordingSink> sink;
-    std::unique_ptr<XercesXMLParser> parser;
-};
-
 ParseOutcome LoadServed(const std::shared_ptr<ServingSink>& sink, const std::string& schema)
 {
     StringInputSource source(u"<a>5</a>", u"id", false);
@@ -83,7 +58,7 @@ const std::string c_types =
 
 TEST(AbstractXMLParser, LoadsTheBaseSchemasWithTheFirstSchema)
 {
-    Session session("<a/>");
+    ParserSession session("<a/>");
     EXPECT_THAT(session.parser->GetXSDNames(), IsEmpty());
     session.parser->LoadXSDString(c_schema, u"first.xsd");
     EXPECT_THAT(ToUtf8(session.parser->GetXSDNames()),
@@ -105,12 +80,12 @@ TEST(AbstractXMLParser, BaseSchemasAreThoseThatTheAliasesName)
 
 TEST(AbstractXMLParser, ValidatesAgainstALoadedSchema)
 {
-    Session good("<a><n>1</n></a>");
+    ParserSession good("<a><n>1</n></a>");
     good.parser->LoadXSDString(c_schema, u"s.xsd");
     EXPECT_EQ(good.Parse(),
               (ParseOutcome{{"<a d=def>", "<n>", "'1'", "</>", "</>"}, {}, {}, false}));
 
-    Session bad("<a>\n <n>x</n>\n <m/>\n</a>");
+    ParserSession bad("<a>\n <n>x</n>\n <m/>\n</a>");
     bad.parser->LoadXSDString(c_schema, u"s.xsd");
     const ParseOutcome outcome = bad.Parse();
     EXPECT_THAT(outcome.errors,
@@ -124,7 +99,7 @@ TEST(AbstractXMLParser, ValidatesAgainstALoadedSchema)
 
 TEST(AbstractXMLParser, KnowsColonAttributesInValidatedDocuments)
 {
-    Session session("<a :d='1'/>");
+    ParserSession session("<a :d='1'/>");
     session.Load(SchemaWith("<xs:element name='a'><xs:complexType>"
                             "<xs:anyAttribute processContents='skip'/></xs:complexType>"
                             "</xs:element>"));
@@ -133,7 +108,7 @@ TEST(AbstractXMLParser, KnowsColonAttributesInValidatedDocuments)
 
 TEST(AbstractXMLParser, ReportsBothValidityAndWellFormednessErrors)
 {
-    Session session("<a><n>x</n></b>");
+    ParserSession session("<a><n>x</n></b>");
     session.parser->LoadXSDString(c_schema, u"s.xsd");
     const ParseOutcome outcome = session.Parse();
     EXPECT_TRUE(outcome.fatal);
@@ -144,10 +119,10 @@ TEST(AbstractXMLParser, ReportsBothValidityAndWellFormednessErrors)
 
 TEST(AbstractXMLParser, RecordsWhatIsWrongWithASchema)
 {
-    Session session("<a/>");
+    ParserSession session("<a/>");
     EXPECT_THAT(session.Load(SchemaWith("<xs:element name='a' type='T'/>")).errors,
                 ElementsAre("Error(1,87): type ':T' not found (id: s.xsd)"));
-    Session broken("<a/>");
+    ParserSession broken("<a/>");
     const ParseOutcome outcome = broken.Load("<xs:schema");
     EXPECT_THAT(outcome.errors,
                 ElementsAre("Fatal Error(1,11): unexpected end of input (id: s.xsd)",
@@ -159,7 +134,7 @@ TEST(AbstractXMLParser, RecordsWhatIsWrongWithASchema)
 
 TEST(AbstractXMLParser, StaysInValidatingModeAcrossParsesAndReloads)
 {
-    Session session("<a><n>x</n></a>");
+    ParserSession session("<a><n>x</n></a>");
     session.parser->LoadXSDString(c_schema, u"s.xsd");
     const ParseOutcome first = session.Parse();
     EXPECT_THAT(first.errors, SizeIs(1));
@@ -186,10 +161,10 @@ TEST(AbstractXMLParser, KnowsTheBaseSchemas)
         "<xs:import namespace='http://www.w3.org/XML/1998/namespace'/>"
         "<xs:element name='a'><xs:complexType><xs:attribute ref='xml:space'/></xs:complexType>"
         "</xs:element></xs:schema>";
-    Session good("<a xml:space='preserve'/>");
+    ParserSession good("<a xml:space='preserve'/>");
     EXPECT_THAT(good.Load(schema).errors, IsEmpty());
     EXPECT_THAT(good.Parse().errors, IsEmpty());
-    Session bad("<a xml:space='other'/>");
+    ParserSession bad("<a xml:space='other'/>");
     bad.Load(schema);
     EXPECT_THAT(bad.Parse().errors, testing::Not(IsEmpty()));
 }
@@ -200,7 +175,7 @@ TEST(AbstractXMLParser, LoadsASchemaFromAFileUnderItsPath)
     const TString path =
         folder.Write("s.xsd", "<?xml version='1.0' encoding='ISO-8859-1'?><!-- \xE9 -->" +
                                   TString(c_schema).toStdString());
-    Session session("<a><n>x</n></a>");
+    ParserSession session("<a><n>x</n></a>");
     session.parser->LoadXSDFile(path);
     EXPECT_THAT(session.parser->GetXSDNames(), testing::Contains(path));
     EXPECT_FALSE(session.parser->HasErrors());
@@ -210,7 +185,7 @@ TEST(AbstractXMLParser, LoadsASchemaFromAFileUnderItsPath)
 
 TEST(AbstractXMLParser, LoadsASchemaFromAResourceUnderItsAlias)
 {
-    Session session("<zap/>");
+    ParserSession session("<zap/>");
     session.parser->LoadXSDResource(u"KQRC_FILEFORMAT_ZAP_XSD");
     EXPECT_THAT(ToUtf8(session.parser->GetXSDNames()),
                 ElementsAre(c_baseSchemas[0], c_baseSchemas[1], "KQRC_FILEFORMAT_ZAP_XSD"));
@@ -220,7 +195,7 @@ TEST(AbstractXMLParser, LoadsASchemaFromAResourceUnderItsAlias)
 
 TEST(AbstractXMLParser, ReportsTheScopesOfSchemaLoading)
 {
-    Session session("<a/>");
+    ParserSession session("<a/>");
     const RecordingMetrics metrics;
     session.parser->LoadXSDString(c_schema, u"s.xsd");
     EXPECT_THAT(metrics.GetLines(),
@@ -355,7 +330,7 @@ TEST(AbstractXMLParser, ReadsNothingFromTheDiskThatASchemaRefersTo)
 {
     const TemporaryFolder folder;
     const std::string types = folder.Write("types.xsd", c_types).toStdString();
-    Session including("<a>5</a>");
+    ParserSession including("<a>5</a>");
     EXPECT_THAT(including
                     .Load(SchemaWith("<xs:include schemaLocation='" + types +
                                      "'/><xs:element name='a' type='T'/>"))
@@ -363,7 +338,7 @@ TEST(AbstractXMLParser, ReadsNothingFromTheDiskThatASchemaRefersTo)
                 ElementsAre(HasSubstr("type ':T' not found")));
 
     const std::string entity = folder.Write("type.txt", "xs:int").toStdString();
-    Session entities("<a>x</a>");
+    ParserSession entities("<a>x</a>");
     EXPECT_THAT(entities
                     .Load("<!DOCTYPE xs:schema [<!ENTITY e SYSTEM '" + entity + "'>]>" +
                           SchemaWith("<xs:annotation><xs:documentation>&e;</xs:documentation>"
@@ -382,7 +357,7 @@ TEST(AbstractXMLParser, TakesTheDocumentTypeOfASchemaForEmpty)
     const __lsan::ScopedDisabler allowed;
 #endif
     // With the file's default type the document would be invalid.
-    Session session("<a>x</a>");
+    ParserSession session("<a>x</a>");
     EXPECT_THAT(session
                     .Load("<!DOCTYPE xs:schema SYSTEM '" + dtd + "'>" +
                           SchemaWith("<xs:element name='a'/>"))
@@ -395,7 +370,7 @@ TEST(AbstractXMLParser, RefusesAnExternalDocumentTypeWhenItValidates)
 {
     const TemporaryFolder folder;
     const std::string dtd = folder.Write("a.dtd", "<!ELEMENT a ANY>").toStdString();
-    Session session("<!DOCTYPE a SYSTEM '" + dtd + "'><a/>");
+    ParserSession session("<!DOCTYPE a SYSTEM '" + dtd + "'><a/>");
     session.parser->LoadXSDString(c_schema, u"s.xsd");
     const ParseOutcome outcome = session.Parse();
     EXPECT_THAT(outcome.errors, ElementsAre(HasSubstr("unable to open DTD document")));
@@ -408,9 +383,9 @@ TEST(AbstractXMLParser, FollowsNoSchemaLocationOfADocument)
     const TemporaryFolder folder;
     const std::string types =
         folder.Write("b.xsd", SchemaWith("<xs:element name='b' type='xs:int'/>")).toStdString();
-    Session session("<b xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' "
-                    "xsi:noNamespaceSchemaLocation='" +
-                    types + "'>5</b>");
+    ParserSession session("<b xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' "
+                          "xsi:noNamespaceSchemaLocation='" +
+                          types + "'>5</b>");
     session.parser->LoadXSDString(c_schema, u"s.xsd");
     EXPECT_THAT(session.Parse().errors,
                 ElementsAre(HasSubstr("no declaration found for element 'b'")));

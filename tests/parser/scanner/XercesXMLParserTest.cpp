@@ -1,4 +1,4 @@
-#include "support/ParseOutcome.h"
+#include "support/ParserSession.h"
 #include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
 
@@ -25,24 +25,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 const char* const c_entityDocument = "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;&e;</a>";
-
-struct Session
-{
-    explicit Session(const std::string& text)
-        : source(text, u"id", false), sink(std::make_shared<RecordingSink>()),
-          parser(XercesXMLParser::Create(source, sink))
-    {
-    }
-    ParseOutcome Parse()
-    {
-        parser->Parse();
-        return GetOutcome(*parser, *sink);
-    }
-
-    Utf8InputSource source;
-    std::shared_ptr<RecordingSink> sink;
-    std::unique_ptr<XercesXMLParser> parser;
-};
 
 /// An input source that has no side for the parser.
 class PlainSource : public InputSource
@@ -75,14 +57,14 @@ void ExpectAssertion(Function&& function, int line, const char16_t* text, std::u
 
 TEST(XercesXMLParser, RecordsNothingForAGoodDocument)
 {
-    Session session("<a><b/></a>");
+    ParserSession session("<a><b/></a>");
     EXPECT_EQ(session.Parse(), (ParseOutcome{{"<a>", "<b>", "</>", "</>"}, {}, {}, false}));
     EXPECT_THAT(session.parser->GetXSDNames(), IsEmpty());
 }
 
 TEST(XercesXMLParser, RefusesReferencesToInternalEntities)
 {
-    Session session(c_entityDocument);
+    ParserSession session(c_entityDocument);
     const ParseOutcome outcome = session.Parse();
     EXPECT_THAT(outcome.errors, ElementsAre(HasSubstr("more than '0' entity expansions")));
     EXPECT_TRUE(outcome.fatal);
@@ -92,7 +74,8 @@ TEST(XercesXMLParser, RefusesReferencesToInternalEntities)
 TEST(XercesXMLParser, RefusesReferencesInContentAndInAttributeValues)
 {
     for (const char* content : {"<a>&e;</a>", "<a><b/>&e;</a>", "<a b='&e;'/>", "<a>&f;</a>"}) {
-        Session session(std::string("<!DOCTYPE a [<!ENTITY e 'x'><!ENTITY f '&e;'>]>") + content);
+        ParserSession session(std::string("<!DOCTYPE a [<!ENTITY e 'x'><!ENTITY f '&e;'>]>") +
+                              content);
         const ParseOutcome outcome = session.Parse();
         EXPECT_THAT(outcome.errors, ElementsAre(HasSubstr("more than '0' entity expansions")))
             << content;
@@ -110,14 +93,14 @@ TEST(XercesXMLParser, ExpandsEntitiesOfDeclarationsWithoutPermission)
     };
     for (const auto& [declarations, start] : documents) {
         const std::string text = std::string("<!DOCTYPE a [") + declarations + "]><a/>";
-        Session session(text);
+        ParserSession session(text);
         EXPECT_EQ(session.Parse(), (ParseOutcome{{start, "</>"}, {}, {}, false})) << text;
     }
 }
 
 TEST(XercesXMLParser, ExpandsInternalEntitiesOnceAllowed)
 {
-    Session session(c_entityDocument);
+    ParserSession session(c_entityDocument);
     session.parser->AllowEntityExpansion_Insecure();
     EXPECT_EQ(session.Parse(), (ParseOutcome{{"<a>", "'xx'", "</>"}, {}, {}, false}));
 }
@@ -128,7 +111,7 @@ TEST(XercesXMLParser, ExpandsAtMostFiftyThousandEntities)
         std::string text = "<!DOCTYPE a [<!ENTITY e ''>]><a>";
         for (int i = 0; i < count; ++i)
             text += "&e;";
-        Session session(text + "</a>");
+        ParserSession session(text + "</a>");
         session.parser->AllowEntityExpansion_Insecure();
         EXPECT_EQ(session.Parse().fatal, count > 50000) << count;
     }
@@ -136,13 +119,13 @@ TEST(XercesXMLParser, ExpandsAtMostFiftyThousandEntities)
 
 TEST(XercesXMLParser, NeedsNoPermissionForPredefinedEntities)
 {
-    Session session("<a b='&quot;&apos;'>&lt;&gt;&amp;&#x41;</a>");
+    ParserSession session("<a b='&quot;&apos;'>&lt;&gt;&amp;&#x41;</a>");
     EXPECT_THAT(session.Parse().events, ElementsAre("<a b=\"'>", "'<>&A'", "</>"));
 }
 
 TEST(XercesXMLParser, StopsWithoutErrorWhenTheSinkIsDone)
 {
-    Session session("<a><b></c>");
+    ParserSession session("<a><b></c>");
     session.sink->stopAfter = 1;
     EXPECT_EQ(session.Parse(), (ParseOutcome{{"<a>"}, {}, {}, false}));
 }
@@ -152,7 +135,7 @@ TEST(XercesXMLParser, StopsAfterAnyEventWithoutReadingOn)
     const std::string text = "<a>x<b/>y<c z='1'>zz</c></a>";
     const std::vector<std::string> all = ParseUtf8(text).events;
     for (std::size_t stop = 1; stop <= all.size(); ++stop) {
-        Session session(text);
+        ParserSession session(text);
         session.sink->stopAfter = stop;
         const ParseOutcome outcome = session.Parse();
         EXPECT_THAT(outcome.errors, IsEmpty());
@@ -182,7 +165,7 @@ TEST(XercesXMLParser, StopsForASinkThatWasDoneOnlyForAMoment)
 
 TEST(XercesXMLParser, StaysDoneWithASinkThatWasDone)
 {
-    Session session("<a/>");
+    ParserSession session("<a/>");
     session.sink->stopAfter = 1;
     session.Parse();
     session.sink->events.clear();
@@ -194,7 +177,7 @@ TEST(XercesXMLParser, StaysDoneWithASinkThatWasDone)
 
 TEST(XercesXMLParser, RecordsAParseExceptionOfTheSinkTwice)
 {
-    Session session("<a><b/></a>");
+    ParserSession session("<a><b/></a>");
     session.sink->onEvent = [](const std::string& event) {
         if (event == "<b>")
             throw XMLParseException(u"enough", CorvinaError(5, u"Five"));
@@ -213,7 +196,7 @@ TEST(XercesXMLParser, RecordsAllMessagesOfAParseException)
         TString GetConcatenatedMessages() const override { return u"front\nand its cause"; }
     };
     for (const char* const text : {"<a/>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a/>"}) {
-        Session session(text);
+        ParserSession session(text);
         session.sink->onEvent = [](const std::string&) { throw Nested(); };
         EXPECT_THAT(session.Parse().errors,
                     ElementsAre("front\nand its cause", "front\nand its cause"));
@@ -236,7 +219,7 @@ TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
     };
     for (const char* const event : {"<a>", "'x'", "<b>", "</>"}) {
         for (const Case& entry : cases) {
-            Session session("<a>x<b></b></a>");
+            ParserSession session("<a>x<b></b></a>");
             session.sink->onEvent = [&](const std::string& seen) {
                 if (seen == event)
                     entry.thrower();
@@ -263,7 +246,7 @@ TEST(XercesXMLParser, RefusesToParseInAnEventOfItsOwn)
     for (const char* const text :
          {"<a>x<b></b></a>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>x<b></b></a>"}) {
         SCOPED_TRACE(text);
-        Session session(text);
+        ParserSession session(text);
         session.sink->onEvent = [&](const std::string& seen) {
             if (seen == "<b>")
                 session.parser->Parse();
@@ -281,7 +264,7 @@ TEST(XercesXMLParser, RecordsAnExceptionOfTheScannersOwnKindByItsMessageAlone)
         // The second one is no document for the direct scanner.
         for (const char* const text :
              {"<a>x<b></b></a>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>x<b></b></a>"}) {
-            Session session(text);
+            ParserSession session(text);
             std::string message;
             session.sink->onEvent = [&](const std::string& seen) {
                 if (seen != event)
@@ -305,9 +288,9 @@ TEST(XercesXMLParser, RecordsAnExceptionOfTheScannersOwnKindByItsMessageAlone)
 
 TEST(XercesXMLParser, DeliversNoTextOfAnAbandonedParseLater)
 {
-    Session session("<a>text<b></c></a>");
+    ParserSession session("<a>text<b></c></a>");
     EXPECT_TRUE(session.Parse().fatal);
-    Session truncated("<a>text");
+    ParserSession truncated("<a>text");
     EXPECT_TRUE(truncated.Parse().fatal);
     truncated.sink->events.clear();
     truncated.Parse();
@@ -318,7 +301,7 @@ TEST(XercesXMLParser, ParsesTheSameSourceAgainWithoutReload)
 {
     for (const char* const text :
          {"<a>x<b/></a>", "<a>x<b></a>", "", "<?xml version='1.1'?><a/>"}) {
-        Session session(text);
+        ParserSession session(text);
         const ParseOutcome first = session.Parse();
         session.sink->events.clear();
         EXPECT_EQ(session.Parse(), first);
@@ -327,7 +310,7 @@ TEST(XercesXMLParser, ParsesTheSameSourceAgainWithoutReload)
 
 TEST(XercesXMLParser, ReloadBindsAnotherSourceAndSink)
 {
-    Session session("<a/>");
+    ParserSession session("<a/>");
     session.Parse();
     StringInputSource other(u"<b></c>", u"other", false);
     const auto sink = std::make_shared<RecordingSink>();
@@ -340,7 +323,7 @@ TEST(XercesXMLParser, ReloadBindsAnotherSourceAndSink)
 
 TEST(XercesXMLParser, ReloadLetsGoOfTheFormerSink)
 {
-    Session session("<a/>");
+    ParserSession session("<a/>");
     const std::weak_ptr<RecordingSink> former = session.sink;
     session.sink = std::make_shared<RecordingSink>();
     EXPECT_FALSE(former.expired());
@@ -354,7 +337,7 @@ TEST(XercesXMLParser, AssertsThatAParseStartsWithoutErrors)
     {
         static void Run(Parser& parser) { (parser.*&Access::ParseImpl)(); }
     };
-    Session session("<a/>");
+    ParserSession session("<a/>");
     session.parser->Error(u"e", TError::ErrorInfo::NoError());
     ExpectAssertion([&] { Access::Run(*session.parser); }, 165, u"HasErrors() == false",
                     0xE60C9000);
@@ -369,7 +352,7 @@ TEST(XercesXMLParser, AssertsThatItCanReadTheSource)
 
 TEST(XercesXMLParser, AssertsThatASchemaHasAnIdentifierAndCanBeRead)
 {
-    Session session("<a/>");
+    ParserSession session("<a/>");
     ExpectAssertion([&] { session.parser->LoadXSDString(u"<x/>", TString()); }, 302,
                     u"!xsdSource.Id().IsEmpty()", 0xC83A570E);
     PlainSource schema;
@@ -379,7 +362,7 @@ TEST(XercesXMLParser, AssertsThatASchemaHasAnIdentifierAndCanBeRead)
 
 TEST(XercesXMLParser, LoadsTheBaseSchemasBeforeItLooksAtTheIdentifier)
 {
-    Session session("<a/>");
+    ParserSession session("<a/>");
     EXPECT_THROW(session.parser->LoadXSDString(u"<x/>", TString()), LogicException);
     EXPECT_THAT(session.parser->GetXSDNames(),
                 ElementsAre(u"KQRC_FILEFORMAT_XML_XSD", u"KQRC_FILEFORMAT_USER_XSD"));
@@ -387,7 +370,7 @@ TEST(XercesXMLParser, LoadsTheBaseSchemasBeforeItLooksAtTheIdentifier)
 
 TEST(XercesXMLParser, SkipsNoWhiteSpaceBeforeASchema)
 {
-    Session session("<a/>");
+    ParserSession session("<a/>");
     session.parser->LoadXSDString(u" <?xml version='1.0'?><xs:schema "
                                   u"xmlns:xs='http://www.w3.org/2001/XMLSchema'/>",
                                   u"s.xsd");
@@ -403,7 +386,7 @@ TEST(XercesXMLParser, TreatsASchemaThatComesTwiceAlikeWhateverItHasParsedMeanwhi
                element + u"' type='xs:int'/></xs:schema>";
     };
     const auto run = [&](const std::string& between, const TString& secondElement) {
-        Session session(between);
+        ParserSession session(between);
         session.parser->LoadXSDString(makeSchema(u"a"), u"s.xsd");
         session.Parse();
         Utf8InputSource next("<a>1</a>", u"next", false);
@@ -453,7 +436,7 @@ TEST(XercesXMLParser, LetsExceptionsOfTheSourcePass)
 TEST(XercesXMLParser, ReportsItsScopes)
 {
     const RecordingMetrics metrics;
-    Session session("<a/>");
+    ParserSession session("<a/>");
     session.Parse();
     EXPECT_THAT(metrics.GetLines(),
                 ElementsAre("+XercesXMLParser_PrepareParserState",
@@ -466,7 +449,7 @@ TEST(XercesXMLParser, ReportsNoOtherScopesWhenItNeedsAnotherReader)
 {
     for (const char* const text :
          {"<!DOCTYPE a [<!ELEMENT a (b,(c|d)) x>]><a/>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a/>"}) {
-        Session session(text);
+        ParserSession session(text);
         session.Parse();
         const RecordingMetrics metrics;
         session.Parse();

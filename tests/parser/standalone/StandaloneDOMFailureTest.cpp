@@ -1,6 +1,6 @@
 // What is left of a change when memory runs out in the middle of it: all of it or nothing.
 
-#include "support/FailingAllocations.h"
+#include "support/AllOrNothing.h"
 
 #include <kescorexml/StandaloneDOMElement.h>
 
@@ -8,7 +8,6 @@
 
 #include <functional>
 #include <map>
-#include <new>
 #include <string>
 
 namespace {
@@ -54,53 +53,23 @@ private:
     }
 };
 
-/// Runs `change` again and again, allowing it one allocation more each time, until none fails.
-void ExpectAllOrNothing(const std::function<void(World&)>& change)
-{
-    std::string after;
-    {
-        World world;
-        change(world);
-        after = world.Describe();
-    }
-    for (std::size_t allowed = 0;; ++allowed) {
-        ASSERT_LT(allowed, 1000U);
-        World world;
-        const std::string before = world.Describe();
-        bool isThrown = false;
-        {
-            const FailingAllocations failing(allowed);
-            try {
-                change(world);
-            } catch (const std::bad_alloc&) {
-                isThrown = true;
-            }
-        }
-        const bool hasFailed = FailingAllocations::HasFailed();
-        EXPECT_EQ(world.Describe(), isThrown ? before : after) << allowed;
-        EXPECT_TRUE(!isThrown || hasFailed);
-        if (!hasFailed)
-            return;
-    }
-}
-
 } // namespace
 
 TEST(StandaloneDOMFailure, OfAppendedText)
 {
     const TString text(c_text);
-    ExpectAllOrNothing([&](World& world) { world.element->AppendText(text, false); });
-    ExpectAllOrNothing(
+    ExpectAllOrNothing<World>([&](World& world) { world.element->AppendText(text, false); });
+    ExpectAllOrNothing<World>(
         [&](World& world) { world.element->GetChild(u"b")->AppendText(text, true); });
 }
 
 TEST(StandaloneDOMFailure, OfAnAddedChild)
 {
-    ExpectAllOrNothing(
-        [](World& world) { world.element->GetChild(u"b")->AppendChild(std::move(world.loose)); });
-    ExpectAllOrNothing([](World& world) {
+    ExpectAllOrNothing<World>(
+        [](World& world) { world.element->GetChild(u"b")->AppendChild(world.loose->Clone()); });
+    ExpectAllOrNothing<World>([](World& world) {
         StandaloneDOMElement& parent = *world.element->GetChild(u"c");
-        parent.InsertChildBefore(std::move(world.loose), *parent.GetChild(u"deep"));
+        parent.InsertChildBefore(world.loose->Clone(), *parent.GetChild(u"deep"));
     });
 }
 
@@ -108,32 +77,32 @@ TEST(StandaloneDOMFailure, OfAttributes)
 {
     const TString name(u"a name that is long enough to need memory of its own");
     const StandaloneDOMElement::AttributeMap attributes{{u"x", u"1"}, {u"y", u"2"}, {name, name}};
-    ExpectAllOrNothing([&](World& world) { world.element->SetAttribute(name, name); });
-    ExpectAllOrNothing([&](World& world) { world.element->SetAttributes(attributes); });
+    ExpectAllOrNothing<World>([&](World& world) { world.element->SetAttribute(name, name); });
+    ExpectAllOrNothing<World>([&](World& world) { world.element->SetAttributes(attributes); });
 }
 
 TEST(StandaloneDOMFailure, OfRemovingAChildOrAnAttribute)
 {
-    ExpectAllOrNothing([](World& world) {
+    ExpectAllOrNothing<World>([](World& world) {
         world.loose = world.element->RemoveChild(*world.element->GetChild(u"b"));
     });
-    ExpectAllOrNothing([](World& world) { world.element->RemoveAttribute(u"k"); });
+    ExpectAllOrNothing<World>([](World& world) { world.element->RemoveAttribute(u"k"); });
 }
 
 TEST(StandaloneDOMFailure, OfRemovingAllChildren)
 {
-    ExpectAllOrNothing([](World& world) { world.element->RemoveChildren(); });
+    ExpectAllOrNothing<World>([](World& world) { world.element->RemoveChildren(); });
 }
 
 TEST(StandaloneDOMFailure, OfReadingChangesNothing)
 {
-    ExpectAllOrNothing([](World& world) { world.element->Clone(); });
-    ExpectAllOrNothing([](World& world) { world.element->GetAllText(); });
-    ExpectAllOrNothing([](World& world) { world.element->GetChildren(); });
-    ExpectAllOrNothing([](World& world) { world.element->GetTextNodes(); });
+    ExpectAllOrNothing<World>([](World& world) { world.element->Clone(); });
+    ExpectAllOrNothing<World>([](World& world) { world.element->GetAllText(); });
+    ExpectAllOrNothing<World>([](World& world) { world.element->GetChildren(); });
+    ExpectAllOrNothing<World>([](World& world) { world.element->GetTextNodes(); });
     const World other;
     bool areEqual = false;
-    ExpectAllOrNothing([&](World& world) { areEqual = *world.element == *other.element; });
+    ExpectAllOrNothing<World>([&](World& world) { areEqual = *world.element == *other.element; });
     EXPECT_TRUE(areEqual);
 }
 

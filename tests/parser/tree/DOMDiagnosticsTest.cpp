@@ -3,7 +3,7 @@
 
 #include "support/FailingAllocations.h"
 #include "support/SmallStack.h"
-#include "support/TreeTesting.h"
+#include "support/TreeWithMessages.h"
 
 #include <algorithm>
 #include <atomic>
@@ -16,22 +16,8 @@
 
 namespace {
 
-class DOMDiagnostics : public testing::Test
+class DOMDiagnostics : public TreeWithMessages
 {
-protected:
-    DOMDiagnostics() { AddChildren(*m_dom.GetRoot(), "a(b(c),d),e"); }
-
-    DOMElement& At(const char* name) { return Find(m_dom, name); }
-    void Push(const char* name, const char* message, bool reported = false, bool cancel = false)
-    {
-        m_dom.PushError(At(name), message, MakeInfo(1), reported, cancel);
-    }
-    void Warn(const char* name, const char* message)
-    {
-        m_dom.PushWarning(At(name), message, MakeInfo(2));
-    }
-
-    DOM m_dom;
 };
 
 } // namespace

@@ -1,7 +1,7 @@
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMParser.h>
 
-#include "support/TreeTesting.h"
+#include "support/TreeWithMessages.h"
 
 #include <functional>
 #include <list>
@@ -9,22 +9,8 @@
 
 namespace {
 
-class DOMDiagnosticsTransfer : public testing::Test
+class DOMDiagnosticsTransfer : public TreeWithMessages
 {
-protected:
-    DOMDiagnosticsTransfer() { AddChildren(*m_dom.GetRoot(), "a(b(c),d),e"); }
-
-    DOMElement& At(const char* name) { return Find(m_dom, name); }
-    void Push(const char* name, const char* message, bool reported = false, bool cancel = false)
-    {
-        m_dom.PushError(At(name), message, MakeInfo(1), reported, cancel);
-    }
-    void Warn(const char* name, const char* message)
-    {
-        m_dom.PushWarning(At(name), message, MakeInfo(2));
-    }
-
-    DOM m_dom;
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 // What is left of a change when memory runs out in the middle of it: all of it or nothing.
 
+#include "support/AllOrNothing.h"
 #include "support/FailingAllocations.h"
 #include "support/TreeTesting.h"
 
@@ -80,49 +81,13 @@ private:
     }
 };
 
-/// Runs `change` again and again, allowing it one allocation more each time, until none fails.
-void ExpectAllOrNothing(const std::function<void(World&)>& change)
-{
-    std::string after;
-    {
-        World world;
-        change(world);
-        after = world.Describe();
-    }
-    for (std::size_t allowed = 0;; ++allowed) {
-        ASSERT_LT(allowed, 10'000U);
-        bool done = true;
-        World world;
-        const std::string before = world.Describe();
-        {
-            const FailingAllocations failing(allowed);
-            try {
-                change(world);
-            } catch (const std::bad_alloc&) {
-                done = false;
-            }
-        }
-        const bool hasFailed = FailingAllocations::HasFailed();
-        // Only what reports on a change may fail without it.
-        EXPECT_TRUE(done || hasFailed) << "after " << allowed;
-        ASSERT_EQ(world.Describe(), done ? after : before) << "after " << allowed;
-        if (!hasFailed)
-            return;
-        if (done)
-            continue;
-        // What has failed may be tried again.
-        change(world);
-        ASSERT_EQ(world.Describe(), after) << "after " << allowed;
-    }
-}
-
 /// The same, and nothing may be left on the heap.
 void ExpectNoLeak(const std::function<void(World&)>& change)
 {
     // Once without looking, for what stays allocated on first use.
-    ExpectAllOrNothing(change);
+    ExpectAllOrNothing<World>(change);
     const std::ptrdiff_t before = CountLiveAllocations();
-    ExpectAllOrNothing(change);
+    ExpectAllOrNothing<World>(change);
     EXPECT_EQ(CountLiveAllocations(), before);
 }
 
@@ -185,8 +150,8 @@ TEST(DOMTreeFailure, Move)
 TEST(DOMTreeFailure, MoveToTheEndForWantOfAnInsertionPoint)
 {
     const LogCapture log;
-    ExpectAllOrNothing([](World& w) { w.A().MoveToFront(); });
-    ExpectAllOrNothing([](World& w) { w.SecondP().Adopt(w.A(), &w.A()); });
+    ExpectAllOrNothing<World>([](World& w) { w.A().MoveToFront(); });
+    ExpectAllOrNothing<World>([](World& w) { w.SecondP().Adopt(w.A(), &w.A()); });
 }
 
 TEST(DOMTreeFailure, AdoptChildren)
@@ -195,7 +160,7 @@ TEST(DOMTreeFailure, AdoptChildren)
     ExpectNoLeak([](World& w) { w.SecondP().AdoptChildren(*w.first.GetRoot(), nullptr); });
     ExpectNoLeak([](World& w) { w.first.GetRoot()->AdoptChildren(w.A(), nullptr); });
     const LogCapture log;
-    ExpectAllOrNothing([](World& w) { w.SecondP().AdoptChildren(w.A(), &w.A()); });
+    ExpectAllOrNothing<World>([](World& w) { w.SecondP().AdoptChildren(w.A(), &w.A()); });
 }
 
 TEST(DOMTreeFailure, AdoptAttributes)
