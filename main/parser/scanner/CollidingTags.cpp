@@ -95,7 +95,7 @@ public:
     /// `at` is behind its "<".
     Tag(const Units& units, std::size_t at) noexcept : m_units(units), m_at(at) { SkipName(); }
 
-    bool HasMore(std::uint64_t most)
+    bool HasMore(std::uint64_t maximum)
     {
         NameBuckets names(NameBuckets::c_tag);
         while (true) {
@@ -107,7 +107,7 @@ public:
             const std::size_t end = m_at;
             if (!SkipValue())
                 return false;
-            if (names.Add(m_units.GetText(begin, end).view()) > most)
+            if (names.Add(m_units.GetText(begin, end).view()) > maximum)
                 return true;
         }
     }
@@ -141,15 +141,15 @@ private:
     std::size_t m_at;
 };
 
-/// Where a tag begins that has more than `most` colliding names, or npos. Such a tag is long, and
-/// no well-formed one has a "<" inside: what is no such tag need not be gone through.
-std::size_t FindTag(const Units& units, std::uint64_t most)
+/// Where a tag begins that has more than `maximum` colliding names, or npos. Such a tag is long,
+/// and no well-formed one has a "<" inside: what is no such tag need not be gone through.
+std::size_t FindTag(const Units& units, std::uint64_t maximum)
 {
     // The shortest attribute is " a=''".
     constexpr std::uint64_t c_shortest = 5;
     constexpr std::uint64_t c_longestStep = 0x10000;
-    const auto step =
-        static_cast<std::size_t>(std::clamp(most, std::uint64_t{16}, c_longestStep) * c_shortest);
+    const auto step = static_cast<std::size_t>(
+        std::clamp(maximum, std::uint64_t{16}, c_longestStep) * c_shortest);
     std::size_t at = units.FindOpening(0);
     while (at != c_npos) {
         const std::size_t end = std::min(units.Count(), at + 1 + step);
@@ -160,7 +160,7 @@ std::size_t FindTag(const Units& units, std::uint64_t most)
         }
         const std::uint32_t next = units.At(at + 1);
         const bool isStartTag = next != '/' && next != '!' && next != '?';
-        if (isStartTag && Tag(units, at + 1).HasMore(most))
+        if (isStartTag && Tag(units, at + 1).HasMore(maximum))
             return at;
         at = units.FindOpening(end);
     }
@@ -170,13 +170,13 @@ std::size_t FindTag(const Units& units, std::uint64_t most)
 } // namespace
 
 std::optional<TextPosition> CollidingTags::FindFirst(const XercesInputSource& document,
-                                                     std::uint64_t most)
+                                                     std::uint64_t maximum)
 {
     const std::string_view bytes = document.GetBytes();
     const ScannerEncoding encoding = document.GetEncoding() == XercesEncoding::Utf8
                                          ? ScannerEncoding()
                                          : ScannerEncoding::Find(bytes);
-    const std::size_t at = FindTag(Units(bytes, encoding), most);
+    const std::size_t at = FindTag(Units(bytes, encoding), maximum);
     if (at == c_npos)
         return std::nullopt;
     return OverlookedFaults::LocateEnd(bytes.substr(0, at * encoding.units->unitSize), encoding);

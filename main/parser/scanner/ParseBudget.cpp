@@ -63,14 +63,14 @@ constexpr std::uint64_t c_freeMemory = 1024 * 1024;
 
 constexpr std::uint64_t c_maximum = std::numeric_limits<std::uint64_t>::max();
 
-std::uint64_t MultiplyOrMost(std::uint64_t a, std::uint64_t b) noexcept
+std::uint64_t MultiplySaturating(std::uint64_t a, std::uint64_t b) noexcept
 {
     return a != 0 && b > c_maximum / a ? c_maximum : a * b;
 }
 
-std::uint64_t GetMost(const ParseLimits::Growth& growth, std::uint64_t inputBytes) noexcept
+std::uint64_t GetMaximum(const ParseLimits::Growth& growth, std::uint64_t inputBytes) noexcept
 {
-    return std::max(growth.threshold, MultiplyOrMost(growth.factor, inputBytes));
+    return std::max(growth.threshold, MultiplySaturating(growth.factor, inputBytes));
 }
 
 /// Past the limit at once, rather than around the end of the number's range.
@@ -107,9 +107,9 @@ ModelSize MeasureModel(std::u16string_view model) noexcept
 /// names, of which a machine word holds 64.
 std::uint64_t EstimateModelWork(const ModelSize& size) noexcept
 {
-    const std::uint64_t square = MultiplyOrMost(size.names, size.names);
-    std::uint64_t work = MultiplyOrMost(size.names, size.particles);
-    Add(work, MultiplyOrMost(square, size.names) / 64);
+    const std::uint64_t square = MultiplySaturating(size.names, size.names);
+    std::uint64_t work = MultiplySaturating(size.names, size.particles);
+    Add(work, MultiplySaturating(square, size.names) / 64);
     return work;
 }
 
@@ -134,12 +134,12 @@ void ParseBudget::Begin(const ParseLimits& limits, std::uint64_t inputBytes, boo
     *this = ParseBudget();
     m_number = number;
     m_limits = limits;
-    m_outputLimit = GetMost(limits.GetAmplificationLimit(), inputBytes);
-    m_scannerWorkLimit = GetMost(limits.GetExpansionLimit(), inputBytes);
+    m_outputLimit = GetMaximum(limits.GetAmplificationLimit(), inputBytes);
+    m_scannerWorkLimit = GetMaximum(limits.GetExpansionLimit(), inputBytes);
     const ParseLimits::Growth& work = limits.GetValidationWorkLimit();
-    m_validationWorkLimit = GetMost(work, inputBytes);
+    m_validationWorkLimit = GetMaximum(work, inputBytes);
     m_lookUpLimit =
-        GetMost({work.factor, MultiplyOrMost(c_lookUpsAUnit, work.threshold)}, inputBytes);
+        GetMaximum({work.factor, MultiplySaturating(c_lookUpsAUnit, work.threshold)}, inputBytes);
     m_isValidating = isValidating;
     m_countsAttributes = isValidating;
 }
@@ -161,7 +161,7 @@ void ParseBudget::BeginMemory(bool countsSteps) noexcept
 void ParseBudget::AddToStep(std::uint64_t amount)
 {
     Add(m_allocatedInStep, amount);
-    if (m_allocatedInStep > m_mostInStep)
+    if (m_allocatedInStep > m_maximumInStep)
         FailMemory();
 }
 
@@ -171,8 +171,8 @@ void ParseBudget::SettleMemory() noexcept
         Add(m_validationWork, (m_allocatedInStep - c_freeMemoryInStep) / 2);
     m_allocatedInStep = 0;
     m_modelNodesInStep = 0;
-    m_mostInStep = m_validationWorkLimit - std::min(m_validationWork, m_validationWorkLimit);
-    Add(m_mostInStep, c_freeMemoryInStep);
+    m_maximumInStep = m_validationWorkLimit - std::min(m_validationWork, m_validationWorkLimit);
+    Add(m_maximumInStep, c_freeMemoryInStep);
 }
 
 void ParseBudget::DeclareElement(std::u16string_view name, std::u16string_view model)
@@ -183,7 +183,7 @@ void ParseBudget::DeclareElement(std::u16string_view name, std::u16string_view m
     const ModelSize size = MeasureModel(model);
     AddDeclarationWork(EstimateModelWork(size));
     if (!model.starts_with(u"(#PCDATA"))
-        RequireStack(MultiplyOrMost(size.particles, c_stackAParticle));
+        RequireStack(MultiplySaturating(size.particles, c_stackAParticle));
 }
 
 void ParseBudget::DeclareAttribute(std::u16string_view elementName, std::u16string_view name,
@@ -201,7 +201,7 @@ void ParseBudget::DeclareAttribute(std::u16string_view elementName, std::u16stri
     // Which may be a list of names; the scanner compares each with all others.
     if (m_isValidating) {
         const std::uint64_t names = MeasureModel(type).names;
-        AddDeclarationWork(MultiplyOrMost(names, names));
+        AddDeclarationWork(MultiplySaturating(names, names));
     }
 }
 
@@ -277,8 +277,8 @@ void ParseBudget::AddValidationWork(const XMLCh* uri, const XMLCh* localName,
     SettleMemory();
     if (m_depth == 1 && !m_countsMemory)
         BeginMemory(false);
-    Add(m_lookUps, MultiplyOrMost(1 + attributes, m_depth + m_namespacesInScope));
-    Add(m_lookUps, MultiplyOrMost(c_lookUpsAnElement, CountElementsInBucket(uri, localName)));
+    Add(m_lookUps, MultiplySaturating(1 + attributes, m_depth + m_namespacesInScope));
+    Add(m_lookUps, MultiplySaturating(c_lookUpsAnElement, CountElementsInBucket(uri, localName)));
     if (m_lookUps > m_lookUpLimit) {
         Fail(TFormatString(u"validation takes more look-ups of names than 8 times %1 units and %2 "
                            u"times the bytes of the document (validation work limit, "

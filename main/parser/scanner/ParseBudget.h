@@ -211,5 +211,5 @@ private:
     /// declaration.
     std::uint64_t m_modelNodesInStep = 0;
     /// What m_allocatedInStep may become before the account of validation is empty.
-    std::uint64_t m_mostInStep = 0;
+    std::uint64_t m_maximumInStep = 0;
 };

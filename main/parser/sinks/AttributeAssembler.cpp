@@ -45,7 +45,7 @@ AttributeStorage::AttributeMap MakeMap(const StartTag& tag, MakeText&& makeText)
 AttributeNames* FindOrMakeAttributeNames(const StartTag& tag)
 {
     const std::span<const char16_t* const> attributes = tag.attributeNames;
-    if (attributes.empty() || attributes.size() > AttributeNames::maxCount)
+    if (attributes.empty() || attributes.size() > AttributeNames::c_maxCount)
         return nullptr;
     if (AttributeNames* list = ParsedNames::FindAttributeNames(tag.element, attributes))
         return list;

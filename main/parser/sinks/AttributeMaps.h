@@ -37,7 +37,7 @@ private:
         AttributeMap map;
         std::size_t buckets = 0;
         /// Which attribute was the first, the second, ... when the map was last walked over.
-        std::array<std::uint8_t, AttributeNames::maxCount> order{};
+        std::array<std::uint8_t, AttributeNames::c_maxCount> order{};
     };
 
     static bool Refill(Kept& kept, const StartTag& tag);

@@ -117,7 +117,7 @@ AttributeNames* ParsedNames::FindAttributeNames(Entry& element,
 AttributeNames* ParsedNames::MakeAttributeNames(Entry& element,
                                                 std::span<const char16_t* const> names)
 {
-    std::array<TString, AttributeNames::maxCount> texts;
+    std::array<TString, AttributeNames::c_maxCount> texts;
     for (std::size_t i = 0; i < names.size(); ++i) {
         texts[i] = Find(names[i]).name;
         if (std::find(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(i), texts[i]) !=

@@ -72,7 +72,7 @@ public:
     static AttributeNames* FindAttributeNames(Entry& element,
                                               std::span<const char16_t* const> names);
     /// A new such list. Null when two of the names are equal. REQUIRES: at most
-    /// AttributeNames::maxCount names.
+    /// AttributeNames::c_maxCount names.
     AttributeNames* MakeAttributeNames(Entry& element, std::span<const char16_t* const> names);
 
     /// Between elements: bounds what a document of very many names can make this hold.

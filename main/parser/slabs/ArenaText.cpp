@@ -24,7 +24,7 @@ void ArenaText::Append(std::u16string_view piece)
     if (IsInArena()) {
         const std::span<std::byte> room = m_arena.GetRoom();
         const std::size_t length = m_length + piece.size();
-        if (TStringBlock::SlotSize(length) <= std::min(room.size(), ParseArena::maxObject)) {
+        if (TStringBlock::SlotSize(length) <= std::min(room.size(), ParseArena::c_maxObjectBytes)) {
             std::copy(piece.begin(), piece.end(),
                       TStringBlock::UnitsOfSlot(room.data()) + m_length);
             m_length = length;

@@ -45,7 +45,7 @@ AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
                                        std::span<const std::u16string_view> values)
 {
     constexpr std::size_t valuesAt = offsetof(AttributeBlock, m_slots);
-    constexpr std::size_t c_maxBytes = ParseArena::maxObject - c_bytesForNames;
+    constexpr std::size_t c_maxBytes = ParseArena::c_maxObjectBytes - c_bytesForNames;
     std::size_t bytes = valuesAt;
     for (const std::u16string_view value : values) {
         if (value.size() > c_maxBytes)

@@ -20,9 +20,9 @@ class AttributeNames
 {
 public:
     /// More attributes than this are kept in a map from the start: look-up in a block is linear.
-    static constexpr std::size_t maxCount = 16;
+    static constexpr std::size_t c_maxCount = 16;
 
-    /// Starts with one reference, that of the caller. REQUIRES: at most maxCount distinct names.
+    /// Starts with one reference, that of the caller. REQUIRES: at most c_maxCount distinct names.
     explicit AttributeNames(std::span<const TString> names);
     AttributeNames(const AttributeNames&) = delete;
     AttributeNames& operator=(const AttributeNames&) = delete;
@@ -51,8 +51,8 @@ private:
     std::size_t m_units = 0;
     /// The last slab that keeps the names alive.
     ParseArena::SlabNumber m_keptIn;
-    std::array<TString, maxCount> m_names;
-    std::array<std::uint8_t, maxCount> m_sorted{};
+    std::array<TString, c_maxCount> m_names;
+    std::array<std::uint8_t, c_maxCount> m_sorted{};
 };
 
 /// The attributes of one element, packed: where their names are, then the values one after the

@@ -61,7 +61,7 @@ std::size_t ParseArena::GetNextSlabBytes() const noexcept
 {
     if (m_expectedBytes == 0)
         return m_nextSlabBytes;
-    return sizeof(ParseSlab) + std::min(m_expectedBytes, ParseSlab::maxBytes - sizeof(ParseSlab));
+    return sizeof(ParseSlab) + std::min(m_expectedBytes, ParseSlab::c_maxBytes - sizeof(ParseSlab));
 }
 
 void ParseArena::OpenSlab(std::size_t bytes)
@@ -78,7 +78,7 @@ void ParseArena::OpenSlab(std::size_t bytes)
     if (m_expectedBytes > 0)
         m_expectedBytes -= std::min(m_expectedBytes, static_cast<std::size_t>(m_end - m_next));
     else
-        m_nextSlabBytes = std::min(m_nextSlabBytes * 2, ParseSlab::maxBytes);
+        m_nextSlabBytes = std::min(m_nextSlabBytes * 2, ParseSlab::c_maxBytes);
 }
 
 void ParseArena::Close() noexcept

@@ -20,7 +20,7 @@ class AttributeNames;
 class ParseSlab final : public TStringBlock
 {
 public:
-    static constexpr std::size_t maxBytes = 16384;
+    static constexpr std::size_t c_maxBytes = 16384;
 
     /// Starts with one reference, that of the caller.
     static ParseSlab* Create(std::size_t bytes);
@@ -61,14 +61,14 @@ private:
     KeptNames* m_names = nullptr;
 };
 
-/// Hands out memory from slabs, each bigger than the one before up to ParseSlab::maxBytes. One
+/// Hands out memory from slabs, each bigger than the one before up to ParseSlab::c_maxBytes. One
 /// parse uses one arena, on one thread, and what comes out of it stays there until the arena is
 /// closed; from then on it may end on any.
 class ParseArena
 {
 public:
     /// What is larger is not worth a place in a slab.
-    static constexpr std::size_t maxObject = ParseSlab::maxBytes / 8;
+    static constexpr std::size_t c_maxObjectBytes = ParseSlab::c_maxBytes / 8;
 
     /// For as many bytes as may come.
     ParseArena() noexcept;
@@ -85,7 +85,7 @@ public:
         return (bytes + alignof(void*) - 1) & ~(alignof(void*) - 1);
     }
     /// Room for one object, aligned for pointers, with a reference to `slab` that goes with it.
-    /// REQUIRES: at most maxObject bytes.
+    /// REQUIRES: at most c_maxObjectBytes.
     std::byte* Allocate(std::size_t bytes, ParseSlab*& slab)
     {
         bytes = RoundUp(bytes);
@@ -105,7 +105,7 @@ public:
     /// Whether MakeText puts a text into a slab; it makes others as TString does.
     static bool IsTextForSlab(std::u16string_view text) noexcept
     {
-        return !text.empty() && TStringBlock::SlotSize(text.size()) <= maxObject;
+        return !text.empty() && TStringBlock::SlotSize(text.size()) <= c_maxObjectBytes;
     }
     TString MakeText(std::u16string_view text);
     /// A text that stands in the slab in use, made by MakeText or FinishSlot before. As often as

@@ -58,7 +58,7 @@ std::size_t ElementCopy::CountBytes(const DOMElement& source)
     const auto enter = [&](const DOMElement& element) {
         const std::size_t list = (1 + element.m_children.size()) * sizeof(ElementList::Owner);
         elements += element.m_children.size();
-        if (list <= ParseArena::maxObject)
+        if (list <= ParseArena::c_maxObjectBytes)
             bytes += list;
         walk.Enter(element);
     };

@@ -83,14 +83,14 @@ void ElementList::ReserveExactly(std::size_t count)
 void ElementList::FillIn(ParseArena& arena, Owner* elements, std::size_t count)
 {
     const std::size_t bytes = sizeof(Header) + count * sizeof(Owner);
-    if (m_header != nullptr || bytes > ParseArena::maxObject) {
+    if (m_header != nullptr || bytes > ParseArena::c_maxObjectBytes) {
         ReserveExactly(count);
         Insert(size(), elements, count);
         return;
     }
     ParseSlab* slab = nullptr;
     std::byte* memory = arena.Allocate(bytes, slab);
-    static_assert(ParseSlab::maxBytes < 1U << c_slabOffsetBits);
+    static_assert(ParseSlab::c_maxBytes < 1U << c_slabOffsetBits);
     const auto size = static_cast<std::uint32_t>(count);
     m_header =
         new (memory) Header{size, c_slabFlag | size << c_slabOffsetBits | slab->OffsetOf(memory)};

@@ -143,7 +143,7 @@ void XMLTreeWriter::WriteAttributes(const DOMElement& element)
 void XMLTreeWriter::WriteAttributes(const AttributeBlock& block)
 {
     const AttributeNames& names = block.Names();
-    std::array<std::u16string_view, AttributeNames::maxCount> values;
+    std::array<std::u16string_view, AttributeNames::c_maxCount> values;
     std::size_t count = 0;
     std::size_t nameUnits = 0;
     std::size_t valueUnits = 0;
@@ -152,7 +152,7 @@ void XMLTreeWriter::WriteAttributes(const AttributeBlock& block)
         nameUnits += static_cast<std::size_t>(name.length());
         valueUnits += value.size();
     });
-    static_assert(ParseArena::maxObject / sizeof(char16_t) <= c_escapeStep,
+    static_assert(ParseArena::c_maxObjectBytes / sizeof(char16_t) <= c_escapeStep,
                   "a block's values need not be escaped step by step");
     char16_t* to =
         m_buffer.Reserve(nameUnits + count * c_tagRoom + OnePassEscaping::EscapedRoom(valueUnits));

@@ -39,8 +39,8 @@ TEST(AttributeBlock, HoldsNamesAndValuesInOrder)
 
 TEST(AttributeBlock, IsNotMadeBeyondItsLargestSize)
 {
-    const TString large(ParseArena::maxObject / sizeof(char16_t), u'x');
-    const TString fits(ParseArena::maxObject / sizeof(char16_t) - 100, u'x');
+    const TString large(ParseArena::c_maxObjectBytes / sizeof(char16_t), u'x');
+    const TString fits(ParseArena::c_maxObjectBytes / sizeof(char16_t) - 100, u'x');
     EXPECT_EQ(MakeBlock({{u"k", large}}), nullptr);
     EXPECT_EQ(MakeBlock({{u"k", TString(1'000'000, u'x')}}), nullptr);
     EXPECT_EQ(MakeBlock({{u"k", fits}, {u"l", fits}}), nullptr);

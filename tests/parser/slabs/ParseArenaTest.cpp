@@ -53,7 +53,7 @@ TEST(ParseArena, HandsOutAlignedRoomThatDoesNotOverlap)
     };
     std::vector<Piece> pieces;
     for (int i = 0; i < 2000; ++i) {
-        const std::size_t size = 1 + random() % ParseArena::maxObject;
+        const std::size_t size = 1 + random() % ParseArena::c_maxObjectBytes;
         ParseSlab* slab = nullptr;
         std::byte* memory = arena.Allocate(size, slab);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory) % alignof(void*), 0U);
@@ -90,7 +90,7 @@ TEST(ParseArena, WhatIsExpectedHasJustOneSlab)
 TEST(ParseArena, MuchThatIsExpectedHasLargeSlabsAndALastOneForTheRest)
 {
     constexpr std::size_t c_bytes = 128;
-    constexpr std::size_t c_inSlab = (ParseSlab::maxBytes - sizeof(ParseSlab)) / c_bytes;
+    constexpr std::size_t c_inSlab = (ParseSlab::c_maxBytes - sizeof(ParseSlab)) / c_bytes;
     ParseArena arena((2 * c_inSlab + 10) * c_bytes);
     std::vector<std::size_t> sizes;
     std::vector<ParseSlab*> slabs(2 * c_inSlab + 5);
@@ -102,8 +102,8 @@ TEST(ParseArena, MuchThatIsExpectedHasLargeSlabsAndALastOneForTheRest)
             sizes.push_back(size);
     }
     ASSERT_EQ(sizes.size(), 3U);
-    EXPECT_EQ(sizes[0], ParseSlab::maxBytes);
-    EXPECT_EQ(sizes[1], ParseSlab::maxBytes);
+    EXPECT_EQ(sizes[0], ParseSlab::c_maxBytes);
+    EXPECT_EQ(sizes[1], ParseSlab::c_maxBytes);
     EXPECT_LT(sizes[2], 11 * c_bytes + sizeof(ParseSlab));
     for (ParseSlab* slab : slabs)
         slab->Release();
@@ -131,7 +131,7 @@ TEST(ParseArena, TextsAreSharedMoreOftenThanTheirSlabHasRoomForObjects)
     TString first = arena.MakeText(u"name");
     ParseSlab* const slab = arena.GetSlab();
     std::vector<TString> shared;
-    for (std::size_t i = 0; i < ParseSlab::maxBytes; ++i)
+    for (std::size_t i = 0; i < ParseSlab::c_maxBytes; ++i)
         shared.push_back(arena.ShareText(TStringBlock::SlotOf(first)));
     first.clear();
     EXPECT_FALSE(slab->IsExclusive());
