@@ -1,11 +1,11 @@
 #pragma once
 
 #include <kescorexml/Export.h>
+#include <kescorexml/detail/AttributeStorage.h>
 #include <kesplatform/TString.h>
 
 #include <functional>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 /// An element of the second, self-contained tree: a name, attributes in no order, and a list of
@@ -22,7 +22,7 @@ class KESCOREXML_EXPORT StandaloneDOMElement
 {
 public:
     /// Attribute values by name.
-    using AttributeMap = std::unordered_map<TString, TString>;
+    using AttributeMap = AttributeStorage::AttributeMap;
 
     /// An element of that name and nothing else.
     explicit StandaloneDOMElement(const TString& name);
@@ -46,7 +46,7 @@ public:
     bool operator!=(const StandaloneDOMElement& other) const { return !(*this == other); }
 
     /// No content and no attributes.
-    bool IsEmpty() const noexcept { return m_children.empty() && m_attributes.empty(); }
+    bool IsEmpty() const noexcept { return m_children.empty() && m_attributes.IsEmpty(); }
     /// Whether there is any content.
     bool HasTextOrChildren() const noexcept { return !m_children.empty(); }
     /// Whether there is a text among the content.
@@ -82,15 +82,16 @@ public:
     bool IsEncoded() const noexcept { return m_encoded; }
     void SetEncoded(bool encoded) noexcept { m_encoded = encoded; }
 
-    /// The map itself, valid as long as this element.
-    AttributeMap& GetAttributes() noexcept { return m_attributes; }
-    const AttributeMap& GetAttributes() const noexcept { return m_attributes; }
+    /// The map itself, valid as long as this element. The first call builds it, and so does the
+    /// first GetAttribute; HasAttribute and TryGetAttribute do without.
+    AttributeMap& GetAttributes() { return m_attributes.Map(); }
+    const AttributeMap& GetAttributes() const { return m_attributes.Map(); }
     /// Copies the map, its load factor included.
     void SetAttributes(const AttributeMap& attributes);
     /// Takes the map over.
     void SetAttributes(AttributeMap&& attributes);
     /// Whether there is an attribute of that name.
-    bool HasAttribute(const TString& name) const { return m_attributes.contains(name); }
+    bool HasAttribute(const TString& name) const noexcept;
     /// The value of an attribute that must be there: its absence is a logic assertion.
     const TString& GetAttribute(const TString& name) const;
     /// False, and `value` left alone, when there is no such attribute.
@@ -131,7 +132,7 @@ private:
     void CopyOwnPartsTo(StandaloneDOMElement& copy) const;
 
     TString m_name;
-    AttributeMap m_attributes;
+    AttributeStorage m_attributes;
     std::vector<TextOrElement> m_children;
     bool m_encoded = false;
 };

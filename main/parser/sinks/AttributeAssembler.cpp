@@ -15,31 +15,6 @@ bool MayBeSanitized(std::u16string_view name)
     return name.starts_with(u"IllegalColon:") || name.starts_with(u"xmlns:IllegalColon");
 }
 
-/// `makeText` makes the text of a value.
-template <typename MakeText>
-AttributeStorage::AttributeMap MakeMap(const StartTag& tag, MakeText&& makeText)
-{
-    AttributeStorage::AttributeMap map;
-    const std::size_t count = tag.attributeNames.size();
-    if (count == 0)
-        return map;
-    map.reserve(count);
-    if (const AttributeNames* names = FindOrMakeAttributeNames(tag)) {
-        for (std::size_t i = 0; i < count; ++i)
-            map.try_emplace(names->Name(i), makeText(tag.attributeValues[i]));
-        return map;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::u16string_view qualifiedName = tag.attributeNames[i];
-        TString name = tag.names.Find(qualifiedName).name;
-        if (MayBeSanitized(qualifiedName))
-            name = XercesColonSanitizer::RestoreEncodedAttributeNames(name);
-        if (!name.IsEmpty())
-            map.try_emplace(std::move(name), makeText(tag.attributeValues[i]));
-    }
-    return map;
-}
-
 } // namespace
 
 AttributeNames* FindOrMakeAttributeNames(const StartTag& tag)
@@ -56,12 +31,25 @@ AttributeNames* FindOrMakeAttributeNames(const StartTag& tag)
 
 AttributeStorage::AttributeMap ToAttributeMap(const StartTag& tag)
 {
-    return MakeMap(tag, [](std::u16string_view value) { return TString(value); });
-}
-
-AttributeStorage::AttributeMap ToAttributeMapIn(ParseArena& arena, const StartTag& tag)
-{
-    return MakeMap(tag, [&arena](std::u16string_view value) { return arena.MakeText(value); });
+    AttributeStorage::AttributeMap map;
+    const std::size_t count = tag.attributeNames.size();
+    if (count == 0)
+        return map;
+    map.reserve(count);
+    if (const AttributeNames* names = FindOrMakeAttributeNames(tag)) {
+        for (std::size_t i = 0; i < count; ++i)
+            map.try_emplace(names->Name(i), TString(tag.attributeValues[i]));
+        return map;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::u16string_view qualifiedName = tag.attributeNames[i];
+        TString name = tag.names.Find(qualifiedName).name;
+        if (MayBeSanitized(qualifiedName))
+            name = XercesColonSanitizer::RestoreEncodedAttributeNames(name);
+        if (!name.IsEmpty())
+            map.try_emplace(std::move(name), TString(tag.attributeValues[i]));
+    }
+    return map;
 }
 
 AttributeStorage PackAttributes(ParseArena& arena, const StartTag& tag)

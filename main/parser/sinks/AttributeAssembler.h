@@ -8,9 +8,6 @@
 /// under their own names again and its declaration left out. Of equal names the first one stays.
 AttributeStorage::AttributeMap ToAttributeMap(const StartTag& tag);
 
-/// The same map, with the values in `arena`.
-AttributeStorage::AttributeMap ToAttributeMapIn(ParseArena& arena, const StartTag& tag);
-
 /// The same attributes, packed into `arena`.
 AttributeStorage PackAttributes(ParseArena& arena, const StartTag& tag);
 

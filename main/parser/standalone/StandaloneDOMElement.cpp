@@ -49,7 +49,7 @@ void StandaloneDOMElement::EraseAllChildNodes() noexcept
 
 void StandaloneDOMElement::CopyOwnPartsTo(StandaloneDOMElement& copy) const
 {
-    copy.m_attributes = m_attributes;
+    copy.m_attributes.Take(copy.m_attributes.PrepareReplacement(m_attributes));
     copy.m_encoded = m_encoded;
     copy.m_children.reserve(m_children.size());
 }
@@ -79,16 +79,6 @@ std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::Clone() const
     return result;
 }
 
-bool StandaloneDOMElement::HasSameNameAndAttributes(const StandaloneDOMElement& other) const
-{
-    if (m_name != other.m_name || m_attributes.size() != other.m_attributes.size())
-        return false;
-    return std::ranges::all_of(m_attributes, [&other](const auto& attribute) {
-        const auto it = other.m_attributes.find(attribute.first);
-        return it != other.m_attributes.end() && it->second == attribute.second;
-    });
-}
-
 bool StandaloneDOMElement::operator==(const StandaloneDOMElement& other) const
 {
     std::vector<std::pair<const StandaloneDOMElement*, const StandaloneDOMElement*>> pending;
@@ -96,8 +86,9 @@ bool StandaloneDOMElement::operator==(const StandaloneDOMElement& other) const
     const StandaloneDOMElement* right = &other;
     for (;;) {
         if (left != right) {
-            if (left->m_children.size() != right->m_children.size() ||
-                !left->HasSameNameAndAttributes(*right))
+            if (left->m_name != right->m_name ||
+                left->m_children.size() != right->m_children.size() ||
+                !left->m_attributes.Equals(right->m_attributes))
                 return false;
             for (std::size_t i = 0; i < left->m_children.size(); ++i) {
                 const TextOrElement& a = left->m_children[i];
@@ -202,22 +193,27 @@ void StandaloneDOMElement::AppendText(const TString& text, bool encoded)
 
 void StandaloneDOMElement::SetAttributes(const AttributeMap& attributes)
 {
-    if (&attributes == &m_attributes)
-        return;
-    AttributeMap copy(attributes);
-    m_attributes = std::move(copy);
+    if (&attributes != &GetAttributes())
+        m_attributes.Replace(AttributeMap(attributes));
 }
 
 void StandaloneDOMElement::SetAttributes(AttributeMap&& attributes)
 {
-    if (&attributes != &m_attributes)
-        m_attributes = std::move(attributes);
+    if (&attributes != &GetAttributes())
+        m_attributes.Replace(std::move(attributes));
+}
+
+bool StandaloneDOMElement::HasAttribute(const TString& name) const noexcept
+{
+    std::u16string_view value;
+    return m_attributes.View(name, value);
 }
 
 const TString& StandaloneDOMElement::GetAttribute(const TString& name) const
 {
-    const auto it = m_attributes.find(name);
-    if (it == m_attributes.end())
+    const AttributeMap& attributes = GetAttributes();
+    const auto it = attributes.find(name);
+    if (it == attributes.end())
         ThrowAssertion(c_source, PublishedLine(226), u"it != m_attributes.end()",
                        KesErrorsError::LogicAssert_0x16A1A876());
     return it->second;
@@ -225,21 +221,21 @@ const TString& StandaloneDOMElement::GetAttribute(const TString& name) const
 
 bool StandaloneDOMElement::TryGetAttribute(const TString& name, TString& value) const
 {
-    const auto it = m_attributes.find(name);
-    if (it == m_attributes.end())
+    if (!HasAttribute(name))
         return false;
-    value = it->second;
+    value = m_attributes.Get(name);
     return true;
 }
 
 void StandaloneDOMElement::SetAttribute(const TString& name, const TString& value)
 {
-    m_attributes.insert_or_assign(name, value);
+    GetAttributes().insert_or_assign(name, value);
 }
 
 void StandaloneDOMElement::RemoveAttribute(const TString& name)
 {
-    m_attributes.erase(name);
+    if (HasAttribute(name))
+        GetAttributes().erase(name);
 }
 
 void StandaloneDOMElement::AppendChild(std::unique_ptr<StandaloneDOMElement> element)

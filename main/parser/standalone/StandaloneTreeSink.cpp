@@ -20,8 +20,7 @@ void StandaloneTreeSink::StartElement(const StartTag& tag)
     EndText();
     auto element =
         std::make_unique<StandaloneDOMElement>(ParsedNames::GetNameIn(m_arena, tag.element));
-    if (!tag.attributeNames.empty())
-        element->SetAttributes(ToAttributeMapIn(m_arena, tag));
+    element->m_attributes.Take(PackAttributes(m_arena, tag));
     m_open.push_back({std::move(element), m_waiting.size()});
 }
 

@@ -11,13 +11,14 @@ class CompleteStringFormatter : public XMLStringFormatter
 public:
     using XMLStringFormatter::XMLStringFormatter;
 
-    void Undent() override
-    {
-        Notice([this] { XMLStringFormatter::Undent(); });
-    }
     void OutputCloseTag(const TString& name) override
     {
-        Notice([this, &name] { XMLStringFormatter::OutputCloseTag(name); });
+        try {
+            XMLStringFormatter::OutputCloseTag(name);
+        } catch (...) {
+            m_failure = std::current_exception();
+            throw;
+        }
     }
 
     /// Throws what was thrown while a tag was closed.
@@ -29,16 +30,5 @@ public:
     }
 
 private:
-    template <typename Work>
-    void Notice(Work&& work)
-    {
-        try {
-            work();
-        } catch (...) {
-            m_failure = std::current_exception();
-            throw;
-        }
-    }
-
     std::exception_ptr m_failure;
 };

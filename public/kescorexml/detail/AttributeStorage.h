@@ -13,9 +13,9 @@ class AttributeBlock;
 
 /// How an element keeps its attributes, in one pointer. What a parse found stays packed in one
 /// AttributeBlock until somebody asks for the map itself or changes an attribute; from then on the
-/// map is the truth. Nobody outside DOMElement can tell which of the two it is.
+/// map is the truth. Nobody but the element that has it can tell which of the two it is.
 ///
-/// Only what inline operations of DOMElement use is exported.
+/// Only what inline operations of the elements use is exported.
 ///
 /// Const operations may run side by side. The map that Map() const gives lives until the element
 /// ends; it is the very map that later changes are made to.

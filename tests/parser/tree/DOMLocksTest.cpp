@@ -129,6 +129,7 @@ const std::vector<Operation>& OperationsOnTwo()
          [](World& w) { w.two.CopyErrorsAndWarningsForNode(w.A(), nullptr); }},
         {"MoveErrorsAndWarningsTo", [](World& w) { w.one.MoveErrorsAndWarningsTo(w.two); }},
         {"DeepCopy", [](World& w) { w.two.DeepCopy(w.one); }},
+        {"=", [](World& w) { Find(w.two, "a") = w.A(); }},
     };
     return s_operations;
 }
