@@ -15,13 +15,13 @@ const FuzzTargets::Target* s_target = nullptr;
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
 {
-    constexpr std::string_view option = "--target=";
+    constexpr std::string_view c_option = "--target=";
     for (int i = 1; i < *argc; ++i) {
         const std::string_view argument = (*argv)[i];
-        if (!argument.starts_with(option))
+        if (!argument.starts_with(c_option))
             continue;
         for (const FuzzTargets::Target& target : FuzzTargets::c_all) {
-            if (target.name == argument.substr(option.size()))
+            if (target.name == argument.substr(c_option.size()))
                 s_target = &target;
         }
     }

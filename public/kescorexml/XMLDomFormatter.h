@@ -79,7 +79,8 @@ public:
     TString GetOutput(FormatMode mode);
     /// Writes an element and all below it to `target`, without recursion. The text of an element
     /// that has children is indented as this formatter stands, not as `target` does. What `target`
-    /// throws leaves the call; every tag that is open by then is closed. `target` may build on the
+    /// throws leaves the call; every tag that is open by then is closed, but
+    /// one whose Indent threw. `target` may build on the
     /// tree that is written, as this very formatter does: children that were not there when the
     /// call began are left out. It is a logic assertion when children change otherwise.
     void Format(XMLFormatter& target, const DOMElement& element);

@@ -10,10 +10,10 @@ namespace {
 
 TString RandomText(std::mt19937& random, int maxLength)
 {
-    constexpr std::u16string_view units = u"ab.\"\" \u00e4\u6f22";
+    constexpr std::u16string_view c_units = u"ab.\"\" \u00e4\u6f22";
     TString text;
     for (int length = std::uniform_int_distribution(0, maxLength)(random); length > 0; --length)
-        text += units[std::uniform_int_distribution<std::size_t>(0, units.size() - 1)(random)];
+        text += c_units[std::uniform_int_distribution<std::size_t>(0, c_units.size() - 1)(random)];
     return text;
 }
 

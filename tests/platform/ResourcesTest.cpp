@@ -60,14 +60,14 @@ public:
         AppendBigEndian(data, static_cast<std::uint32_t>(content.size()), 4);
         data += content;
 
-        constexpr std::uint32_t headerSize = 20;
+        constexpr std::uint32_t c_headerSize = 20;
         const auto treeSize = static_cast<std::uint32_t>(tree.size());
         const auto dataSize = static_cast<std::uint32_t>(data.size());
         m_bytes = "qres";
         AppendBigEndian(m_bytes, 1, 4);
-        AppendBigEndian(m_bytes, headerSize, 4);
-        AppendBigEndian(m_bytes, headerSize + treeSize, 4);
-        AppendBigEndian(m_bytes, headerSize + treeSize + dataSize, 4);
+        AppendBigEndian(m_bytes, c_headerSize, 4);
+        AppendBigEndian(m_bytes, c_headerSize + treeSize, 4);
+        AppendBigEndian(m_bytes, c_headerSize + treeSize + dataSize, 4);
         m_bytes += tree + data + ResourceName(name);
         EXPECT_TRUE(QResource::registerResource(Bytes(), m_directory));
     }

@@ -71,7 +71,6 @@ TEST(TStringBlock, HoldsTextsSideBySide)
     EXPECT_EQ(u"th\0rd"sv, laidOut.View(2));
     EXPECT_EQ(u"", laidOut.View(3));
     EXPECT_EQ(u"x", laidOut.View(4));
-    EXPECT_EQ(&owner, &laidOut.GetBlock().GetOwner());
     EXPECT_TRUE(laidOut.Share(1).IsEmpty());
     EXPECT_EQ(TString(), laidOut.Share(1));
     laidOut.GetBlock().Release();

@@ -20,20 +20,20 @@ constexpr std::size_t c_npos = std::string_view::npos;
 
 #if defined(__SSE2__)
 
-using Block = __m128i;
+using Bytes16 = __m128i;
 
-inline Block Load(const char* p) noexcept
+inline Bytes16 Load(const char* p) noexcept
 {
-    return _mm_loadu_si128(reinterpret_cast<const Block*>(p));
+    return _mm_loadu_si128(reinterpret_cast<const Bytes16*>(p));
 }
 
-inline Block Equal(Block bytes, char c) noexcept
+inline Bytes16 Equal(Bytes16 bytes, char c) noexcept
 {
     return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c));
 }
 
 /// Bit i stands for byte i.
-inline unsigned ToBits(Block matches) noexcept
+inline unsigned ToBits(Bytes16 matches) noexcept
 {
     return static_cast<unsigned>(_mm_movemask_epi8(matches));
 }
@@ -47,11 +47,11 @@ struct Byte
 
     bool operator()(const char* p) const noexcept { return *p == c; }
 #if defined(__SSE2__)
-    Block MayMatch(const char* p) const noexcept
+    Bytes16 MayMatch(const char* p) const noexcept
     {
         return Equal(Load(p), c);
     }
-    Block Hint(const char* p) const noexcept
+    Bytes16 Hint(const char* p) const noexcept
     {
         return MayMatch(p);
     }
@@ -64,14 +64,14 @@ struct AnyOf
 {
     bool operator()(const char* p) const noexcept { return *p == First || (... || (*p == Rest)); }
 #if defined(__SSE2__)
-    Block MayMatch(const char* p) const noexcept
+    Bytes16 MayMatch(const char* p) const noexcept
     {
-        const Block bytes = Load(p);
-        Block found = Equal(bytes, First);
+        const Bytes16 bytes = Load(p);
+        Bytes16 found = Equal(bytes, First);
         ((found = _mm_or_si128(found, Equal(bytes, Rest))), ...);
         return found;
     }
-    Block Hint(const char* p) const noexcept
+    Bytes16 Hint(const char* p) const noexcept
     {
         return MayMatch(p);
     }
@@ -88,11 +88,11 @@ struct Pair
 
     bool operator()(const char* p) const noexcept { return p[0] == first && p[distance] == second; }
 #if defined(__SSE2__)
-    Block MayMatch(const char* p) const noexcept
+    Bytes16 MayMatch(const char* p) const noexcept
     {
         return _mm_and_si128(Equal(Load(p), first), Hint(p));
     }
-    Block Hint(const char* p) const noexcept
+    Bytes16 Hint(const char* p) const noexcept
     {
         return Equal(Load(p + distance), second);
     }
@@ -109,14 +109,14 @@ struct AfterWhitespace
         return *p == c && AnyOf<' ', '\t', '\n', '\r'>()(p - 1);
     }
 #if defined(__SSE2__)
-    Block MayMatch(const char* p) const noexcept
+    Bytes16 MayMatch(const char* p) const noexcept
     {
         // White space is below "!", and hardly anything else is: control characters, and bytes of
         // other scripts, which count as negative.
-        const Block isLow = _mm_cmplt_epi8(Load(p - 1), _mm_set1_epi8('!'));
+        const Bytes16 isLow = _mm_cmplt_epi8(Load(p - 1), _mm_set1_epi8('!'));
         return _mm_and_si128(Equal(Load(p), c), isLow);
     }
-    Block Hint(const char* p) const noexcept
+    Bytes16 Hint(const char* p) const noexcept
     {
         return MayMatch(p);
     }
@@ -127,12 +127,12 @@ struct AfterWhitespace
 
 /// The first of `from`, `from` + 64, ... whose 64 bytes may hold a match or reach over `end`.
 template <class Pattern>
-std::size_t SkipBlocks(const char* data, std::size_t from, std::size_t end,
-                       Pattern pattern) noexcept
+std::size_t SkipStretches(const char* data, std::size_t from, std::size_t end,
+                          Pattern pattern) noexcept
 {
     const auto any = [](auto test, const char* p) {
-        const Block low = _mm_or_si128(test(p), test(p + 16));
-        const Block high = _mm_or_si128(test(p + 32), test(p + 48));
+        const Bytes16 low = _mm_or_si128(test(p), test(p + 16));
+        const Bytes16 high = _mm_or_si128(test(p + 32), test(p + 48));
         return ToBits(_mm_or_si128(low, high)) != 0;
     };
     for (; end - from >= 64; from += 64) {
@@ -162,7 +162,7 @@ std::size_t FindFirst(const char* data, std::size_t from, std::size_t end, Patte
         }
         from += 16;
         if (round > 0)
-            from = SkipBlocks(data, from, end, pattern);
+            from = SkipStretches(data, from, end, pattern);
     }
 #endif
     for (; from < end; ++from) {
@@ -194,7 +194,7 @@ inline std::size_t FindByteAfterWhitespace(std::string_view text, char c, std::s
         pos = FindByte(text, c, pos);
         if (pos == c_npos || pattern(text.data() + pos))
             return pos;
-        // What stops often is better not stopped.
+        // Where `c` is frequent, one search for both at once is quicker.
         if (stops > c_fewStops && stops * c_rare > pos - from)
             return FindFirst(text.data(), pos + 1, text.size(), pattern);
     }

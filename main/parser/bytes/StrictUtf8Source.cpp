@@ -19,13 +19,13 @@ struct BeginsBeyondLastCharacter
         return value >= 0xF5 && value <= 0xF7;
     }
 #if defined(__SSE2__)
-    ByteScan::Block MayMatch(const char* p) const noexcept
+    ByteScan::Bytes16 MayMatch(const char* p) const noexcept
     {
         // Well-formed text has no byte from F5 on.
-        const ByteScan::Block bytes = ByteScan::Load(p);
+        const ByteScan::Bytes16 bytes = ByteScan::Load(p);
         return _mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8('\xF5')), bytes);
     }
-    ByteScan::Block Hint(const char* p) const noexcept
+    ByteScan::Bytes16 Hint(const char* p) const noexcept
     {
         return MayMatch(p);
     }

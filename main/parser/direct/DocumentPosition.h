@@ -16,20 +16,21 @@ public:
     /// REQUIRES: not before the last one.
     void MoveTo(const char* place) noexcept;
 
-    int GetLine() const noexcept { return m_line; }
-    int GetColumn() const noexcept { return m_column; }
+    /// Numbers beyond those of an int wrap, as the scanner's do.
+    int GetLine() const noexcept { return static_cast<int>(m_line); }
+    int GetColumn() const noexcept { return static_cast<int>(m_column); }
 
     DocumentPosition() = default;
 
 private:
     DocumentPosition(const char* begin, const char* end) noexcept : m_at(begin), m_end(end) {}
 
-    void PassBlock(int count) noexcept;
+    void PassSixteen(unsigned count) noexcept;
     void PassLines(const char* end) noexcept;
     void PassBytes(const char* end) noexcept;
 
     const char* m_at = nullptr;
     const char* m_end = nullptr;
-    int m_line = 1;
-    int m_column = 1;
+    unsigned m_line = 1;
+    unsigned m_column = 1;
 };

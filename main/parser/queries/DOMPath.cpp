@@ -1,7 +1,7 @@
 #include <kescorexml/DOMPath.h>
 
 #include "tree/DOMElementAccess.h"
-#include "tree/PrefetchSiblings.h"
+#include "tree/PrefetchElements.h"
 
 #include <kescorexml/DOM.h>
 

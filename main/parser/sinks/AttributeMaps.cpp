@@ -9,19 +9,28 @@
 namespace {
 
 constexpr std::size_t c_kept = 16;
-/// A longer value is not worth keeping its memory.
-constexpr std::size_t c_longValue = 256;
+/// A longer name or value is not worth keeping its memory.
+constexpr std::size_t c_long = 256;
 
 bool HasLongValue(const StartTag& tag) noexcept
 {
     return std::any_of(tag.attributeValues.begin(), tag.attributeValues.end(),
-                       [](std::u16string_view value) { return value.size() > c_longValue; });
+                       [](std::u16string_view value) { return value.size() > c_long; });
 }
 
 void Assign(TString& text, std::u16string_view value)
 {
     char16_t* const units = text.resizeForOverwrite(static_cast<TString::size_type>(value.size()));
     ShortText::Copy(value.data(), units, value.size());
+}
+
+bool HasLongName(const AttributeNames& names) noexcept
+{
+    for (std::size_t i = 0; i < names.Count(); ++i) {
+        if (static_cast<std::size_t>(names.Name(i).length()) > c_long)
+            return true;
+    }
+    return false;
 }
 
 /// Nobody can have changed the text of a name without a copy of it.
@@ -47,15 +56,18 @@ AttributeMaps::AttributeMap* AttributeMaps::Fill(const StartTag& tag)
     AttributeNames* const names = FindOrMakeAttributeNames(tag);
     if (names == nullptr)
         return nullptr;
-    Kept& kept = GetKept(*names);
-    if (!Refill(kept, tag)) {
-        kept.map = ToAttributeMap(tag);
-        kept.buckets = kept.map.bucket_count();
+    Kept* const kept = GetKept(*names);
+    if (kept == nullptr)
+        return nullptr;
+    if (!Refill(*kept, tag)) {
+        kept->map = ToAttributeMap(tag);
+        kept->buckets = kept->map.bucket_count();
     }
-    return &kept.map;
+    return &kept->map;
 }
 
-AttributeMaps::Kept& AttributeMaps::GetKept(AttributeNames& names)
+/// Null when the names are not worth keeping.
+AttributeMaps::Kept* AttributeMaps::GetKept(AttributeNames& names)
 {
     if (m_kept.empty())
         m_kept.resize(c_kept);
@@ -63,13 +75,16 @@ AttributeMaps::Kept& AttributeMaps::GetKept(AttributeNames& names)
     const auto address = reinterpret_cast<std::uintptr_t>(&names) / sizeof(AttributeNames);
     Kept& kept = m_kept[address % c_kept];
     if (kept.names != &names) {
+        if (HasLongName(names))
+            return nullptr;
         names.Retain();
         if (kept.names != nullptr)
             kept.names->Release();
         kept.names = &names;
         kept.map.clear();
+        kept.order = {};
     }
-    return kept;
+    return &kept;
 }
 
 /// False, and the map is anything, unless it is as it was made, but for the values.
@@ -81,7 +96,7 @@ bool AttributeMaps::Refill(Kept& kept, const StartTag& tag)
         return false;
     std::uint8_t* place = kept.order.data();
     for (auto& [name, value] : kept.map) {
-        if (!IsVery(name, names.Name(*place))) {
+        if (*place >= names.Count() || !IsVery(name, names.Name(*place))) {
             *place = 0;
             while (*place < names.Count() && !IsVery(name, names.Name(*place)))
                 ++*place;

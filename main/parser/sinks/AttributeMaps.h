@@ -11,7 +11,7 @@
 
 /// The attribute maps that are handed to a sink, to take or to leave. One that was left as it was
 /// serves the next tag of the same attribute names again, with its nodes and the memory of its
-/// values, as long as nobody shares them. Bounded.
+/// values, as long as nobody shares them. Bounded, but for what a sink itself has put into them.
 ///
 /// For one thread at a time.
 class AttributeMaps
@@ -24,9 +24,10 @@ public:
     AttributeMaps(const AttributeMaps&) = delete;
     AttributeMaps& operator=(const AttributeMaps&) = delete;
 
-    /// What ToAttributeMap makes of the tag, valid until the next call; the caller may do with it
-    /// whatever may be done with a map. Null when the attributes are not worth keeping a map for
-    /// others: when there are none, too many or long ones.
+    /// The attributes that ToAttributeMap makes of the tag, in some order; valid until the next
+    /// call. The caller may do with it whatever may be done with a map. Null when the attributes
+    /// are not worth keeping a map for others, or not as they stand: when there are none, too many
+    /// or long ones, or names that are equal or that the colon sanitizer made.
     AttributeMap* Fill(const StartTag& tag);
 
 private:
@@ -41,7 +42,7 @@ private:
     };
 
     static bool Refill(Kept& kept, const StartTag& tag);
-    Kept& GetKept(AttributeNames& names);
+    Kept* GetKept(AttributeNames& names);
 
     std::vector<Kept> m_kept;
 };

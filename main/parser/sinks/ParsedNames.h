@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/ByteHash.h"
-#include "base/TerminatedText.h"
+#include "sinks/TerminatedText.h"
 #include "slabs/AttributeBlock.h"
 
 #include <kesplatform/TString.h>
@@ -103,8 +103,8 @@ private:
     static std::size_t HashAddress(const char16_t* name) noexcept
     {
         // The lowest bits are those of the allocator's alignment.
-        constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
-        return (reinterpret_cast<std::uintptr_t>(name) >> 4) * factor >> 56;
+        constexpr std::uint64_t c_factor = 0x9E3779B97F4A7C15U;
+        return (reinterpret_cast<std::uintptr_t>(name) >> 4) * c_factor >> 56;
     }
 
     void Forget() noexcept;

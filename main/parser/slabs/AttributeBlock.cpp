@@ -44,9 +44,9 @@ constexpr std::size_t c_bytesForNames =
 AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
                                        std::span<const std::u16string_view> values)
 {
-    constexpr std::size_t valuesAt = offsetof(AttributeBlock, m_slots);
+    constexpr std::size_t c_valuesAt = offsetof(AttributeBlock, m_slots);
     constexpr std::size_t c_maxBytes = ParseArena::c_maxObjectBytes - c_bytesForNames;
-    std::size_t bytes = valuesAt;
+    std::size_t bytes = c_valuesAt;
     for (const std::u16string_view value : values) {
         if (value.size() > c_maxBytes)
             return nullptr;
@@ -57,7 +57,7 @@ AttributeBlock* AttributeBlock::Create(ParseArena& arena, AttributeNames& names,
     ParseSlab* slab = nullptr;
     std::byte* memory = arena.AllocateNamed(std::max(bytes, sizeof(AttributeBlock)), names, slab);
     auto* block = new (memory) AttributeBlock(names, slab->OffsetOf(memory));
-    std::byte* slot = memory + valuesAt;
+    std::byte* slot = memory + c_valuesAt;
     for (const std::u16string_view value : values) {
         char16_t* const units = TStringBlock::UnitsOfSlot(slot);
         ShortText::Copy(value.data(), units, value.size());

@@ -54,7 +54,7 @@ ParseArena::ParseArena() noexcept
 
 ParseArena::ParseArena(std::size_t expectedBytes) noexcept : ParseArena()
 {
-    m_expectedBytes = expectedBytes;
+    m_expectedBytes = RoundUp(expectedBytes);
 }
 
 std::size_t ParseArena::GetNextSlabBytes() const noexcept

@@ -143,8 +143,8 @@ private:
     /// what comes before it is filled in.
     void PrefetchAhead(std::size_t bytes) const noexcept
     {
-        constexpr std::size_t distance = 1024;
-        PrefetchForWriting(m_next + distance, bytes);
+        constexpr std::size_t c_distance = 1024;
+        PrefetchForWriting(m_next + c_distance, bytes);
     }
 
     ParseSlab* m_slab = nullptr;

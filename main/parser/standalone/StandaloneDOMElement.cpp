@@ -62,6 +62,7 @@ std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::Clone() const
         StandaloneDOMElement* to;
     };
     auto result = std::make_unique<StandaloneDOMElement>(m_name);
+    // A stack of its own: TreeWalk is for the other tree.
     std::vector<Pending> pending{{this, result.get()}};
     while (!pending.empty()) {
         const auto [from, to] = pending.back();

@@ -36,12 +36,14 @@ void StandaloneTreeSink::TakeText()
 void StandaloneTreeSink::EndElement()
 {
     EndText();
-    std::unique_ptr<StandaloneDOMElement> ended = CloseTop();
+    CloseTop();
+    // Should there be no room for it among what waits, it is still open.
+    m_waiting.push_back({TString(), false, nullptr});
+    m_waiting.back().element = std::move(m_open.back().element);
     m_open.pop_back();
-    m_waiting.push_back({TString(), false, std::move(ended)});
 }
 
-std::unique_ptr<StandaloneDOMElement> StandaloneTreeSink::CloseTop()
+void StandaloneTreeSink::CloseTop()
 {
     OpenElement& top = m_open.back();
     const auto first = m_waiting.begin() + static_cast<std::ptrdiff_t>(top.firstNode);
@@ -50,7 +52,6 @@ std::unique_ptr<StandaloneDOMElement> StandaloneTreeSink::CloseTop()
                                        std::make_move_iterator(m_waiting.end()));
         m_waiting.erase(first, m_waiting.end());
     }
-    return std::move(top.element);
 }
 
 void StandaloneTreeSink::Rewind()
@@ -66,7 +67,7 @@ std::unique_ptr<StandaloneDOMElement> StandaloneTreeSink::TakeRoot()
     m_text.Drop();
     while (m_open.size() > 1)
         EndElement();
-    std::unique_ptr<StandaloneDOMElement> root = CloseTop();
+    CloseTop();
     m_arena.Close();
-    return root;
+    return std::move(m_open.front().element);
 }

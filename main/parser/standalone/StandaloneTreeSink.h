@@ -48,7 +48,7 @@ private:
 
     void TakeText();
     /// Gives the innermost open element what it holds.
-    std::unique_ptr<StandaloneDOMElement> CloseTop();
+    void CloseTop();
 
     ParseArena m_arena;
     ArenaText m_text{m_arena};

@@ -2,9 +2,9 @@
 
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
-#include "base/Prefetch.h"
 #include "tree/ElementLife.h"
 #include "tree/ParsedElements.h"
+#include "tree/PrefetchElements.h"
 #include "tree/SlabReferences.h"
 #include "tree/TreeAssertions.h"
 
@@ -20,26 +20,6 @@ namespace {
 [[noreturn]] void ThrowMissing(const TString& what, const CorvinaError& error)
 {
     throw DOMException(what, TError::ErrorInfo(error, 1, 2));
-}
-
-// Destroying a tree that is larger than the caches is mostly waiting for memory. So what will be
-// looked at soon is fetched already while something else is destroyed.
-
-void PrefetchSiblings(const ElementList& children) noexcept
-{
-    constexpr std::size_t c_distance = 4;
-    if (children.size() <= c_distance)
-        return;
-    const auto* soon =
-        reinterpret_cast<const char*>(children[children.size() - 1 - c_distance].get());
-    PrefetchForWriting(soon);
-    PrefetchForWriting(soon + sizeof(DOMElement) - 1);
-}
-
-/// What a parse made next after an element are its descendants, in the memory behind it.
-void PrefetchDescendants(const DOMElement& element) noexcept
-{
-    PrefetchForWriting(&element + 8);
 }
 
 } // namespace
@@ -100,10 +80,10 @@ void DOMElement::DestroyChildren() noexcept
     DOMElement* element = this;
     for (;;) {
         while (!element->m_children.empty()) {
-            PrefetchSiblings(element->m_children);
+            PrefetchLastForDestruction(element->m_children);
             DOMElement* last = element->m_children.back().get();
             if (last != nullptr && last->HasChildren()) {
-                PrefetchDescendants(*last);
+                PrefetchDescendantsForDestruction(*last);
                 element = last;
             } else {
                 ParsedElements::DestroyLeaf(element->m_children.PopBack(), references);

@@ -1,7 +1,7 @@
 #include <kescorexml/DOMElementTraversal.h>
 
 #include "tree/DOMElementAccess.h"
-#include "tree/PrefetchSiblings.h"
+#include "tree/PrefetchElements.h"
 
 #include <utility>
 

@@ -5,6 +5,7 @@
 #include "tree/DOMElementAccess.h"
 #include "tree/TreeWalk.h"
 #include "writing/ChildrenInTurn.h"
+#include "writing/IndentLimit.h"
 #include "writing/XMLTreeWriter.h"
 
 #include <kescorexml/Base64.h>
@@ -229,8 +230,11 @@ void XMLDomFormatter::OutputBinary(const unsigned char* bytes, unsigned int coun
     std::vector<TString> lines;
     Base64Encode(bytes, count, lines, true);
     TString text;
-    for (const TString& line : lines)
-        text.append(GetIndent()).append(line).append(u'\n');
+    for (const TString& line : lines) {
+        const TString indent = GetIndent();
+        RequireIndentLength(indent.length());
+        text.append(indent).append(line).append(u'\n');
+    }
     top.SetText(text, true);
 }
 

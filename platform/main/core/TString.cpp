@@ -147,9 +147,10 @@ char16_t* TString::GrowBy(size_type count)
 char16_t* TString::resizeForOverwrite(size_type length)
 {
     // A text that is filled again and again stays where it is, unless most of it would be waste.
-    if (length > 0 && m_rep != nullptr && m_rep->control.load(std::memory_order_acquire) == 1) {
+    if (length > 0 && length <= c_maxLength && m_rep != nullptr &&
+        m_rep->control.load(std::memory_order_acquire) == 1) {
         const std::size_t room = RoomOf(m_rep);
-        const std::size_t needed = ExactBytes(std::min(length, c_maxLength));
+        const std::size_t needed = ExactBytes(length);
         if (needed <= room && room <= 2 * needed + c_littleWaste) {
             m_rep->lengthAndFlag = static_cast<std::uint32_t>(length);
             m_rep->Units()[length] = u'\0';

@@ -58,7 +58,6 @@ public:
             m_owner->Destroy(this);
     }
     bool IsExclusive() const noexcept { return m_references.load(std::memory_order_acquire) == 1; }
-    Owner& GetOwner() const noexcept { return *m_owner; }
 
     /// Puts a text into the slot at `slot`, which lies inside the allocation of this block.
     void WriteSlot(std::byte* slot, std::u16string_view text) noexcept

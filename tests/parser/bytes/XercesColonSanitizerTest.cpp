@@ -129,12 +129,12 @@ TEST(XercesColonSanitizer, FindsTheRootBehindEntitiesThatHoldTags)
 TEST(XercesColonSanitizer, KnowsTheRootTagWhereverItFindsAnAttribute)
 {
     // All short texts: whatever looks like an attribute in one, there is a start tag around it.
-    constexpr std::string_view bytes = "<>:=a /!?'";
+    constexpr std::string_view c_bytes = "<>:=a /!?'";
     int changed = 0;
     for (std::size_t number = 0; number < 1000000; ++number) {
         std::string text = "<a";
-        for (std::size_t rest = number; rest != 0; rest /= bytes.size())
-            text += bytes[rest % bytes.size()];
+        for (std::size_t rest = number; rest != 0; rest /= c_bytes.size())
+            text += c_bytes[rest % c_bytes.size()];
         changed += Encode(text) != text;
         Encode(text.substr(1));
         Encode(text.substr(2));

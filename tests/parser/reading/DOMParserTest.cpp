@@ -163,6 +163,25 @@ TEST(DOMParser, RestoresAttributesThatBeginWithAColon)
               (std::unordered_map<TString, TString>{{u":b", u"2"}, {u"c", u"3"}}));
 }
 
+// As ColonProcessingMode says.
+TEST(DOMParser, CountsColumnsInTheTextInWhichAttributesThatBeginWithAColonAreRenamed)
+{
+    const auto columnOf = [](const char* text) {
+        const auto dom = DOMParser().ParseXmlString(text, u"id");
+        return dom->GetErrorDiagnostics().at(0).GetColumn();
+    };
+    EXPECT_EQ(columnOf("<r><s _a='1'/></r ="), 19);
+    EXPECT_GT(columnOf("<r><s :a='1'/></r ="), 19);
+    EXPECT_EQ(columnOf("<r><s :a='1'/>\n</r ="), 5);
+}
+
+TEST(DOMParser, NamesAnAttributeThatBeginsWithAColonWithThePrefixThatItIsGiven)
+{
+    const auto dom = DOMParser().ParseXmlString("<r><s :a='1' :a='2'/></r>", u"id");
+    EXPECT_TRUE(dom->GetConcatenatedErrors().contains(u"IllegalColon:a"))
+        << dom->GetConcatenatedErrors();
+}
+
 TEST(DOMParser, PutsErrorsOnTheRootElement)
 {
     const auto dom = DOMParser().ParseXmlString("<a><b></a>", u"the document");

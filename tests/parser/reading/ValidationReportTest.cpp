@@ -106,13 +106,13 @@ TEST(ValidationReport, IsTheSameForEveryWayIn)
 
 TEST(ValidationReport, GoesOnAfterThousandsOfViolations)
 {
-    constexpr int count = 5000;
+    constexpr int c_count = 5000;
     std::string document = "<invoice date='2024-01-31'>\n";
-    for (int i = 0; i < count; ++i)
-        document += "<item count='0'>1</item>\n";
+    for (int i = 0; i < c_count; ++i)
+        document += "<item c_count='0'>1</item>\n";
     const std::vector<std::string> errors = Validator(Invoice()).Check(document + "</invoice>");
-    ASSERT_THAT(errors, SizeIs(count));
-    for (int i = 0; i < count; ++i)
+    ASSERT_THAT(errors, SizeIs(c_count));
+    for (int i = 0; i < c_count; ++i)
         ASSERT_THAT(errors[static_cast<std::size_t>(i)], ViolationAt(i + 2, 17, "value '0'"));
 }
 

@@ -122,10 +122,28 @@ TEST_F(AttributeMapsTest, ForgetWhatACallerHasDoneToThem)
     change([](Map& map) { std::swap(map.at(u"a"), map.at(u"c")); });
 }
 
+TEST_F(AttributeMapsTest, TakeAnEmptyNameForNoneOfTheirs)
+{
+    // Whatever place it comes to, a longer list has been there.
+    const Attributes long_{{u"a", u"1"}, {u"b", u"2"}, {u"c", u"3"},
+                           {u"d", u"4"}, {u"e", u"5"}, {u"f", u"6"}};
+    for (int i = 0; i < 200; ++i)
+        ExpectFillsAsNew(TString(u"long") + TString::number(i / 2), long_);
+    const Attributes pair{{u"a", u"1"}, {u"b", u"2"}};
+    ExpectFillsAsNew(u"e", pair);
+    for (int i = 0; i < 2; ++i) {
+        Map& map = *Fill(u"e", pair);
+        map.erase(u"a");
+        map[TString()] = u"x";
+    }
+    ExpectFillsAsNew(u"e", pair);
+}
+
 TEST_F(AttributeMapsTest, AreNotKeptForWhatIsRare)
 {
     EXPECT_EQ(Fill(u"e", {}), nullptr);
     EXPECT_EQ(Fill(u"e", {{u"a", std::u16string(10000, u'x')}}), nullptr);
+    EXPECT_EQ(Fill(u"e", {{std::u16string(10000, u'x').c_str(), u"1"}}), nullptr);
     EXPECT_EQ(Fill(u"e", {{u"a", u"1"}, {u"a", u"2"}}), nullptr);
     EXPECT_EQ(Fill(u"e", {{u"IllegalColon:a", u"1"}}), nullptr);
 }

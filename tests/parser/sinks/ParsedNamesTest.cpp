@@ -34,8 +34,7 @@ TEST(ParsedNames, FindTheAttributeListsThatWereMadeForAnElementLately)
 {
     ParsedNames names;
     ParsedNames::Entry& element = names.Find(u"e");
-    const std::vector<Names> lists{
-        {u"a"}, {u"a", u"b"}, {u"b", u"a"}, {u"c"}, {u"a", u"b", u"c"}};
+    const std::vector<Names> lists{{u"a"}, {u"a", u"b"}, {u"b", u"a"}, {u"c"}, {u"a", u"b", u"c"}};
     for (const Names& list : lists) {
         EXPECT_EQ(ParsedNames::FindAttributeNames(element, list), nullptr);
         const AttributeNames* const made = names.MakeAttributeNames(element, list);
@@ -65,7 +64,8 @@ TEST(ParsedNames, MakeNoListOfNamesOfWhichTwoAreEqual)
 {
     ParsedNames names;
     ParsedNames::Entry& element = names.Find(u"e");
-    for (const Names& list : {Names{u"a", u"a"}, Names{u"a", u"b", u"a"}, Names{u"b", u"a", u"a"}}) {
+    for (const Names& list :
+         {Names{u"a", u"a"}, Names{u"a", u"b", u"a"}, Names{u"b", u"a", u"a"}}) {
         EXPECT_EQ(names.MakeAttributeNames(element, list), nullptr);
         EXPECT_EQ(ParsedNames::FindAttributeNames(element, list), nullptr);
     }

@@ -11,14 +11,14 @@ namespace {
 /// Names that begin like one another, repeat, and are too long for a slab now and then.
 std::string DrawName(std::mt19937& random)
 {
-    constexpr std::array<unsigned, 7> lengths{1, 2, 3, 4, 9, 400, 600};
-    return std::string(lengths[random() % lengths.size()], "ab"[random() % 2]);
+    constexpr std::array<unsigned, 7> c_lengths{1, 2, 3, 4, 9, 400, 600};
+    return std::string(c_lengths[random() % c_lengths.size()], "ab"[random() % 2]);
 }
 
 std::string DrawValue(std::mt19937& random)
 {
-    constexpr std::array<unsigned, 7> lengths{0, 1, 5, 30, 200, 505, 3000};
-    return std::string(lengths[random() % lengths.size()], 'v');
+    constexpr std::array<unsigned, 7> c_lengths{0, 1, 5, 30, 200, 505, 3000};
+    return std::string(c_lengths[random() % c_lengths.size()], 'v');
 }
 
 } // namespace

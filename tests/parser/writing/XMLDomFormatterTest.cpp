@@ -241,15 +241,30 @@ TEST(XMLDomFormatter, IndentsByTwoBlanks)
     EXPECT_TRUE(formatter.GetIndent().IsEmpty());
 }
 
+TEST(XMLDomFormatter, RefusesToIndentBytesBeyondTheLimit)
+{
+    XMLDomFormatter formatter;
+    std::vector<std::unique_ptr<XMLFormatter::Indenter>> open;
+    for (TString::size_type i = 0; i <= XMLFormatter::c_maxIndentLength; i += 2)
+        open.push_back(std::make_unique<XMLFormatter::Indenter>(formatter, u"e"));
+    EXPECT_GT(formatter.GetIndent().length(), XMLFormatter::c_maxIndentLength);
+    const unsigned char byte = 1;
+    EXPECT_THROW(formatter.OutputBinary(&byte, 1), std::length_error);
+    open.pop_back();
+    formatter.OutputBinary(&byte, 1);
+    while (!open.empty())
+        open.pop_back();
+}
+
 TEST(XMLDomFormatter, TakesAHundredThousandLevelsOfOpenTags)
 {
-    constexpr int levels = 100000;
+    constexpr int c_levels = 100000;
     XMLDomFormatter formatter;
     {
         std::vector<std::unique_ptr<XMLFormatter::Indenter>> open;
-        for (int i = 0; i < levels; ++i)
+        for (int i = 0; i < c_levels; ++i)
             open.push_back(std::make_unique<XMLFormatter::Indenter>(formatter, u"e"));
-        EXPECT_EQ(formatter.GetIndent().length(), 2 * levels);
+        EXPECT_EQ(formatter.GetIndent().length(), 2 * c_levels);
         while (!open.empty())
             open.pop_back();
     }
@@ -260,7 +275,7 @@ TEST(XMLDomFormatter, TakesAHundredThousandLevelsOfOpenTags)
         last = &last->GetChildren().front();
         ++depth;
     }
-    EXPECT_EQ(depth, levels);
+    EXPECT_EQ(depth, c_levels);
     XMLDomFormatter copy;
     copy.Format(copy, First(formatter));
     EXPECT_TRUE(First(copy) == First(formatter));

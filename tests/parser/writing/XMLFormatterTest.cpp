@@ -294,13 +294,13 @@ public:
 
 TEST(XMLFormatter, IndentsWithoutLimitWhereNothingIsKept)
 {
-    constexpr TString::size_type levels = XMLFormatter::c_maxIndentLength;
+    constexpr TString::size_type c_levels = XMLFormatter::c_maxIndentLength;
     CountingFormatter formatter;
-    for (TString::size_type i = 0; i < levels; ++i)
+    for (TString::size_type i = 0; i < c_levels; ++i)
         formatter.Indent();
-    EXPECT_EQ(formatter.GetIndent().length(), 2 * levels);
+    EXPECT_EQ(formatter.GetIndent().length(), 2 * c_levels);
     formatter.OutputTag(u"t", {});
-    EXPECT_EQ(formatter.units, 2 * levels + 6);
+    EXPECT_EQ(formatter.units, 2 * c_levels + 6);
 }
 
 TEST(XMLFormatter, AllowsAnyNumberOfEmptyUnits)
@@ -863,17 +863,17 @@ TEST(XMLStringFormatter, KeepsTheOrderOfItsMembers)
 TEST(XMLDomFormatter, KeepsTheOrderOfItsMembers)
 {
     XMLDomFormatter formatter;
-    constexpr std::size_t document = c_ownMembers + sizeof(std::deque<DOMElement*>);
-    constexpr std::size_t comments = document + sizeof(void*);
-    constexpr std::size_t hasHeader = comments + sizeof(std::vector<TString>);
-    static_assert(sizeof(XMLDomFormatter) == hasHeader + sizeof(void*));
-    EXPECT_EQ(ReadAt<const void*>(&formatter, document), formatter.GetDocument());
-    EXPECT_EQ(ReadAt<const void*>(&formatter, comments), nullptr);
+    constexpr std::size_t c_document = c_ownMembers + sizeof(std::deque<DOMElement*>);
+    constexpr std::size_t c_comments = c_document + sizeof(void*);
+    constexpr std::size_t c_hasHeader = c_comments + sizeof(std::vector<TString>);
+    static_assert(sizeof(XMLDomFormatter) == c_hasHeader + sizeof(void*));
+    EXPECT_EQ(ReadAt<const void*>(&formatter, c_document), formatter.GetDocument());
+    EXPECT_EQ(ReadAt<const void*>(&formatter, c_comments), nullptr);
     formatter.OutputComment(u"note");
-    EXPECT_NE(ReadAt<const void*>(&formatter, comments), nullptr);
-    EXPECT_FALSE(ReadAt<bool>(&formatter, hasHeader));
+    EXPECT_NE(ReadAt<const void*>(&formatter, c_comments), nullptr);
+    EXPECT_FALSE(ReadAt<bool>(&formatter, c_hasHeader));
     formatter.OutputHeader();
-    EXPECT_TRUE(ReadAt<bool>(&formatter, hasHeader));
+    EXPECT_TRUE(ReadAt<bool>(&formatter, c_hasHeader));
 }
 
 #endif

@@ -226,28 +226,29 @@ TEST(XMLStringFormatter, HandsSubclassesEveryPieceOfATree)
 
 TEST(XMLStringFormatter, WritesAMillionLevelsOnASmallStack)
 {
-    constexpr std::size_t levels = 1000000;
+    constexpr std::size_t c_levels = 1000000;
     RunOnSmallStack([] {
-        const std::unique_ptr<DOMElement> chain = MakeChain(levels, u"e");
+        const std::unique_ptr<DOMElement> chain = MakeChain(c_levels, u"e");
         XMLStringFormatter formatter(TString(), true);
         formatter.OutputDOMElement(*chain);
         const TString output = formatter.GetOutput();
-        ASSERT_EQ(output.length(), static_cast<TString::size_type>((levels - 1) * 7 + 5));
+        ASSERT_EQ(output.length(), static_cast<TString::size_type>((c_levels - 1) * 7 + 5));
         EXPECT_EQ(output.left(6), u"<e><e>");
-        EXPECT_EQ(output.mid(static_cast<TString::size_type>((levels - 1) * 3), 9), u"<e /></e>");
+        EXPECT_EQ(output.mid(static_cast<TString::size_type>((c_levels - 1) * 3), 9), u"<e /></e>");
         EXPECT_EQ(output.right(8), u"</e></e>");
     });
 }
 
 TEST(XMLStringFormatter, WritesTenThousandIndentedLevels)
 {
-    constexpr TString::size_type levels = 10000;
-    const std::unique_ptr<DOMElement> chain = MakeChain(levels, u"e");
+    constexpr TString::size_type c_levels = 10000;
+    const std::unique_ptr<DOMElement> chain = MakeChain(c_levels, u"e");
     XMLStringFormatter formatter(u"  ", false);
     formatter.OutputDOMElement(*chain);
     // Open and close tags at each depth but the last, with the indentation of that depth.
-    EXPECT_EQ(formatter.GetOutput().length(),
-              (levels - 1) * (4 + 5) + 2 * (levels - 1) * (levels - 2) + 6 + 2 * (levels - 1));
+    EXPECT_EQ(formatter.GetOutput().length(), (c_levels - 1) * (4 + 5) +
+                                                  2 * (c_levels - 1) * (c_levels - 2) + 6 +
+                                                  2 * (c_levels - 1));
 }
 
 TEST(XMLStringFormatter, RefusesATreeBeyondTheIndentationAndKeepsItsOutput)

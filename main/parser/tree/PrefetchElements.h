@@ -33,3 +33,23 @@ inline void PrefetchNext(const ElementList& children, std::size_t index) noexcep
     if (index + c_prefetchDistance < children.size())
         PrefetchElement(*children[index + c_prefetchDistance]);
 }
+
+/// For one that destroys children from the last one on. A copy that failed leaves places without a
+/// child.
+inline void PrefetchLastForDestruction(const ElementList& children) noexcept
+{
+    constexpr std::size_t c_distance = 4;
+    if (children.size() <= c_distance)
+        return;
+    if (const DOMElement* soon = children[children.size() - 1 - c_distance].get()) {
+        const auto* bytes = reinterpret_cast<const char*>(soon);
+        PrefetchForWriting(bytes);
+        PrefetchForWriting(bytes + sizeof(DOMElement) - 1);
+    }
+}
+
+/// What a parse made next after an element are its descendants, in the memory behind it.
+inline void PrefetchDescendantsForDestruction(const DOMElement& element) noexcept
+{
+    PrefetchForWriting(&element + 8);
+}
