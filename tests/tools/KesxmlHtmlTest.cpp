@@ -365,14 +365,14 @@ TEST_F(KesxmlHtml, RefersToNothingElse)
         EXPECT_TRUE(element.href.empty() || element.href[0] == '#') << element.href;
 }
 
-TEST_F(KesxmlHtml, ShowsControlCharactersAndForeignBytesSafely)
+TEST_F(KesxmlHtml, ShowsControlCharactersAndOtherEncodingsSafely)
 {
     // U+202E turns the direction of writing; U+009B begins a command to a terminal.
     const HtmlPage page = PageOfDocument("<a>\u202E\u009B\t<b></c></a>");
     EXPECT_THAT(Lines(page),
                 ElementsAre("1 &lt;a&gt;\uFFFD\uFFFD &lt;b&gt;&lt;/[c]&gt;&lt;/a&gt;"));
     const QByteArray latin = "<?xml version='1.0' encoding='ISO-8859-1'?>\n<a>\xE9<b></c></a>";
-    EXPECT_THAT(Lines(PageOf({"-"}, latin)), Contains(HasSubstr("&lt;a&gt;\uFFFD&lt;b")));
+    EXPECT_THAT(Lines(PageOf({"-"}, latin)), Contains(HasSubstr("&lt;a&gt;\u00E9&lt;b")));
 }
 
 TEST_F(KesxmlHtml, IsReadableInBothSchemesAndOnPaper)

@@ -5,6 +5,8 @@
 #include <map>
 #include <random>
 
+#include <sys/stat.h>
+
 namespace {
 
 using ::testing::AllOf;
@@ -234,7 +236,8 @@ TEST_F(KesxmlSchema, NamesASchemaThatCannotBeRead)
 
 TEST_F(KesxmlSchema, NamesAnIncludedSchemaThatCannotBeRead)
 {
-    for (const char* location : {"missing.xsd", ".", "file:///missing/missing.xsd"}) {
+    ASSERT_EQ(mkfifo(m_directory.filePath("pipe").toUtf8().constData(), 0600), 0);
+    for (const char* location : {"missing.xsd", ".", "%00", "pipe"}) {
         const QString main = Write(
             "main.xsd", Schema("<xs:include schemaLocation='" + QByteArray(location) + "'/>"));
         const KesxmlOutcome outcome = RunKesxml({"check", "--xsd", main, "-"}, "<n>3</n>");
@@ -242,6 +245,42 @@ TEST_F(KesxmlSchema, NamesAnIncludedSchemaThatCannotBeRead)
         EXPECT_THAT(outcome.err, StartsWith(main.toStdString() + ": error: the schema '" +
                                             location + "' cannot be read\n"));
     }
+}
+
+TEST_F(KesxmlSchema, ReadsNothingOutsideOfTheFolderOfTheSchema)
+{
+    QDir(m_directory.path()).mkpath("in/deep");
+    const QByteArray type =
+        "<xs:simpleType name='t'><xs:restriction base='xs:int'/></xs:simpleType>";
+    const QString outside = Write("t.xsd", Schema(type));
+    for (const QByteArray& location :
+         {QByteArray("../t.xsd"), QByteArray("%2e%2e/t.xsd"), QByteArray("..%2ft.xsd"),
+          QByteArray("deep/../../t.xsd"), QByteArray("../in/../t.xsd"), outside.toUtf8(),
+          "file://" + outside.toUtf8(), "file:" + outside.toUtf8(), QByteArray("/dev/zero"),
+          QByteArray("file:///dev/zero")}) {
+        const QString main = Write("in/main.xsd", Schema("<xs:include schemaLocation='" + location +
+                                                         "'/><xs:element name='n' type='t'/>"));
+        const KesxmlOutcome outcome = RunKesxml({"check", "--xsd", main, "-"}, "<n>3</n>");
+        EXPECT_EQ(outcome.status, 1) << location.toStdString();
+        EXPECT_EQ(outcome.out.find("fine"), std::string::npos);
+        EXPECT_THAT(outcome.err, StartsWith(main.toStdString() + ": error: the schema '" +
+                                            location.toStdString() +
+                                            "' is not read because it is not in the folder"));
+    }
+}
+
+TEST_F(KesxmlSchema, NeedsNoSchemaOutsideOfTheFolderThatIsGivenBefore)
+{
+    QDir(m_directory.path()).mkpath("in");
+    const QString outside = Write("t.xsd", Schema("<xs:simpleType name='t'><xs:restriction "
+                                                  "base='xs:int'/></xs:simpleType>",
+                                                  "targetNamespace='urn:t'"));
+    const QString main =
+        Write("in/main.xsd", Schema("<xs:import namespace='urn:t' schemaLocation='../t.xsd'/>"
+                                    "<xs:element name='n' type='f:t' xmlns:f='urn:t'/>"));
+    const QStringList both{"check", "--xsd", outside, "--xsd", main, "-"};
+    EXPECT_EQ(RunKesxml(both, "<n>3</n>").err, "");
+    EXPECT_EQ(RunKesxml(both, "<n>x</n>").status, 1);
 }
 
 TEST_F(KesxmlSchema, TakesLocationsThatAreFileAddresses)

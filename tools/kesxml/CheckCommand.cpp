@@ -78,8 +78,8 @@ int RunCheck(const QStringList& arguments)
     const QCommandLineOption xsd(
         "xsd",
         "Validate against this XML Schema too; may be given several times. Schemas that it imports "
-        "or includes are looked for beside it. Those that it names by a remote address are not "
-        "fetched: give your copies of them first.",
+        "or includes are looked for in its folder and below. Give those first that lie elsewhere; "
+        "nothing is fetched from a remote address.",
         "SCHEMA.xsd");
     const QCommandLineOption allowEntities(
         "allow-entities", "Let documents use entities that they define themselves.");

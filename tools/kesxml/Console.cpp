@@ -1,10 +1,15 @@
 #include "Console.h"
 
+#include "CharacterWidths.h"
+#include "OneLine.h"
+#include "TerminalMarkup.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
@@ -19,18 +24,53 @@ bool ShowsColours(int stream)
            terminal != "dumb";
 }
 
+void Write(std::string_view utf8)
+{
+    if (s_outputError == 0 && std::fwrite(utf8.data(), 1, utf8.size(), stdout) != utf8.size())
+        s_outputError = errno;
+}
+
+/// How wide the terminal is that standard error goes to.
+int GetErrorColumns()
+{
+    winsize size{};
+    constexpr int usual = 80;
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
+}
+
+/// The text, with an ellipsis in place of its end when it is too long for so many columns.
+QString CutToWidth(const QString& text, int columns)
+{
+    const CharacterWidths widths;
+    if (widths.Of(text) <= columns)
+        return text;
+    QString cut = text;
+    while (!cut.isEmpty() && widths.Of(cut) >= columns)
+        cut.chop(cut.size() > 1 && cut.back().isLowSurrogate() ? 2 : 1);
+    return cut + QChar(0x2026);
+}
+
 } // namespace
 
 void Print(const TString& text)
 {
-    if (s_outputError != 0)
-        return;
-    const std::string utf8 = text.toStdString();
-    if (std::fwrite(utf8.data(), 1, utf8.size(), stdout) != utf8.size())
-        s_outputError = errno;
+    Write(text.toStdString());
+}
+
+void PrintDocument(std::string_view document)
+{
+    if (isatty(STDOUT_FILENO) != 0)
+        Write(ToTerminalMarkup(document));
+    else
+        Write(document);
 }
 
 void PrintError(const TString& line)
+{
+    PrintErrorAsIs(ToEscaped(line));
+}
+
+void PrintErrorAsIs(const TString& line)
 {
     if (s_outputError == 0 && std::fflush(stdout) != 0)
         s_outputError = errno;
@@ -71,7 +111,8 @@ bool HasProgressLine()
 void ShowProgress(const TString& line)
 {
     // Carriage return, then the line, then "erase to the end of the line" of ECMA-48.
-    const std::string utf8 = '\r' + line.toStdString() + "\x1b[K";
+    const QString shown = CutToWidth(ToEscaped(line), GetErrorColumns() - 1);
+    const std::string utf8 = '\r' + shown.toStdString() + "\x1b[K";
     std::fwrite(utf8.data(), 1, utf8.size(), stderr);
     std::fflush(stderr);
 }

@@ -4,12 +4,21 @@
 
 #include <QString>
 
+#include <string_view>
+
 /// Standard output and standard error, in UTF-8 whatever the locale.
 
 /// Writes text as it stands to standard output, buffered.
 void Print(const TString& text);
-/// Writes a line to standard error, after what was printed so far.
+/// Writes a document in UTF-8 to standard output. To a terminal, characters that would steer it or
+/// turn the direction of writing go as references where a reference means the same, and as U+FFFD
+/// elsewhere.
+void PrintDocument(std::string_view document);
+/// Writes a line to standard error, after what was printed so far. What steers a terminal, or would
+/// end the line, is escaped.
 void PrintError(const TString& line);
+/// The same for a line with colours, in which nothing is escaped any more.
+void PrintErrorAsIs(const TString& line);
 /// Writes out what is buffered. False, after saying why, when standard output did not take all; a
 /// reader that has gone away has had enough, and that is true.
 bool FlushOutput();
@@ -21,5 +30,6 @@ bool HasErrorColours();
 TString Colour(const char16_t* code, const TString& text);
 /// Whether standard error is a terminal that shows a line which is written over and over.
 bool HasProgressLine();
-/// Shows `line` in place of the one shown before; an empty one removes it.
+/// Shows `line`, escaped as above and cut to the width of the terminal, in place of the one shown
+/// before; an empty one removes it.
 void ShowProgress(const TString& line);

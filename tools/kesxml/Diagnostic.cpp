@@ -39,7 +39,7 @@ bool IsSame(const XMLDiagnostic& a, const XMLDiagnostic& b)
 /// "FILE:LINE:COLUMN:"; what is unknown is left out.
 TString PlaceOf(const Diagnostic& diagnostic)
 {
-    QString place = diagnostic.file;
+    QString place = ToEscaped(diagnostic.file);
     if (diagnostic.line > 0)
         place += ':' + QString::number(diagnostic.line);
     if (diagnostic.line > 0 && diagnostic.column > 0)
@@ -80,12 +80,12 @@ void PrintDiagnostics(const Diagnostics& diagnostics)
                        ToOneLine(diagnostic.message);
         if (!diagnostic.path.IsEmpty())
             text += u" in " + diagnostic.path;
-        PrintError(text);
+        PrintErrorAsIs(text);
         if (diagnostic.excerpt.IsEmpty())
             continue;
-        PrintError(QString(c_margin, ' ') + QString(diagnostic.excerpt));
-        PrintError(TString(QString(c_margin + diagnostic.caret, ' ')) +
-                   colour(c_caretColour, u"^"));
+        PrintErrorAsIs(QString(c_margin, ' ') + QString(diagnostic.excerpt));
+        PrintErrorAsIs(TString(QString(c_margin + diagnostic.caret, ' ')) +
+                       colour(c_caretColour, u"^"));
     }
 }
 
@@ -100,5 +100,5 @@ TString Summarise(const TString& file, const Diagnostics& diagnostics)
     QString summary = errors > 0 ? count(errors, "error") : QString("fine");
     if (warnings > 0)
         summary += ", " + count(warnings, "warning");
-    return QString(file) + ": " + summary;
+    return ToEscaped(file) + u": " + TString(summary);
 }

@@ -1,6 +1,7 @@
 #include "Document.h"
 
 #include "Excerpt.h"
+#include "NativeFile.h"
 #include "SchemaSink.h"
 
 #include <kescorexml/BinaryInputSource.h>
@@ -10,10 +11,12 @@
 #include <kesplatform/CorvinaException.h>
 #include <kesplatform/EncodingTable.h>
 #include <kesplatform/TFile.h>
+#include <kesplatform/XmlDeclaration.h>
 
 #include <QFile>
 #include <QFileInfo>
 #include <QStringConverter>
+#include <QTemporaryFile>
 
 #include <algorithm>
 #include <cstdio>
@@ -21,28 +24,16 @@
 
 namespace {
 
-/// All bytes of a file that is open when `isOpen`; `name` is for the message of what went wrong.
-QByteArray ReadBytes(QFile& file, bool isOpen, const TString& name)
-{
-    QByteArray bytes = isOpen ? file.readAll() : QByteArray();
-    if (file.error() != QFileDevice::NoError)
-        throw CorvinaException(name + u": " + TString(file.errorString()));
-    return bytes;
-}
-
 QByteArray ReadStandardInput()
 {
     static bool s_wasRead = false;
     if (std::exchange(s_wasRead, true))
         throw CorvinaException(u"standard input: it can be read only once.");
     QFile input;
-    return ReadBytes(input, input.open(stdin, QIODevice::ReadOnly), u"standard input");
-}
-
-QByteArray ReadFile(const QString& name)
-{
-    QFile file(name);
-    return ReadBytes(file, file.open(QIODevice::ReadOnly), name);
+    QByteArray bytes = input.open(stdin, QIODevice::ReadOnly) ? input.readAll() : QByteArray();
+    if (input.error() != QFileDevice::NoError)
+        throw CorvinaException(u"standard input: " + TString(input.errorString()));
+    return bytes;
 }
 
 /// The entry of UTF-16 or UTF-32, by byte-order mark or by the "<" that a document begins with;
@@ -71,14 +62,49 @@ bool DecodeLargerUnits(const QByteArray& bytes, TString& text)
     return !decoder.hasError();
 }
 
+/// Decodes single bytes of another encoding than UTF-8, which their declaration names, as files are
+/// decoded.
+bool DecodeDeclared(const QByteArray& bytes, std::string& text)
+{
+    const std::string_view encoding =
+        XmlDeclaration::FindEncoding({bytes.data(), static_cast<std::size_t>(bytes.size())});
+    if (encoding.empty() || EncodingTable::NamesUtf8(encoding) ||
+        EncodingTable::NamesLargerUnits(encoding))
+        return false;
+    QTemporaryFile file;
+    if (!file.open() || file.write(bytes) != bytes.size() || !file.flush())
+        throw CorvinaException(TString(file.fileName() + ": " + file.errorString()));
+    try {
+        text = TFile::LoadTextFileAsUtf8(TPath(file.fileName()), 1);
+        return true;
+    } catch (const TIO::Exception&) {
+        // The parser finds what is wrong and where.
+        return false;
+    }
+}
+
 /// A source for bytes in an encoding that is yet to be found out.
 std::unique_ptr<InputSource> MakeSource(const QByteArray& bytes, const QString& name)
 {
     if (TString text; DecodeLargerUnits(bytes, text))
         return std::make_unique<StringInputSource>(text, name, false);
+    if (std::string text; DecodeDeclared(bytes, text))
+        return std::make_unique<Utf8InputSource>(std::move(text), name, false);
     return std::make_unique<BinaryInputSource>(
         std::vector<unsigned char>(bytes.begin(), bytes.end()), name, false);
 }
+
+/// For who wants to know nothing but what is wrong.
+class IdleSink : public SAXInterface
+{
+public:
+    void StartElement(TString&& /*name*/,
+                      std::unordered_map<TString, TString>&& /*attributes*/) override
+    {
+    }
+    void EndElement() override {}
+    void TextContent(const TString& /*text*/) override {}
+};
 
 /// The name of the first element without its prefix; empty when the first megabyte holds no whole
 /// start tag.
@@ -101,20 +127,38 @@ std::unique_ptr<InputSource> OpenDocument(const QString& file)
 {
     if (file == "-")
         return MakeSource(ReadStandardInput(), file);
+    if (IsPipe(file) || !IsUtf8Name(file))
+        return MakeSource(ReadNativeFile(file), file);
     try {
         // White space that was skipped would be missing from all positions.
         return InputSourceUtils::InputSourceFromFileName(file, false);
     } catch (const TIO::DecodingException& e) {
-        // What is wrong with the document can be shown where it is wrong, unless it is gone: a pipe
-        // is read only once.
+        // What is wrong with the document can be shown where it is wrong, unless it is gone: a
+        // device is read only once.
         if (!(e.GetEncoding() == u"UTF-8") || !QFileInfo(file).isFile())
             throw;
     }
-    return MakeSource(ReadFile(file), file);
+    return MakeSource(ReadNativeFile(file), file);
+}
+
+std::string ReadText(InputSource& source)
+{
+    std::string text;
+    std::string chunk;
+    source.ResetToStart();
+    while (source.GetBytes(chunk, 1U << 20) && !chunk.empty())
+        text += chunk;
+    source.ResetToStart();
+    if (!QByteArrayView(text.data(), std::ssize(text)).isValidUtf8())
+        throw CorvinaException(source.Id() + u": it cannot be read as text in its encoding.");
+    if (text.starts_with(EncodingTable::c_utf8.byteOrderMark))
+        text.erase(0, EncodingTable::c_utf8.byteOrderMark.size());
+    return text;
 }
 
 DocumentReader::DocumentReader(const ReadOptions& options)
-    : m_options(options), m_schemaSink(std::make_shared<SchemaSink>()), m_nothing(u"", u"", false),
+    : m_options(options), m_schemaSink(std::make_shared<SchemaSink>()),
+      m_idleSink(std::make_shared<IdleSink>()), m_nothing(u"", u"", false),
       m_parser(XercesXMLParser::Create(m_nothing, m_schemaSink))
 {
     if (options.allowEntities)
@@ -132,6 +176,7 @@ Diagnostics DocumentReader::LoadSchema(InputSource& source)
         return {{true, source.Id(), 0, 0, message, {}}};
     }
     m_parser->ClearErrorsAndWarnings();
+    m_schemaSink->SetSchema(source.Id());
     m_parser->LoadXSDSource(source);
     m_schemaSink->AddLoaded(source.Id());
     Diagnostics diagnostics = m_schemaSink->TakeDiagnostics();
@@ -148,11 +193,23 @@ ReadDocument DocumentReader::Read(InputSource& source)
     const auto builder = std::make_shared<DOMBuilder>(*document.dom, false);
     if (m_options.lineNumbers)
         builder->SetLocationInterface(m_parser.get());
-    m_parser->Reload(source, builder);
-    m_parser->Parse();
-    AddDiagnostics(document.diagnostics, m_parser->GetWarningDiagnostics(), source.Id());
-    AddDiagnostics(document.diagnostics, m_parser->GetErrorDiagnostics(), source.Id());
-    m_parser->Reload(m_nothing, m_schemaSink);
-    AddExcerpts(document.diagnostics, source);
+    document.diagnostics = Parse(source, builder);
     return document;
+}
+
+Diagnostics DocumentReader::Check(InputSource& source)
+{
+    return Parse(source, m_idleSink);
+}
+
+Diagnostics DocumentReader::Parse(InputSource& source, std::shared_ptr<SAXInterface> sink)
+{
+    Diagnostics diagnostics;
+    m_parser->Reload(source, std::move(sink));
+    m_parser->Parse();
+    AddDiagnostics(diagnostics, m_parser->GetWarningDiagnostics(), source.Id());
+    AddDiagnostics(diagnostics, m_parser->GetErrorDiagnostics(), source.Id());
+    m_parser->Reload(m_nothing, m_schemaSink);
+    AddExcerpts(diagnostics, source);
+    return diagnostics;
 }

@@ -4,12 +4,14 @@
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/InputSource.h>
+#include <kescorexml/SAXInterface.h>
 #include <kescorexml/StringInputSource.h>
 #include <kescorexml/XercesXMLParser.h>
 
 #include <QString>
 
 #include <memory>
+#include <string>
 
 class SchemaSink;
 
@@ -30,6 +32,10 @@ struct ReadOptions
 /// read is a CorvinaException.
 std::unique_ptr<InputSource> OpenDocument(const QString& file);
 
+/// The whole text of a document in UTF-8, without byte-order mark; the source is at its start
+/// afterwards. A CorvinaException when it is in an encoding that is not read but by the parser.
+std::string ReadText(InputSource& source);
+
 /// Reads documents one after the other, and validates them once it has a schema.
 class DocumentReader
 {
@@ -42,10 +48,16 @@ public:
     /// Loads a schema with all that it refers to and returns what there was to say about it.
     Diagnostics LoadSchema(InputSource& source);
     ReadDocument Read(InputSource& source);
+    /// The same without a tree, and so in less time and memory.
+    Diagnostics Check(InputSource& source);
 
 private:
+    /// Parses for a sink.
+    Diagnostics Parse(InputSource& source, std::shared_ptr<SAXInterface> sink);
+
     ReadOptions m_options;
     std::shared_ptr<SchemaSink> m_schemaSink;
+    std::shared_ptr<SAXInterface> m_idleSink;
     /// What the parser is bound to between documents.
     StringInputSource m_nothing;
     std::unique_ptr<XercesXMLParser> m_parser;

@@ -1,5 +1,6 @@
 #include "Excerpt.h"
 
+#include "CharacterWidths.h"
 #include "OneLine.h"
 #include "SourceLines.h"
 
@@ -10,49 +11,10 @@
 #include <optional>
 #include <vector>
 
-#include <locale.h>
-#include <wchar.h>
-
 namespace {
 
 /// How much of a long line is shown on either side of the position, in UTF-16 units.
 constexpr qsizetype c_unitsAround = 60;
-
-/// Asks the C library how wide characters are, as terminals do, whatever the locale of the process
-/// is.
-class CharacterWidths
-{
-public:
-    CharacterWidths() : m_locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr))
-    {
-        if (m_locale != nullptr)
-            m_previous = uselocale(m_locale);
-    }
-    ~CharacterWidths()
-    {
-        if (m_locale == nullptr)
-            return;
-        uselocale(m_previous);
-        freelocale(m_locale);
-    }
-    CharacterWidths(const CharacterWidths&) = delete;
-    CharacterWidths& operator=(const CharacterWidths&) = delete;
-
-    /// The columns of a terminal that a text takes. What the C library does not know takes one.
-    int Of(const QString& text) const
-    {
-        int columns = 0;
-        for (const uint character : text.toUcs4()) {
-            const int width = wcwidth(static_cast<wchar_t>(character));
-            columns += width < 0 ? 1 : width;
-        }
-        return columns;
-    }
-
-private:
-    locale_t m_locale;
-    locale_t m_previous = nullptr;
-};
 
 void SetExcerpt(Diagnostic& diagnostic, const QString& line, const CharacterWidths& widths)
 {

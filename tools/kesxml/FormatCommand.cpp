@@ -1,33 +1,92 @@
 #include "Command.h"
 #include "Console.h"
 #include "Document.h"
+#include "LossyFormat.h"
+#include "MarkupFormatter.h"
+#include "SavedFile.h"
 
-#include <kescorexml/DOMElement.h>
-#include <kescorexml/DOMElementTraversal.h>
-#include <kescorexml/XMLStringFormatter.h>
+#include <kesplatform/CorvinaException.h>
+
+#include <algorithm>
+#include <optional>
 
 namespace {
 
-constexpr const char* c_examples = "  kesxml format settings.xml >pretty.xml\n"
+constexpr const char* c_examples = "  kesxml format settings.xml\n"
+                                   "  kesxml format -o pretty.xml settings.xml\n"
+                                   "  kesxml format --in-place *.xml\n"
                                    "  kesxml format --no-header - <fragment.xml\n";
 
-/// An element keeps one text, so text between its children cannot be written back where it was.
-const DOMElement* FindMixedContent(const DOM& document)
+struct FormatOptions
 {
-    for (const DOMElement& element :
-         DOMElementTraversal::ConstPreorderTraversal(*document.GetRoot())) {
-        if (element.HasText() && element.HasChildren())
-            return &element;
+    bool lossy = false;
+    bool escapeAll = false;
+    bool header = true;
+    bool inPlace = false;
+    QString output;
+};
+
+/// The document formatted; nothing, after saying why, when it has errors.
+std::optional<std::string> Format(InputSource& source, const FormatOptions& options)
+{
+    // References are written as they stand; that they are expanded is only to see what they hold.
+    DocumentReader reader({!options.lossy, false});
+    if (options.lossy) {
+        const ReadDocument document = reader.Read(source);
+        PrintDiagnostics(document.diagnostics);
+        if (HasErrors(document.diagnostics))
+            return {};
+        PrintDiagnostics(FindLosses(*document.dom, source));
+        return FormatLossily(*document.dom, options.escapeAll, options.header);
     }
-    return nullptr;
+    const Diagnostics diagnostics = reader.Check(source);
+    PrintDiagnostics(diagnostics);
+    if (HasErrors(diagnostics))
+        return {};
+    return FormatMarkup(ReadText(source), options.header);
 }
 
-TString Format(const DOM& document, bool escapeAll, bool header)
+int FormatFile(const QString& file, const FormatOptions& options)
 {
-    XMLStringFormatter formatter(u"  ", false);
-    formatter.SetFormatMode(escapeAll ? FormatMode::EscapeAll : FormatMode::Content);
-    XMLFormatter::FormatDOM(formatter, document, nullptr, header);
-    return formatter.GetOutput();
+    const std::unique_ptr<InputSource> source = OpenDocument(file);
+    const std::optional<std::string> formatted = Format(*source, options);
+    if (!formatted)
+        return DocumentHasErrors;
+    if (options.inPlace)
+        SaveFile(file, *formatted);
+    else if (!options.output.isEmpty())
+        SaveFile(options.output, *formatted);
+    else
+        PrintDocument(*formatted);
+    return Fine;
+}
+
+int FormatFiles(const QStringList& files, const FormatOptions& options)
+{
+    int status = Fine;
+    for (const QString& file : files) {
+        try {
+            status = std::max(status, FormatFile(file, options));
+        } catch (const CorvinaException& e) {
+            PrintError(u"kesxml: " + e.GetConcatenatedMessages());
+            status = UsageOrUnreadable;
+        }
+    }
+    return status;
+}
+
+/// What is wrong with the options together; empty when nothing is.
+QString FindMistake(const QStringList& files, const FormatOptions& options)
+{
+    if (options.inPlace && !options.output.isEmpty())
+        return "--in-place and --output exclude each other.";
+    if (options.inPlace && files.contains("-"))
+        return "standard input cannot be formatted in place.";
+    if (!options.inPlace && files.size() > 1)
+        return "'" + files.at(1) + "' is one argument too many without --in-place.";
+    if (options.escapeAll && !options.lossy)
+        return "--escape-all changes how text is written, and needs --lossy.";
+    return {};
 }
 
 } // namespace
@@ -35,27 +94,32 @@ TString Format(const DOM& document, bool escapeAll, bool header)
 int RunFormat(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription("Writes a document formatted to standard output.");
-    parser.addPositionalArgument("FILE", "The document, or - for standard input.");
-    const QCommandLineOption escapeAll(
-        "escape-all", "Write text with references only, and tabs and line ends as references.");
+    parser.setApplicationDescription(
+        "Writes a document formatted to standard output. Nothing but white space between\n"
+        "markup changes; text, comments and references stay as they are written.");
+    parser.addPositionalArgument("FILE", "A document, or - for standard input.", "FILE...");
+    const QCommandLineOption output({"o", "output"}, "Write to this file.", "FILE");
+    const QCommandLineOption inPlace({"i", "in-place"},
+                                     "Replace each document by what was formatted.");
     const QCommandLineOption noHeader("no-header", "Leave the XML declaration out.");
-    parser.addOptions({escapeAll, noHeader});
-    if (!ReadArguments(parser, arguments, 1, 1, c_examples))
+    const QCommandLineOption lossy(
+        "lossy", "Write what the library's tree holds, as the library writes it: without comments, "
+                 "processing instructions and document type, and with attributes in order.");
+    const QCommandLineOption escapeAll(
+        "escape-all", "With --lossy, write text with references only, and tabs and line ends as "
+                      "references.");
+    parser.addOptions({output, inPlace, noHeader, lossy, escapeAll});
+    if (!ReadArguments(parser, arguments, 1, 0, c_examples))
         return UsageOrUnreadable;
 
-    const QString file = parser.positionalArguments().front();
-    const std::unique_ptr<InputSource> source = OpenDocument(file);
-    const ReadDocument document = DocumentReader({}).Read(*source);
-    PrintDiagnostics(document.diagnostics);
-    if (HasErrors(document.diagnostics))
-        return DocumentHasErrors;
-    if (const DOMElement* mixed = FindMixedContent(*document.dom)) {
-        const TString message =
-            TString(u"text between child elements is written after them (in <") + mixed->GetName() +
-            u">)";
-        PrintDiagnostics({{false, file, 0, 0, message, {}}});
-    }
-    Print(Format(*document.dom, parser.isSet(escapeAll), !parser.isSet(noHeader)));
-    return Fine;
+    FormatOptions options;
+    options.lossy = parser.isSet(lossy);
+    options.escapeAll = parser.isSet(escapeAll);
+    options.header = !parser.isSet(noHeader);
+    options.inPlace = parser.isSet(inPlace);
+    options.output = parser.value(output);
+    const QStringList files = parser.positionalArguments();
+    if (const QString mistake = FindMistake(files, options); !mistake.isEmpty())
+        return FailUsage(arguments, mistake);
+    return FormatFiles(files, options);
 }

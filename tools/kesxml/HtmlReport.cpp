@@ -4,6 +4,7 @@
 #include "HtmlCharts.h"
 #include "HtmlExcerpts.h"
 #include "HtmlStyle.h"
+#include "SavedFile.h"
 #include "Statistics.h"
 
 #include <kesplatform/CorvinaException.h>
@@ -196,16 +197,14 @@ void HtmlReport::Write()
     for (const QString& column : GetColumns())
         table += "<th scope=\"col\" class=\"number\">" + column + "</th>";
     table += "</tr></thead>\n<tbody>\n";
-    m_file.write((DrawHead() + table).toUtf8());
-    m_file.write(m_rows);
-    m_file.write("</tbody>\n</table>\n</section>\n");
-    m_file.write(m_documents);
-    m_file.write(("</main>\n<footer>Made by kesxml " KESXML_VERSION " on <time datetime=\"" +
-                  now.toString(Qt::ISODate) + "\">" + now.toString("d MMMM yyyy, HH:mm") +
-                  " UTC</time>. Levels count from the document element; characters of text are "
-                  "UTF-16 units.</footer>\n</body>\n</html>\n")
-                     .toUtf8());
-    // Committing alone would overlook that the last of it was not taken.
-    if (!m_file.flush() || !m_file.commit())
+    const QByteArray foot =
+        ("</main>\n<footer>Made by kesxml " KESXML_VERSION " on <time datetime=\"" +
+         now.toString(Qt::ISODate) + "\">" + now.toString("d MMMM yyyy, HH:mm") +
+         " UTC</time>. Levels count from the document element; characters of text are UTF-16 "
+         "units.</footer>\n</body>\n</html>\n")
+            .toUtf8();
+    const QByteArray page = (DrawHead() + table).toUtf8() + m_rows +
+                            "</tbody>\n</table>\n</section>\n" + m_documents + foot;
+    if (!WriteAndCommit(m_file, {page.data(), static_cast<std::size_t>(page.size())}))
         Fail(m_file.fileName(), m_file.errorString());
 }

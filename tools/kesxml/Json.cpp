@@ -1,14 +1,25 @@
 #include "Json.h"
 
 #include "Console.h"
+#include "OneLine.h"
 
 #include <QJsonDocument>
 
 namespace {
 
+/// What would steer a terminal stands only in strings, where it may be escaped.
 QString ToText(const QJsonObject& object)
 {
-    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    const QString json = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    QString text;
+    text.reserve(json.size());
+    for (const QChar unit : json) {
+        if (IsUnsafeUnit(unit.unicode()))
+            text += "\\u" + QString::number(unit.unicode(), 16).rightJustified(4, '0');
+        else
+            text += unit;
+    }
+    return text;
 }
 
 } // namespace

@@ -5,6 +5,14 @@
 #include <cstddef>
 #include <limits>
 
+/// Whether it is a control character, or embeds or overrides a direction of writing.
+bool IsUnsafeUnit(char16_t unit);
+
+/// What is not said by a document, such as the name of a file, made fit for a line of a terminal
+/// and still told from others: what steers a terminal, ends a line or turns the direction of
+/// writing is escaped, "\n", "\x1B" or "\u202E", and so are the bytes of a name that are not UTF-8.
+TString ToEscaped(const TString& text);
+
 /// What a document says, made fit for a line of a terminal: runs of white space become one blank
 /// (none at either end), and units that steer a terminal or turn the direction of writing become
 /// U+FFFD. A text of more than `limit` units is cut, with an ellipsis as its last unit.

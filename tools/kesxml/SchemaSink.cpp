@@ -47,18 +47,34 @@ TString SchemaSink::ResolveSchemaLocation(const TString& baseUri, const TString&
         return {};
     }
     const QDir folder(QFileInfo(ToLocalPath(baseUri)).path());
+    bool isOutside = false;
     // A location is a URI, but many are written as plain file names.
     for (const QString& name :
          {ToLocalPath(reference), QUrl::fromPercentEncoding(reference.toUtf8())}) {
-        const QString path = QDir::cleanPath(folder.filePath(name));
-        const QFileInfo file(path);
-        if (!file.isReadable() || file.isDir())
+        if (name.contains(QChar::Null))
             continue;
-        return path;
+        const QString path = QDir::cleanPath(folder.filePath(name));
+        if (!IsInFolder(path))
+            isOutside = true;
+        // Neither a folder nor a device.
+        else if (const QFileInfo file(path); file.isFile() && file.isReadable())
+            return path;
     }
-    m_diagnostics.push_back(
-        {true, baseUri, 0, 0, "the schema '" + reference + "' cannot be read", {}});
+    if (isOutside && m_knownNames.contains(QUrl(reference).fileName()))
+        return {};
+    const QString message =
+        isOutside ? "' is not read because it is not in the folder of the schema that was given or "
+                    "below; give it with an --xsd before this one"
+                  : QString("' cannot be read");
+    m_diagnostics.push_back({true, baseUri, 0, 0, "the schema '" + reference + message, {}});
     return {};
+}
+
+bool SchemaSink::IsInFolder(const QString& path) const
+{
+    const QString absolute = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    return absolute == m_folder ||
+           absolute.startsWith(m_folder.endsWith('/') ? m_folder : m_folder + '/');
 }
 
 void SchemaSink::ReportRemote(const TString& baseUri, const QString& location)
@@ -70,6 +86,11 @@ void SchemaSink::ReportRemote(const TString& baseUri, const QString& location)
                             "' is not read because it is no local file; give a copy of it with "
                             "an --xsd before this one";
     m_diagnostics.push_back({false, baseUri, 0, 0, message, {}});
+}
+
+void SchemaSink::SetSchema(const TString& file)
+{
+    m_folder = QDir::cleanPath(QFileInfo(QString(file)).absolutePath());
 }
 
 void SchemaSink::AddLoaded(const TString& file)

@@ -22,7 +22,7 @@ _kesxml()
         done
         case ${COMP_WORDS[1]} in
         check) words='--xsd --allow-entities --json --html --help' ;;
-        format) words='--escape-all --no-header --help' ;;
+        format) words='--output --in-place --no-header --lossy --escape-all --help' ;;
         query) words='--count --allow-entities --json --help' ;;
         stats) words='--json --help' ;;
         tree) words='--depth --allow-entities --help' ;;

@@ -1,9 +1,11 @@
 #include "Command.h"
 #include "Console.h"
+#include "NativeFile.h"
 
 #include <kesplatform/CorvinaException.h>
 
 #include <QCoreApplication>
+#include <QStringList>
 
 #include <algorithm>
 #include <exception>
@@ -62,7 +64,12 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName("kesxml");
     int status = UsageOrUnreadable;
     try {
-        status = Run(QCoreApplication::arguments());
+        QStringList arguments;
+        for (int i = 0; i < argc; ++i)
+            arguments += FromNativeName(argv[i]);
+        status = Run(arguments);
+    } catch (const CorvinaException& e) {
+        PrintError(u"kesxml: " + e.GetConcatenatedMessages());
     } catch (const std::exception& e) {
         PrintError(TString(u"kesxml: ") + TString(e.what()));
     }
