@@ -150,6 +150,10 @@ void AddParseFamilies(std::vector<Family>& families)
             text += "<b" + std::to_string(i) + " c" + std::to_string(i) + "=''/>";
         return text + "</a>";
     });
+    parse("tags whose values do not end, beside an entity", 10 << 20, [](std::size_t bytes) {
+        const std::string tag = "<a a\"b=\"" + std::string(6000, 'x');
+        return "<!DOCTYPE a [<!ENTITY e ''>]>" + Repeat(tag, bytes / tag.size());
+    });
     families.push_back(
         {"text runs in one element: standalone parse", 1000000, [](std::size_t count) {
              const std::string text = "<a>" + Repeat("x<b/>", count) + "</a>";

@@ -80,7 +80,8 @@ public:
     const Growth& GetValidationWorkLimit() const noexcept { return m_validationWork; }
 
     /// How many names of one kind may lie in one bucket of the scanner's hash tables, which are not
-    /// seeded; at first 256. Names that nobody has chosen for it share one with a few others. A
+    /// seeded; at first 1024. Names that nobody has chosen for it share one with a few others; of
+    /// some ten thousand regular ones, such as numbers with two zeros behind them, up to 560 do. A
     /// look-up takes time in the number of names in its bucket. The kinds are the elements of a
     /// document and, by declaration, elements, the attributes of an element, entities, parameter
     /// entities and notations; the attributes of a start tag; and while validating prefixes,
@@ -104,5 +105,5 @@ private:
     Growth m_expansion{100, 32U << 20};
     std::uint64_t m_validationDepth = 10000;
     Growth m_validationWork{100, 64U << 20};
-    std::uint64_t m_nameCollisions = 256;
+    std::uint64_t m_nameCollisions = 1024;
 };

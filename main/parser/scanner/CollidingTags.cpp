@@ -132,9 +132,12 @@ private:
         const std::uint32_t quote = m_units.At(m_at++);
         if (quote != '"' && quote != '\'')
             return false;
-        while (m_at < m_units.Count() && m_units.At(m_at) != quote)
+        // No tag is gone through beyond the next "<", where the search for another one goes on: so
+        // nothing is gone through twice.
+        std::uint32_t unit = 0;
+        while (m_at < m_units.Count() && (unit = m_units.At(m_at)) != quote && unit != '<')
             ++m_at;
-        return m_at++ < m_units.Count();
+        return m_at < m_units.Count() && m_units.At(m_at++) == quote;
     }
 
     const Units& m_units;

@@ -5,7 +5,10 @@
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMParser.h>
+#include <kescorexml/ParseLimits.h>
 #include <kescorexml/Utf8InputSource.h>
+
+#include <QString>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +17,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -21,6 +25,9 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
+
+const std::uint64_t c_limit = ParseLimits().GetNameCollisionLimit();
 
 const char* const c_schema =
     "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'>"
@@ -98,7 +105,7 @@ std::vector<Place> MakePlaces()
 }
 
 std::vector<std::string> ParseErrors(const Place& place, const std::vector<std::string>& names,
-                                     std::uint64_t limit = 256)
+                                     std::uint64_t limit = c_limit)
 {
     DOMParser parser;
     parser.SetNameCollisionLimit(limit);
@@ -142,8 +149,8 @@ TEST(NameCollisions, EndAParseInEachTableOfTheScanner)
         SCOPED_TRACE(place.kind);
         EXPECT_THAT(ParseErrors(place, MakeCollidingNames(5), 5), IsEmpty());
         EXPECT_THAT(ParseErrors(place, MakeCollidingNames(6), 5), IsCollision(place.kind));
-        EXPECT_THAT(ParseErrors(place, MakeCollidingNames(256)), IsEmpty());
-        EXPECT_THAT(ParseErrors(place, MakeCollidingNames(257)), IsCollision(place.kind));
+        EXPECT_THAT(ParseErrors(place, MakeCollidingNames(c_limit)), IsEmpty());
+        EXPECT_THAT(ParseErrors(place, MakeCollidingNames(c_limit + 1)), IsCollision(place.kind));
     }
 }
 
@@ -158,6 +165,23 @@ TEST(NameCollisions, DoNotHappenToManyNamesByChance)
     }
 }
 
+TEST(NameCollisions, DoNotHappenToTenThousandRegularNames)
+{
+    for (const char* const pattern :
+         {"N%05d00", "_%05d__", "fig%05d.0", "m%04d_e", "id%d", "x%d00"}) {
+        std::vector<std::string> names;
+        for (int i = 0; i < 10000; ++i)
+            names.push_back(QString::asprintf(pattern, i).toStdString());
+        for (const Place& place : MakePlaces()) {
+            // So many namespaces of one element are too much for validation.
+            if (std::string_view(place.kind) == "namespaces")
+                continue;
+            SCOPED_TRACE(std::string(pattern) + " as " + place.kind);
+            EXPECT_THAT(ParseErrors(place, names), IsEmpty());
+        }
+    }
+}
+
 TEST(NameCollisions, AreFoundWhereTheyAreOnesOfTheTablesSizeAlone)
 {
     // The table of elements has 479 buckets when it holds 180 to 359.
@@ -168,18 +192,18 @@ TEST(NameCollisions, AreFoundWhereTheyAreOnesOfTheTablesSizeAlone)
             names.push_back(name.toStdString());
     }
     const Place elements = MakePlaces().front();
-    EXPECT_THAT(ParseErrors(elements, names), IsCollision("elements"));
+    EXPECT_THAT(ParseErrors(elements, names, 256), IsCollision("elements"));
     names.pop_back();
-    EXPECT_THAT(ParseErrors(elements, names), IsEmpty());
+    EXPECT_THAT(ParseErrors(elements, names, 256), IsEmpty());
 }
 
 TEST(NameCollisions, OfOneDocumentDoNotCountForTheNext)
 {
     DOMParser parser;
     const Place elements = MakePlaces().front();
-    const std::vector<std::string> names = MakeCollidingNames(400);
-    const std::vector<std::string> first(names.begin(), names.begin() + 200);
-    const std::vector<std::string> second(names.begin() + 200, names.end());
+    const std::vector<std::string> names = MakeCollidingNames(1600);
+    const std::vector<std::string> first(names.begin(), names.begin() + 800);
+    const std::vector<std::string> second(names.begin() + 800, names.end());
     EXPECT_FALSE(parser.ParseXmlString(elements.make(first), u"id")->HasErrors());
     EXPECT_FALSE(parser.ParseXmlString(elements.make(second), u"id")->HasErrors());
 }
@@ -188,23 +212,23 @@ TEST(NameCollisions, LeaveWhatCameBeforeInTheTree)
 {
     DOMParser parser;
     const auto document =
-        parser.ParseXmlString(MakePlaces().front().make(MakeCollidingNames(1000)), u"id");
+        parser.ParseXmlString(MakePlaces().front().make(MakeCollidingNames(2000)), u"id");
     ASSERT_NE(document->GetDocumentRoot(), nullptr);
-    EXPECT_EQ(document->GetDocumentRoot()->GetChildren().size(), 256U);
+    EXPECT_EQ(document->GetDocumentRoot()->GetChildren().size(), c_limit);
 }
 
 TEST(NameCollisions, OfATagAreFoundBeforeTheScannerMeetsThem)
 {
     const std::string head = "<a>text\n<b/>";
     const std::string attributes = RepeatFor(
-        MakeCollidingNames(1000), [](const std::string& n) { return "\t" + n + " = \"x>y\""; });
+        MakeCollidingNames(2000), [](const std::string& n) { return "\t" + n + " = \"x>y\""; });
     const std::string document = head + "<c" + attributes + "></c></b>";
     DOMParser parser;
     const auto broken = parser.ParseXmlString(document, u"id");
     EXPECT_EQ(broken->GetDocumentRoot(), nullptr);
     ASSERT_EQ(broken->GetErrors().size(), 1U);
     EXPECT_THAT(broken->GetErrors().front().toStdString(),
-                testing::StartsWith("Fatal Error(2,5): more than 256 attributes of a tag "));
+                testing::StartsWith("Fatal Error(2,5): more than 1024 attributes of a tag "));
     // In other encodings, too.
     for (const auto& [unitSize, isLittle] :
          {std::pair(2U, true), std::pair(2U, false), std::pair(4U, true), std::pair(4U, false)}) {
@@ -212,7 +236,21 @@ TEST(NameCollisions, OfATagAreFoundBeforeTheScannerMeetsThem)
         const auto errors = parser.ParseXmlBytes(Widen(document, unitSize, isLittle))->GetErrors();
         ASSERT_EQ(errors.size(), 1U);
         EXPECT_THAT(errors.front().toStdString(),
-                    testing::StartsWith("Fatal Error(2,5): more than 256 attributes of a tag "));
+                    testing::StartsWith("Fatal Error(2,5): more than 1024 attributes of a tag "));
+    }
+}
+
+TEST(NameCollisions, OfATagAreLookedForNoFurtherThanTheNextOpening)
+{
+    // A tag that was gone through to its end could make each one before it a long way, too.
+    const std::string attributes =
+        RepeatFor(MakeCollidingNames(10000), [](const std::string& n) { return " " + n + "=''"; });
+    for (const char* const before : {"x='", "x y='", "x"}) {
+        const std::string document = WithEntity(
+            "", "<a " + std::string(before) + std::string(400000, 'x') + "<!'" + attributes + "/>");
+        const auto errors = DOMParser().ParseXmlString(document, u"id")->GetErrors();
+        ASSERT_EQ(errors.size(), 1U);
+        EXPECT_THAT(errors.front().toStdString(), Not(HasSubstr("hashes collide")));
     }
 }
 

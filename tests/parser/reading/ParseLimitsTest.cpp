@@ -169,7 +169,7 @@ TEST(ParseLimits, AreOnFromTheStart)
     EXPECT_EQ(limits.GetExpansionLimit(), (ParseLimits::Growth{100, 33554432}));
     EXPECT_EQ(limits.GetValidationDepthLimit(), 10000U);
     EXPECT_EQ(limits.GetValidationWorkLimit(), (ParseLimits::Growth{100, 67108864}));
-    EXPECT_EQ(limits.GetNameCollisionLimit(), 256U);
+    EXPECT_EQ(limits.GetNameCollisionLimit(), 1024U);
     Session session("<a/>");
     EXPECT_EQ(static_cast<ParseLimits&>(*session.parser), limits);
     EXPECT_EQ(static_cast<const ParseLimits&>(DOMParser()), limits);
