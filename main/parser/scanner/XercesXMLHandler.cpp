@@ -7,6 +7,7 @@
 
 #include <kesplatform/TFile.h>
 #include <kesplatform/TFormatString.h>
+#include <kesplatform/Unicode.h>
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -41,7 +42,7 @@ std::size_t CountUnits(const xercesc::Attributes& attributes)
 /// The text that a schema compiler shall read, as UTF-8 whatever encoding it declares.
 std::unique_ptr<xercesc::InputSource> MakeSchemaSource(const TString& text, const TString& path)
 {
-    const std::string utf8 = text.toStdString();
+    const std::string utf8 = Unicode::toUtf8KeepingHalves(text.view());
     // One byte for each code unit: schema texts are ASCII.
     const auto length = static_cast<std::size_t>(text.length());
     auto bytes = std::make_unique<XMLByte[]>(length + 1);
