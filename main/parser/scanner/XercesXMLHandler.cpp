@@ -194,8 +194,12 @@ TString XercesXMLHandler::Share(const TString& text)
 void XercesXMLHandler::Record(Kind kind, const TString& message, const TString& systemId,
                               unsigned long long line, unsigned long long column)
 {
-    std::vector<XMLDiagnostic>& list = kind == Kind::Warning ? m_warnings : m_errors;
-    list.emplace_back(kind, Share(message), Share(systemId), line, column);
+    MessageList& list = kind == Kind::Warning ? m_warnings : m_errors;
+    const auto units = static_cast<std::uint64_t>(message.length());
+    if (m_budget.HasRoomForMessage(units) || kind == Kind::FatalError)
+        list.Keep({kind, Share(message), Share(systemId), line, column});
+    else
+        list.Miss(systemId, line, column);
 }
 
 void XercesXMLHandler::RecordWarning(const XMLCh* message, const XMLCh* systemId,
@@ -259,13 +263,13 @@ void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
     RecordFatalError(exception.getMessage(), exception.getSystemId(), exception.getLineNumber(),
                      exception.getColumnNumber());
     if (dynamic_cast<const InvalidUtf8*>(&exception) != nullptr)
-        m_errors.back() = std::move(m_errors.back()).AsInvalidUtf8();
+        m_errors.Last() = std::move(m_errors.Last()).AsInvalidUtf8();
 }
 
 void XercesXMLHandler::resetErrors()
 {
-    m_warnings.clear();
-    m_errors.clear();
+    m_warnings.Clear();
+    m_errors.Clear();
     m_recorded.clear();
     m_sawFatalError = false;
 }
