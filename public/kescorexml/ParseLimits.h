@@ -6,7 +6,7 @@
 /// attack: the parse ends there with one fatal error that names the limit and its setter, and what
 /// came before stays with the sink. The limits are on from the start and so wide that documents
 /// made in good faith do not come near them. They hold for each parse, and each load of a schema,
-/// alone. A plain value.
+/// alone. What messages may take is limited, too, but ends their list and no parse. A plain value.
 ///
 /// A setter of zeros refuses all that is counted; the largest number switches a limit off.
 class ParseLimits
@@ -91,6 +91,21 @@ public:
     void SetNameCollisionLimit(std::uint64_t names) noexcept { m_nameCollisions = names; }
     std::uint64_t GetNameCollisionLimit() const noexcept { return m_nameCollisions; }
 
+    /// What the errors and warnings of a parse take together: the code units of their texts, and 64
+    /// for each message. From the first on that does not fit in, they are counted and not kept, but
+    /// for fatal errors. A list of which some are missing ends with one entry more, an error or a
+    /// warning as those are, which names the limit and says how many are missing, at the place of
+    /// the first of them. At first 20 times the bytes, 16 Mi at least: 100,000 messages of ordinary
+    /// length. A few bytes for each element can otherwise yield a message of two thousand units for
+    /// each.
+    void SetMessageLimit(std::uint64_t factor, std::uint64_t threshold) noexcept
+    {
+        m_messages = {factor, threshold};
+    }
+    const Growth& GetMessageLimit() const noexcept { return m_messages; }
+
+    /// What a message counts beside its text.
+    static constexpr std::uint64_t c_unitsOfMessage = 64;
     /// What an attribute that the document does not spell out counts for amplification beside its
     /// letters.
     static constexpr std::uint64_t c_unitsOfImpliedAttribute = 16;
@@ -106,4 +121,5 @@ private:
     std::uint64_t m_validationDepth = 10000;
     Growth m_validationWork{100, 64U << 20};
     std::uint64_t m_nameCollisions = 1024;
+    Growth m_messages{20, 16U << 20};
 };

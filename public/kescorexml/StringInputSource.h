@@ -3,7 +3,8 @@
 #include <kescorexml/InputSourceUtils.h>
 #include <kescorexml/Utf8InputSource.h>
 
-/// A document given as text, kept as UTF-8. Halves of surrogate pairs become U+FFFD.
+/// A document given as text, kept as UTF-8. A half of no surrogate pair becomes three bytes that
+/// are no UTF-8, and a parser refuses them.
 /// Different objects may be used from different threads.
 class KESCOREXML_EXPORT StringInputSource : public Utf8InputSource
 {

@@ -70,3 +70,21 @@ TEST(Unicode, FindsTheFirstByteThatIsNoUtf8)
         EXPECT_EQ(Unicode::findInvalidUtf8(std::string("\xE2\x82\xAC") + sequence + "\xFF"), 3U);
     }
 }
+
+TEST(Unicode, KeepsHalvesOfPairsInBytesThatAreNoUtf8)
+{
+    EXPECT_EQ("", Unicode::toUtf8KeepingHalves(u""));
+    EXPECT_EQ("\xED\xA0\x80", Unicode::toUtf8KeepingHalves(u"\xD800"));
+    EXPECT_EQ("a\xED\xAF\xBF\xED\xA0\xBD\xF0\x9F\x98\x80\xED\xB0\x80z",
+              Unicode::toUtf8KeepingHalves(u"a\xDBFF\xD83D\xD83D\xDE00\xDC00z"));
+    EXPECT_EQ("\xEF\xBF\xBD", Unicode::toUtf8KeepingHalves(u"\uFFFD"));
+    RandomText random(7);
+    for (int i = 0; i < 1000; ++i) {
+        const TString text(random.Any(40));
+        const std::string bytes = Unicode::toUtf8KeepingHalves(text.view());
+        const std::string replaced = text.toStdString();
+        // Where no half is lone, they are the same; else the bytes are as many, and no UTF-8.
+        EXPECT_EQ(bytes.size(), replaced.size());
+        EXPECT_EQ(Unicode::findInvalidUtf8(bytes) == bytes.size(), bytes == replaced);
+    }
+}

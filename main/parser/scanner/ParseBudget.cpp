@@ -136,12 +136,18 @@ void ParseBudget::Begin(const ParseLimits& limits, std::uint64_t inputBytes, boo
     m_limits = limits;
     m_outputLimit = GetMaximum(limits.GetAmplificationLimit(), inputBytes);
     m_scannerWorkLimit = GetMaximum(limits.GetExpansionLimit(), inputBytes);
+    m_messageLimit = GetMaximum(limits.GetMessageLimit(), inputBytes);
     const ParseLimits::Growth& work = limits.GetValidationWorkLimit();
     m_validationWorkLimit = GetMaximum(work, inputBytes);
     m_lookUpLimit =
         GetMaximum({work.factor, MultiplySaturating(c_lookUpsAUnit, work.threshold)}, inputBytes);
     m_isValidating = isValidating;
     m_countsAttributes = isValidating;
+}
+
+TString ParseBudget::DescribeMessageLimit() const
+{
+    return DescribeGrowth(m_limits.GetMessageLimit());
 }
 
 void ParseBudget::AddExpansion(std::uint64_t units, std::size_t depth)

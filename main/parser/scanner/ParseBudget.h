@@ -71,6 +71,16 @@ public:
     /// Whether the parse has exceeded a limit. What the scanner reports on its way out is no news.
     bool HasFailed() const noexcept { return m_hasFailed; }
 
+    /// Puts a message of so many units on its account. False once one has not fitted in, and for
+    /// all that follow.
+    bool HasRoomForMessage(std::uint64_t units) noexcept
+    {
+        m_messages += units + ParseLimits::c_unitsOfMessage;
+        return m_messages <= m_messageLimit;
+    }
+    /// For people.
+    TString DescribeMessageLimit() const;
+
     // Each of these throws LimitExceeded.
 
     void AddText(std::size_t units)
@@ -176,6 +186,8 @@ private:
     std::uint64_t m_outputLimit = c_unlimited;
     std::uint64_t m_scannerWork = 0;
     std::uint64_t m_scannerWorkLimit = c_unlimited;
+    std::uint64_t m_messages = 0;
+    std::uint64_t m_messageLimit = c_unlimited;
     std::uint64_t m_depth = 0;
     bool m_countsAttributes = false;
     bool m_isInEntity = false;

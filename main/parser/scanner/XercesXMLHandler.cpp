@@ -7,6 +7,7 @@
 
 #include <kesplatform/TFile.h>
 #include <kesplatform/TFormatString.h>
+#include <kesplatform/Unicode.h>
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -41,7 +42,7 @@ std::size_t CountUnits(const xercesc::Attributes& attributes)
 /// The text that a schema compiler shall read, as UTF-8 whatever encoding it declares.
 std::unique_ptr<xercesc::InputSource> MakeSchemaSource(const TString& text, const TString& path)
 {
-    const std::string utf8 = text.toStdString();
+    const std::string utf8 = Unicode::toUtf8KeepingHalves(text.view());
     // One byte for each code unit: schema texts are ASCII.
     const auto length = static_cast<std::size_t>(text.length());
     auto bytes = std::make_unique<XMLByte[]>(length + 1);
@@ -193,8 +194,12 @@ TString XercesXMLHandler::Share(const TString& text)
 void XercesXMLHandler::Record(Kind kind, const TString& message, const TString& systemId,
                               unsigned long long line, unsigned long long column)
 {
-    std::vector<XMLDiagnostic>& list = kind == Kind::Warning ? m_warnings : m_errors;
-    list.emplace_back(kind, Share(message), Share(systemId), line, column);
+    MessageList& list = kind == Kind::Warning ? m_warnings : m_errors;
+    const auto units = static_cast<std::uint64_t>(message.length());
+    if (m_budget.HasRoomForMessage(units) || kind == Kind::FatalError)
+        list.Keep({kind, Share(message), Share(systemId), line, column});
+    else
+        list.Miss(systemId, line, column);
 }
 
 void XercesXMLHandler::RecordWarning(const XMLCh* message, const XMLCh* systemId,
@@ -258,13 +263,13 @@ void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
     RecordFatalError(exception.getMessage(), exception.getSystemId(), exception.getLineNumber(),
                      exception.getColumnNumber());
     if (dynamic_cast<const InvalidUtf8*>(&exception) != nullptr)
-        m_errors.back() = std::move(m_errors.back()).AsInvalidUtf8();
+        m_errors.Last() = std::move(m_errors.Last()).AsInvalidUtf8();
 }
 
 void XercesXMLHandler::resetErrors()
 {
-    m_warnings.clear();
-    m_errors.clear();
+    m_warnings.Clear();
+    m_errors.Clear();
     m_recorded.clear();
     m_sawFatalError = false;
 }

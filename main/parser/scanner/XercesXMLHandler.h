@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scanner/MessageList.h"
 #include "scanner/ParseBudget.h"
 #include "sinks/ScanSink.h"
 
@@ -71,13 +72,13 @@ public:
         m_column = column;
     }
 
-    bool SawWarnings() const noexcept { return !m_warnings.empty(); }
-    bool SawErrors() const noexcept { return !m_errors.empty(); }
+    bool SawErrors() const noexcept { return !m_errors.IsEmpty(); }
     bool SawFatalError() const noexcept { return m_sawFatalError; }
-    /// Empties the list.
-    std::vector<XMLDiagnostic> TakeWarnings() noexcept { return std::exchange(m_warnings, {}); }
-    /// Errors and fatal errors. Empties the list.
-    std::vector<XMLDiagnostic> TakeErrors() noexcept { return std::exchange(m_errors, {}); }
+    /// Empties the list, of which the last entry tells if some are missing.
+    std::vector<XMLDiagnostic> TakeWarnings() { return Take(m_warnings); }
+    /// Errors and fatal errors. Empties the list, of which the last entry tells if some are
+    /// missing.
+    std::vector<XMLDiagnostic> TakeErrors() { return Take(m_errors); }
     /// The parse need not or must not go on.
     bool IsDone() const noexcept { return m_sawFatalError || m_sink.IsDone(); }
 
@@ -133,6 +134,10 @@ private:
     static void Tell(Event&& event);
     void Record(XMLDiagnostic::Kind kind, const TString& message, const TString& systemId,
                 unsigned long long line, unsigned long long column);
+    std::vector<XMLDiagnostic> Take(MessageList& list)
+    {
+        return list.Take(m_budget.DescribeMessageLimit());
+    }
     /// The same text, sharing its units with what was recorded before where it can.
     TString Share(const TString& text);
     void MeetIdentifiers(const xercesc::Attributes& attributes);
@@ -147,8 +152,8 @@ private:
     /// Those of the last start tag, which keep their room.
     std::vector<const char16_t*> m_attributeNames;
     std::vector<std::u16string_view> m_attributeValues;
-    std::vector<XMLDiagnostic> m_warnings;
-    std::vector<XMLDiagnostic> m_errors;
+    MessageList m_warnings{XMLDiagnostic::Kind::Warning};
+    MessageList m_errors{XMLDiagnostic::Kind::Error};
     /// Texts and identifiers that were recorded; one schema finds the same wrong again and again.
     std::unordered_set<TString> m_recorded;
     bool m_sawFatalError = false;

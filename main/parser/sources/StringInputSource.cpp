@@ -1,8 +1,10 @@
 #include <kescorexml/StringInputSource.h>
 
+#include <kesplatform/Unicode.h>
+
 StringInputSource::StringInputSource(const TString& text, const TString& id,
                                      bool skipLeadingWhitespace)
-    : Utf8InputSource(text.toStdString(), id, skipLeadingWhitespace)
+    : Utf8InputSource(Unicode::toUtf8KeepingHalves(text.view()), id, skipLeadingWhitespace)
 {
 }
 

@@ -13,7 +13,6 @@
 
 #include <kesplatform/Metrics.h>
 #include <kesplatform/Resources.h>
-#include <kesplatform/Unicode.h>
 
 #include <cstdint>
 #include <utility>
@@ -21,14 +20,6 @@
 namespace {
 
 constexpr std::uint64_t c_metricsFlags = 0x80000000000;
-
-/// Whether no byte would become a replacement character, and the text is not longer than a TString
-/// may be.
-bool IsAsGoodAsUnits(const std::string& utf8)
-{
-    return utf8.size() <= static_cast<std::size_t>(TString::c_maxLength) &&
-           Unicode::findInvalidUtf8(utf8) == utf8.size();
-}
 
 } // namespace
 
@@ -120,8 +111,6 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlString(const TString& xml, TS
 
 StandaloneParseResult StandaloneDOMParser::ParseXmlString(const std::string& utf8, TString id) const
 {
-    if (!IsAsGoodAsUnits(utf8))
-        return ParseXmlString(TString::fromStdString(utf8), std::move(id));
     const Metrics::Scope scope("StandaloneDOMParser_ParseXmlString", c_metricsFlags);
     const std::size_t start = SkipLeadingWhitespace(utf8);
     if (start > 0) {

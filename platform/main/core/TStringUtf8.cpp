@@ -2,6 +2,8 @@
 
 #include "Utf8Bytes.h"
 
+#include <kesplatform/Unicode.h>
+
 #include <ostream>
 
 namespace {
@@ -120,7 +122,14 @@ char* EncodeUnit(char32_t character, char* to) noexcept
     return to;
 }
 
-void Encode(std::u16string_view units, char* to) noexcept
+/// What becomes of a unit that is half of no pair. Either takes three bytes.
+enum class LoneHalves
+{
+    Replaced,
+    Kept
+};
+
+void Encode(std::u16string_view units, char* to, LoneHalves loneHalves) noexcept
 {
     std::size_t at = 0;
     while (at < units.size()) {
@@ -138,21 +147,30 @@ void Encode(std::u16string_view units, char* to) noexcept
         if (IsHigh(units[at - 1]) && at < units.size() && IsLow(units[at])) {
             character = 0x10000 + ((character & 0x3FF) << 10) + (units[at] & 0x3FFU);
             ++at;
-        } else if (IsSurrogate(units[at - 1])) {
+        } else if (IsSurrogate(units[at - 1]) && loneHalves == LoneHalves::Replaced) {
             character = c_replacement;
         }
         to = EncodeUnit(character, to);
     }
 }
 
+std::string ToUtf8(std::u16string_view units, LoneHalves loneHalves)
+{
+    std::string utf8(CountBytes(units), '\0');
+    Encode(units, utf8.data(), loneHalves);
+    return utf8;
+}
+
 } // namespace
 
 std::string TString::toStdString() const
 {
-    const std::u16string_view units = view();
-    std::string utf8(CountBytes(units), '\0');
-    Encode(units, utf8.data());
-    return utf8;
+    return ToUtf8(view(), LoneHalves::Replaced);
+}
+
+std::string Unicode::toUtf8KeepingHalves(std::u16string_view units)
+{
+    return ToUtf8(units, LoneHalves::Kept);
 }
 
 TString TString::fromUtf8(std::string_view utf8)

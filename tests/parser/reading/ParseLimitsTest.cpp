@@ -170,6 +170,7 @@ TEST(ParseLimits, AreOnFromTheStart)
     EXPECT_EQ(limits.GetValidationDepthLimit(), 10000U);
     EXPECT_EQ(limits.GetValidationWorkLimit(), (ParseLimits::Growth{100, 67108864}));
     EXPECT_EQ(limits.GetNameCollisionLimit(), 1024U);
+    EXPECT_EQ(limits.GetMessageLimit(), (ParseLimits::Growth{20, 16777216}));
     Session session("<a/>");
     EXPECT_EQ(static_cast<ParseLimits&>(*session.parser), limits);
     EXPECT_EQ(static_cast<const ParseLimits&>(DOMParser()), limits);

@@ -23,12 +23,14 @@ TEST(StringInputSource, HoldsItsTextAsUtf8)
     EXPECT_EQ(source.Size(), static_cast<std::int64_t>(out.size()));
 }
 
-TEST(StringInputSource, MakesReplacementCharactersOfHalvesOfPairs)
+TEST(StringInputSource, MakesNoCharactersOfHalvesOfPairs)
 {
-    StringInputSource source(TString(1, 0xD800), u"id", false);
+    const TString text = u"<\xD800\xD83D\xDE00\xDE00\uFFFD\xDBFF";
+    StringInputSource source(text, u"id", false);
     std::string out;
     EXPECT_TRUE(source.GetBytes(out, 100));
-    EXPECT_EQ(out, "\xEF\xBF\xBD");
+    EXPECT_EQ(out, "<\xED\xA0\x80\xF0\x9F\x98\x80\xED\xB8\x80\xEF\xBF\xBD\xED\xAF\xBF");
+    EXPECT_EQ(source.Size(), 17);
 }
 
 TEST(StringInputSource, HasLines)
