@@ -23,13 +23,6 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     COMMAND_ERROR_IS_FATAL ANY)
   compress(${documents}/changelog)
 
-  set(overrides ${debian}/${package}.lintian-overrides)
-  if(EXISTS ${overrides})
-    file(COPY ${overrides} DESTINATION ${share}/lintian/overrides)
-    file(RENAME ${share}/lintian/overrides/${package}.lintian-overrides
-      ${share}/lintian/overrides/${package})
-  endif()
-
   file(GLOB pages ${share}/man/man*/*.[1-9])
   foreach(page IN LISTS pages)
     compress(${page})

@@ -30,7 +30,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debia
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkescorexml-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+# For programs that pass on strings of Qt, and for who keeps objects in the context of a thread.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS
   "qt6-base-dev (>= ${KESCOREXML_QT_VERSION}), libboost-dev (>= ${KESCOREXML_BOOST_VERSION})")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME kesxml)

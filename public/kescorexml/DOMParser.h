@@ -70,6 +70,11 @@ public:
     std::unique_ptr<DOM> ParseXmlString(const std::string& utf8, const TString& id) const;
     std::unique_ptr<DOM> ParseXmlString(std::string&& utf8, const TString& id) const;
     std::unique_ptr<DOM> ParseXmlString(const char* utf8, const TString& id) const;
+    template <OtherText::Utf8 T>
+    std::unique_ptr<DOM> ParseXmlString(const T& utf8, const TString& id) const
+    {
+        return ParseXmlString(std::string(OtherText::View(utf8)), id);
+    }
     /// Parses the bytes of a file in the encoding that their byte-order mark or their declaration
     /// names.
     std::unique_ptr<DOM> ParseXmlBytes(const std::vector<unsigned char>& bytes) const;

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// What a parse gave.
@@ -75,6 +76,11 @@ public:
     StandaloneParseResult ParseXmlString(const TString& xml, TString id) const;
     StandaloneParseResult ParseXmlString(const std::string& utf8, TString id) const;
     StandaloneParseResult ParseXmlString(const char* utf8, TString id) const;
+    template <OtherText::Utf8 T>
+    StandaloneParseResult ParseXmlString(const T& utf8, TString id) const
+    {
+        return ParseXmlString(std::string(OtherText::View(utf8)), std::move(id));
+    }
     /// Parses the bytes of a file in the encoding that their byte-order mark or their declaration
     /// names.
     StandaloneParseResult ParseXmlBytes(const std::vector<unsigned char>& bytes) const;

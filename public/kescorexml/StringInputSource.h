@@ -11,6 +11,13 @@ class KESCOREXML_EXPORT StringInputSource : public Utf8InputSource
 public:
     /// See Utf8InputSource for `skipLeadingWhitespace`. Size counts UTF-8 bytes.
     StringInputSource(const TString& text, const TString& id, bool skipLeadingWhitespace);
+    /// The same for bytes, which are kept as they are.
+    template <OtherText::Utf8 T>
+    StringInputSource(const T& utf8, const TString& id, bool skipLeadingWhitespace)
+        : StringInputSource(FromUtf8(), std::string(OtherText::View(utf8)), id,
+                            skipLeadingWhitespace)
+    {
+    }
     ~StringInputSource() override;
 
 private:

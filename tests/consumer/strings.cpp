@@ -1,8 +1,10 @@
 #include <kesplatform/TString.h>
 
 #include <iostream>
+#include <string>
 
 int main()
 {
-    std::cout << TString(u"text").length() << '\n';
+    const TString text = std::string("te") + TString(u"xt");
+    std::cout << (text == "text" ? text.length() : 0) << '\n';
 }

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <QString>
+
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/framework/XMLGrammarPoolImpl.hpp>
 #include <xercesc/sax/SAXParseException.hpp>

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QString>
+
 namespace {
 
 /// UTF-8 of a text, written down the slow and plain way.

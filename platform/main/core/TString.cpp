@@ -7,6 +7,7 @@
 #include <kesplatform/VectorRegisters.h>
 
 #include <QHashFunctions>
+#include <QString>
 
 #include <algorithm>
 #include <bit>

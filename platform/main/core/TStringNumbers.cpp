@@ -2,6 +2,8 @@
 
 #include <kesplatform/TCType.h>
 
+#include <QString>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>

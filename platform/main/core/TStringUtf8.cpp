@@ -39,6 +39,21 @@ char16_t* AppendUnits(char32_t character, char16_t* to) noexcept
     return to;
 }
 
+/// Decodes what stands at `at`, which is no ASCII, moves `at` behind it and returns where the next
+/// units go.
+char16_t* DecodeNext(std::string_view utf8, std::size_t& at, char16_t* to) noexcept
+{
+    char32_t character = 0;
+    const std::size_t length = Utf8Bytes::ReadSequence(utf8.substr(at), character);
+    if (length == 0) {
+        *to++ = c_replacement;
+        ++at;
+        return to;
+    }
+    at += length;
+    return AppendUnits(character, to);
+}
+
 /// Decodes the whole text into room for as many units as it has bytes, and returns the end.
 char16_t* Decode(std::string_view utf8, char16_t* to) noexcept
 {
@@ -52,17 +67,8 @@ char16_t* Decode(std::string_view utf8, char16_t* to) noexcept
         while (at < utf8.size() && static_cast<unsigned char>(utf8[at]) < 0x80)
             *to++ = static_cast<unsigned char>(utf8[at++]);
         // Characters beyond ASCII come in runs.
-        while (at < utf8.size() && static_cast<unsigned char>(utf8[at]) >= 0x80) {
-            char32_t character = 0;
-            const std::size_t length = Utf8Bytes::ReadSequence(utf8.substr(at), character);
-            if (length == 0) {
-                *to++ = c_replacement;
-                ++at;
-            } else {
-                to = AppendUnits(character, to);
-                at += length;
-            }
-        }
+        while (at < utf8.size() && static_cast<unsigned char>(utf8[at]) >= 0x80)
+            to = DecodeNext(utf8, at, to);
     }
     return to;
 }
@@ -184,6 +190,47 @@ TString TString::fromUtf8(std::string_view utf8)
     if (length != room)
         text.ShrinkTo(length);
     return text;
+}
+
+TString& TString::append(std::string_view utf8)
+{
+    // Too long as bytes is not too long as units.
+    if (utf8.size() > static_cast<std::size_t>(c_maxLength - length()))
+        return append(fromUtf8(utf8));
+    if (utf8.empty())
+        return *this;
+    char16_t* const end = Decode(utf8, GrowBy(static_cast<size_type>(utf8.size())));
+    resize(end - m_rep->Units());
+    return *this;
+}
+
+// Comparing
+
+bool TString::AreEqual(std::u16string_view a, std::string_view utf8) noexcept
+{
+    // A unit takes one to three bytes.
+    return a.size() <= utf8.size() && utf8.size() <= 3 * a.size() && Compare(a, utf8) == 0;
+}
+
+std::strong_ordering TString::Compare(std::u16string_view a, std::string_view utf8) noexcept
+{
+    std::size_t at = 0;
+    std::size_t compared = 0;
+    while (at < utf8.size()) {
+        char16_t units[2];
+        const char16_t* end = units + 1;
+        if (static_cast<unsigned char>(utf8[at]) < 0x80)
+            units[0] = static_cast<unsigned char>(utf8[at++]);
+        else
+            end = DecodeNext(utf8, at, units);
+        for (const char16_t* unit = units; unit != end; ++unit, ++compared) {
+            if (compared == a.size())
+                return std::strong_ordering::less;
+            if (a[compared] != *unit)
+                return a[compared] <=> *unit;
+        }
+    }
+    return a.size() <=> compared;
 }
 
 std::ostream& operator<<(std::ostream& out, const TString& text)

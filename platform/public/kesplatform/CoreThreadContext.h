@@ -7,6 +7,7 @@
 
 /// What the calling thread knows of the session that it works for. Each thread has its own, until
 /// the thread ends: in destructors of static objects there is no session, and none can be set.
+/// The only header that needs Boost: who includes it has Boost's headers found.
 /// Safe to use from several threads.
 namespace CoreThreadContext {
 

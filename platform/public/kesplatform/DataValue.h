@@ -49,7 +49,10 @@ public:
     explicit DataValue(std::int64_t value) noexcept : m_value(value) {}
     explicit DataValue(double value) noexcept : m_value(value) {}
     explicit DataValue(TString value) noexcept : m_value(std::move(value)) {}
-    explicit DataValue(const char16_t* value) : m_value(TString(value)) {}
+    template <OtherText::Any T>
+    explicit DataValue(const T& value) : m_value(TString(value))
+    {
+    }
     explicit DataValue(DataDate value) noexcept : m_value(value) {}
     explicit DataValue(DataDateTime value) noexcept : m_value(value) {}
 

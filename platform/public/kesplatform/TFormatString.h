@@ -14,7 +14,10 @@ public:
     TFormatString() noexcept = default;
     /// A text with placeholders.
     TFormatString(TString format) noexcept : m_format(std::move(format)) {}
-    TFormatString(const char16_t* format) : m_format(format) {}
+    template <OtherText::Any T>
+    TFormatString(const T& format) : m_format(format)
+    {
+    }
 
     /// The text as it was given.
     const TString& GetFormat() const noexcept { return m_format; }

@@ -12,7 +12,10 @@ public:
     TPath() noexcept = default;
     /// A path as it is written.
     TPath(TString path) noexcept : m_path(std::move(path)) {}
-    TPath(const char16_t* path) : m_path(path) {}
+    template <OtherText::Any T>
+    TPath(const T& path) : m_path(path)
+    {
+    }
 
     /// Whether it is the empty text.
     bool IsEmpty() const noexcept { return m_path.IsEmpty(); }

@@ -1,8 +1,7 @@
 #pragma once
 
 #include <kesplatform/Export.h>
-
-#include <QString>
+#include <kesplatform/OtherText.h>
 
 #include <atomic>
 #include <compare>
@@ -16,12 +15,22 @@
 #include <utility>
 #include <vector>
 
+// Included by who converts to it or from it.
+class QString;
+
 /// An immutable-by-sharing UTF-16 string. Lengths and positions are UTF-16 code units; -1 means
 /// "not found". A TString is one pointer; the empty string is the null pointer and owns nothing.
 ///
 /// Copies share their text and cost one atomic increment; the first change of a shared text makes
 /// a private copy of it. Equality and order are by code unit. The text may hold U+0000 and halves
 /// of surrogate pairs; it is always followed by a terminating U+0000 that is not part of it.
+///
+/// Text of other kinds (OtherText) becomes a TString where one is asked for: literals, strings and
+/// views of the standard library of char, char8_t and char16_t, QString, QStringView,
+/// QLatin1StringView and std::filesystem::path. All of it is compared with a TString and added to
+/// it in both orders; only comparing Latin-1 allocates. Bytes are taken for UTF-8: each that is
+/// part of no well-formed sequence becomes one U+FFFD. The way back is view(), toStdString() and,
+/// for who includes its header, the conversion to QString.
 ///
 /// Different objects may be used from different threads, even when they share a text.
 /// Memory exhaustion is std::bad_alloc, a text of more than c_maxLength units std::length_error.
@@ -49,11 +58,16 @@ public:
     /// Copies `length` units; none when it is not positive.
     TString(const char16_t* text, size_type length);
     /// Copies the units.
-    explicit TString(std::u16string_view text);
-    /// Decodes a zero-terminated UTF-8 text; see fromUtf8.
+    TString(std::u16string_view text);
+    /// Decodes a zero-terminated UTF-8 text; see fromUtf8. Null gives the empty string.
     TString(const char* utf8);
     /// Copies the units.
     TString(const QString& text);
+    /// Copies the units, or decodes the bytes; see fromUtf8.
+    template <OtherText::Any T>
+    TString(const T& text) : TString(Make(OtherText::View(text)))
+    {
+    }
     /// A text of `length` units, all of them `unit`; empty when `length` is not positive.
     TString(size_type length, char16_t unit);
     /// Shares the units; allocates nothing.
@@ -84,6 +98,8 @@ public:
     bool IsEmpty() const noexcept { return m_rep == nullptr || m_rep->Length() == 0; }
     /// The same, as Qt spells it.
     bool isEmpty() const noexcept { return IsEmpty(); }
+    /// The same, as the standard library spells it.
+    bool empty() const noexcept { return IsEmpty(); }
     /// The number of units.
     size_type length() const noexcept { return m_rep == nullptr ? 0 : m_rep->Length(); }
     /// The same, as the standard library spells it.
@@ -101,15 +117,25 @@ public:
     /// Requires 0 <= index < length().
     char16_t operator[](size_type index) const noexcept { return utf16()[index]; }
 
-    /// Amortised constant time a unit; any argument may be a part of this very text.
+    /// Amortised constant time a unit; any argument may be a part of this very text. What is added
+    /// as UTF-8 is decoded; see fromUtf8.
     TString& append(const TString& text);
     TString& append(std::u16string_view text);
+    TString& append(std::string_view utf8);
     TString& append(char16_t unit);
+    template <OtherText::Any T>
+    TString& append(const T& text)
+    {
+        return append(OtherText::View(text));
+    }
     /// The same as append.
     TString& operator+=(const TString& text) { return append(text); }
-    TString& operator+=(std::u16string_view text) { return append(text); }
-    TString& operator+=(const char16_t* text) { return append(std::u16string_view(text)); }
     TString& operator+=(char16_t unit) { return append(unit); }
+    template <OtherText::Any T>
+    TString& operator+=(const T& text)
+    {
+        return append(text);
+    }
     /// Empties the string and gives its memory back.
     void clear() noexcept { *this = TString(); }
 
@@ -195,10 +221,20 @@ public:
                 std::memcmp(a.utf16(), b.utf16(),
                             static_cast<std::size_t>(length) * sizeof(char16_t)) == 0);
     }
-    friend bool operator==(const TString& a, const char16_t* b) noexcept { return a.view() == b; }
+    template <OtherText::Any T>
+    friend bool operator==(const TString& a, const T& b) noexcept(noexcept(OtherText::View(b)))
+    {
+        return AreEqual(a.view(), OtherText::View(b));
+    }
     friend std::strong_ordering operator<=>(const TString& a, const TString& b) noexcept
     {
         return a.m_rep == b.m_rep ? std::strong_ordering::equal : Compare(a.view(), b.view());
+    }
+    template <OtherText::Any T>
+    friend std::strong_ordering operator<=>(const TString& a,
+                                            const T& b) noexcept(noexcept(OtherText::View(b)))
+    {
+        return Compare(a.view(), OtherText::View(b));
     }
 
     friend TString operator+(const TString& a, const TString& b)
@@ -212,14 +248,23 @@ public:
         a.append(b);
         return std::move(a);
     }
-    // Without these a UTF-8 literal would have to choose between this class and QString.
-    friend TString operator+(const TString& a, const char* utf8) { return a + TString(utf8); }
-    friend TString operator+(TString&& a, const char* utf8)
+    // Others can be added to a QString, too; without these, that would be as good.
+    template <OtherText::Any T>
+    friend TString operator+(const TString& a, const T& b)
     {
-        a.append(TString(utf8));
+        return a + TString(b);
+    }
+    template <OtherText::Any T>
+    friend TString operator+(TString&& a, const T& b)
+    {
+        a.append(b);
         return std::move(a);
     }
-    friend TString operator+(const char* utf8, const TString& b) { return TString(utf8) + b; }
+    template <OtherText::Any T>
+    friend TString operator+(const T& a, const TString& b)
+    {
+        return TString(a) + b;
+    }
 
 private:
     friend class TStringBlock;
@@ -261,8 +306,18 @@ private:
     /// What a text that grows unit by unit takes: a little less than a power of two.
     KESPLATFORM_NO_EXPORT static std::size_t GrowableBytes(size_type length) noexcept;
     KESPLATFORM_NO_EXPORT static Rep* Allocate(size_type length, bool growable);
+    static TString Make(std::u16string_view units) { return TString(units); }
+    static TString Make(std::string_view utf8) { return fromUtf8(utf8); }
     static TString Concatenate(std::u16string_view a, std::u16string_view b);
+    static bool AreEqual(std::u16string_view a, std::u16string_view b) noexcept
+    {
+        return a.size() == b.size() &&
+               (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0);
+    }
+    /// What the second text would be when decoded decides.
+    static bool AreEqual(std::u16string_view a, std::string_view utf8) noexcept;
     static std::strong_ordering Compare(std::u16string_view a, std::u16string_view b) noexcept;
+    static std::strong_ordering Compare(std::u16string_view a, std::string_view utf8) noexcept;
     KESPLATFORM_NO_EXPORT void ShrinkTo(size_type length) noexcept;
     KESPLATFORM_NO_EXPORT bool IsExclusive() const noexcept;
     KESPLATFORM_NO_EXPORT char16_t* GrowBy(size_type count);
@@ -294,5 +349,6 @@ struct std::hash<TString>
     std::size_t operator()(const TString& text) const noexcept { return text.Hash(); }
 };
 
-/// For test output: the text as UTF-8.
+/// Writes the text as UTF-8, as a std::string of it would be: filled up to the width of the stream.
+/// Halves of surrogate pairs are written as U+FFFD.
 KESPLATFORM_EXPORT std::ostream& operator<<(std::ostream& out, const TString& text);

@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QString>
+
 #include <atomic>
 #include <cstdlib>
 #include <fstream>

@@ -2,6 +2,8 @@
 
 #include "support/TreeTesting.h"
 
+#include <QString>
+
 #include <functional>
 #include <set>
 
