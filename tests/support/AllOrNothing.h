@@ -9,9 +9,9 @@
 #include <new>
 #include <string>
 
-/// Runs `change` on one World after the other, allowing it one allocation more each time, until none
-/// fails. A World describes itself; whatever fails must leave it as it was, and change it whole when
-/// tried again.
+/// Runs `change` on one World after the other, allowing it one allocation more each time, until
+/// none fails. A World describes itself; whatever fails must leave it as it was, and change it
+/// whole when tried again.
 template <typename World>
 void ExpectAllOrNothing(const std::function<void(World&)>& change)
 {
