@@ -47,6 +47,15 @@ install(
   DESTINATION ${package_dir}
   COMPONENT development)
 
+# gdb loads these by itself for the libraries of those names, whose folder is part of the path: the
+# one that is installed to, which is not known before.
+foreach(library IN ITEMS kescorexml kesplatform)
+  install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/${library}-gdb.py
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load/\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}
+    RENAME lib${library}.so.${PROJECT_VERSION}-gdb.py
+    COMPONENT development)
+endforeach()
+
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH pkgconfig_to_prefix
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
