@@ -47,11 +47,17 @@ install(
   DESTINATION ${package_dir}
   COMPONENT development)
 
-# gdb loads these by itself for the libraries of those names, whose folder is part of the path: the
-# one that is installed to, which is not known before.
+# gdb loads these by itself for the libraries whose path they bear below its own folder. That path
+# is known when they are installed; where CPack collects files, it is the one that they are made for.
+install(CODE "
+  set(KESCOREXML_LIBRARIES \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}\")
+  if(CMAKE_INSTALL_PREFIX MATCHES \"/_CPack_Packages/\")
+    set(KESCOREXML_LIBRARIES \"${CMAKE_INSTALL_FULL_LIBDIR}\")
+  endif()"
+  COMPONENT development)
 foreach(library IN ITEMS kescorexml kesplatform)
   install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/${library}-gdb.py
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load/\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load/\${KESCOREXML_LIBRARIES}
     RENAME lib${library}.so.${PROJECT_VERSION}-gdb.py
     COMPONENT development)
 endforeach()

@@ -195,6 +195,7 @@ TEST(DOMElementMoving, AssignmentTakesTheContentAndKeepsThePlace)
     const auto root = MakeTree("r(a(x),b)");
     DOMElement& a = Find(*root, "a");
     a.SetElementStartLocation(7, 8);
+    a.SetEncoded(true);
     DOMElement list = MakeList();
     const DOMElement* item = list.GetChild(u"item");
     a = std::move(list);
