@@ -118,7 +118,8 @@ public:
     const_reverse_iterator rend() const noexcept { return crend(); }
 };
 
-/// It owns nothing, and its iterators point into the element's own list.
+/// @cond
+// It owns nothing, and its iterators point into the element's own list.
 template <>
 inline constexpr bool std::ranges::enable_view<DOMElementChildren> = true;
 template <>
@@ -127,3 +128,4 @@ template <>
 inline constexpr bool std::ranges::enable_view<ConstDOMElementChildren> = true;
 template <>
 inline constexpr bool std::ranges::enable_borrowed_range<ConstDOMElementChildren> = true;
+/// @endcond

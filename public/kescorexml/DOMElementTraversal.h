@@ -111,7 +111,9 @@ extern template class KESCOREXML_EXPORT PreorderTraversalTemplate<const DOMEleme
 
 } // namespace DOMElementTraversal
 
-/// Iterators own what they need.
+/// @cond
+// Iterators own what they need.
 template <typename T>
 inline constexpr bool
     std::ranges::enable_borrowed_range<DOMElementTraversal::PreorderTraversalTemplate<T>> = true;
+/// @endcond

@@ -261,8 +261,10 @@ extern template KESCOREXML_EXPORT std::vector<DOMElement const*> GetAll(DOMEleme
 
 } // namespace DOMPath
 
-/// It refers to its element and shares or refers to its path; iterators have a copy of the path.
+/// @cond
+// It refers to its element and shares or refers to its path; iterators have a copy of the path.
 template <typename T>
 inline constexpr bool std::ranges::enable_view<DOMPath::IterableTemplate<T>> = true;
 template <typename T>
 inline constexpr bool std::ranges::enable_borrowed_range<DOMPath::IterableTemplate<T>> = true;
+/// @endcond
