@@ -5,6 +5,7 @@
 #include "tree/DOMElementAccess.h"
 #include "tree/TreeWalk.h"
 #include "writing/ChildrenInTurn.h"
+#include "writing/IndentUnit.h"
 #include "writing/XMLTreeWriter.h"
 
 #include <kescorexml/Base64.h>
@@ -18,8 +19,6 @@
 #include <utility>
 
 namespace {
-
-constexpr const char16_t* c_indentUnit = u"  ";
 
 /// Ends the call when there is no element to write to; each operation has an error of its own.
 DOMElement& RequireTop(DOMElement* top, int line, CorvinaError (*error)())

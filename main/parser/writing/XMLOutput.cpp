@@ -1,5 +1,6 @@
 #include <kescorexml/XMLOutput.h>
 
+#include "writing/IndentUnit.h"
 #include "writing/XMLTreeWriter.h"
 
 #include <kescorexml/DOM.h>
@@ -12,8 +13,6 @@
 #include <string_view>
 
 namespace {
-
-constexpr const char16_t* c_indentUnit = u"  ";
 
 /// In units.
 constexpr std::size_t c_pieceLength = 32 * 1024;
