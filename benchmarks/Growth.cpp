@@ -297,7 +297,8 @@ void AddTreeFamilies(std::vector<Family>& families)
             {std::string("all of ") + path + " in a deep tree", 1000000, [path](std::size_t count) {
                  auto document = MakeDeepDocument(count);
                  return Work([document, path] {
-                     DOMPath::GetAll(*document->GetDocumentRoot(), TString(path));
+                     static_cast<void>(
+                         DOMPath::GetAll(*document->GetDocumentRoot(), TString(path)));
                  });
              }});
     }

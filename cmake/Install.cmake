@@ -47,6 +47,21 @@ install(
   DESTINATION ${package_dir}
   COMPONENT development)
 
+# gdb loads these by itself for the libraries whose path they bear below its own folder. That path
+# is known when they are installed; where CPack collects files, it is the one that they are made for.
+install(CODE "
+  set(KESCOREXML_LIBRARIES \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}\")
+  if(CMAKE_INSTALL_PREFIX MATCHES \"/_CPack_Packages/\")
+    set(KESCOREXML_LIBRARIES \"${CMAKE_INSTALL_FULL_LIBDIR}\")
+  endif()"
+  COMPONENT development)
+foreach(library IN ITEMS kescorexml kesplatform)
+  install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/${library}-gdb.py
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load/\${KESCOREXML_LIBRARIES}
+    RENAME lib${library}.so.${PROJECT_VERSION}-gdb.py
+    COMPONENT development)
+endforeach()
+
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH pkgconfig_to_prefix
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

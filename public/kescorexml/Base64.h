@@ -23,8 +23,8 @@ KESCOREXML_EXPORT void Base64Encode(const unsigned char* bytes, unsigned int cou
 /// that "QQ" gives three bytes: callers that need exact lengths write padded text.
 /// The first form replaces what `bytes` holds; `bytes` is empty when memory runs out.
 KESCOREXML_EXPORT void Base64Decode(const TString& text, std::vector<unsigned char>& bytes);
-KESCOREXML_EXPORT std::vector<unsigned char> Base64Decode(const TString& text);
+[[nodiscard]] KESCOREXML_EXPORT std::vector<unsigned char> Base64Decode(const TString& text);
 
 /// True for strict, padded Base64 and for the empty text. White space makes it false, though
 /// Base64Decode skips it. The unused bits before the padding may have any value.
-KESCOREXML_EXPORT bool IsBase64(const TString& text) noexcept;
+[[nodiscard]] KESCOREXML_EXPORT bool IsBase64(const TString& text) noexcept;

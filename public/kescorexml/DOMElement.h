@@ -69,6 +69,18 @@ public:
     /// copied when this element is attached. Document, parent and location stay; the encoded flag
     /// is cleared. `other` may be in the same tree: the result is that of a copy made beforehand.
     DOMElement& operator=(const DOMElement& other);
+    /// What `other` is, this element becomes: name, text, attributes, children, location, encoded
+    /// flag, document, diagnostics, and the parent that it was removed from. `other` keeps nothing
+    /// but its name; where it is a child, or the root of a document, it also keeps its place and
+    /// its document, and this element has no parent (as a copy has none, with the same warning).
+    /// Takes time for each child. Where `other` keeps its document, and memory for the note that
+    /// this element belongs to that, too, runs out, this element becomes detached.
+    DOMElement(DOMElement&& other) noexcept;
+    /// Gives what copying gives, but takes text, attributes and children from `other`, which keeps
+    /// the rest; its own diagnostics come along. Takes time for each child within a document and
+    /// from a detached element. Otherwise, and when this element is below `other`, which then keeps
+    /// everything, they are copied.
+    DOMElement& operator=(DOMElement&& other);
     /// Elements of a parse live in memory that they share, and give it back themselves when they
     /// are deleted. That is why no class can derive from this one: its part would be left out.
     static void* operator new(std::size_t bytes);
@@ -117,7 +129,10 @@ public:
     /// Whether there is an attribute.
     bool HasAttributes() const noexcept { return !m_attributes.IsEmpty(); }
     /// No text, no children and no attributes.
-    bool IsEmpty() const noexcept { return !HasText() && !HasChildren() && !HasAttributes(); }
+    [[nodiscard]] bool IsEmpty() const noexcept
+    {
+        return !HasText() && !HasChildren() && !HasAttributes();
+    }
 
     /// The element whose child this is, or null. A removed element still names its former parent
     /// until it is inserted again; null once that parent is destroyed or is put below the removed
@@ -250,10 +265,12 @@ public:
     /// See DOM::ClearErrors.
     void ClearErrors();
     /// See DOM::PushError.
-    void Error(const TString& message, const TError::ErrorInfo& info, bool reported,
-               bool cancel) const;
+    void Error(const TString& message, const TError::ErrorInfo& info = TError::ErrorInfo::NoError(),
+               bool reported = false, bool cancel = false) const;
     /// See DOM::InsertError.
-    void PrefixError(const TString& message, const TError::ErrorInfo& info, bool reported) const;
+    void PrefixError(const TString& message,
+                     const TError::ErrorInfo& info = TError::ErrorInfo::NoError(),
+                     bool reported = false) const;
     /// See DOM::HasErrors.
     bool HasErrors() const;
     /// See DOM::HasUnreportedErrors.
@@ -269,9 +286,11 @@ public:
     /// See DOM::ClearWarnings.
     void ClearWarnings();
     /// See DOM::PushWarning.
-    void Warning(const TString& message, const TError::ErrorInfo& info) const;
+    void Warning(const TString& message,
+                 const TError::ErrorInfo& info = TError::ErrorInfo::NoError()) const;
     /// See DOM::InsertWarning.
-    void PrefixWarning(const TString& message, const TError::ErrorInfo& info) const;
+    void PrefixWarning(const TString& message,
+                       const TError::ErrorInfo& info = TError::ErrorInfo::NoError()) const;
     /// See DOM::HasWarnings.
     bool HasWarnings() const;
     /// Appends to `out`.
@@ -318,6 +337,7 @@ private:
     friend class ParsedElements;
 
     KESCOREXML_NO_EXPORT void DestroyChildren() noexcept;
+    KESCOREXML_NO_EXPORT void DropContent() noexcept;
     KESCOREXML_NO_EXPORT std::size_t IndexOf(const DOMElement& child) const noexcept;
 
     DOM* m_dom = nullptr;

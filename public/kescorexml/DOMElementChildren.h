@@ -5,15 +5,26 @@
 
 #include <cstddef>
 #include <iterator>
+#include <ranges>
 
 class ConstDOMElementChildren;
 class DOMElement;
 
 /// Shows the children of an element in document order. Owns nothing, costs one pointer, follows
 /// later changes of the list, and is valid as long as the element lives. Iterators yield the
-/// owning pointers and are invalid once the list changes.
+/// owning pointers and are invalid once the list changes. A borrowed view for std::ranges: it can
+/// be piped into adaptors, and iterators outlive it. Sorting it sorts the children.
 ///
 /// Const operations may run side by side.
+///
+/// @code
+/// DOMElement list(u"list");
+/// for (const char* text : {"2", "3", "1"})
+///     list.AddNewChild(u"item")->SetText(text);
+/// const auto number = [](const auto& item) { return item->GetText().toInt(); };
+/// std::ranges::sort(list.GetChildren(), {}, number);
+/// std::cout << list.GetChildren().back().GetText() << '\n'; // 3
+/// @endcode
 class KESCOREXML_EXPORT DOMElementChildren
 {
 public:
@@ -33,7 +44,7 @@ public:
     /// The number of children.
     std::size_t size() const noexcept;
     /// Whether there is none.
-    bool empty() const noexcept { return size() == 0; }
+    [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
     /// std::out_of_range when `index` is not below size().
     DOMElement& at(std::size_t index);
@@ -106,3 +117,15 @@ public:
     const_reverse_iterator rbegin() const noexcept { return crbegin(); }
     const_reverse_iterator rend() const noexcept { return crend(); }
 };
+
+/// @cond
+// It owns nothing, and its iterators point into the element's own list.
+template <>
+inline constexpr bool std::ranges::enable_view<DOMElementChildren> = true;
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<DOMElementChildren> = true;
+template <>
+inline constexpr bool std::ranges::enable_view<ConstDOMElementChildren> = true;
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<ConstDOMElementChildren> = true;
+/// @endcond

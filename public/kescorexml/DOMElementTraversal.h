@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <ranges>
+#include <type_traits>
 #include <vector>
 
 /// A walk over a subtree in which every element comes before its descendants and the children of
@@ -30,14 +32,15 @@ private:
     std::vector<T*> m_stack;
 };
 
-/// Stands at one element of a walk. Copies continue independently from the same point.
+/// Stands at one element of a walk. Copies continue independently from the same point. A forward
+/// iterator, each copy of which takes the time and memory of one for every element that is waiting.
 template <typename T>
 class PreorderIteratorTemplate
 {
 public:
     /// What generic code asks of an iterator.
-    using iterator_category = std::input_iterator_tag;
-    using value_type = T;
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = std::remove_cv_t<T>;
     using difference_type = std::ptrdiff_t;
     using pointer = T*;
     using reference = T&;
@@ -74,7 +77,7 @@ private:
     T* m_current = nullptr;
 };
 
-/// The walk as a range, which may be walked more than once.
+/// The walk as a range, which may be walked more than once. Its iterators outlive it.
 template <typename T>
 class PreorderTraversalTemplate
 {
@@ -107,3 +110,10 @@ extern template class KESCOREXML_EXPORT PreorderTraversalTemplate<DOMElement>;
 extern template class KESCOREXML_EXPORT PreorderTraversalTemplate<const DOMElement>;
 
 } // namespace DOMElementTraversal
+
+/// @cond
+// Iterators own what they need.
+template <typename T>
+inline constexpr bool
+    std::ranges::enable_borrowed_range<DOMElementTraversal::PreorderTraversalTemplate<T>> = true;
+/// @endcond

@@ -14,6 +14,6 @@ public:
     DOMException(const DOMException&) = default;
     ~DOMException() override;
 
-    DOMException* Clone() const override;
+    [[nodiscard]] DOMException* Clone() const override;
     [[noreturn]] void Throw() const override;
 };

@@ -9,6 +9,8 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <ranges>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -135,14 +137,15 @@ extern template class KESCOREXML_EXPORT Generator<DOMElement>;
 extern template class KESCOREXML_EXPORT Generator<DOMElement const>;
 
 /// Stands at a match. A copy can be dereferenced and compared but not advanced (see Generator);
-/// an iterator at its end may be copied, and advancing it does nothing.
+/// an iterator at its end may be copied, and advancing it does nothing. An input iterator for
+/// std::ranges, whose algorithms and adaptors move it; some of the algorithms of std copy it.
 template <typename T>
 class KESCOREXML_EXPORT IteratorTemplate
 {
 public:
     /// What generic code asks of an iterator.
     using iterator_category = std::input_iterator_tag;
-    using value_type = T;
+    using value_type = std::remove_cv_t<T>;
     using difference_type = std::ptrdiff_t;
     using pointer = T*;
     using reference = T&;
@@ -185,7 +188,8 @@ extern template class KESCOREXML_EXPORT IteratorTemplate<DOMElement>;
 extern template class KESCOREXML_EXPORT IteratorTemplate<DOMElement const>;
 
 /// The matches as a range; each begin() starts a walk of its own. The element must outlive the
-/// range, and so must the path unless the range was made from a temporary.
+/// range, and so must the path unless the range was made from a temporary. A borrowed view for
+/// std::ranges: it is cheap to copy, and iterators outlive it.
 template <typename T>
 class KESCOREXML_EXPORT IterableTemplate
 {
@@ -223,20 +227,20 @@ extern template class KESCOREXML_EXPORT IterableTemplate<DOMElement const>;
 
 /// The first match, or null. What lies behind it in document order is not visited.
 template <typename T>
-KESCOREXML_EXPORT T* GetFirst(T& start, const TString& path);
+[[nodiscard]] KESCOREXML_EXPORT T* GetFirst(T& start, const TString& path);
 
 /// All matches.
 template <typename T>
-KESCOREXML_EXPORT std::vector<T*> GetAll(T& start, const TString& path);
+[[nodiscard]] KESCOREXML_EXPORT std::vector<T*> GetAll(T& start, const TString& path);
 
 /// The matches one by one, for loops. See Generator for what may change meanwhile.
 template <typename T>
-IterableTemplate<T> Walk(T& start, const TString& path)
+[[nodiscard]] IterableTemplate<T> Walk(T& start, const TString& path)
 {
     return {start, path};
 }
 template <typename T>
-IterableTemplate<T> Walk(T& start, TString&& path)
+[[nodiscard]] IterableTemplate<T> Walk(T& start, TString&& path)
 {
     return {start, std::move(path)};
 }
@@ -256,3 +260,11 @@ extern template KESCOREXML_EXPORT std::vector<DOMElement const*> GetAll(DOMEleme
                                                                         const TString&);
 
 } // namespace DOMPath
+
+/// @cond
+// It refers to its element and shares or refers to its path; iterators have a copy of the path.
+template <typename T>
+inline constexpr bool std::ranges::enable_view<DOMPath::IterableTemplate<T>> = true;
+template <typename T>
+inline constexpr bool std::ranges::enable_borrowed_range<DOMPath::IterableTemplate<T>> = true;
+/// @endcond

@@ -17,17 +17,17 @@ namespace DOMPathCanopy {
 
 /// The elements called `name` that are reached from a canopy element through nothing but elements
 /// called `name`; parents before their descendants. The name "*" gives nothing.
-KESCOREXML_EXPORT std::vector<DOMElement*>
+[[nodiscard]] KESCOREXML_EXPORT std::vector<DOMElement*>
 WithinCanopy(DOMElement& start, const TString& canopyPath, const TString& name);
-KESCOREXML_EXPORT std::vector<DOMElement const*>
+[[nodiscard]] KESCOREXML_EXPORT std::vector<DOMElement const*>
 WithinCanopy(DOMElement const& start, const TString& canopyPath, const TString& name);
 
 /// Evaluates `path` (see DOMPath) at every element directly below a canopy that its first step
 /// names. The first step may be "*": every child but those that continue the canopy. An empty path
 /// and one that begins with "/" give nothing.
-KESCOREXML_EXPORT std::vector<DOMElement*>
+[[nodiscard]] KESCOREXML_EXPORT std::vector<DOMElement*>
 UnderneathCanopy(DOMElement& start, const TString& canopyPath, const TString& path);
-KESCOREXML_EXPORT std::vector<DOMElement const*>
+[[nodiscard]] KESCOREXML_EXPORT std::vector<DOMElement const*>
 UnderneathCanopy(DOMElement const& start, const TString& canopyPath, const TString& path);
 
 } // namespace DOMPathCanopy

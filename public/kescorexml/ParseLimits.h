@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kescorexml/Export.h>
+
 #include <cstdint>
 
 /// How much a parse may make of its input. A document that goes beyond a limit is taken for an

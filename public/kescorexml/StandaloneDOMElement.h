@@ -34,7 +34,7 @@ public:
     StandaloneDOMElement& operator=(const StandaloneDOMElement&) = delete;
 
     /// A deep copy, the encoded marks and the load factors of the attribute maps included.
-    std::unique_ptr<StandaloneDOMElement> Clone() const;
+    [[nodiscard]] std::unique_ptr<StandaloneDOMElement> Clone() const;
 
     /// The name as it is written, prefix included.
     const TString& GetName() const noexcept { return m_name; }
@@ -46,7 +46,10 @@ public:
     bool operator!=(const StandaloneDOMElement& other) const { return !(*this == other); }
 
     /// No content and no attributes.
-    bool IsEmpty() const noexcept { return m_children.empty() && m_attributes.IsEmpty(); }
+    [[nodiscard]] bool IsEmpty() const noexcept
+    {
+        return m_children.empty() && m_attributes.IsEmpty();
+    }
     /// Whether there is any content.
     bool HasTextOrChildren() const noexcept { return !m_children.empty(); }
     /// Whether there is a text among the content.

@@ -62,7 +62,7 @@ public:
 
     /// Hands the document over; after this only comments may be read back through GetOutput, and
     /// nothing may be written.
-    std::unique_ptr<DOM> TakeDocument() noexcept;
+    [[nodiscard]] std::unique_ptr<DOM> TakeDocument() noexcept;
     /// The document and its parts are owned by this object. Null after TakeDocument.
     DOM* GetDocument() const noexcept { return m_document.get(); }
     /// DOM::GetRoot of the document.
@@ -76,7 +76,7 @@ public:
     /// their arrival, then the first child of the root. Changes nothing of what was built.
     /// std::length_error for a tree deeper than XMLFormatter::c_maxIndentLength allows. A GetIndent
     /// of a subclass must not change the tree.
-    TString GetOutput(FormatMode mode);
+    [[nodiscard]] TString GetOutput(FormatMode mode);
     /// Writes an element and all below it to `target`, without recursion. The text of an element
     /// that has children is indented as this formatter stands, not as `target` does. What `target`
     /// throws leaves the call; every tag that is open by then is closed, but
@@ -86,11 +86,14 @@ public:
     void Format(XMLFormatter& target, const DOMElement& element);
 
     /// The text of a document or of an element and all below it, indented by two blanks a level,
-    /// long content in CDATA sections where that helps. `comment` may be null. std::length_error
-    /// for a tree deeper than XMLFormatter::c_maxIndentLength allows. Safe to use from several
-    /// threads.
-    static TString RenderAsXMLString(const DOM& document, TString* comment, bool header);
-    static TString RenderAsXMLString(const DOMElement& element, TString* comment, bool header);
+    /// long content in CDATA sections where that helps. `comment` may be null. Unless told
+    /// otherwise, a document begins with the XML declaration and an element does not. XMLOutput.h
+    /// saves the same text in a file. std::length_error for a tree deeper than
+    /// XMLFormatter::c_maxIndentLength allows. Safe to use from several threads.
+    [[nodiscard]] static TString RenderAsXMLString(const DOM& document, TString* comment = nullptr,
+                                                   bool header = true);
+    [[nodiscard]] static TString RenderAsXMLString(const DOMElement& element,
+                                                   TString* comment = nullptr, bool header = false);
 
 private:
     /// Null when there is no element to write to.

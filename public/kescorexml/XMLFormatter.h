@@ -134,28 +134,28 @@ public:
     /// The text with the five markup characters, tab, line feed and carriage return as references
     /// and every other unit that XML does not allow as "\xH;" (H hexadecimal). A text that needs
     /// no change is returned as it is, without a copy. Safe to use from several threads.
-    static TString EncodeAttributeString(const TString& text);
+    [[nodiscard]] static TString EncodeAttributeString(const TString& text);
     /// Fewer than 32 units: the same as EncodeAttributeString. Longer text is one CDATA section
     /// when it contains "<" (double quotes around it are kept outside); otherwise it is escaped
     /// too, but keeps its tabs and line feeds. Safe to use from several threads.
-    static TString EncodeContentString(const TString& text);
+    [[nodiscard]] static TString EncodeContentString(const TString& text);
 
     /// Attribute values. Safe to use from several threads.
-    static TString FormatBooleanAttribute(bool value);
+    [[nodiscard]] static TString FormatBooleanAttribute(bool value);
     /// A number in decimal digits.
-    static TString FormatIntegerAttribute(int value);
+    [[nodiscard]] static TString FormatIntegerAttribute(int value);
     /// A number in decimal digits.
-    static TString FormatInt64Attribute(long long value);
+    [[nodiscard]] static TString FormatInt64Attribute(long long value);
     /// A number in decimal digits.
-    static TString FormatUInt32Attribute(unsigned int value);
+    [[nodiscard]] static TString FormatUInt32Attribute(unsigned int value);
     /// 17 significant digits, as by the printf conversion %g: reads back as the same value.
-    static TString FormatDoubleAttribute(double value);
+    [[nodiscard]] static TString FormatDoubleAttribute(double value);
     /// 6 significant digits, as by %g.
-    static TString FormatFloatAttribute(float value);
+    [[nodiscard]] static TString FormatFloatAttribute(float value);
     /// The canonical text of a value, free of any locale.
-    static TString FormatDataValueAttribute(const DataValue& value);
+    [[nodiscard]] static TString FormatDataValueAttribute(const DataValue& value);
     /// The written form of a name.
-    static TString FormatQualifiedNameAttribute(const QualifiedName& name);
+    [[nodiscard]] static TString FormatQualifiedNameAttribute(const QualifiedName& name);
 
     /// Writes a document: the header if wanted, the comment if not null, the document element if
     /// there is one.

@@ -17,6 +17,6 @@ public:
     XMLParseException& operator=(const XMLParseException&) = default;
     ~XMLParseException() override;
 
-    XMLParseException* Clone() const override;
+    [[nodiscard]] XMLParseException* Clone() const override;
     [[noreturn]] void Throw() const override;
 };

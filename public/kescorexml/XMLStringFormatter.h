@@ -26,7 +26,7 @@ public:
 
     void OutputString(const TString& text) override;
     /// All that was written so far.
-    virtual TString GetOutput() const;
+    [[nodiscard]] virtual TString GetOutput() const;
 
 private:
     friend class KeptText;

@@ -102,11 +102,10 @@ private:
 
 TString MessageOf(const Skipped& skipped)
 {
-    const TString references =
-        skipped.count == 1
-            ? TString(u"1 reference to it is left out")
-            : TString::number(static_cast<unsigned long>(skipped.count)) +
-                  u" references to it are left out";
+    const TString references = skipped.count == 1
+                                   ? TString(u"1 reference to it is left out")
+                                   : TString::number(static_cast<unsigned long>(skipped.count)) +
+                                         u" references to it are left out";
     return u"the entity '" + TString::fromStdString(std::string(skipped.name)) +
            u"' is declared nowhere in the document: " + references;
 }

@@ -146,8 +146,8 @@ std::vector<MarkupAttribute> AttributesOf(std::string_view tag)
         if (quote == std::string_view::npos || nameEnd > quote)
             return attributes;
         const std::size_t end = std::min(tag.find(tag[quote], quote + 1), tag.size());
-        attributes.push_back({tag.substr(i, nameEnd - i),
-                              tag.substr(quote + 1, end - quote - 1), tag[quote]});
+        attributes.push_back(
+            {tag.substr(i, nameEnd - i), tag.substr(quote + 1, end - quote - 1), tag[quote]});
         i = end + 1;
     }
 }

@@ -28,8 +28,8 @@ std::string ToTerminalMarkup(std::string_view document)
             written += token.text;
             continue;
         }
-        const bool takesReferences =
-            token.kind == Kind::Text || token.kind == Kind::StartTag || token.kind == Kind::EmptyTag;
+        const bool takesReferences = token.kind == Kind::Text || token.kind == Kind::StartTag ||
+                                     token.kind == Kind::EmptyTag;
         QString safe;
         for (const char16_t unit : units) {
             if (!SteersATerminal(unit))

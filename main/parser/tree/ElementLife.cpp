@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace {
@@ -128,6 +129,32 @@ void ElementLife::MarkRemoved(DOMElement& child, DOMElement& parent) noexcept
     SetFormerParent(*Identity(child), *Identity(parent));
     if (child.m_dom != nullptr)
         LinkLoose(child);
+}
+
+void ElementLife::Succeed(DOMElement& to, DOMElement& from) noexcept
+{
+    const bool isChild = from.m_parent != nullptr && !IsRemoved(from);
+    const bool isRoot = from.m_dom != nullptr && from.m_dom->GetRoot() == &from;
+    const bool staysInTree = isChild || isRoot;
+    to.m_dom = from.m_dom;
+    if (!staysInTree) {
+        to.m_parent = std::exchange(from.m_parent, nullptr);
+        from.m_dom = nullptr;
+    } else if (from.m_dom == nullptr) {
+        return;
+    }
+    if (ElementIdentity* identity = from.m_identity.exchange(nullptr, std::memory_order_acq_rel)) {
+        identity->element.store(&to, std::memory_order_release);
+        to.m_identity.store(identity, std::memory_order_release);
+    }
+    if (!staysInTree)
+        return;
+    try {
+        MakeIdentity(to);
+        LinkLoose(to);
+    } catch (const std::bad_alloc&) {
+        SetDocument(to, nullptr);
+    }
 }
 
 void ElementLife::NameNoParent(DOMElement& element) noexcept

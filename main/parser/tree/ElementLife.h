@@ -45,6 +45,11 @@ public:
     /// Makes a child that was just taken out of the children of `parent` a removed element, and a
     /// loose one when it is attached. REQUIRES: identities of both.
     static void MarkRemoved(DOMElement& child, DOMElement& parent) noexcept;
+    /// Makes `to`, a new element, what `from` was to others: it takes over what remembers that, its
+    /// diagnostics included, its document, and the parent that it was removed from. An element that
+    /// somebody else owns, its parent or its document, stays where it is; `to` is then in no tree,
+    /// and detached when there is no memory to make it a loose element.
+    static void Succeed(DOMElement& to, DOMElement& from) noexcept;
     /// Makes a removed element nobody's child: it names no parent, as when that one is gone.
     static void NameNoParent(DOMElement& element) noexcept;
     /// What comes before an insertion: the element is not loose and not removed any more. Nothing

@@ -6,6 +6,7 @@
 #include "tree/TreeWalk.h"
 #include "writing/ChildrenInTurn.h"
 #include "writing/IndentLimit.h"
+#include "writing/IndentUnit.h"
 #include "writing/XMLTreeWriter.h"
 
 #include <kescorexml/Base64.h>
@@ -19,8 +20,6 @@
 #include <utility>
 
 namespace {
-
-constexpr const char16_t* c_indentUnit = u"  ";
 
 /// Ends the call when there is no element to write to; each operation has an error of its own.
 DOMElement& RequireTop(DOMElement* top, int line, CorvinaError (*error)())

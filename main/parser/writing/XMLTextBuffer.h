@@ -31,6 +31,11 @@ public:
     {
         return m_to == nullptr ? m_keptLength : m_to - m_text.utf16();
     }
+    /// All that the string holds up to there; valid until more is written.
+    std::u16string_view GetText() const noexcept
+    {
+        return {m_text.utf16(), static_cast<std::size_t>(GetLength())};
+    }
     /// Drops what was written behind `length`.
     void Truncate(TString::size_type length) noexcept { m_to -= GetLength() - length; }
 

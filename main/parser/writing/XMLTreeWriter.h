@@ -34,6 +34,11 @@ public:
 
     /// Appends the element and all below it, or throws and leaves the string as it was.
     void Write(const DOMElement& element);
+    /// The same for a text that is not kept: hands it to `take` piece by piece, each at least
+    /// `pieceLength` units long but for the last one, until `take` returns false. The string, which
+    /// must be empty, is where pieces are made, and is empty afterwards.
+    template <typename Take>
+    void WriteInPieces(const DOMElement& element, std::size_t pieceLength, Take&& take);
 
 private:
     void WriteElement(const DOMElement& element);
@@ -65,3 +70,32 @@ private:
     /// Room to sort the attributes of one element in.
     std::vector<const XMLFormatter::AttributeMap::value_type*> m_attributes;
 };
+
+template <typename Take>
+void XMLTreeWriter::WriteInPieces(const DOMElement& element, std::size_t pieceLength, Take&& take)
+{
+    const auto takeFrom = [&](std::size_t length) {
+        const std::u16string_view piece = m_buffer.GetText();
+        if (piece.size() < length)
+            return true;
+        const bool goesOn = take(piece);
+        m_buffer.Truncate(0);
+        return goesOn;
+    };
+    const auto closeDownTo = [&](std::size_t depth) {
+        while (m_open.size() > depth) {
+            CloseInnermost();
+            if (!takeFrom(pieceLength))
+                return false;
+        }
+        return true;
+    };
+    WriteElement(element);
+    while (const DOMElement* next = m_walk.Next()) {
+        if (!closeDownTo(m_walk.Depth()) || !takeFrom(pieceLength))
+            return;
+        WriteElement(*next);
+    }
+    if (closeDownTo(0))
+        takeFrom(1);
+}

@@ -1,5 +1,6 @@
 #include <kesplatform/TFile.h>
 
+#include "DiskName.h"
 #include "TextDecoding.h"
 
 #include <kesplatform/TFormatString.h>
@@ -53,16 +54,6 @@ void DecodingException::Throw() const
 
 } // namespace TIO
 
-namespace {
-
-// What a file of unknown size is given to begin with; doubled as long as more comes.
-constexpr std::int64_t c_firstRoom = 16 * 1024;
-
-// What a file that tells no size may hold at most: some devices never end.
-constexpr std::size_t c_mostWithoutSize = 0x3FFFFFFF;
-
-/// The name by which Qt and the system find the file. Qt takes names that begin with a colon for
-/// compiled-in resources, and the system would take a name to end at a zero character.
 QString DiskName(const TPath& path)
 {
     const TString& name = path.GetString();
@@ -70,6 +61,14 @@ QString DiskName(const TPath& path)
         throw TIO::Exception(path, u"a file name cannot hold a zero character");
     return name.startsWith(u":") ? TString(u"./") + name : name;
 }
+
+namespace {
+
+// What a file of unknown size is given to begin with; doubled as long as more comes.
+constexpr std::int64_t c_firstRoom = 16 * 1024;
+
+// What a file that tells no size may hold at most: some devices never end.
+constexpr std::size_t c_mostWithoutSize = 0x3FFFFFFF;
 
 std::string ReadAll(TFile& file)
 {

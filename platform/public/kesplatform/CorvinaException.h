@@ -28,7 +28,7 @@ public:
     ~CorvinaException() override;
 
     /// A new copy of the dynamic type, owned by the caller.
-    virtual CorvinaException* Clone() const;
+    [[nodiscard]] virtual CorvinaException* Clone() const;
     /// Throws a copy of the dynamic type.
     [[noreturn]] virtual void Throw() const;
     /// The messages of this exception and of its causes, outermost first, joined with a line feed.

@@ -14,7 +14,7 @@ public:
     LogicException(const LogicException&) = default;
     ~LogicException() override;
 
-    LogicException* Clone() const override;
+    [[nodiscard]] LogicException* Clone() const override;
     [[noreturn]] void Throw() const override;
 
     /// The source path without extension.

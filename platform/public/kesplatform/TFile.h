@@ -11,7 +11,8 @@
 
 namespace TIO {
 
-/// A file that cannot be opened, read or decoded. The message names the file and the reason.
+/// A file that cannot be opened, read, decoded or written. The message names the file and the
+/// reason.
 class KESPLATFORM_EXPORT Exception : public CorvinaException
 {
 public:
@@ -21,7 +22,7 @@ public:
     Exception(const Exception&) = default;
     ~Exception() override;
 
-    Exception* Clone() const override;
+    [[nodiscard]] Exception* Clone() const override;
     [[noreturn]] void Throw() const override;
 
     /// The file, as it was named.
@@ -41,7 +42,7 @@ public:
     DecodingException(const DecodingException&) = default;
     ~DecodingException() override;
 
-    DecodingException* Clone() const override;
+    [[nodiscard]] DecodingException* Clone() const override;
     [[noreturn]] void Throw() const override;
 
     /// The encoding that the file is in by its byte-order mark, else by its declaration, else

@@ -9,12 +9,27 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <iterator>
 #include <malloc.h>
 #include <memory>
+#include <ranges>
 #include <stdexcept>
 #include <type_traits>
 
 namespace {
+
+template <typename Range>
+constexpr bool c_isBorrowedInputView =
+    std::ranges::input_range<Range>&& std::ranges::input_range<const Range>&&
+        std::ranges::view<Range>&& std::ranges::borrowed_range<Range>&&
+            std::ranges::viewable_range<Range>&& std::ranges::common_range<Range>;
+
+static_assert(c_isBorrowedInputView<DOMPath::IterableTemplate<DOMElement>>);
+static_assert(c_isBorrowedInputView<DOMPath::IterableTemplate<const DOMElement>>);
+// Copies do not advance.
+static_assert(!std::forward_iterator<DOMPath::IteratorTemplate<DOMElement>>);
+static_assert(
+    std::is_same_v<std::iter_value_t<DOMPath::IteratorTemplate<const DOMElement>>, DOMElement>);
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -460,7 +475,7 @@ TEST(DOMPath, GetFirstDoesNotLookBehindTheFirstMatch)
     {
         const FailingAllocations failing(allowed + 1);
         try {
-            DOMPath::GetAll(*deep, path);
+            static_cast<void>(DOMPath::GetAll(*deep, path));
         } catch (const std::bad_alloc&) {
             isAllFound = false;
         }
@@ -753,6 +768,45 @@ TEST_F(DOMPathTest, ForeachWithoutAFunctionFailsOnlyAtAMatch)
     EXPECT_THROW(DOMPath::Foreach(*r, u"r", none), std::bad_function_call);
     EXPECT_THROW(DOMPath::Foreach(std::as_const(*r), u"r", constNone), std::bad_function_call);
 }
+
+TEST_F(DOMPathTest, AlgorithmsGoOverARangeAndTheirResultsOutliveIt)
+{
+    auto found = std::ranges::find_if(DOMPath::Walk(*r, u"//b"),
+                                      [this](const DOMElement& b) { return b.GetParent() == c; });
+    EXPECT_EQ(&*found, b2);
+    EXPECT_EQ(&*++found, b3) << "the walk goes on behind what was found";
+    EXPECT_EQ(
+        std::ranges::count_if(DOMPath::Walk(std::as_const(*r), u"//a"), &DOMElement::HasChildren),
+        1);
+    std::ranges::for_each(DOMPath::Walk(*r, u"//a"), [](DOMElement& a) { a.SetText(u"seen"); });
+    EXPECT_EQ(a2->GetText(), u"seen");
+    std::vector<TString> names;
+    std::ranges::transform(DOMPath::Walk(*r, u"r/*"), std::back_inserter(names),
+                           &DOMElement::GetName);
+    EXPECT_THAT(names, ElementsAre(u"a", u"b", u"a"));
+}
+
+// Earlier versions of clang cannot read what the standard library of GCC has for adaptors.
+#if !defined(__clang__) || __clang_major__ >= 16
+
+TEST_F(DOMPathTest, ARangeIsPipedIntoAdaptors)
+{
+    std::vector<const DOMElement*> matches;
+    for (const DOMElement& a :
+         DOMPath::Walk(std::as_const(*r), u"//a") |
+             std::views::filter([](const DOMElement& element) { return !element.HasChildren(); }) |
+             std::views::take(2))
+        matches.push_back(&a);
+    EXPECT_THAT(matches, ElementsAre(a2, a3));
+    const TString path(u"//a");
+    auto range = DOMPath::Walk(*r, path);
+    std::vector<TString> names;
+    for (const TString& name : range | std::views::transform(&DOMElement::GetName))
+        names.push_back(name);
+    EXPECT_THAT(names, ElementsAre(u"a", u"a", u"a"));
+}
+
+#endif
 
 TEST(DOMPath, AMillionLevelsNeedNoStack)
 {

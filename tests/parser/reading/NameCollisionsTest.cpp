@@ -27,7 +27,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-const std::uint64_t c_limit = ParseLimits().GetNameCollisionLimit();
+const auto c_limit = static_cast<unsigned>(ParseLimits().GetNameCollisionLimit());
 
 const char* const c_schema =
     "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'>"

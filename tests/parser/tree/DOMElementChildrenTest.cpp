@@ -2,9 +2,26 @@
 
 #include "support/TreeTesting.h"
 
+#include <algorithm>
+#include <ranges>
 #include <stdexcept>
+#include <type_traits>
 
 namespace {
+
+template <typename View>
+constexpr bool c_isBorrowedView = std::ranges::view<View>&& std::ranges::borrowed_range<View>&&
+    std::ranges::viewable_range<View>&& std::ranges::contiguous_range<View>&&
+        std::ranges::sized_range<View>&& std::ranges::common_range<View>;
+
+static_assert(c_isBorrowedView<DOMElementChildren>);
+static_assert(c_isBorrowedView<ConstDOMElementChildren>);
+static_assert(std::ranges::contiguous_range<const DOMElementChildren>);
+static_assert(std::ranges::contiguous_range<const ConstDOMElementChildren>);
+static_assert(std::is_same_v<std::ranges::range_reference_t<DOMElementChildren>,
+                             std::unique_ptr<DOMElement>&>);
+static_assert(std::is_same_v<std::ranges::range_reference_t<ConstDOMElementChildren>,
+                             const std::unique_ptr<DOMElement>&>);
 
 template <typename Iterator>
 std::string NamesBetween(Iterator begin, Iterator end)
@@ -146,3 +163,64 @@ TEST(DOMElementChildren, CopiesAndAssignmentsShowTheSameElement)
     EXPECT_EQ(NamesBetween(view.begin(), view.end()), "bc");
     EXPECT_EQ(NamesBetween(moved.begin(), moved.end()), "ax");
 }
+
+TEST(DOMElementChildren, AreFoundByAlgorithmsWhoseResultsOutliveTheView)
+{
+    const auto root = MakeTree("r(a,b,c)");
+    const auto isB = [](const auto& child) { return child->GetName() == u"b"; };
+    const auto found = std::ranges::find_if(root->GetChildren(), isB);
+    EXPECT_EQ(found->get(), &Find(*root, "b"));
+    const auto foundConst = std::ranges::find_if(std::as_const(*root).GetChildren(), isB);
+    EXPECT_EQ(foundConst->get(), &Find(*root, "b"));
+    EXPECT_EQ(found, root->FindChild(Find(*root, "b")));
+}
+
+TEST(DOMElementChildren, AreComparedByAProjection)
+{
+    const auto root = MakeTree("r(a,b,c)");
+    int price = 7;
+    for (const auto& child : root->GetChildren())
+        child->SetText(TString::number(price = price * 5 % 11));
+    const auto textOf = [](const auto& child) { return child->GetText().toInt(); };
+    const auto& children = std::as_const(*root).GetChildren();
+    EXPECT_EQ((*std::ranges::max_element(children, {}, textOf))->GetText(), u"10");
+    EXPECT_EQ((*std::ranges::min_element(root->GetChildren(), {}, textOf))->GetText(), u"2");
+}
+
+TEST(DOMElementChildren, CanBeSorted)
+{
+    const auto root = MakeTree("r(b,c(d),a)");
+    std::ranges::sort(root->GetChildren(), {}, [](const auto& child) { return child->GetName(); });
+    EXPECT_EQ(Outline(*root), "r(a,b,c(d))");
+    for (const auto& child : root->GetChildren())
+        EXPECT_EQ(child->GetParent(), root.get());
+    EXPECT_EQ(Outline(*root->RemoveChild(u"c")), "c(d)");
+}
+
+// Earlier versions of clang cannot read what the standard library of GCC has for adaptors.
+#if !defined(__clang__) || __clang_major__ >= 16
+
+TEST(DOMElementChildren, ArePipedIntoAdaptors)
+{
+    const auto root = MakeTree("r(a,b(x),c,d(y))");
+    const DOMElement& constant = *root;
+    const auto hasChildren = [](const auto& child) { return child->HasChildren(); };
+    const auto nameOf = [](const auto& child) { return child->GetName(); };
+    std::string names;
+    for (const auto& child : constant.GetChildren() | std::views::filter(hasChildren))
+        names += child->GetName().toStdString();
+    EXPECT_EQ(names, "bd");
+    // A pipe keeps no reference to the view that it was made of.
+    auto reversed = root->GetChildren() | std::views::reverse | std::views::transform(nameOf);
+    root->AddNewChild(u"e");
+    names.clear();
+    for (const TString& name : reversed)
+        names += name.toStdString();
+    EXPECT_EQ(names, "edcba");
+    for (const auto& child : root->GetChildren() | std::views::drop(3))
+        child->SetText(u"seen");
+    EXPECT_EQ(Find(*root, "d").GetText(), u"seen");
+    EXPECT_EQ(Find(*root, "c").GetText(), u"");
+}
+
+#endif

@@ -6,11 +6,31 @@
 #include <kescorexml/DOMElement.h>
 
 #include <algorithm>
+#include <iterator>
 #include <random>
+#include <ranges>
+#include <type_traits>
 
 using namespace DOMElementTraversal;
 
 namespace {
+
+static_assert(std::forward_iterator<PreorderIterator>);
+static_assert(std::forward_iterator<ConstPreorderIterator>);
+static_assert(std::is_same_v<std::iter_value_t<ConstPreorderIterator>, DOMElement>);
+static_assert(std::is_same_v<std::iterator_traits<ConstPreorderIterator>::value_type, DOMElement>);
+static_assert(std::is_base_of_v<std::forward_iterator_tag,
+                                std::iterator_traits<PreorderIterator>::iterator_category>);
+
+template <typename Range>
+constexpr bool c_isBorrowedRange = std::ranges::forward_range<Range>&&
+    std::ranges::forward_range<const Range>&& std::ranges::borrowed_range<Range>&&
+        std::ranges::viewable_range<Range>&& std::ranges::common_range<Range>;
+
+static_assert(c_isBorrowedRange<PreorderTraversal>);
+static_assert(c_isBorrowedRange<ConstPreorderTraversal>);
+// A copy takes time for what waits in it.
+static_assert(!std::ranges::view<PreorderTraversal>);
 
 template <typename Generator>
 std::string Drain(Generator&& generator)
@@ -183,3 +203,48 @@ TEST(DOMElementTraversal, GrowsBeyondItsFirstRoom)
         EXPECT_EQ((++position)->GetName(), TString::number(i));
     EXPECT_EQ(++position, PreorderIterator());
 }
+
+TEST(DOMElementTraversal, IsFoundByAlgorithmsWhoseResultsOutliveTheRange)
+{
+    const auto root = MakeTree("R(A(A1),B(B1))");
+    auto found = std::ranges::find(PreorderTraversal(*root), TString(u"B1"), &DOMElement::GetName);
+    EXPECT_EQ(&*found, &Find(*root, "B1"));
+    EXPECT_EQ((++found)->GetName(), u"A");
+    EXPECT_EQ(std::ranges::distance(ConstPreorderTraversal(*root)), 5);
+}
+
+TEST(DOMElementTraversal, AlgorithmsMayGoOverItMoreThanOnce)
+{
+    const auto root = MakeTree("R(aa,bbbb,ccc,bbbb)");
+    const auto lengthOf = [](const DOMElement& element) { return element.GetName().length(); };
+    const ConstPreorderTraversal elements(*root);
+    const auto longest = std::ranges::max_element(elements, {}, lengthOf);
+    EXPECT_EQ(&*longest, &root->GetChildren()[3]);
+    const auto same =
+        std::ranges::adjacent_find(elements, [](const DOMElement& a, const DOMElement& b) {
+            return a.GetName().length() == b.GetName().length() + 2;
+        });
+    EXPECT_EQ(&*same, &root->GetChildren()[1]);
+    // The algorithms of the other kind, too.
+    EXPECT_EQ(&*std::max_element(elements.begin(), elements.end(),
+                                 [&](const DOMElement& a, const DOMElement& b) {
+                                     return lengthOf(a) < lengthOf(b);
+                                 }),
+              &*longest);
+}
+
+// Earlier versions of clang cannot read what the standard library of GCC has for adaptors.
+#if !defined(__clang__) || __clang_major__ >= 16
+
+TEST(DOMElementTraversal, IsPipedIntoAdaptors)
+{
+    const auto root = MakeTree("R(A(A1),B(B1),C)");
+    std::string names;
+    for (const DOMElement& element : ConstPreorderTraversal(*root) |
+                                         std::views::filter(&DOMElement::HasChildren) |
+                                         std::views::drop(1))
+        names += element.GetName().toStdString();
+    EXPECT_EQ(names, "BA");
+}
+
+#endif

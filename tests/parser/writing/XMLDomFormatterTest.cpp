@@ -395,7 +395,7 @@ TEST(XMLDomFormatter, AppendsACopyOfAnElementOfItsOwnWhereTheDocumentIsGone)
     BuildingFormatter formatter("x,y");
     std::unique_ptr<DOMElement> kept =
         formatter.GetRoot()->RemoveChild(*formatter.GetDocumentRoot());
-    formatter.TakeDocument();
+    formatter.TakeDocument().reset();
     ASSERT_EQ(kept->GetDOMManager(), nullptr);
     formatter.OutputDOMElement(*kept);
     EXPECT_EQ(Outline(*kept), "r(a(x,y,r(a(x,y))))");
@@ -635,7 +635,7 @@ TEST(XMLDomFormatter, RendersWithoutAnyChangeToTheTree)
     const DOMElement before(*formatter.GetRoot());
     const std::string errors = JoinErrors(*formatter.GetDocument());
     const TString output = formatter.GetOutput(FormatMode::Content);
-    formatter.GetOutput(FormatMode::EscapeAll);
+    static_cast<void>(formatter.GetOutput(FormatMode::EscapeAll));
     EXPECT_EQ(formatter.GetOutput(FormatMode::Content), output);
     EXPECT_TRUE(*formatter.GetRoot() == before);
     EXPECT_EQ(JoinErrors(*formatter.GetDocument()), errors);

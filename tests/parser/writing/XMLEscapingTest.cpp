@@ -97,8 +97,8 @@ TEST(XMLEscaping, AllocatesOnceForATextThatItChangesAndNeverForAnotherOne)
         EXPECT_FALSE(hasFailed);
     }
     const FailingAllocations failing(0);
-    EXPECT_NO_THROW(XMLFormatter::EncodeAttributeString(clean));
-    EXPECT_NO_THROW(XMLFormatter::EncodeContentString(clean));
+    EXPECT_NO_THROW(static_cast<void>(XMLFormatter::EncodeAttributeString(clean)));
+    EXPECT_NO_THROW(static_cast<void>(XMLFormatter::EncodeContentString(clean)));
 }
 
 TEST(XMLEscaping, TreatsContentOfThirtyOneUnitsLikeAnAttribute)
