@@ -74,10 +74,9 @@ public:
     bool SawWarnings() const noexcept { return !m_warnings.empty(); }
     bool SawErrors() const noexcept { return !m_errors.empty(); }
     bool SawFatalError() const noexcept { return m_sawFatalError; }
-    /// Empties the list.
-    std::vector<XMLDiagnostic> TakeWarnings() noexcept { return std::exchange(m_warnings, {}); }
-    /// Errors and fatal errors. Empties the list.
-    std::vector<XMLDiagnostic> TakeErrors() noexcept { return std::exchange(m_errors, {}); }
+    const std::vector<XMLDiagnostic>& GetWarnings() const noexcept { return m_warnings; }
+    /// Errors and fatal errors.
+    const std::vector<XMLDiagnostic>& GetErrors() const noexcept { return m_errors; }
     /// The parse need not or must not go on.
     bool IsDone() const noexcept { return m_sawFatalError || m_sink.IsDone(); }
 

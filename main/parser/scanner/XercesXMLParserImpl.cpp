@@ -272,9 +272,9 @@ void XercesXMLParserImpl::RecordLimit(const LimitExceeded& exceeded, const TStri
 void XercesXMLParserImpl::CollectHandlerErrors()
 {
     const auto noError = TError::ErrorInfo::NoError();
-    for (XMLDiagnostic& warning : m_handler->TakeWarnings())
-        Record(std::move(warning), noError);
-    for (XMLDiagnostic& error : m_handler->TakeErrors())
-        Record(std::move(error), noError);
+    for (const XMLDiagnostic& warning : m_handler->GetWarnings())
+        Record(XMLDiagnostic(warning), noError);
+    for (const XMLDiagnostic& error : m_handler->GetErrors())
+        Record(XMLDiagnostic(error), noError);
     m_handler->resetErrors();
 }
