@@ -135,6 +135,7 @@ private:
     /// The same text, sharing its units with what was recorded before where it can.
     TString Share(const TString& text);
     void MeetIdentifiers(const xercesc::Attributes& attributes);
+    void MeetEachIdentifier(std::u16string_view names);
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
     ScanSink& m_sink;
