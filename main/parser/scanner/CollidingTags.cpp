@@ -3,6 +3,7 @@
 #include "bytes/OverlookedFaults.h"
 #include "bytes/ScannerEncoding.h"
 #include "bytes/XercesInputSource.h"
+#include "markup/CharacterClasses.h"
 #include "scanner/NameBuckets.h"
 
 #include <kesplatform/TString.h>
@@ -53,6 +54,19 @@ public:
             --to;
         return to > from ? to - 1 : c_npos;
     }
+    /// How many units make up the blank at `index`; zero where there is none. Version 1.1 knows two
+    /// more, which are no part of anything in a tag of version 1.0.
+    std::size_t MeasureBlank(std::size_t index) const noexcept
+    {
+        const std::uint32_t unit = At(index);
+        if (unit < 0x80)
+            return CharacterClasses::IsWhitespace(static_cast<char>(unit)) ? 1 : 0;
+        if (!m_isUtf8)
+            return unit == 0x85 || unit == 0x2028 ? 1 : 0;
+        if (unit == 0xC2)
+            return At(index + 1) == 0x85 ? 2 : 0;
+        return unit == 0xE2 && At(index + 1) == 0x80 && At(index + 2) == 0xA8 ? 3 : 0;
+    }
     /// As UTF-16. Single bytes that are no UTF-8 are taken for ISO-8859-1.
     TString GetText(std::size_t from, std::size_t to) const
     {
@@ -76,16 +90,6 @@ private:
     const EncodingTable::Entry& m_units;
     bool m_isUtf8;
 };
-
-bool IsBlank(std::uint32_t unit) noexcept
-{
-    return unit == ' ' || unit == '\t' || unit == '\n' || unit == '\r';
-}
-
-bool EndsName(std::uint32_t unit) noexcept
-{
-    return IsBlank(unit) || unit == '=' || unit == '>' || unit == '/' || unit == '<' || unit == 0;
-}
 
 /// Goes through the attributes of a start tag as far as it is well-formed: the scanner goes no
 /// further.
@@ -115,15 +119,21 @@ public:
 private:
     void SkipBlanks() noexcept
     {
-        while (IsBlank(m_units.At(m_at)))
-            ++m_at;
+        while (const std::size_t length = m_units.MeasureBlank(m_at))
+            m_at += length;
     }
     void SkipName() noexcept
     {
-        while (!EndsName(m_units.At(m_at)))
+        while (!EndsName())
             ++m_at;
     }
     bool SkipValue() noexcept
+    bool EndsName() const noexcept
+    {
+        const std::uint32_t unit = m_units.At(m_at);
+        return unit == '=' || unit == '>' || unit == '/' || unit == '<' || unit == 0 ||
+               m_units.MeasureBlank(m_at) != 0;
+    }
     {
         SkipBlanks();
         if (m_units.At(m_at++) != '=')
