@@ -99,9 +99,9 @@ public:
     /// `at` is behind its "<".
     Tag(const Units& units, std::size_t at) noexcept : m_units(units), m_at(at) { SkipName(); }
 
-    bool HasMore(std::uint64_t most)
+    /// Adds the names to `names`, up to one that shares its bucket with too many.
+    bool HasMore(std::uint64_t most, bool hasNamespaces, NameBuckets& names)
     {
-        NameBuckets names(NameBuckets::c_tag);
         while (true) {
             SkipBlanks();
             const std::size_t begin = m_at;
@@ -111,7 +111,8 @@ public:
             const std::size_t end = m_at;
             if (!SkipValue())
                 return false;
-            if (names.Add(m_units.GetText(begin, end).view()) > most)
+            const TString name = m_units.GetText(begin, end);
+            if (names.AddAttribute(name.view(), hasNamespaces) > most)
                 return true;
         }
     }
@@ -127,13 +128,13 @@ private:
         while (!EndsName())
             ++m_at;
     }
-    bool SkipValue() noexcept
     bool EndsName() const noexcept
     {
         const std::uint32_t unit = m_units.At(m_at);
         return unit == '=' || unit == '>' || unit == '/' || unit == '<' || unit == 0 ||
                m_units.MeasureBlank(m_at) != 0;
     }
+    bool SkipValue() noexcept
     {
         SkipBlanks();
         if (m_units.At(m_at++) != '=')
@@ -156,7 +157,7 @@ private:
 
 /// Where a tag begins that has more than `most` colliding names, or npos. Such a tag is long, and
 /// no well-formed one has a "<" inside: what is no such tag need not be gone through.
-std::size_t FindTag(const Units& units, std::uint64_t most)
+std::size_t FindTag(const Units& units, std::uint64_t most, bool hasNamespaces, std::size_t& reach)
 {
     // The shortest attribute is " a=''".
     constexpr std::uint64_t c_shortest = 5;
@@ -173,8 +174,13 @@ std::size_t FindTag(const Units& units, std::uint64_t most)
         }
         const std::uint32_t next = units.At(at + 1);
         const bool isStartTag = next != '/' && next != '!' && next != '?';
-        if (isStartTag && Tag(units, at + 1).HasMore(most))
-            return at;
+        if (isStartTag) {
+            NameBuckets names(NameBuckets::c_tag, reach);
+            const bool collide = Tag(units, at + 1).HasMore(most, hasNamespaces, names);
+            reach = names.GetReach();
+            if (collide)
+                return at;
+        }
         at = units.FindOpening(end);
     }
     return c_npos;
@@ -183,13 +189,14 @@ std::size_t FindTag(const Units& units, std::uint64_t most)
 } // namespace
 
 std::optional<TextPosition> CollidingTags::FindFirst(const XercesInputSource& document,
-                                                     std::uint64_t most)
+                                                     std::uint64_t most, bool hasNamespaces,
+                                                     std::size_t& reach)
 {
     const std::string_view bytes = document.GetBytes();
     const ScannerEncoding encoding = document.GetEncoding() == XercesEncoding::Utf8
                                          ? ScannerEncoding()
                                          : ScannerEncoding::Find(bytes);
-    const std::size_t at = FindTag(Units(bytes, encoding), most);
+    const std::size_t at = FindTag(Units(bytes, encoding), most, hasNamespaces, reach);
     if (at == c_npos)
         return std::nullopt;
     return OverlookedFaults::LocateEnd(bytes.substr(0, at * encoding.units->unitSize), encoding);

@@ -116,6 +116,7 @@ void XercesXMLParserImpl::MakeReader()
     // The last reader goes before its memory.
     m_reader = std::move(reader);
     m_memory = std::move(memory);
+    m_budget.ForgetTables();
     m_remains = Remains::Nothing;
 }
 
