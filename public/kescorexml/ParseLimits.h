@@ -40,12 +40,16 @@ public:
     }
     const Growth& GetAmplificationLimit() const noexcept { return m_amplification; }
 
-    /// The work that the document type gives to the scanner, whether anything of it reaches the
-    /// sink or not. An entity of any kind, parameter entities and those in default values included,
-    /// counts at each expansion the code units of its replacement text and 64 for each entity that
-    /// it is nested in, itself included; a start tag counts the attributes that are declared for
-    /// it. At first 100 times the bytes, 32 Mi at least. Six hundred bytes of entities that each
-    /// name the one before twice take exponential time otherwise.
+    /// The work that the document type and large tags give to the scanner, whether anything of it
+    /// reaches the sink or not. An entity of any kind, parameter entities and those in default
+    /// values included, counts at each expansion the code units of its replacement text and 64 for
+    /// each entity that it is nested in, itself included; a start tag counts the attributes that
+    /// are declared for it, and a content model a quarter of the square of its names. Once a tag
+    /// has had more than 14,628 attributes, each tag with any counts a 32nd of the buckets of the
+    /// scanner's table of them, which it empties one by one and never makes smaller, even for the
+    /// next document: 914, and eight times as much for eight times the attributes. At first 100
+    /// times the bytes, 32 Mi at least. Six hundred bytes of entities that each name the one before
+    /// twice take exponential time otherwise.
     void SetExpansionLimit(std::uint64_t factor, std::uint64_t threshold) noexcept
     {
         m_expansion = {factor, threshold};
@@ -61,9 +65,9 @@ public:
     ///
     /// Look-ups, which may come to eight times the threshold: a start tag counts, once for itself
     /// and once for each of its attributes, the open elements and the namespace declarations in
-    /// scope; and 32 for each element so far that lies in one bucket with its own, each pair of
-    /// name and namespace once. There are 29 buckets: of elements with different names a 29th lies
-    /// in each, those with the same name lie in the same.
+    /// scope; and, where no schema declares its element, 32 for each such element so far that lies
+    /// in one bucket with its own, each pair of name and namespace once. There are 29 buckets: of
+    /// elements with different names a 29th lies in each, those with the same name lie in the same.
     ///
     /// Declarations and memory: what the document type declares counts, as it is validated by: of a
     /// content model the names times the particles and a 64th of the cube of the names, of an
@@ -85,11 +89,13 @@ public:
     /// seeded; at first 1024. Names that nobody has chosen for it share one with a few others; of
     /// some ten thousand regular ones, such as numbers with two zeros behind them, up to 560 do. A
     /// look-up takes time in the number of names in its bucket. The kinds are the elements of a
-    /// document and, by declaration, elements, the attributes of an element, entities, parameter
-    /// entities and notations; the attributes of a start tag; and while validating prefixes,
-    /// namespaces and identifiers. A start tag that exceeds the limit ends the parse before its
-    /// first event. What the library reads without the scanner is not limited, for its own table
-    /// cannot be aimed at.
+    /// document, unless a schema validates them, and, by declaration, elements, the attributes of
+    /// an element, entities, parameter entities and notations; the attributes of a start tag; and
+    /// while validating prefixes, namespaces and identifiers. Tables stay as large as a document
+    /// has made them, and namespaces and their prefixes stay in them, as long as the scanner has
+    /// schemas loaded: they count for the next document, too. A start tag that exceeds the limit
+    /// ends the parse before its first event. What the library reads without the scanner is not
+    /// limited, for its own table cannot be aimed at.
     void SetNameCollisionLimit(std::uint64_t names) noexcept { m_nameCollisions = names; }
     std::uint64_t GetNameCollisionLimit() const noexcept { return m_nameCollisions; }
 

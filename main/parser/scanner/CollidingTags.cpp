@@ -3,6 +3,7 @@
 #include "bytes/OverlookedFaults.h"
 #include "bytes/ScannerEncoding.h"
 #include "bytes/XercesInputSource.h"
+#include "markup/CharacterClasses.h"
 #include "scanner/NameBuckets.h"
 
 #include <kesplatform/TString.h>
@@ -53,6 +54,19 @@ public:
             --to;
         return to > from ? to - 1 : c_npos;
     }
+    /// How many units make up the blank at `index`; zero where there is none. Version 1.1 knows two
+    /// more, which are no part of anything in a tag of version 1.0.
+    std::size_t MeasureBlank(std::size_t index) const noexcept
+    {
+        const std::uint32_t unit = At(index);
+        if (unit < 0x80)
+            return CharacterClasses::IsWhitespace(static_cast<char>(unit)) ? 1 : 0;
+        if (!m_isUtf8)
+            return unit == 0x85 || unit == 0x2028 ? 1 : 0;
+        if (unit == 0xC2)
+            return At(index + 1) == 0x85 ? 2 : 0;
+        return unit == 0xE2 && At(index + 1) == 0x80 && At(index + 2) == 0xA8 ? 3 : 0;
+    }
     /// As UTF-16. Single bytes that are no UTF-8 are taken for ISO-8859-1.
     TString GetText(std::size_t from, std::size_t to) const
     {
@@ -77,16 +91,6 @@ private:
     bool m_isUtf8;
 };
 
-bool IsBlank(std::uint32_t unit) noexcept
-{
-    return unit == ' ' || unit == '\t' || unit == '\n' || unit == '\r';
-}
-
-bool EndsName(std::uint32_t unit) noexcept
-{
-    return IsBlank(unit) || unit == '=' || unit == '>' || unit == '/' || unit == '<' || unit == 0;
-}
-
 /// Goes through the attributes of a start tag as far as it is well-formed: the scanner goes no
 /// further.
 class Tag
@@ -95,9 +99,9 @@ public:
     /// `at` is behind its "<".
     Tag(const Units& units, std::size_t at) noexcept : m_units(units), m_at(at) { SkipName(); }
 
-    bool HasMore(std::uint64_t maximum)
+    /// Adds the names to `names`, up to one that shares its bucket with too many.
+    bool HasMore(std::uint64_t maximum, bool hasNamespaces, NameBuckets& names)
     {
-        NameBuckets names(NameBuckets::c_tag);
         while (true) {
             SkipBlanks();
             const std::size_t begin = m_at;
@@ -107,7 +111,8 @@ public:
             const std::size_t end = m_at;
             if (!SkipValue())
                 return false;
-            if (names.Add(m_units.GetText(begin, end).view()) > maximum)
+            const TString name = m_units.GetText(begin, end);
+            if (names.AddAttribute(name.view(), hasNamespaces) > maximum)
                 return true;
         }
     }
@@ -115,13 +120,19 @@ public:
 private:
     void SkipBlanks() noexcept
     {
-        while (IsBlank(m_units.At(m_at)))
-            ++m_at;
+        while (const std::size_t length = m_units.MeasureBlank(m_at))
+            m_at += length;
     }
     void SkipName() noexcept
     {
-        while (!EndsName(m_units.At(m_at)))
+        while (!EndsName())
             ++m_at;
+    }
+    bool EndsName() const noexcept
+    {
+        const std::uint32_t unit = m_units.At(m_at);
+        return unit == '=' || unit == '>' || unit == '/' || unit == '<' || unit == 0 ||
+               m_units.MeasureBlank(m_at) != 0;
     }
     bool SkipValue() noexcept
     {
@@ -146,7 +157,8 @@ private:
 
 /// Where a tag begins that has more than `maximum` colliding names, or npos. Such a tag is long,
 /// and no well-formed one has a "<" inside: what is no such tag need not be gone through.
-std::size_t FindTag(const Units& units, std::uint64_t maximum)
+std::size_t FindTag(const Units& units, std::uint64_t maximum, bool hasNamespaces,
+                    std::size_t& reach)
 {
     // The shortest attribute is " a=''".
     constexpr std::uint64_t c_shortest = 5;
@@ -163,8 +175,13 @@ std::size_t FindTag(const Units& units, std::uint64_t maximum)
         }
         const std::uint32_t next = units.At(at + 1);
         const bool isStartTag = next != '/' && next != '!' && next != '?';
-        if (isStartTag && Tag(units, at + 1).HasMore(maximum))
-            return at;
+        if (isStartTag) {
+            NameBuckets names(NameBuckets::c_tag, reach);
+            const bool collide = Tag(units, at + 1).HasMore(maximum, hasNamespaces, names);
+            reach = names.GetReach();
+            if (collide)
+                return at;
+        }
         at = units.FindOpening(end);
     }
     return c_npos;
@@ -173,13 +190,14 @@ std::size_t FindTag(const Units& units, std::uint64_t maximum)
 } // namespace
 
 std::optional<TextPosition> CollidingTags::FindFirst(const XercesInputSource& document,
-                                                     std::uint64_t maximum)
+                                                     std::uint64_t maximum, bool hasNamespaces,
+                                                     std::size_t& reach)
 {
     const std::string_view bytes = document.GetBytes();
     const ScannerEncoding encoding = document.GetEncoding() == XercesEncoding::Utf8
                                          ? ScannerEncoding()
                                          : ScannerEncoding::Find(bytes);
-    const std::size_t at = FindTag(Units(bytes, encoding), maximum);
+    const std::size_t at = FindTag(Units(bytes, encoding), maximum, hasNamespaces, reach);
     if (at == c_npos)
         return std::nullopt;
     return OverlookedFaults::LocateEnd(bytes.substr(0, at * encoding.units->unitSize), encoding);

@@ -2,6 +2,7 @@
 
 #include "bytes/TextPosition.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -15,7 +16,11 @@ namespace CollidingTags {
 /// comment, a CDATA section or an entity's text counts, too. In encodings of single bytes that are
 /// not based on ASCII, none is found.
 ///
+/// `reach` is that of the scanner's table (see NameBuckets), and afterwards what the document may
+/// make of it. With `hasNamespaces`, it is the parts of names behind their prefixes that collide.
+///
 /// Takes little time for a document whose tags are short: it looks at a few bytes in a thousand.
-std::optional<TextPosition> FindFirst(const XercesInputSource& document, std::uint64_t maximum);
+std::optional<TextPosition> FindFirst(const XercesInputSource& document, std::uint64_t maximum,
+                                      bool hasNamespaces, std::size_t& reach);
 
 } // namespace CollidingTags

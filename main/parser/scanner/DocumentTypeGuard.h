@@ -24,7 +24,7 @@ public:
     void unparsedEntityDecl(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId,
                             const XMLCh* notationName) override;
 
-    void endDTD() override {}
+    void endDTD() override { m_budget.EndDocumentType(); }
     void resetDocType() override {}
     void comment(const XMLCh*, XMLSize_t) override {}
     void startCDATA() override {}

@@ -21,6 +21,13 @@ bool IsUndecodable(unsigned int code, const XMLCh* domain)
            code >= XMLExcepts::UTF8_FormatError && code <= XMLExcepts::UTF8_Exceeds_BytesLimit;
 }
 
+ElementTable FindTable(const xercesc::XMLElementDecl& declaration)
+{
+    if (declaration.getObjectType() != xercesc::XMLElementDecl::Schema)
+        return ElementTable::NoDocumentType;
+    return declaration.isDeclared() ? ElementTable::Schema : ElementTable::NoSchema;
+}
+
 } // namespace
 
 LocatingReader::LocatingReader(xercesc::MemoryManager* manager, ParseBudget& budget)
@@ -39,6 +46,8 @@ void LocatingReader::startElement(const xercesc::XMLElementDecl& declaration, un
             defaults += attributes.elementAt(i)->getSpecified() ? 0U : 1U;
         m_budget.SetDefaultAttributes(defaults);
     }
+    if (m_budget.IsValidating())
+        m_budget.SetElementTable(FindTable(declaration));
     SAX2XMLReaderImpl::startElement(declaration, uri, prefix, attributes, count, isEmpty, isRoot);
 }
 

@@ -20,8 +20,8 @@ public:
 /// The reader of Xerces, reporting bytes that are no UTF-8 where they stand. The scanner decodes
 /// ahead of what it reads and would report where it was then; of a character that the end of the
 /// document cuts off it would say that the document ended. The former are an InvalidUtf8 to the
-/// error handler. It also tells the budget which attributes do not stand in their tag, which no
-/// handler can see.
+/// error handler. It also tells the budget which attributes do not stand in their tag, and whether
+/// a schema declares the element, which no handler can see.
 class LocatingReader final : public xercesc::SAX2XMLReaderImpl
 {
 public:

@@ -2,8 +2,6 @@
 
 #include <kesplatform/TFormatString.h>
 
-#include <utility>
-
 void MessageList::Miss(const TString& id, unsigned long long line, unsigned long long column)
 {
     if (m_missing++ > 0)
@@ -19,14 +17,12 @@ void MessageList::Clear() noexcept
     m_missing = 0;
 }
 
-std::vector<XMLDiagnostic> MessageList::Take(const TString& limit)
+void MessageList::Close(const TString& limit)
 {
-    if (m_missing > 0) {
-        const TString text =
-            TFormatString(u"%1 more from here on; all messages take more than %2 (message limit, "
-                          u"SetMessageLimit)")
-                .Format(std::exchange(m_missing, 0), limit);
-        m_kept.emplace_back(m_kind, text, m_id, m_line, m_column);
-    }
-    return std::exchange(m_kept, {});
+    const TString text =
+        TFormatString(u"%1 more from here on; all messages take more than %2 (message limit, "
+                      u"SetMessageLimit)")
+            .Format(m_missing, limit);
+    m_kept.emplace_back(m_kind, text, m_id, m_line, m_column);
+    m_missing = 0;
 }

@@ -23,9 +23,12 @@ public:
     XMLDiagnostic& Last() noexcept { return m_kept.back(); }
     void Clear() noexcept;
 
-    /// All that were kept and, where some are missing, how many, at the place of the first of them;
-    /// `limit` says what all take more than. The list is empty afterwards.
-    std::vector<XMLDiagnostic> Take(const TString& limit);
+    /// Those that were kept.
+    const std::vector<XMLDiagnostic>& GetKept() const noexcept { return m_kept; }
+    bool IsComplete() const noexcept { return m_missing == 0; }
+    /// Ends the list with how many are missing, at the place of the first of them; `limit` says
+    /// what all take more than. REQUIRES: it is not complete.
+    void Close(const TString& limit);
 
 private:
     XMLDiagnostic::Kind m_kind;

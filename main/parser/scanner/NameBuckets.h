@@ -31,13 +31,25 @@ public:
     /// That of the attributes of a tag.
     static constexpr Shape c_tag{7, 16, 8};
 
-    explicit NameBuckets(const Shape& shape);
+    /// The scanner empties a table that it uses again, but leaves it as large as it is: it may have
+    /// up to `reach` buckets already.
+    explicit NameBuckets(const Shape& shape, std::size_t reach = 0);
 
-    /// The names in the bucket of this one, it included. One that was added before, with the same
-    /// `companion`, changes nothing; names with different companions are different.
+    /// The names in the bucket of this one, it included, in a table of whichever size it may have
+    /// where they are most. One that was added before, with the same `companion`, changes nothing;
+    /// names with different companions are different.
     std::size_t Add(std::u16string_view name, std::u16string_view companion = {});
+    /// Whether it was added, without companion.
+    bool Contains(std::u16string_view name) const;
+    /// As Add, for an attribute. With `hasNamespaces`, the scanner hashes what stands behind the
+    /// prefix.
+    std::size_t AddAttribute(std::u16string_view name, bool hasNamespaces);
+    /// So many buckets the table may have now.
+    std::size_t GetReach() const noexcept { return m_tables.back().size(); }
 
 private:
+    std::uint64_t GetKey(std::uint64_t hash, std::u16string_view name,
+                         std::u16string_view companion) const;
     void GrowIfFull();
 
     ByteHash::Seed m_seed;
@@ -46,5 +58,7 @@ private:
     /// are the same are taken for one, which only counts too few.
     std::unordered_set<std::uint64_t> m_known;
     std::vector<std::uint64_t> m_hashes;
-    std::vector<std::uint32_t> m_counts;
+    /// How many names lie in each bucket: of the table as it would be if it had begun as its shape
+    /// says, and of all larger ones that it may be.
+    std::vector<std::vector<std::uint32_t>> m_tables;
 };

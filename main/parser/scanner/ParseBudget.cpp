@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -25,6 +26,11 @@ constexpr std::uint64_t c_lookUpsAUnit = 8;
 constexpr NameBuckets::Shape GetShape(NameKind kind) noexcept
 {
     return NameBuckets::Growing(kind == NameKind::Element ? 29 : 109);
+}
+/// The scanner's tables of these keep what a document had when the next one comes.
+constexpr bool IsKept(NameKind kind) noexcept
+{
+    return kind == NameKind::Prefix || kind == NameKind::Namespace;
 }
 constexpr NameBuckets::Shape c_declaredAttributes = NameBuckets::Growing(29);
 
@@ -86,19 +92,29 @@ struct ModelSize
     std::uint64_t particles = 0;
 };
 
-ModelSize MeasureModel(std::u16string_view model) noexcept
+/// Calls `forName` with each name, and `forRepetition` for what says how often something occurs.
+template <typename ForName, typename ForRepetition>
+void WalkModel(std::u16string_view model, ForName&& forName, ForRepetition&& forRepetition)
+{
+    std::size_t begin = 0;
+    for (std::size_t at = 0; at <= model.size(); ++at) {
+        const char16_t c = at < model.size() ? model[at] : u' ';
+        const bool repeats = c == u'?' || c == u'*' || c == u'+';
+        if (!repeats && std::u16string_view(u"(),| ").find(c) == std::u16string_view::npos)
+            continue;
+        if (at > begin)
+            forName(model.substr(begin, at - begin));
+        if (repeats)
+            forRepetition();
+        begin = at + 1;
+    }
+}
+
+ModelSize MeasureModel(std::u16string_view model)
 {
     ModelSize size;
-    bool isInName = false;
-    for (const char16_t c : model) {
-        const bool separates = std::u16string_view(u"(),| ").find(c) != std::u16string_view::npos;
-        const bool repeats = c == u'?' || c == u'*' || c == u'+';
-        if (repeats)
-            ++size.particles;
-        else if (!separates && !isInName)
-            ++size.names;
-        isInName = !separates && !repeats;
-    }
+    WalkModel(
+        model, [&](std::u16string_view) { ++size.names; }, [&] { ++size.particles; });
     size.particles += size.names;
     return size;
 }
@@ -130,9 +146,12 @@ TString DescribeCollision(const char16_t* kind, const ParseLimits& limits)
 
 void ParseBudget::Begin(const ParseLimits& limits, std::uint64_t inputBytes, bool isValidating)
 {
+    ForgetNames();
     const std::uint64_t number = m_number + 1;
+    Tables tables = std::move(m_tables);
     *this = ParseBudget();
     m_number = number;
+    m_tables = std::move(tables);
     m_limits = limits;
     m_outputLimit = GetMaximum(limits.GetAmplificationLimit(), inputBytes);
     m_scannerWorkLimit = GetMaximum(limits.GetExpansionLimit(), inputBytes);
@@ -183,7 +202,12 @@ void ParseBudget::SettleMemory() noexcept
 
 void ParseBudget::DeclareElement(std::u16string_view name, std::u16string_view model)
 {
+    m_modelNodes = 0;
     MeetName(NameKind::DeclaredElement, name);
+    if (model.starts_with(u'('))
+        WalkModel(
+            model, [&](std::u16string_view child) { MeetName(NameKind::DeclaredElement, child); },
+            [] {});
     if (!m_isValidating)
         return;
     const ModelSize size = MeasureModel(model);
@@ -235,44 +259,65 @@ void ParseBudget::MeetElement(std::u16string_view name, ParsedNames::DeclaredAtt
         if (declared != m_declaredElements.end())
             known.count = declared->second.attributes;
     }
-    MeetName(NameKind::Element, name);
+    if (!m_isValidating)
+        MeetUndeclaredElement(name);
+}
+
+void ParseBudget::MeetUndeclaredElement(std::u16string_view name)
+{
+    const auto declared = m_names.find(NameKind::DeclaredElement);
+    if (declared == m_names.end() || !declared->second.Contains(name))
+        MeetName(NameKind::Element, name);
 }
 
 void ParseBudget::MeetName(NameKind kind, std::u16string_view name)
 {
-    NameBuckets& names = m_names.try_emplace(kind, GetShape(kind)).first->second;
-    if (names.Add(name) > m_limits.GetNameCollisionLimit())
+    if (GetNames(kind).Add(name) > m_limits.GetNameCollisionLimit())
         FailCollision(NameOf(kind));
+}
+
+NameBuckets& ParseBudget::GetNames(NameKind kind)
+{
+    if (IsKept(kind))
+        return m_tables.kept.try_emplace(kind, GetShape(kind)).first->second;
+    const auto found = m_names.find(kind);
+    if (found != m_names.end())
+        return found->second;
+    return m_names.try_emplace(kind, GetShape(kind), GetReach(kind)).first->second;
 }
 
 void ParseBudget::ForgetNames() noexcept
 {
-    m_declaredElements = {};
-    m_names = {};
+    for (const auto& [kind, names] : m_names)
+        GetReach(kind) = names.GetReach();
+    // An assignment would keep the buckets.
+    decltype(m_declaredElements)().swap(m_declaredElements);
+    decltype(m_names)().swap(m_names);
     m_validatedElements.reset();
 }
 
 void ParseBudget::CheckManyAttributeNames(std::span<const char16_t* const> names)
 {
-    NameBuckets buckets(NameBuckets::c_tag);
+    NameBuckets buckets(NameBuckets::c_tag, m_tables.tagReach);
     for (const char16_t* name : names) {
-        if (buckets.Add(name) > m_limits.GetNameCollisionLimit())
+        if (buckets.AddAttribute(name, m_isValidating) > m_limits.GetNameCollisionLimit())
             FailCollision(u"attributes of a tag");
     }
+    m_tables.tagReach = buckets.GetReach();
 }
 
 void ParseBudget::AddScannerWork(std::uint64_t amount)
 {
     Add(m_scannerWork, amount);
     if (m_scannerWork > m_scannerWorkLimit) {
-        Fail(TFormatString(u"the entities and attributes of the document type make more work "
-                           u"than %1 (expansion limit, SetExpansionLimit)")
+        Fail(TFormatString(u"entities, declared attributes and tags of very many attributes make "
+                           u"more work than %1 (expansion limit, SetExpansionLimit)")
                  .Format(DescribeGrowth(m_limits.GetExpansionLimit())));
     }
 }
 
-void ParseBudget::AddValidationWork(const XMLCh* uri, const XMLCh* localName,
-                                    std::uint64_t attributes)
+void ParseBudget::AddValidationWork(std::u16string_view name, const XMLCh* uri,
+                                    const XMLCh* localName, std::uint64_t attributes)
 {
     const std::uint64_t deepest = m_limits.GetValidationDepthLimit();
     if (m_depth > deepest) {
@@ -284,7 +329,11 @@ void ParseBudget::AddValidationWork(const XMLCh* uri, const XMLCh* localName,
     if (m_depth == 1 && !m_countsMemory)
         BeginMemory(false);
     Add(m_lookUps, MultiplySaturating(1 + attributes, m_depth + m_namespacesInScope));
-    Add(m_lookUps, MultiplySaturating(c_lookUpsAnElement, CountElementsInBucket(uri, localName)));
+    if (m_elementTable == ElementTable::NoDocumentType)
+        MeetUndeclaredElement(name);
+    if (m_elementTable == ElementTable::NoSchema)
+        Add(m_lookUps,
+            MultiplySaturating(c_lookUpsAnElement, CountElementsInBucket(uri, localName)));
     if (m_lookUps > m_lookUpLimit) {
         Fail(TFormatString(u"validation takes more look-ups of names than 8 times %1 units and %2 "
                            u"times the bytes of the document (validation work limit, "

@@ -7,6 +7,7 @@
 
 #include <kesplatform/TString.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -39,8 +40,21 @@ enum class NameKind
     Identifier
 };
 
+/// Where a scanner that validates looks for the element of a tag.
+enum class ElementTable
+{
+    /// Among the elements that a document type does not declare: a table that grows, as the only
+    /// one where nothing is validated.
+    NoDocumentType,
+    /// Among those that a schema declares, which are none of the document's.
+    Schema,
+    /// Among those that no schema declares: a table that does not grow.
+    NoSchema
+};
+
 /// Keeps the accounts of one parse after the other and ends those that exceed their limits. What it
-/// costs a document without document type and schema is a few additions a tag.
+/// costs a document without document type and schema is a few additions and comparisons a tag, and
+/// for each name of an element, the first time, a look-up of its own.
 class ParseBudget
 {
 public:
@@ -54,9 +68,20 @@ public:
     /// With a document type, what the scanner allocates for a step counts, too, even if it frees
     /// it at once: the models are the document's. Those of schemas are ready before the parse, and
     /// values that are matched with a pattern may take much for a moment.
-    void BeginDocumentType() noexcept { BeginMemory(true); }
-    /// The parse is over: what it has met takes no memory any more.
+    void BeginDocumentType() noexcept
+    {
+        m_isInDocumentType = true;
+        BeginMemory(true);
+    }
+    /// What the scanner does with content models from now on, it does for validation.
+    void EndDocumentType() noexcept { m_isInDocumentType = false; }
+    /// The parse is over: what it has met takes no memory any more, but for what the scanner keeps,
+    /// too.
     void ForgetNames() noexcept;
+    /// The scanner is another one, whose tables are new.
+    void ForgetTables() noexcept { m_tables = {}; }
+    /// How large the scanner's table of the attributes of a tag may be.
+    std::size_t& GetTagReach() noexcept { return m_tables.tagReach; }
     /// Memory does not count any more: the scanner is done, or must be able to clean up.
     void EndMemory() noexcept { m_countsMemory = false; }
     /// Whether the parse does.
@@ -95,17 +120,21 @@ public:
     {
         ++m_depth;
         if (m_isValidating) [[unlikely]]
-            AddValidationWork(uri, localName, attributes);
+            AddValidationWork(name, uri, localName, attributes);
         if (known.parse != m_number) [[unlikely]]
             MeetElement(name, known);
         if (known.count != 0) [[unlikely]]
             AddScannerWork(known.count);
+        if (m_tables.tagReach > c_smallTagTable && attributes != 0) [[unlikely]]
+            AddScannerWork(m_tables.tagReach / c_bucketsAUnit);
         AddText(name.size() + (m_isInEntity ? ParseLimits::c_unitsOfImpliedElement : 1));
     }
     /// Whether attributes, too, are to be added: a tag can yield more than what stands in it.
     bool CountsAttributes() const noexcept { return m_countsAttributes; }
     /// Those of the tag that is about to start which do not stand in it.
     void SetDefaultAttributes(std::uint64_t count) noexcept { m_defaultAttributes = count; }
+    /// In which table the element of the tag is that is about to start; heeded while validating.
+    void SetElementTable(ElementTable table) noexcept { m_elementTable = table; }
     /// All attributes of a tag, whose names and values have so many units.
     void AddAttributes(std::uint64_t count, std::uint64_t units)
     {
@@ -141,6 +170,8 @@ public:
     /// The scanner is about to make a node of a content model.
     void AddModelNode()
     {
+        if (m_isInDocumentType)
+            AddScannerWork(++m_modelNodes / c_modelNodesAUnit);
         if (m_countsMemory && m_countsSteps) [[unlikely]]
             AddToStep(++m_modelNodesInStep / 2);
     }
@@ -162,11 +193,35 @@ public:
     void CloseNamespaceScope() noexcept { --m_namespacesInScope; }
 
 private:
+    /// What the scanner's tables keep from one parse to the next, as long as it lives.
+    struct Tables
+    {
+        /// By kind, the sizes that they may have.
+        std::array<std::size_t, static_cast<std::size_t>(NameKind::Identifier) + 1> reach{};
+        std::size_t tagReach = 0;
+        /// Those that keep their names, too.
+        std::unordered_map<NameKind, NameBuckets> kept;
+    };
+    /// The scanner empties its table of the attributes of a tag one bucket after the other, for
+    /// each tag. A smaller table takes no longer than the tag.
+    static constexpr std::size_t c_smallTagTable = 4096;
+    static constexpr std::size_t c_bucketsAUnit = 32;
+    /// How many names a look-up takes at worst that counts one: a model has two nodes for each.
+    static constexpr std::uint64_t c_modelNodesAUnit = 8;
+
+    NameBuckets& GetNames(NameKind kind);
+    std::size_t& GetReach(NameKind kind) noexcept
+    {
+        return m_tables.reach[static_cast<std::size_t>(kind)];
+    }
     /// The first element of a name, or the first since names were forgotten.
     void MeetElement(std::u16string_view name, ParsedNames::DeclaredAttributes& known);
+    /// What no document type declares or names lies in a table of its own.
+    void MeetUndeclaredElement(std::u16string_view name);
     void CheckManyAttributeNames(std::span<const char16_t* const> names);
     void AddScannerWork(std::uint64_t amount);
-    void AddValidationWork(const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes);
+    void AddValidationWork(std::u16string_view name, const XMLCh* uri, const XMLCh* localName,
+                           std::uint64_t attributes);
     void AddDeclarationWork(std::uint64_t amount);
     void BeginMemory(bool countsSteps) noexcept;
     void AddToStep(std::uint64_t amount);
@@ -191,7 +246,12 @@ private:
     std::uint64_t m_depth = 0;
     bool m_countsAttributes = false;
     bool m_isInEntity = false;
+    bool m_isInDocumentType = false;
+    /// Of the declaration. The scanner looks each name of a model up before it tells of the
+    /// declaration: in the worst case among all others of it.
+    std::uint64_t m_modelNodes = 0;
     std::uint64_t m_defaultAttributes = 0;
+    ElementTable m_elementTable = ElementTable::NoDocumentType;
 
     /// Of the parse.
     std::uint64_t m_number = 0;
@@ -204,6 +264,7 @@ private:
     std::unordered_map<TString, DeclaredElement> m_declaredElements;
     // Each from the first name on.
     std::unordered_map<NameKind, NameBuckets> m_names;
+    Tables m_tables;
 
     bool m_isValidating = false;
     std::uint64_t m_validationWork = 0;
@@ -211,7 +272,7 @@ private:
     std::uint64_t m_lookUps = 0;
     std::uint64_t m_lookUpLimit = c_unlimited;
     std::uint64_t m_namespacesInScope = 0;
-    /// From the first element on.
+    /// From the first element on that no schema declares.
     std::optional<NameBuckets> m_validatedElements;
 
     bool m_countsMemory = false;

@@ -1,6 +1,7 @@
 #include "scanner/XercesXMLHandler.h"
 
 #include "bytes/XercesText.h"
+#include "markup/CharacterClasses.h"
 #include "scanner/LocatingReader.h"
 
 #include <kescorexml/CoreXml.h>
@@ -134,9 +135,22 @@ void XercesXMLHandler::ForgetAttributes() noexcept
 void XercesXMLHandler::MeetIdentifiers(const xercesc::Attributes& attributes)
 {
     for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
-        // And references to them.
+        // And references to them, of which there may be several.
         if (ViewXMLCh(attributes.getType(i)).starts_with(u"ID"))
-            m_budget.MeetName(NameKind::Identifier, m_attributeValues[i]);
+            MeetEachIdentifier(m_attributeValues[i]);
+    }
+}
+
+void XercesXMLHandler::MeetEachIdentifier(std::u16string_view names)
+{
+    while (!names.empty()) {
+        const auto* const end =
+            std::find_if(names.data(), names.data() + names.size(),
+                         [](char16_t c) { return CharacterClasses::IsWhitespace(c); });
+        const auto length = static_cast<std::size_t>(end - names.data());
+        if (length != 0)
+            m_budget.MeetName(NameKind::Identifier, names.substr(0, length));
+        names.remove_prefix(std::min(length + 1, names.size()));
     }
 }
 
@@ -264,6 +278,14 @@ void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
                      exception.getColumnNumber());
     if (dynamic_cast<const InvalidUtf8*>(&exception) != nullptr)
         m_errors.Last() = std::move(m_errors.Last()).AsInvalidUtf8();
+}
+
+void XercesXMLHandler::CloseMessages()
+{
+    for (MessageList* list : {&m_warnings, &m_errors}) {
+        if (!list->IsComplete())
+            list->Close(m_budget.DescribeMessageLimit());
+    }
 }
 
 void XercesXMLHandler::resetErrors()

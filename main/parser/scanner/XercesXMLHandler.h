@@ -72,13 +72,14 @@ public:
         m_column = column;
     }
 
+    bool SawWarnings() const noexcept { return !m_warnings.IsEmpty(); }
     bool SawErrors() const noexcept { return !m_errors.IsEmpty(); }
     bool SawFatalError() const noexcept { return m_sawFatalError; }
-    /// Empties the list, of which the last entry tells if some are missing.
-    std::vector<XMLDiagnostic> TakeWarnings() { return Take(m_warnings); }
-    /// Errors and fatal errors. Empties the list, of which the last entry tells if some are
-    /// missing.
-    std::vector<XMLDiagnostic> TakeErrors() { return Take(m_errors); }
+    /// Ends both lists with an entry that tells how many messages are missing, if some are.
+    void CloseMessages();
+    const std::vector<XMLDiagnostic>& GetWarnings() const noexcept { return m_warnings.GetKept(); }
+    /// Errors and fatal errors.
+    const std::vector<XMLDiagnostic>& GetErrors() const noexcept { return m_errors.GetKept(); }
     /// The parse need not or must not go on.
     bool IsDone() const noexcept { return m_sawFatalError || m_sink.IsDone(); }
 
@@ -134,13 +135,10 @@ private:
     static void Tell(Event&& event);
     void Record(XMLDiagnostic::Kind kind, const TString& message, const TString& systemId,
                 unsigned long long line, unsigned long long column);
-    std::vector<XMLDiagnostic> Take(MessageList& list)
-    {
-        return list.Take(m_budget.DescribeMessageLimit());
-    }
     /// The same text, sharing its units with what was recorded before where it can.
     TString Share(const TString& text);
     void MeetIdentifiers(const xercesc::Attributes& attributes);
+    void MeetEachIdentifier(std::u16string_view names);
     [[noreturn]] void FailBecauseExternalEntity(const XMLCh* name);
 
     ScanSink& m_sink;

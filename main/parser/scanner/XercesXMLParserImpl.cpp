@@ -116,6 +116,7 @@ void XercesXMLParserImpl::MakeReader()
     // The last reader goes before its memory.
     m_reader = std::move(reader);
     m_memory = std::move(memory);
+    m_budget.ForgetTables();
     m_remains = Remains::Nothing;
 }
 
@@ -272,9 +273,10 @@ void XercesXMLParserImpl::RecordLimit(const LimitExceeded& exceeded, const TStri
 void XercesXMLParserImpl::CollectHandlerErrors()
 {
     const auto noError = TError::ErrorInfo::NoError();
-    for (XMLDiagnostic& warning : m_handler->TakeWarnings())
-        Record(std::move(warning), noError);
-    for (XMLDiagnostic& error : m_handler->TakeErrors())
-        Record(std::move(error), noError);
+    m_handler->CloseMessages();
+    for (const XMLDiagnostic& warning : m_handler->GetWarnings())
+        Record(XMLDiagnostic(warning), noError);
+    for (const XMLDiagnostic& error : m_handler->GetErrors())
+        Record(XMLDiagnostic(error), noError);
     m_handler->resetErrors();
 }

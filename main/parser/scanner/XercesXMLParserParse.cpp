@@ -237,7 +237,8 @@ void XercesXMLParserImpl::ScanWithXerces(const XercesInputSource& document)
     // the parser ends.
     if (m_reader == nullptr || (m_remains == Remains::Damage && m_noSchemaLoaded))
         MakeReader();
-    if (const auto tag = CollidingTags::FindFirst(document, GetNameCollisionLimit()))
+    if (const auto tag = CollidingTags::FindFirst(document, GetNameCollisionLimit(),
+                                                  !m_noSchemaLoaded, m_budget.GetTagReach()))
         m_budget.FailAtTag(tag->line, tag->column);
     ScanDocument(document);
     if (m_handler->SawErrors())

@@ -77,16 +77,19 @@ DOM::RecordedError DOM::MakeError(const XMLDiagnostic& diagnostic, const TError:
     return {{diagnostic.m_text, info, reported, cancel}, diagnostic.m_source};
 }
 
-void DiagnosticsAccess::PushErrors(const DOMElement& element,
-                                   const std::vector<XMLDiagnostic>& errors,
+void DiagnosticsAccess::PushErrors(DOMElement& element, const std::vector<XMLDiagnostic>& errors,
                                    const std::vector<TError::ErrorInfo>& infos)
 {
-    // As for all that is recorded, the constness of an element is that of the tree.
-    DOM& document = *const_cast<DOMElement&>(element).GetDOMManager();
+    if (errors.empty())
+        return;
+    DOM& document = *element.GetDOMManager();
     const ScopedLock lock(document.m_lock);
+    MessageSequence<DOM::RecordedError> messages;
+    if (const auto entry = FindEntry(document.m_errors, element); entry != document.m_errors.end())
+        messages = entry->second.messages;
     for (std::size_t i = 0; i < errors.size(); ++i)
-        Record(document.m_errors, element, DOM::MakeError(errors[i], infos[i], false, false),
-               false);
+        messages.PushBack(DOM::MakeError(errors[i], infos[i], false, false));
+    GetListOrDefaultForNode(element, document.m_errors) = std::move(messages);
 }
 
 void DOM::PushError(const DOMElement& element, const TString& message,

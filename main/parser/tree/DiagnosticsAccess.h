@@ -13,7 +13,9 @@ class DiagnosticsAccess
 {
 public:
     /// Adds errors behind those of an element, which nobody was told of and which are no
-    /// cancellations. REQUIRES: the element is attached, and there are as many records as errors.
-    static void PushErrors(const DOMElement& element, const std::vector<XMLDiagnostic>& errors,
+    /// cancellations: all of them, or none when memory runs out. Takes time in the number of those
+    /// that the element has, too. REQUIRES: the element is attached, and there are as many records
+    /// as errors.
+    static void PushErrors(DOMElement& element, const std::vector<XMLDiagnostic>& errors,
                            const std::vector<TError::ErrorInfo>& infos);
 };

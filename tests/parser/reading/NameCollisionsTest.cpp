@@ -7,6 +7,7 @@
 #include <kescorexml/DOMParser.h>
 #include <kescorexml/ParseLimits.h>
 #include <kescorexml/Utf8InputSource.h>
+#include <kescorexml/XercesXMLParser.h>
 
 #include <QString>
 
@@ -18,6 +19,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -125,6 +127,26 @@ auto IsCollision(const std::string& kind)
                                         "SetNameCollisionLimit)")));
 }
 
+class DeafSink : public SAXInterface
+{
+public:
+    void StartElement(TString&&, std::unordered_map<TString, TString>&&) override {}
+    void EndElement() override {}
+    void TextContent(const TString&) override {}
+};
+
+/// So many names that share a bucket in a table of that size.
+std::vector<std::string> FindNames(unsigned modulus, std::size_t count)
+{
+    std::vector<std::string> names;
+    for (int i = 0; names.size() < count; ++i) {
+        const TString name = TString::fromStdString("n" + std::to_string(i));
+        if (xercesc::XMLString::hash(GetInternalXMLChPtrFromTString(name), modulus) == 100)
+            names.push_back(name.toStdString());
+    }
+    return names;
+}
+
 /// With a byte-order mark.
 std::vector<unsigned char> Widen(const std::string& ascii, std::size_t unitSize, bool isLittle)
 {
@@ -185,16 +207,54 @@ TEST(NameCollisions, DoNotHappenToTenThousandRegularNames)
 TEST(NameCollisions, AreFoundWhereTheyAreOnesOfTheTablesSizeAlone)
 {
     // The table of elements has 479 buckets when it holds 180 to 359.
-    std::vector<std::string> names;
-    for (int i = 0; names.size() < 257; ++i) {
-        const TString name = TString::fromStdString("n" + std::to_string(i));
-        if (xercesc::XMLString::hash(GetInternalXMLChPtrFromTString(name), 479) == 100)
-            names.push_back(name.toStdString());
-    }
+    std::vector<std::string> names = FindNames(479, 257);
     const Place elements = MakePlaces().front();
     EXPECT_THAT(ParseErrors(elements, names, 256), IsCollision("elements"));
     names.pop_back();
     EXPECT_THAT(ParseErrors(elements, names, 256), IsEmpty());
+}
+
+TEST(NameCollisions, OfElementsAreNoneOfASchemaWhichLooksElsewhere)
+{
+    // The table of the elements that no schema declares does not grow: validation counts its work.
+    Place elements = MakePlaces().front();
+    elements.validates = true;
+    elements.make = [](const std::vector<std::string>& names) {
+        return "<a>" + RepeatFor(names, [](const std::string& n) { return "<" + n + "/>"; }) +
+               "</a>";
+    };
+    EXPECT_THAT(ParseErrors(elements, MakeCollidingNames(20), 10), IsEmpty());
+}
+
+TEST(NameCollisions, OfNamesInContentModelsAreThoseOfDeclaredElements)
+{
+    const auto parse = [](unsigned count) {
+        DOMParser parser;
+        parser.SetNameCollisionLimit(20);
+        std::string declarations;
+        for (const std::string& name : MakeCollidingNames(count))
+            declarations += "<!ELEMENT x" + name + " (#PCDATA|" + name + ")*>";
+        return parser.ParseXmlString(WithEntity(declarations, "<a/>"), u"id")->HasErrors();
+    };
+    EXPECT_FALSE(parse(10));
+    EXPECT_TRUE(parse(21));
+}
+
+TEST(NameCollisions, OfElementsAreNotHiddenByDeclaredOnesWhichLieElsewhere)
+{
+    std::string declarations;
+    std::string content;
+    for (int i = 0; i < 300; ++i) {
+        declarations += "<!ELEMENT p" + std::to_string(i) + " EMPTY>";
+        content += "<p" + std::to_string(i) + "/>";
+    }
+    // The table of undeclared elements has 239 buckets when it holds 89 to 178.
+    for (const std::string& name : FindNames(239, 150))
+        content += "<" + name + "/>";
+    DOMParser parser;
+    parser.SetNameCollisionLimit(100);
+    EXPECT_TRUE(parser.ParseXmlString(WithEntity(declarations, "<a>" + content + "</a>"), u"id")
+                    ->HasErrors());
 }
 
 TEST(NameCollisions, OfOneDocumentDoNotCountForTheNext)
@@ -238,6 +298,117 @@ TEST(NameCollisions, OfATagAreFoundBeforeTheScannerMeetsThem)
         EXPECT_THAT(errors.front().toStdString(),
                     testing::StartsWith("Fatal Error(2,5): more than 1024 attributes of a tag "));
     }
+}
+
+TEST(NameCollisions, OfATagAreFoundBetweenBlanksOfVersion11)
+{
+    // U+0085 and U+2028.
+    for (const char* const blank : {"\xC2\x85", "\xE2\x80\xA8"}) {
+        const std::string tag =
+            "<c" + RepeatFor(MakeCollidingNames(2000), [&](const std::string& n) {
+                return blank + n + blank + "=" + blank + "''";
+            });
+        DOMParser parser;
+        const auto document =
+            parser.ParseXmlString("<?xml version='1.1'?><a>" + tag + blank + "/></a>", u"id");
+        EXPECT_EQ(document->GetDocumentRoot(), nullptr);
+        ASSERT_EQ(document->GetErrors().size(), 1U);
+        EXPECT_THAT(document->GetErrors().front().toStdString(), HasSubstr("hashes collide"));
+        // Without them, they are blanks for the scanner, too.
+        parser.SetNameCollisionLimit(3000);
+        EXPECT_FALSE(
+            parser.ParseXmlString("<?xml version='1.1'?><a>" + tag + blank + "/></a>", u"id")
+                ->HasErrors());
+    }
+}
+
+TEST(NameCollisions, OfATagCountInATableThatAnotherTagHasMadeLarge)
+{
+    // 256 attributes make it 457 buckets large, of which the names share one.
+    const auto attribute = [](const std::string& n) { return " " + n + "=''"; };
+    std::vector<std::string> many;
+    for (int i = 0; i < 300; ++i)
+        many.push_back("p" + std::to_string(i));
+    const std::string primer = "<b" + RepeatFor(many, attribute) + "/>";
+    const std::string tag = "<c" + RepeatFor(FindNames(457, 150), attribute) + "/>";
+    const auto parse = [](DOMParser& parser, const std::string& content) {
+        parser.SetNameCollisionLimit(100);
+        return parser.ParseXmlString(WithEntity("", "<a>" + content + "</a>"), u"id")->HasErrors();
+    };
+    DOMParser parser;
+    EXPECT_FALSE(parse(parser, tag));
+    DOMParser other;
+    EXPECT_TRUE(parse(other, primer + tag));
+    // Nor is it smaller for the next document.
+    EXPECT_TRUE(parse(other, tag));
+}
+
+TEST(NameCollisions, CountInTablesThatTheDocumentBeforeHasMadeLarge)
+{
+    std::vector<std::string> many;
+    for (int i = 0; i < 300; ++i)
+        many.push_back("p" + std::to_string(i));
+    const Place elements = MakePlaces().front();
+    DOMParser parser;
+    parser.SetNameCollisionLimit(100);
+    const std::string document = elements.make(FindNames(479, 110));
+    EXPECT_FALSE(parser.ParseXmlString(document, u"id")->HasErrors());
+    EXPECT_FALSE(parser.ParseXmlString(elements.make(many), u"id")->HasErrors());
+    EXPECT_TRUE(parser.ParseXmlString(document, u"id")->HasErrors());
+}
+
+TEST(NameCollisions, OfPrefixesCountForAllDocumentsThatAParserValidates)
+{
+    for (const std::string before : {"<b xmlns:", "<b xmlns='"}) {
+        const std::string after = before.back() == ':' ? "='u'/>" : "'/>";
+        const std::vector<std::string> names = MakeCollidingNames(30);
+        Utf8InputSource none("<a/>", u"id", false);
+        const auto parser = XercesXMLParser::Create(none, std::make_shared<DeafSink>());
+        parser->LoadXSDString(c_schema, u"schema");
+        parser->SetNameCollisionLimit(20);
+        for (unsigned i = 0; i < 30; ++i) {
+            Utf8InputSource source("<a>" + before + names[i] + after + "</a>", u"id", false);
+            parser->Reload(source, std::make_shared<DeafSink>());
+            parser->Parse();
+            EXPECT_EQ(parser->HasErrors(), i >= 20) << i;
+        }
+    }
+}
+
+TEST(NameCollisions, OfReferencesCountEachOfAnAttribute)
+{
+    std::string names;
+    for (const std::string& name : MakeCollidingNames(30))
+        names += name + " ";
+    DOMParser parser;
+    parser.SetNameCollisionLimit(20);
+    parser.AddXSDInputSource(std::make_unique<Utf8InputSource>(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'>"
+        "<xs:complexType><xs:attribute name='r' type='xs:IDREFS'/></xs:complexType></xs:element>"
+        "</xs:schema>",
+        u"schema", false));
+    std::vector<std::string> errors;
+    for (const TString& error : parser.ParseXmlString("<a r='" + names + "'/>", u"id")->GetErrors())
+        errors.push_back(error.toStdString());
+    EXPECT_THAT(errors, IsCollision("identifiers"));
+}
+
+TEST(NameCollisions, OfAttributesAreThoseOfTheirNamesWithoutPrefixWhileValidating)
+{
+    // The table of the scanner does not know of prefixes then.
+    std::string declarations;
+    std::string attributes;
+    for (const char* const prefix : {"p", "q", "r"}) {
+        declarations += std::string(" xmlns:") + prefix + "='" + prefix + "'";
+        for (const std::string& name : MakeCollidingNames(8))
+            attributes += " " + std::string(prefix) + ":" + name + "=''";
+    }
+    const std::string document = "<a" + declarations + "><a" + attributes + "/></a>";
+    DOMParser parser;
+    parser.SetNameCollisionLimit(20);
+    EXPECT_FALSE(parser.ParseXmlString(document, u"id")->HasErrors());
+    parser.AddXSDInputSource(std::make_unique<Utf8InputSource>(c_schema, u"schema", false));
+    EXPECT_TRUE(parser.ParseXmlString(document, u"id")->HasErrors());
 }
 
 TEST(NameCollisions, OfATagAreLookedForNoFurtherThanTheNextOpening)

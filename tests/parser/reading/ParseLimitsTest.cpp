@@ -384,6 +384,39 @@ TEST(ParseLimits, ExpansionCountsTheAttributesDeclaredForATag)
     EXPECT_THAT(session.Parse(), c_isExpansionError);
 }
 
+TEST(ParseLimits, ExpansionCountsAQuarterOfTheSquareOfTheNamesOfAContentModel)
+{
+    const auto declare = [](const char* element) {
+        return std::string("<!ELEMENT ") + element + " (b" +
+               Concatenate(999, [](const std::string& i) { return "|b" + i; }) + ")*>";
+    };
+    Session session(WithDoctype("<!ENTITY e ''>" + declare("x") + declare("y"), "<a/>"));
+    session.parser->SetExpansionLimit(0, 510000);
+    EXPECT_THAT(session.Parse(), IsEmpty());
+    session.parser->SetExpansionLimit(0, 490000);
+    EXPECT_THAT(session.Parse(), c_isExpansionError);
+}
+
+TEST(ParseLimits, ExpansionCountsTheBucketsThatAreEmptiedForEachTag)
+{
+    // 14,629 attributes make the scanner's table 29257 buckets large, 14,628 only 3657.
+    const auto make = [](int attributes) {
+        return WithDoctype(
+            "<!ENTITY e ''>",
+            "<a><b" +
+                Concatenate(attributes, [](const std::string& i) { return " c" + i + "=''"; }) +
+                "/>" + Repeat("<b c=''/>", 10) + Repeat("<b/>", 10) + "</a>");
+    };
+    Session large(make(14629));
+    large.parser->SetExpansionLimit(0, 11 * 914);
+    EXPECT_THAT(large.Parse(), IsEmpty());
+    large.parser->SetExpansionLimit(0, 11 * 914 - 1);
+    EXPECT_THAT(large.Parse(), c_isExpansionError);
+    Session small(make(14628));
+    small.parser->SetExpansionLimit(0, 0);
+    EXPECT_THAT(small.Parse(), IsEmpty());
+}
+
 TEST(ParseLimits, NoEntityCostsNothing)
 {
     Session session(WithDoctype("<!ENTITY e 'value'>", "<a b='&lt;&#65;'>&amp;</a>"));
@@ -505,18 +538,19 @@ TEST(ParseLimits, TenThousandLevelsCanBeValidated)
 TEST(ParseLimits, ValidationWorkCountsDepthNamespacesAndElementsOfABucket)
 {
     const std::pair<const char*, std::uint64_t> documents[] = {
-        // The depth and one element.
-        {"<a/>", 1 + 32},
-        {"<a><a/><a><a/></a></a>", (1 + 32) + (2 + 32) + (2 + 32) + (3 + 32)},
-        {"<a b='' c=''/>", 3 * 1 + 32},
+        // The depth, and nothing for an element that the schema declares.
+        {"<a/>", 1},
+        {"<a><a/><a><a/></a></a>", 1 + 2 + 2 + 3},
+        {"<a b='' c=''/>", 3 * 1},
         // A declaration is an attribute, too, and is in scope until its element ends.
-        {"<a xmlns:p='u'><a/></a>", 2 * (1 + 1) + 32 + (2 + 1) + 32},
-        {"<a><a xmlns:p='u'/><a/></a>", (1 + 32) + (2 * (2 + 1) + 32) + (2 + 32)},
+        {"<a xmlns:p='u'><a/></a>", 2 * (1 + 1) + (2 + 1)},
+        {"<a><a xmlns:p='u'/><a/></a>", 1 + 2 * (2 + 1) + 2},
+        {"<a><b/><b/></a>", 1 + 2 * (2 + 32)},
         {"<a><b xmlns='u'/><b xmlns='v'/><b xmlns='v'/></a>",
-         (1 + 32) + (2 * (2 + 1) + 32) + 2 * (2 * (2 + 1) + 64)},
+         1 + (2 * (2 + 1) + 32) + 2 * (2 * (2 + 1) + 64)},
         // The hashes of letters are 29 apart.
-        {"<a><D/></a>", (1 + 32) + (2 + 64)},
-        {"<a><E/></a>", (1 + 32) + (2 + 32)},
+        {"<a><b/><E/></a>", 1 + (2 + 32) + (2 + 64)},
+        {"<a><b/><F/></a>", 1 + (2 + 32) + (2 + 32)},
     };
     for (const auto& [document, work] : documents) {
         SCOPED_TRACE(document);
@@ -527,6 +561,21 @@ TEST(ParseLimits, ValidationWorkCountsDepthNamespacesAndElementsOfABucket)
         session.parser->SetValidationWorkLimit(0, threshold - 1);
         EXPECT_THAT(session.Parse(), c_isValidationWorkError);
     }
+}
+
+TEST(ParseLimits, ElementsThatASchemaDeclaresAreLookedUpForNothing)
+{
+    const std::string schema =
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'>"
+        "<xs:complexType><xs:choice minOccurs='0' maxOccurs='unbounded'>" +
+        Concatenate(290, [](const std::string& i) { return "<xs:element name='b" + i + "'/>"; }) +
+        "</xs:choice></xs:complexType></xs:element></xs:schema>";
+    const std::string children =
+        Concatenate(290, [](const std::string& i) { return "<b" + i + "/>"; });
+    Session session("<a>" + Repeat(children, 20) + "</a>", schema.c_str());
+    // The depth of each, and hardly more.
+    session.parser->SetValidationWorkLimit(0, 290 * 20 * 2 / 8 + 8);
+    EXPECT_THAT(session.Parse(), IsEmpty());
 }
 
 TEST(ParseLimits, ManyElementsThatNoSchemaKnowsEnd)
@@ -840,7 +889,7 @@ TEST(ParseLimits, AreSetOnEachParser)
          [](ParseLimits& limits) { limits.SetExpansionLimit(0, 63); }, "SetExpansionLimit"},
         {"<a><a/></a>", true, [](ParseLimits& limits) { limits.SetValidationDepthLimit(1); },
          "SetValidationDepthLimit"},
-        {"<a/>", true, [](ParseLimits& limits) { limits.SetValidationWorkLimit(0, 1); },
+        {"<a><b/></a>", true, [](ParseLimits& limits) { limits.SetValidationWorkLimit(0, 1); },
          "SetValidationWorkLimit"},
         {WithDoctype("<!ENTITY e ''>", "<a><bA/><ag/></a>"), false,
          [](ParseLimits& limits) { limits.SetNameCollisionLimit(1); }, "SetNameCollisionLimit"},

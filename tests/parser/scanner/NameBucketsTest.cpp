@@ -78,6 +78,27 @@ TEST_F(NameBucketsTest, GrowLikeTheTablesOfElementsAndEntities)
     }
 }
 
+TEST_F(NameBucketsTest, CountWhatATableOfTheScannerCostsThatStaysLarge)
+{
+    xercesc::RefHashTableOf<int, CountingHasher> table(29, false);
+    int value = 0;
+    std::size_t reach = 0;
+    for (const unsigned count : {1000U, 3000U, 200U}) {
+        NameBuckets buckets(NameBuckets::Growing(29), reach);
+        for (const TString& name : MakeNames(count)) {
+            const XMLCh* const key = GetInternalXMLChPtrFromTString(name);
+            table.put(const_cast<XMLCh*>(key), &value);
+            const std::size_t comparisons =
+                CountComparisons([&] { static_cast<void>(table.get(key)); });
+            EXPECT_GE(buckets.Add(name.view()), comparisons);
+            EXPECT_LE(buckets.Add(name.view()), comparisons + 10);
+        }
+        reach = buckets.GetReach();
+        EXPECT_EQ(reach, count == 1000 ? 1919U : 7679U);
+        table.removeAll();
+    }
+}
+
 TEST_F(NameBucketsTest, GrowLikeTheTableOfATag)
 {
     xercesc::Hash2KeysSetOf<CountingHasher> table(7);

@@ -3,6 +3,7 @@
 #include "support/AllOrNothing.h"
 #include "support/FailingAllocations.h"
 #include "support/TreeTesting.h"
+#include "tree/DiagnosticsAccess.h"
 
 #include <kescorexml/DOMParser.h>
 #include <kescorexml/XMLDomFormatter.h>
@@ -145,6 +146,18 @@ TEST(DOMTreeFailure, Move)
     ExpectNoLeak([](World& w) { w.A().Move(*w.first.GetRoot(), w.first.GetDocumentRoot()); });
     ExpectNoLeak([](World& w) { w.first.GetDocumentRoot()->Move(w.SecondP(), nullptr); });
     ExpectNoLeak([](World& w) { w.SecondP().Adopt(w.A(), &w.SecondP().GetChildren()[1]); });
+}
+
+TEST(DOMTreeFailure, ErrorsOfAParse)
+{
+    const std::vector<XMLDiagnostic> errors(
+        3, {XMLDiagnostic::Kind::FatalError, u"a message that is not short", u"id", 1, 2});
+    const std::vector<TError::ErrorInfo> infos(3, TError::ErrorInfo::NoError());
+    ExpectNoLeak([&](World& w) { DiagnosticsAccess::PushErrors(w.A(), errors, infos); });
+    ExpectNoLeak([&](World& w) {
+        DiagnosticsAccess::PushErrors(w.second.GetRoot()->GetChildren()[0].GetChildren()[2], errors,
+                                      infos);
+    });
 }
 
 TEST(DOMTreeFailure, MoveToTheEndForWantOfAnInsertionPoint)
