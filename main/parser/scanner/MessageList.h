@@ -5,8 +5,9 @@
 #include <cstdint>
 #include <vector>
 
-/// The errors or the warnings of a parse as they are reported, up to the first for which the account
-/// of messages has no room. A fatal error, of which a parse has hardly more than one, always has.
+/// The errors or the warnings of a parse as they are reported, up to the first for which the
+/// account of messages has no room. A fatal error, of which a parse has hardly more than one,
+/// always has.
 class MessageList
 {
 public:

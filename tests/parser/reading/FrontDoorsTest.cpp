@@ -25,8 +25,8 @@
 
 namespace {
 
-using testing::Not;
 using testing::IsEmpty;
+using testing::Not;
 
 struct Finding
 {

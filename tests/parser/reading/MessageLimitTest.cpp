@@ -58,7 +58,8 @@ struct Session
     std::unique_ptr<XercesXMLParser> parser;
 };
 
-std::vector<std::string> MessagesOf(const std::vector<XMLDiagnostic>& diagnostics, std::size_t count)
+std::vector<std::string> MessagesOf(const std::vector<XMLDiagnostic>& diagnostics,
+                                    std::size_t count)
 {
     std::vector<std::string> messages;
     for (std::size_t i = 0; i < count; ++i)
@@ -74,12 +75,11 @@ std::vector<std::string> MessagesOf(const std::vector<XMLDiagnostic>& diagnostic
 /// What the first `count` messages take.
 std::uint64_t CostOf(const std::vector<XMLDiagnostic>& diagnostics, std::size_t count)
 {
-    return std::accumulate(diagnostics.begin(),
-                           diagnostics.begin() + static_cast<std::ptrdiff_t>(count),
-                           std::uint64_t(0), [](std::uint64_t sum, const XMLDiagnostic& message) {
-                               return sum + static_cast<std::uint64_t>(message.GetText().length()) +
-                                      64;
-                           });
+    return std::accumulate(
+        diagnostics.begin(), diagnostics.begin() + static_cast<std::ptrdiff_t>(count),
+        std::uint64_t(0), [](std::uint64_t sum, const XMLDiagnostic& message) {
+            return sum + static_cast<std::uint64_t>(message.GetText().length()) + 64;
+        });
 }
 
 /// How a list ends of which so many are missing.
@@ -205,9 +205,9 @@ TEST(MessageLimit, CountsErrorsAndWarningsTogether)
     parser->SetMessageLimit(0, CostOf(warnings, 2) + CostOf(errors, 1));
     parser->Parse();
     EXPECT_EQ(MessagesOf(parser->GetWarningDiagnostics()), MessagesOf(warnings));
-    EXPECT_THAT(MessagesOf(parser->GetErrorDiagnostics()),
-                ElementsAre(errors[0].GetMessage().toStdString(),
-                            HasSubstr(": 1 more from here on;")));
+    EXPECT_THAT(
+        MessagesOf(parser->GetErrorDiagnostics()),
+        ElementsAre(errors[0].GetMessage().toStdString(), HasSubstr(": 1 more from here on;")));
 }
 
 TEST(MessageLimit, IsMeasuredByTheBytesOfTheDocument)
@@ -232,9 +232,8 @@ TEST(MessageLimit, HoldsForEachParseAlone)
 
 TEST(MessageLimit, HoldsForASchema)
 {
-    const std::string schema =
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>" +
-        Repeat("<xs:element name='a' type='unknown'/>", 20) + "</xs:schema>";
+    const std::string schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>" +
+                               Repeat("<xs:element name='a' type='unknown'/>", 20) + "</xs:schema>";
     Utf8InputSource source(std::string("<a/>"), u"id", false);
     for (const bool isLimited : {false, true}) {
         const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingSink>());
