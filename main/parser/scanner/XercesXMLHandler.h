@@ -79,6 +79,12 @@ public:
     /// Errors and fatal errors. Empties the list, of which the last entry tells if some are
     /// missing.
     std::vector<XMLDiagnostic> TakeErrors() { return Take(m_errors); }
+    /// The names of the entities that the document has declared, but for parameter entities.
+    const std::unordered_set<TString>& GetDeclaredEntities() const noexcept
+    {
+        return m_declaredEntities;
+    }
+    void ForgetDeclaredEntities() noexcept { m_declaredEntities = {}; }
     /// The parse need not or must not go on.
     bool IsDone() const noexcept { return m_sawFatalError || m_sink.IsDone(); }
 
@@ -156,6 +162,7 @@ private:
     MessageList m_errors{XMLDiagnostic::Kind::Error};
     /// Texts and identifiers that were recorded; one schema finds the same wrong again and again.
     std::unordered_set<TString> m_recorded;
+    std::unordered_set<TString> m_declaredEntities;
     bool m_sawFatalError = false;
     bool m_loadingSchema = false;
     bool m_keepsLocations = false;
