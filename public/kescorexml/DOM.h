@@ -2,6 +2,7 @@
 
 #include <kescorexml/Export.h>
 #include <kescorexml/PathRenames.h>
+#include <kescorexml/SkippedEntity.h>
 #include <kescorexml/XMLDiagnostic.h>
 #include <kescorexml/detail/Diagnostics.h>
 #include <kesplatform/QualifiedName.h>
@@ -85,6 +86,15 @@ public:
     /// The first element with that name in document order, at most 1000 levels below the root.
     DOMElement* GetElement(const TString& name);
     const DOMElement* GetElement(const TString& name) const;
+
+    /// The entities to which the text refers that this document was parsed from, although nobody
+    /// declares them, in the order of their first references: the tree lacks what they stand for.
+    /// Empty for other documents, and when the text was not read to its end. The reference is read
+    /// without the lock; a DeepCopy to this document ends it.
+    const std::vector<SkippedEntity>& GetSkippedEntities() const noexcept
+    {
+        return m_skippedEntities;
+    }
 
     /// A number that is kept for the document's users.
     void SetDSValidationCancelType(int type);
@@ -258,6 +268,7 @@ private:
     DiagnosticsRegistry<RecordedError> m_errors;
     DiagnosticsRegistry<DOMWarningMessage> m_warnings;
     PathRenames m_pathRenames;
+    std::vector<SkippedEntity> m_skippedEntities;
     TString m_protectedDataSourceName;
     int m_dsValidationCancelType = 0;
     bool m_restrictExternalPaths;

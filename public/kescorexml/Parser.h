@@ -1,12 +1,14 @@
 #pragma once
 
 #include <kescorexml/Export.h>
+#include <kescorexml/SkippedEntity.h>
 #include <kescorexml/XMLDiagnostic.h>
 #include <kescorexml/detail/DiagnosticList.h>
 
 #include <kesplatform/TError.h>
 #include <kesplatform/TString.h>
 
+#include <utility>
 #include <vector>
 
 /// Runs parses and keeps the warnings and errors of the last one, in the order reported. Fatal
@@ -52,6 +54,13 @@ public:
     {
         return m_warnings.GetDiagnostics();
     }
+    /// The entities to which the document of the last parse refers although nobody declares them,
+    /// in the order of their first references. Nothing was read in their place, which is no error
+    /// and no warning. Empty when the document was not read to its end. Valid until the next parse.
+    const std::vector<SkippedEntity>& GetSkippedEntities() const noexcept
+    {
+        return m_skippedEntities;
+    }
     /// One entry for each message, in the same order.
     std::vector<TError::ErrorInfo> GetMetadataForErrors() const { return m_errors.GetMetadata(); }
     /// One entry for each message, in the same order.
@@ -66,9 +75,15 @@ protected:
 
     /// Records what is known of a place, as its kind tells.
     void Record(XMLDiagnostic&& diagnostic, const TError::ErrorInfo& info);
+    /// What GetSkippedEntities gives.
+    void SetSkippedEntities(std::vector<SkippedEntity>&& entities) noexcept
+    {
+        m_skippedEntities = std::move(entities);
+    }
 
 private:
     DiagnosticList m_warnings;
     DiagnosticList m_errors;
+    std::vector<SkippedEntity> m_skippedEntities;
     bool m_fatallyErrored = false;
 };

@@ -5,6 +5,7 @@
 #include <kescorexml/InputSource.h>
 #include <kescorexml/ParseLimits.h>
 #include <kescorexml/QtKesResourceId.h>
+#include <kescorexml/SkippedEntity.h>
 #include <kescorexml/StandaloneDOMElement.h>
 #include <kescorexml/XMLDiagnostic.h>
 
@@ -26,6 +27,10 @@ struct StandaloneParseResult
     std::vector<TString> errors;
     /// The same taken apart, one entry for each message.
     std::vector<XMLDiagnostic> diagnostics;
+    /// The entities to which the document refers although nobody declares them, in the order of
+    /// their first references: the tree lacks what they stand for. Empty when the document was not
+    /// read to its end.
+    std::vector<SkippedEntity> skippedEntities;
 };
 
 /// Parses XML into a StandaloneDOMElement tree, without DOM, diagnostics by element and positions.

@@ -5,7 +5,10 @@
 #include "bytes/Utf8Faults.h"
 
 #include <kesplatform/TFormatString.h>
+#include <kesplatform/Unicode.h>
 #include <kesplatform/XmlDeclaration.h>
+
+#include <QChar>
 
 #include <algorithm>
 #include <cstddef>
@@ -117,4 +120,27 @@ TextPosition OverlookedFaults::LocateEnd(std::string_view bytes, const ScannerEn
             counter.Pass(unit);
     }
     return counter.Get();
+}
+
+std::string OverlookedFaults::ToUtf8(std::string_view bytes, bool isUtf8)
+{
+    const ScannerEncoding encoding = isUtf8 ? ScannerEncoding() : ScannerEncoding::Find(bytes);
+    if (!encoding.isAscii)
+        return {};
+    if (!encoding.declared.empty())
+        return StrictDecoding::ToUtf8(bytes, encoding.declared);
+    const EncodingTable::Entry& units = *encoding.units;
+    if (units.unitSize == 1)
+        return std::string(bytes);
+    std::u16string text;
+    for (std::size_t at = 0; at < bytes.size(); at += units.unitSize) {
+        const std::uint32_t unit = units.ReadUnit(bytes, at);
+        if (unit > 0xFFFF) {
+            text += QChar::highSurrogate(unit);
+            text += QChar::lowSurrogate(unit);
+        } else {
+            text += static_cast<char16_t>(unit);
+        }
+    }
+    return Unicode::toUtf8KeepingHalves(text);
 }

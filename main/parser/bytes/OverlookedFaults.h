@@ -5,6 +5,7 @@
 #include <kesplatform/TString.h>
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 struct ScannerEncoding;
@@ -24,6 +25,10 @@ struct Fault : TextPosition
 /// mark or their declaration. Where `mayHoldNull` is false, nobody looks for null characters.
 /// Xerces must be initialised; throws xercesc::OutOfMemoryException.
 std::optional<Fault> Find(std::string_view bytes, bool isUtf8, bool mayHoldNull);
+
+/// The document as UTF-8, which it need not be; empty in EBCDIC. `isUtf8` is that of Find. Xerces
+/// must be initialised; throws xercesc::OutOfMemoryException.
+std::string ToUtf8(std::string_view bytes, bool isUtf8);
 
 /// Where that stands which follows these bytes, the first of a document of that encoding. Single
 /// bytes are UTF-8, or one character each where they are not ASCII. Xerces must be initialised;

@@ -1,5 +1,7 @@
 #include "bytes/StrictDecoding.h"
 
+#include <kesplatform/Unicode.h>
+
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XML88591Transcoder.hpp>
@@ -183,4 +185,17 @@ std::size_t StrictDecoding::FindIncomplete(std::string_view bytes, std::size_t f
         return true;
     });
     return whole == bytes.size() ? std::string_view::npos : whole;
+}
+
+std::string StrictDecoding::ToUtf8(std::string_view bytes, std::string_view encoding)
+{
+    const auto transcoder = MakeTranscoder(encoding);
+    if (transcoder == nullptr)
+        return {};
+    std::u16string text;
+    Decode(bytes, *transcoder, Pace::Blocks, [&](XMLCh unit, std::size_t, std::size_t) {
+        text += static_cast<char16_t>(unit);
+        return true;
+    });
+    return Unicode::toUtf8KeepingHalves(text);
 }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 /// Decodes as the scanner does, and sees what it passes over: the bytes for which its decoders, but
@@ -24,5 +25,8 @@ std::optional<TextPosition> FindEnd(std::string_view bytes, std::string_view enc
 /// The offset of the character that the end of the bytes has cut off, else npos. `from` is where
 /// one begins, in an encoding without states; it is the result when no decoder knows the encoding.
 std::size_t FindIncomplete(std::string_view bytes, std::size_t from, std::string_view encoding);
+
+/// The text, as the scanner decodes it; empty when no decoder knows the encoding.
+std::string ToUtf8(std::string_view bytes, std::string_view encoding);
 
 } // namespace StrictDecoding

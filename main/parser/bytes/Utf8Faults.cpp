@@ -56,18 +56,23 @@ std::size_t Utf8Faults::FindCut(std::string_view bytes) noexcept
     return std::string_view::npos;
 }
 
-TextPosition Utf8Faults::LocateEnd(std::string_view bytes) noexcept
+void Utf8Faults::Pass(PositionCounter& counter, std::string_view bytes) noexcept
 {
-    constexpr std::string_view c_mark = EncodingTable::c_utf8.byteOrderMark;
     constexpr std::uint32_t c_firstOfTwoUnits = 0x10000;
-    if (bytes.starts_with(c_mark))
-        bytes.remove_prefix(c_mark.size());
-    PositionCounter counter;
     for (const char byte : bytes) {
         const auto value = static_cast<unsigned char>(byte);
         const bool continuesCharacter = (value & 0xC0) == 0x80;
         if (!continuesCharacter)
             counter.Pass(value >= 0xF0 ? c_firstOfTwoUnits : value);
     }
+}
+
+TextPosition Utf8Faults::LocateEnd(std::string_view bytes) noexcept
+{
+    constexpr std::string_view c_mark = EncodingTable::c_utf8.byteOrderMark;
+    if (bytes.starts_with(c_mark))
+        bytes.remove_prefix(c_mark.size());
+    PositionCounter counter;
+    Pass(counter, bytes);
     return counter.Get();
 }

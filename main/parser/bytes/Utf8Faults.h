@@ -29,8 +29,11 @@ std::optional<Fault> FindFirst(std::string_view bytes);
 /// drops all of them, even markup, and refuses sequences that are wrong in other ways.
 std::size_t FindCut(std::string_view bytes) noexcept;
 
-/// Where that stands which follows these bytes, the first of a document in UTF-8. Bytes of none
-/// count as characters unless they would continue one.
+/// Passes these bytes, which continue those before. Bytes of no character count as one unless they
+/// would continue one.
+void Pass(PositionCounter& counter, std::string_view bytes) noexcept;
+
+/// Where that stands which follows these bytes, the first of a document in UTF-8.
 TextPosition LocateEnd(std::string_view bytes) noexcept;
 
 } // namespace Utf8Faults

@@ -181,6 +181,7 @@ std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhites
     parser.Parse();
     tree.Finish();
     CopyParserErrorsToElement(parser, root);
+    DiagnosticsAccess::SetSkippedEntities(*dom, parser.GetSkippedEntities());
     // The parser waits for the next document, which may never come.
     parser.ClearErrorsAndWarnings();
     // One that has schemas is not used again.

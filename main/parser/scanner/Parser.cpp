@@ -10,6 +10,7 @@ void Parser::Parse()
 {
     ClearErrorsAndWarnings();
     m_fatallyErrored = false;
+    m_skippedEntities.clear();
     ParseImpl();
 }
 

@@ -186,7 +186,10 @@ void XercesXMLHandler::elementDecl(const XMLCh* name, const XMLCh* model)
 
 void XercesXMLHandler::internalEntityDecl(const XMLCh* name, const XMLCh* /*value*/)
 {
-    m_budget.DeclareEntity(ViewXMLCh(name));
+    const std::u16string_view text = ViewXMLCh(name);
+    m_budget.DeclareEntity(text);
+    if (!text.starts_with(u'%'))
+        m_declaredEntities.insert(TString(text));
 }
 
 void XercesXMLHandler::attributeDecl(const XMLCh* elementName, const XMLCh* name, const XMLCh* type,

@@ -80,6 +80,15 @@ public:
     const std::vector<XMLDiagnostic>& GetWarnings() const noexcept { return m_warnings.GetKept(); }
     /// Errors and fatal errors.
     const std::vector<XMLDiagnostic>& GetErrors() const noexcept { return m_errors.GetKept(); }
+    /// The names of the entities that the document has declared, but for parameter entities.
+    const std::unordered_set<TString>& GetDeclaredEntities() const noexcept
+    {
+        return m_declaredEntities;
+    }
+    void ForgetDeclaredEntities() noexcept
+    {
+        std::unordered_set<TString>().swap(m_declaredEntities);
+    }
     /// The parse need not or must not go on.
     bool IsDone() const noexcept { return m_sawFatalError || m_sink.IsDone(); }
 
@@ -154,6 +163,7 @@ private:
     MessageList m_errors{XMLDiagnostic::Kind::Error};
     /// Texts and identifiers that were recorded; one schema finds the same wrong again and again.
     std::unordered_set<TString> m_recorded;
+    std::unordered_set<TString> m_declaredEntities;
     bool m_sawFatalError = false;
     bool m_loadingSchema = false;
     bool m_keepsLocations = false;

@@ -6,6 +6,7 @@
 #include "bytes/XercesInputSource.h"
 #include "bytes/XercesText.h"
 #include "scanner/CollidingTags.h"
+#include "scanner/SkippedEntities.h"
 #include "scanner/XmlVersionWatch.h"
 
 #include <kescorexml/IXercesInputSourceProvider.h>
@@ -192,6 +193,7 @@ void XercesXMLParserImpl::GiveBack() noexcept
     constexpr std::size_t c_maxKept = 1024 * 1024;
     m_names.ForgetUnlessSmall();
     m_handler->ForgetAttributes();
+    m_handler->ForgetDeclaredEntities();
     m_budget.ForgetNames();
     if (!m_noSchemaLoaded || m_memory == nullptr || m_memory->GetHeld() <= c_maxKept)
         return;
@@ -321,6 +323,10 @@ void XercesXMLParserImpl::CheckEnd(const XercesInputSource& document)
     const auto fault = OverlookedFaults::Find(document.GetBytes(), isUtf8, document.MayHoldNull());
     if (fault)
         m_handler->RecordFatalError(fault->message, GetSource().Id(), fault->line, fault->column);
+    else if (m_documentType.HasBegun())
+        SetSkippedEntities(
+            SkippedEntities::Find(OverlookedFaults::ToUtf8(document.GetBytes(), isUtf8),
+                                  m_handler->GetDeclaredEntities()));
 }
 
 bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,

@@ -90,6 +90,7 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlInputSource(InputSource& sour
         m_state->statisticsHandler(
             DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});
     }
+    result.skippedEntities = parser->GetSkippedEntities();
     result.root = tree.TakeRoot();
     return result;
 }

@@ -57,6 +57,7 @@ void DOM::DeepCopy(const DOM& other)
     auto dataConnectionRenames = other.m_dataConnectionRenames;
     auto mapSourceRenames = other.m_mapSourceRenames;
     auto pathRenames = other.m_pathRenames;
+    auto skippedEntities = other.m_skippedEntities;
 
     // The registries are cleared before the tree is copied, since copies do not displace messages
     // that are there; they come back if the copy fails.
@@ -75,6 +76,7 @@ void DOM::DeepCopy(const DOM& other)
     m_dataConnectionRenames.swap(dataConnectionRenames);
     m_mapSourceRenames.swap(mapSourceRenames);
     std::swap(m_pathRenames, pathRenames);
+    m_skippedEntities.swap(skippedEntities);
     m_protectedDataSourceName = other.m_protectedDataSourceName;
     m_dsValidationCancelType = other.m_dsValidationCancelType;
     m_restrictExternalPaths = other.m_restrictExternalPaths;

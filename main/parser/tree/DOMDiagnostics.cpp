@@ -77,6 +77,12 @@ DOM::RecordedError DOM::MakeError(const XMLDiagnostic& diagnostic, const TError:
     return {{diagnostic.m_text, info, reported, cancel}, diagnostic.m_source};
 }
 
+void DiagnosticsAccess::SetSkippedEntities(DOM& document,
+                                           const std::vector<SkippedEntity>& entities)
+{
+    document.m_skippedEntities = entities;
+}
+
 void DiagnosticsAccess::PushErrors(DOMElement& element, const std::vector<XMLDiagnostic>& errors,
                                    const std::vector<TError::ErrorInfo>& infos)
 {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <kescorexml/SkippedEntity.h>
 #include <kescorexml/XMLDiagnostic.h>
 
 #include <kesplatform/TError.h>
 
 #include <vector>
 
+class DOM;
 class DOMElement;
 
 /// Has a document keep what its parser has to say as it is, rather than as messages.
@@ -18,4 +20,6 @@ public:
     /// as errors.
     static void PushErrors(DOMElement& element, const std::vector<XMLDiagnostic>& errors,
                            const std::vector<TError::ErrorInfo>& infos);
+    /// What DOM::GetSkippedEntities gives.
+    static void SetSkippedEntities(DOM& document, const std::vector<SkippedEntity>& entities);
 };

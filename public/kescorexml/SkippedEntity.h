@@ -1,0 +1,22 @@
+#pragma once
+
+#include <kesplatform/TString.h>
+
+#include <cstdint>
+
+/// An entity to which a document refers although nobody declares it: in a document whose type is
+/// declared elsewhere, where parsers do not look, "&nbsp;" is no mistake, but nothing is read in
+/// its place. A plain value.
+struct SkippedEntity
+{
+    /// Without "&" and ";".
+    TString name;
+    /// How often content and attribute values of the document refer to it.
+    std::uint64_t references;
+    /// Where the first of these begins; line and column count as those of XMLDiagnostic.
+    int line;
+    int column;
+
+    /// Whether both say the same.
+    bool operator==(const SkippedEntity&) const = default;
+};
