@@ -39,6 +39,7 @@ int FailUsage(const QStringList& arguments, const QString& reason);
 int RunFormat(const QStringList& arguments);
 int RunCheck(const QStringList& arguments);
 int RunQuery(const QStringList& arguments);
+int RunEdit(const QStringList& arguments);
 int RunVersion(const QStringList& arguments);
 int RunStats(const QStringList& arguments);
 int RunTree(const QStringList& arguments);
