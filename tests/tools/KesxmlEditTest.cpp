@@ -24,8 +24,7 @@ protected:
     }
 
     /// The document with `before` replaced.
-    static std::string With(const char* before, const char* after,
-                            QByteArray document = c_document)
+    static std::string With(const char* before, const char* after, QByteArray document = c_document)
     {
         EXPECT_EQ(document.count(before), 1) << before;
         return document.replace(before, after).toStdString();
@@ -39,9 +38,8 @@ TEST_F(KesxmlEdit, SetsTextsAndLeavesAllElseAsItIs)
     const KesxmlOutcome outcome = Edit({"--set-text", "<n> & \"\xC3\xA9\""}, "//a");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
-    EXPECT_EQ(outcome.out,
-              With("old &e; </a ><a/>", "&lt;n&gt; &amp; \"\u00E9\"</a >"
-                                        "<a>&lt;n&gt; &amp; \"\u00E9\"</a>"));
+    EXPECT_EQ(outcome.out, With("old &e; </a ><a/>", "&lt;n&gt; &amp; \"\u00E9\"</a >"
+                                                     "<a>&lt;n&gt; &amp; \"\u00E9\"</a>"));
 }
 
 TEST_F(KesxmlEdit, SetsAndRemovesAttributesInTheirPlaces)
@@ -59,10 +57,10 @@ TEST_F(KesxmlEdit, Renames)
 {
     EXPECT_EQ(Edit({"--rename", "n"}, "//c").out,
               With("<c/>\n\t<c><c/>t</c>", "<n/>\n\t<n><n/>t</n>"));
-    EXPECT_EQ(Edit({"--rename", "n", "--set-text", "t", "--set-attribute", "x=1"}, "r/c",
-                   "<r><c /></r>")
-                  .out,
-              "<r><n x=\"1\" >t</n></r>");
+    EXPECT_EQ(
+        Edit({"--rename", "n", "--set-text", "t", "--set-attribute", "x=1"}, "r/c", "<r><c /></r>")
+            .out,
+        "<r><n x=\"1\" >t</n></r>");
 }
 
 TEST_F(KesxmlEdit, RemovesElementsWithTheirLines)
@@ -75,9 +73,11 @@ TEST_F(KesxmlEdit, RemovesElementsWithTheirLines)
 TEST_F(KesxmlEdit, WritesNothingThatIsNotWellFormed)
 {
     const QString file = Write("a.xml", c_document);
-    for (const QStringList& options :
-         {QStringList{"--remove"}, {"--rename", "a b"}, {"--rename", "1"}, {"--set-attribute", "<=1"},
-          {"--set-attribute", "z=1", "--set-attribute", "z=2"}}) {
+    for (const QStringList& options : {QStringList{"--remove"},
+                                       {"--rename", "a b"},
+                                       {"--rename", "1"},
+                                       {"--set-attribute", "<=1"},
+                                       {"--set-attribute", "z=1", "--set-attribute", "z=2"}}) {
         const KesxmlOutcome outcome =
             RunKesxml(QStringList{"edit", "-i"} + options + QStringList{"/r", file});
         EXPECT_EQ(outcome.status, 1) << options.join(' ').toStdString();
@@ -101,8 +101,10 @@ TEST_F(KesxmlEdit, RefusesWhatItCannotDo)
     EXPECT_EQ(entity.out, "");
     EXPECT_THAT(entity.err, HasSubstr("an element that stands in an entity cannot be edited"));
     EXPECT_EQ(Edit({"--remove"}, "//none").status, 1);
-    for (const QStringList& options :
-         {QStringList{}, {"--remove", "--rename", "a"}, {"--set-attribute", "a"}, {"-i", "--remove"}}) {
+    for (const QStringList& options : {QStringList{},
+                                       {"--remove", "--rename", "a"},
+                                       {"--set-attribute", "a"},
+                                       {"-i", "--remove"}}) {
         const KesxmlOutcome outcome = Edit(options, "//a");
         EXPECT_EQ(outcome.status, 2);
         EXPECT_THAT(outcome.err, HasSubstr("Try 'kesxml edit --help'."));
@@ -113,8 +115,7 @@ TEST_F(KesxmlEdit, WritesUtf8InPlaceOrToAFile)
 {
     const QString file = Write("a.xml", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9</a>");
     const QString output = m_directory.filePath("out.xml");
-    const std::string expected =
-        "<?xml version='1.0' encoding='UTF-8'?><b>\u00E9</b>";
+    const std::string expected = "<?xml version='1.0' encoding='UTF-8'?><b>\u00E9</b>";
     EXPECT_EQ(RunKesxml({"edit", "--rename", "b", "-o", output, "a", file}).status, 0);
     EXPECT_EQ(RunKesxml({"edit", "--rename", "b", "--in-place", "a", file}).status, 0);
     for (const QString& name : {output, file}) {

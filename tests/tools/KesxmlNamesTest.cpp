@@ -40,9 +40,11 @@ TEST_F(KesxmlNames, OfFilesAreShownEscaped)
 
 TEST_F(KesxmlNames, OfCommandsAndOptionsAreShownEscaped)
 {
-    for (const QStringList& arguments :
-         {QStringList{"a\x1b\nb"}, {"--a\x1b\nb"}, {"check", "--a\x1b\nb"},
-          {"version", "x", "a\x1b\nb"}, {"tree", "--depth", "a\x1b\nb", "x"}}) {
+    for (const QStringList& arguments : {QStringList{"a\x1b\nb"},
+                                         {"--a\x1b\nb"},
+                                         {"check", "--a\x1b\nb"},
+                                         {"version", "x", "a\x1b\nb"},
+                                         {"tree", "--depth", "a\x1b\nb", "x"}}) {
         const KesxmlOutcome outcome = RunKesxml(arguments);
         EXPECT_EQ(outcome.status, 2);
         EXPECT_THAT(outcome.err, AllOf(HasSubstr("a\\x1B\\nb"), Not(HasSubstr("\x1b"))));
@@ -53,8 +55,8 @@ TEST_F(KesxmlNames, OfCommandsAndOptionsAreShownEscaped)
 TEST_F(KesxmlNames, NeedNotBeUtf8)
 {
     const KesxmlOutcome made = RunProgram(
-        "/bin/bash", {"-c", "printf '<a version=\"1.5\"><b/></a>' >$'\\xff\\xe9 \\xc3\\xa9.xml'"}, {},
-        m_directory.path());
+        "/bin/bash", {"-c", "printf '<a version=\"1.5\"><b/></a>' >$'\\xff\\xe9 \\xc3\\xa9.xml'"},
+        {}, m_directory.path());
     ASSERT_EQ(made.err, "");
     const QString name = "$'\\xff\\xe9 \\xc3\\xa9.xml'";
     EXPECT_EQ(RunInShell("check " + name).out, "\\xFF\\xE9 \u00E9.xml: fine\n");

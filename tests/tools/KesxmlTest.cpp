@@ -33,7 +33,8 @@ class Kesxml : public KesxmlTest
 
 TEST_F(Kesxml, IsTriedWithEveryCommand)
 {
-    std::vector<QString> tried;
+    // It reads two documents, and so it has all of its tests elsewhere.
+    std::vector<QString> tried{"diff"};
     for (const QStringList& arguments : AllCommandsOn("-"))
         tried.push_back(arguments.front());
     EXPECT_THAT(GetKesxmlCommands(), UnorderedElementsAreArray(tried));

@@ -41,8 +41,8 @@ QString FindMistake(const QString& path, const MarkupEdit& edit)
     static const QRegularExpression s_other("[][@()='\"]");
     if (const auto match = s_other.match(path); match.hasMatch())
         return "'" + match.captured() + "' in the path: its steps are names, * or nothing.";
-    const bool changes = edit.text || edit.name || !edit.attributes.empty() ||
-                         !edit.removedAttributes.empty();
+    const bool changes =
+        edit.text || edit.name || !edit.attributes.empty() || !edit.removedAttributes.empty();
     if (changes && edit.removes)
         return "--remove leaves nothing to change.";
     if (!changes && !edit.removes)
@@ -92,11 +92,13 @@ int RunEdit(const QStringList& arguments)
     parser.addPositionalArgument("PATH", "The path.");
     parser.addPositionalArgument("FILE", "The document, or - for standard input.");
     const QCommandLineOption text("set-text", "Replace their text.", "TEXT");
-    const QCommandLineOption attribute("set-attribute", "Set an attribute; may be given several "
-                                                        "times.",
+    const QCommandLineOption attribute("set-attribute",
+                                       "Set an attribute; may be given several "
+                                       "times.",
                                        "NAME=VALUE");
-    const QCommandLineOption without("remove-attribute", "Remove an attribute; may be given "
-                                                         "several times.",
+    const QCommandLineOption without("remove-attribute",
+                                     "Remove an attribute; may be given "
+                                     "several times.",
                                      "NAME");
     const QCommandLineOption rename("rename", "Give them another name.", "NAME");
     const QCommandLineOption remove("remove", "Remove them.");

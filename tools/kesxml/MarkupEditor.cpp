@@ -23,15 +23,32 @@ std::string Escape(std::string_view text, bool isValue)
     std::string escaped;
     for (const char c : text) {
         switch (c) {
-        case '&': escaped += "&amp;"; break;
-        case '<': escaped += "&lt;"; break;
-        case '>': escaped += "&gt;"; break;
-        case '\r': escaped += "&#13;"; break;
-        case '"': escaped += isValue ? "&quot;" : "\""; break;
-        case '\'': escaped += isValue ? "&apos;" : "'"; break;
-        case '\n': escaped += isValue ? "&#10;" : "\n"; break;
-        case '\t': escaped += isValue ? "&#9;" : "\t"; break;
-        default: escaped += c;
+        case '&':
+            escaped += "&amp;";
+            break;
+        case '<':
+            escaped += "&lt;";
+            break;
+        case '>':
+            escaped += "&gt;";
+            break;
+        case '\r':
+            escaped += "&#13;";
+            break;
+        case '"':
+            escaped += isValue ? "&quot;" : "\"";
+            break;
+        case '\'':
+            escaped += isValue ? "&apos;" : "'";
+            break;
+        case '\n':
+            escaped += isValue ? "&#10;" : "\n";
+            break;
+        case '\t':
+            escaped += isValue ? "&#9;" : "\t";
+            break;
+        default:
+            escaped += c;
         }
     }
     return escaped;
@@ -51,8 +68,7 @@ std::string MarkupEditor::Apply(const std::vector<TextPosition>& ends)
     return Write();
 }
 
-std::vector<MarkupEditor::Element>
-MarkupEditor::Find(const std::vector<TextPosition>& ends) const
+std::vector<MarkupEditor::Element> MarkupEditor::Find(const std::vector<TextPosition>& ends) const
 {
     using Kind = MarkupToken::Kind;
     std::vector<Element> found;

@@ -20,9 +20,9 @@ struct MarkupEdit
     bool removes = false;
 };
 
-/// Does the same to some elements of a well-formed document in UTF-8, without byte-order mark, which
-/// must live as long; all else stays as it is written. Elements are named by the positions where a
-/// parser says that their start tags end. The cost is linear.
+/// Does the same to some elements of a well-formed document in UTF-8, without byte-order mark,
+/// which must live as long; all else stays as it is written. Elements are named by the positions
+/// where a parser says that their start tags end. The cost is linear.
 class MarkupEditor
 {
 public:

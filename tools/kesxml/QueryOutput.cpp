@@ -14,8 +14,8 @@ constexpr std::size_t c_textUnits = 60;
 /// One line: where the start tag begins, the path, the attributes and the start of the text.
 TString Describe(const DOMElement& element, TextPosition position, ElementPaths& paths)
 {
-    TString line = TString::number(position.line) + u":" + TString::number(position.column) +
-                   u" " + paths.Get(element);
+    TString line = TString::number(position.line) + u":" + TString::number(position.column) + u" " +
+                   paths.Get(element);
     for (const auto* attribute : SortByName(element.GetAttributes()))
         line += u" " + attribute->first + u"='" + ToAttributeText(attribute->second) + u"'";
     if (element.HasText())
