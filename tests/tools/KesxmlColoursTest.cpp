@@ -30,7 +30,7 @@ TEST_F(KesxmlColours, TellErrorsOnATerminal)
 TEST_F(KesxmlColours, TellWarningsOnATerminal)
 {
     const QString file = Write("a.xml", "<a>text<b/>text</a>");
-    EXPECT_THAT(RunOnTerminal({"format", file}, STDERR_FILENO),
+    EXPECT_THAT(RunOnTerminal({"format", "--lossy", file}, STDERR_FILENO),
                 HasSubstr(" \x1b[1;35mwarning:\x1b[0m text between child elements "));
 }
 
@@ -50,4 +50,15 @@ TEST_F(KesxmlColours, AreThoseOfTheStreamThatIsATerminal)
     EXPECT_THAT(RunKesxml({"check", file}).err, Not(HasSubstr("\x1b")));
     // Standard output is the terminal, standard error is not.
     EXPECT_EQ(RunOnTerminal({"check", file}, STDOUT_FILENO), file.toStdString() + ": 1 error\r\n");
+}
+
+TEST_F(KesxmlColours, AreUsedAsAnOptionSays)
+{
+    const QString file = WriteBroken();
+    EXPECT_THAT(RunKesxml({"check", "--color=always", file}).err, HasSubstr("\x1b[1;31m"));
+    EXPECT_THAT(RunOnTerminal({"check", "--color", "never", file}, STDERR_FILENO),
+                Not(HasSubstr("\x1b[1")));
+    EXPECT_THAT(RunOnTerminal({"check", "--color", "auto", file}, STDERR_FILENO),
+                HasSubstr("\x1b[1;31m"));
+    EXPECT_EQ(RunKesxml({"check", "--color=blue", file}).status, 2);
 }

@@ -44,7 +44,8 @@ protected:
 TEST_F(KesxmlCompletion, OffersTheCommandsOfTheHelp)
 {
     QSet<QString> expected = ToSet(GetKesxmlCommands());
-    expected.unite({"--help", "--version"});
+    EXPECT_EQ(ToSet(Complete({"help", ""})), expected);
+    expected.unite({"help", "--help", "--version"});
     EXPECT_EQ(ToSet(Complete({""})), expected);
     EXPECT_EQ(Complete({"ch"}), QStringList{"check"});
 }
@@ -65,6 +66,8 @@ TEST_F(KesxmlCompletion, LeavesFilesToBash)
     EXPECT_TRUE(Complete({"check", ""}).isEmpty());
     EXPECT_TRUE(Complete({"check", "--", "-"}).isEmpty());
     EXPECT_TRUE(Complete({"tree", "--depth", ""}).isEmpty());
+    EXPECT_TRUE(Complete({"check", "--max-errors", ""}).isEmpty());
+    EXPECT_EQ(Complete({"check", "--color", "n"}), QStringList{"never"});
 }
 
 TEST_F(KesxmlCompletion, OffersSchemasAfterXsd)

@@ -73,8 +73,9 @@ TEST_F(KesxmlJson, PrintsMatchesOfAQueryWhole)
     const QJsonArray array = Parse(outcome).array();
     ASSERT_EQ(array.size(), 2);
     EXPECT_EQ(array[0].toObject(),
-              (QJsonObject{{"line", 2},
-                           {"column", 24},
+              (QJsonObject{{"file", "-"},
+                           {"line", 2},
+                           {"column", 1},
                            {"path", "/r/a[1]"},
                            {"name", "a"},
                            {"attributes", QJsonObject{{"x", "2"}, {"y", "<\n"}}},
@@ -115,7 +116,8 @@ TEST_F(KesxmlJson, PrintsWhatStatsCounts)
 TEST_F(KesxmlJson, LeavesErrorsOfADocumentThatIsNotCheckedToStandardError)
 {
     for (const QStringList& arguments :
-         {QStringList{"stats", "--json", "-"}, QStringList{"query", "--json", "//a", "-"}}) {
+         {QStringList{"stats", "--json", "-"}, QStringList{"query", "--json", "//a", "-"},
+          QStringList{"query", "--json", "--count", "//a", "-"}}) {
         const KesxmlOutcome outcome = RunKesxml(arguments, "<a>");
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.out, "");

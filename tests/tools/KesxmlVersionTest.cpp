@@ -45,3 +45,13 @@ TEST_F(KesxmlVersion, ReadsNoFurtherThanTheFirstTag)
         Write("a.xml", "<a version='3.1'>" + QByteArray(5000, ' ') + QByteArray(5000, '\xFF'));
     EXPECT_EQ(RunKesxml({"version", file}).out, "3.1\n");
 }
+
+TEST_F(KesxmlVersion, WaitsForNoMoreThanTheFirstTag)
+{
+    // Whoever writes goes on until nobody reads any more.
+    const QString command = "(printf %s \"$1\"; while sleep 0.1; do printf ' ' || exit; done) | "
+                            "timeout 20 '" KESXML_PATH "' version -";
+    const QString tag =
+        "<!-- <a version='1'> --><a version='3.4' b='" + QString(100000, 'x') + "'>";
+    EXPECT_EQ(RunProgram("/bin/sh", {"-c", command, "sh", tag}).out, "3.4\n");
+}

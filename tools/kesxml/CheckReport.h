@@ -1,36 +1,47 @@
 #pragma once
 
-#include "Diagnostic.h"
+#include "CheckedDocument.h"
 #include "Json.h"
-
-#include <kescorexml/DOM.h>
-#include <kescorexml/InputSource.h>
 
 #include <QString>
 
+#include <cstddef>
+#include <limits>
 #include <optional>
 
 class HtmlReport;
+
+/// How a check is told.
+struct CheckReportOptions
+{
+    bool isJson = false;
+    bool showsProgress = false;
+    /// Without the line for each document.
+    bool isQuiet = false;
+    /// How many errors and warnings of a document are shown.
+    std::size_t maxErrors = std::numeric_limits<std::size_t>::max();
+};
 
 /// Tells what a check found, for people or for programs, and has it on a page too.
 class CheckReport
 {
 public:
     /// `page` may be null, and has to live as long.
-    CheckReport(bool isJson, bool showsProgress, HtmlReport* page);
+    CheckReport(const CheckReportOptions& options, HtmlReport* page);
 
     void ShowProgress(qsizetype number, qsizetype count, const QString& file);
-    void Add(const QString& file, const Diagnostics& diagnostics, InputSource& source,
-             const DOM& dom);
+    /// For a page, source and tree are needed.
+    void Add(const CheckedDocument& document);
     /// Tells nothing of a schema of which there is nothing to say.
     void AddSchema(const QString& file, const Diagnostics& diagnostics, InputSource& source);
-    void AddUnreadable(const QString& file, const TString& reason);
 
 private:
+    void AddUnreadable(const QString& file, const TString& reason);
     void HideProgress();
     void Print(const QString& file, const Diagnostics& diagnostics);
+    void PrintAsText(const QString& file, const Diagnostics& diagnostics);
 
+    CheckReportOptions m_options;
     std::optional<JsonArray> m_array;
-    bool m_showsProgress;
     HtmlReport* m_page;
 };

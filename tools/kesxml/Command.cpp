@@ -11,6 +11,8 @@ std::span<const Command> GetCommands()
         Command{"format", "Write a document formatted to standard output.", RunFormat},
         Command{"check", "Report the errors and warnings of documents.", RunCheck},
         Command{"query", "Print the elements that a path finds.", RunQuery},
+        Command{"diff", "Print in what two documents differ.", RunDiff},
+        Command{"edit", "Change the elements that a path finds.", RunEdit},
         Command{"version", "Print the version that a document names.", RunVersion},
         Command{"stats", "Count what is in a document and what it costs.", RunStats},
         Command{"tree", "Draw the elements and texts of a document.", RunTree},
@@ -18,11 +20,32 @@ std::span<const Command> GetCommands()
     return s_commands;
 }
 
+namespace {
+
+bool ReadColourMode(const QString& when)
+{
+    if (when == "auto")
+        SetColourMode(ColourMode::Auto);
+    else if (when == "always")
+        SetColourMode(ColourMode::Always);
+    else if (when == "never")
+        SetColourMode(ColourMode::Never);
+    else
+        return false;
+    return true;
+}
+
+} // namespace
+
 bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype least,
                    qsizetype most, const char* examples)
 {
     const QCommandLineOption help({"h", "help"}, "Show this help.");
-    parser.addOption(help);
+    const QCommandLineOption colour("color",
+                                    "Use colours: always, never or auto, which "
+                                    "is where a terminal shows them.",
+                                    "WHEN");
+    parser.addOptions({colour, help});
     const auto fail = [&](const QString& reason) {
         FailUsage(arguments, reason);
         return false;
@@ -36,6 +59,8 @@ bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsi
         Print(text + "\nExamples:\n" + examples);
         std::exit(FlushOutput() ? Fine : UsageOrUnreadable);
     }
+    if (parser.isSet(colour) && !ReadColourMode(parser.value(colour)))
+        return fail("'" + parser.value(colour) + "' is not always, never or auto.");
     const qsizetype count = parser.positionalArguments().size();
     if (count < least)
         return fail("an argument is missing.");

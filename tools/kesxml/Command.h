@@ -12,6 +12,7 @@ enum ExitStatus
     Fine = 0,
     DocumentHasErrors = 1,
     NothingFound = 1,
+    Different = 1,
     UsageOrUnreadable = 2
 };
 
@@ -39,6 +40,8 @@ int FailUsage(const QStringList& arguments, const QString& reason);
 int RunFormat(const QStringList& arguments);
 int RunCheck(const QStringList& arguments);
 int RunQuery(const QStringList& arguments);
+int RunDiff(const QStringList& arguments);
+int RunEdit(const QStringList& arguments);
 int RunVersion(const QStringList& arguments);
 int RunStats(const QStringList& arguments);
 int RunTree(const QStringList& arguments);

@@ -17,8 +17,12 @@ namespace {
 /// Why standard output stopped taking what it is given; 0 while it takes it.
 int s_outputError = 0;
 
+ColourMode s_colourMode = ColourMode::Auto;
+
 bool ShowsColours(int stream)
 {
+    if (s_colourMode != ColourMode::Auto)
+        return s_colourMode == ColourMode::Always;
     const QByteArray terminal = qgetenv("TERM");
     return isatty(stream) != 0 && qEnvironmentVariableIsEmpty("NO_COLOR") && !terminal.isEmpty() &&
            terminal != "dumb";
@@ -57,6 +61,11 @@ void Print(const TString& text)
     Write(text.toStdString());
 }
 
+void PrintText(const TString& lines)
+{
+    Print(isatty(STDOUT_FILENO) != 0 ? ToSafeLines(lines) : lines);
+}
+
 void PrintDocument(std::string_view document)
 {
     if (isatty(STDOUT_FILENO) != 0)
@@ -86,6 +95,11 @@ bool FlushOutput()
         return true;
     PrintError(TString(u"kesxml: standard output: ") + TString(std::strerror(s_outputError)));
     return false;
+}
+
+void SetColourMode(ColourMode mode)
+{
+    s_colourMode = mode;
 }
 
 bool HasColours()

@@ -10,6 +10,9 @@
 
 /// Writes text as it stands to standard output, buffered.
 void Print(const TString& text);
+/// Writes lines of what a document says to standard output. To a terminal, units that would steer
+/// it or turn the direction of writing go as U+FFFD.
+void PrintText(const TString& lines);
 /// Writes a document in UTF-8 to standard output. To a terminal, characters that would steer it or
 /// turn the direction of writing go as references where a reference means the same, and as U+FFFD
 /// elsewhere.
@@ -22,7 +25,16 @@ void PrintErrorAsIs(const TString& line);
 /// Writes out what is buffered. False, after saying why, when standard output did not take all; a
 /// reader that has gone away has had enough, and that is true.
 bool FlushOutput();
-/// Whether standard output is a terminal that shows colours, and these are wanted.
+/// When colours are used: where a terminal shows them, and the environment does not forbid it; or
+/// whatever stands at the other end.
+enum class ColourMode : unsigned char
+{
+    Auto,
+    Always,
+    Never
+};
+void SetColourMode(ColourMode mode);
+/// Whether colours go to standard output.
 bool HasColours();
 /// The same of standard error.
 bool HasErrorColours();

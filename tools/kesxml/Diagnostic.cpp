@@ -67,7 +67,7 @@ bool HasErrors(const Diagnostics& diagnostics)
                        [](const Diagnostic& diagnostic) { return diagnostic.isError; });
 }
 
-void PrintDiagnostics(const Diagnostics& diagnostics)
+void PrintDiagnostics(std::span<const Diagnostic> diagnostics)
 {
     const bool hasColours = HasErrorColours();
     const auto colour = [&](const char16_t* code, const TString& text) {

@@ -4,6 +4,7 @@
 
 #include <kesplatform/TString.h>
 
+#include <span>
 #include <vector>
 
 /// One message of a parse. Line and column count from 1; 0 means unknown.
@@ -39,6 +40,6 @@ bool HasErrors(const Diagnostics& diagnostics);
 /// Writes each diagnostic as a line to standard error, "FILE:LINE:COLUMN: error: MESSAGE in PATH"
 /// without what is unknown, and below it the excerpt, where there is one, with a caret under the
 /// position. In colours where standard error shows them.
-void PrintDiagnostics(const Diagnostics& diagnostics);
+void PrintDiagnostics(std::span<const Diagnostic> diagnostics);
 /// "FILE: 1 error, 2 warnings" or "FILE: fine".
 TString Summarise(const TString& file, const Diagnostics& diagnostics);

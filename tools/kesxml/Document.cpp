@@ -1,5 +1,6 @@
 #include "Document.h"
 
+#include "Entities.h"
 #include "Excerpt.h"
 #include "NativeFile.h"
 #include "SchemaSink.h"
@@ -83,17 +84,6 @@ bool DecodeDeclared(const QByteArray& bytes, std::string& text)
     }
 }
 
-/// A source for bytes in an encoding that is yet to be found out.
-std::unique_ptr<InputSource> MakeSource(const QByteArray& bytes, const QString& name)
-{
-    if (TString text; DecodeLargerUnits(bytes, text))
-        return std::make_unique<StringInputSource>(text, name, false);
-    if (std::string text; DecodeDeclared(bytes, text))
-        return std::make_unique<Utf8InputSource>(std::move(text), name, false);
-    return std::make_unique<BinaryInputSource>(
-        std::vector<unsigned char>(bytes.begin(), bytes.end()), name, false);
-}
-
 /// For who wants to know nothing but what is wrong.
 class IdleSink : public SAXInterface
 {
@@ -126,9 +116,9 @@ std::string ReadRootName(InputSource& source)
 std::unique_ptr<InputSource> OpenDocument(const QString& file)
 {
     if (file == "-")
-        return MakeSource(ReadStandardInput(), file);
+        return MakeDocument(ReadStandardInput(), file);
     if (IsPipe(file) || !IsUtf8Name(file))
-        return MakeSource(ReadNativeFile(file), file);
+        return MakeDocument(ReadNativeFile(file), file);
     try {
         // White space that was skipped would be missing from all positions.
         return InputSourceUtils::InputSourceFromFileName(file, false);
@@ -138,7 +128,17 @@ std::unique_ptr<InputSource> OpenDocument(const QString& file)
         if (!(e.GetEncoding() == u"UTF-8") || !QFileInfo(file).isFile())
             throw;
     }
-    return MakeSource(ReadNativeFile(file), file);
+    return MakeDocument(ReadNativeFile(file), file);
+}
+
+std::unique_ptr<InputSource> MakeDocument(const QByteArray& bytes, const QString& name)
+{
+    if (TString text; DecodeLargerUnits(bytes, text))
+        return std::make_unique<StringInputSource>(text, name, false);
+    if (std::string text; DecodeDeclared(bytes, text))
+        return std::make_unique<Utf8InputSource>(std::move(text), name, false);
+    return std::make_unique<BinaryInputSource>(
+        std::vector<unsigned char>(bytes.begin(), bytes.end()), name, false);
 }
 
 std::string ReadText(InputSource& source)
@@ -154,6 +154,15 @@ std::string ReadText(InputSource& source)
     if (text.starts_with(EncodingTable::c_utf8.byteOrderMark))
         text.erase(0, EncodingTable::c_utf8.byteOrderMark.size());
     return text;
+}
+
+std::string ReadTextIfPossible(InputSource& source)
+{
+    try {
+        return ReadText(source);
+    } catch (const CorvinaException&) {
+        return {};
+    }
 }
 
 DocumentReader::DocumentReader(const ReadOptions& options)
@@ -210,6 +219,8 @@ Diagnostics DocumentReader::Parse(InputSource& source, std::shared_ptr<SAXInterf
     AddDiagnostics(diagnostics, m_parser->GetWarningDiagnostics(), source.Id());
     AddDiagnostics(diagnostics, m_parser->GetErrorDiagnostics(), source.Id());
     m_parser->Reload(m_nothing, m_schemaSink);
+    if (m_options.hasEntityOption && !m_options.allowEntities)
+        NameEntityOption(diagnostics);
     AddExcerpts(diagnostics, source);
     return diagnostics;
 }

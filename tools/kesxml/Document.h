@@ -26,15 +26,22 @@ struct ReadOptions
 {
     bool allowEntities = false;
     bool lineNumbers = false;
+    /// Whether the command has the option --allow-entities, which a message may name.
+    bool hasEntityOption = false;
 };
 
 /// Opens a file or, for "-", standard input. The source bears the name of the file. What cannot be
 /// read is a CorvinaException.
 std::unique_ptr<InputSource> OpenDocument(const QString& file);
 
+/// A source for the bytes of a document, in an encoding that is yet to be found out.
+std::unique_ptr<InputSource> MakeDocument(const QByteArray& bytes, const QString& name);
+
 /// The whole text of a document in UTF-8, without byte-order mark; the source is at its start
 /// afterwards. A CorvinaException when it is in an encoding that is not read but by the parser.
 std::string ReadText(InputSource& source);
+/// The same, but empty where that throws.
+std::string ReadTextIfPossible(InputSource& source);
 
 /// Reads documents one after the other, and validates them once it has a schema.
 class DocumentReader

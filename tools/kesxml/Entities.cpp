@@ -132,3 +132,11 @@ Diagnostics FindSkippedEntities(InputSource& source, bool mayBeDeclared)
     }
     return diagnostics;
 }
+
+void NameEntityOption(Diagnostics& diagnostics)
+{
+    for (Diagnostic& diagnostic : diagnostics) {
+        if (diagnostic.message.contains(u"more than '0' entity expansions"))
+            diagnostic.message += u"; --allow-entities lifts it";
+    }
+}

@@ -12,3 +12,6 @@
 /// errors unless `mayBeDeclared`; then what the internal subset of the document type declares is
 /// looked up. Leaves the source at its start.
 Diagnostics FindSkippedEntities(InputSource& source, bool mayBeDeclared);
+
+/// Says in each error about entities that are not allowed how to allow them.
+void NameEntityOption(Diagnostics& diagnostics);

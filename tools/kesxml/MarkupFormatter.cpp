@@ -2,9 +2,7 @@
 
 #include "DeclaredSpace.h"
 #include "Markup.h"
-
-#include <kesplatform/EncodingTable.h>
-#include <kesplatform/XmlDeclaration.h>
+#include "Utf8Declaration.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -71,18 +69,6 @@ std::string_view SpaceOf(std::string_view tag)
             return attribute.value;
     }
     return {};
-}
-
-/// The declaration with UTF-8 in place of another encoding.
-std::string ToUtf8Declaration(std::string_view declaration)
-{
-    std::string written(declaration);
-    const std::string_view encoding = XmlDeclaration::FindEncoding(declaration);
-    if (!encoding.empty() && !EncodingTable::NamesUtf8(encoding)) {
-        const auto offset = static_cast<std::size_t>(encoding.data() - declaration.data());
-        written.replace(offset, encoding.size(), "UTF-8");
-    }
-    return written;
 }
 
 class Formatter

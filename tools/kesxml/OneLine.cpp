@@ -119,3 +119,11 @@ TString ToSafeUnits(const TString& text)
         unit = IsBlank(unit) ? u' ' : ToSafe(unit);
     return TString(std::u16string_view(safe));
 }
+
+TString ToSafeLines(const TString& text)
+{
+    std::u16string safe(text.view());
+    for (char16_t& unit : safe)
+        unit = unit == u'\t' || unit == u'\n' ? unit : ToSafe(unit);
+    return TString(std::u16string_view(safe));
+}

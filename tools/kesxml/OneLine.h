@@ -26,3 +26,6 @@ TString ToAttributeText(const TString& value,
 /// The text with a blank for each unit of white space, and U+FFFD for each that steers a terminal
 /// or turns the direction of writing.
 TString ToSafeUnits(const TString& text);
+
+/// The same, but tabs and line feeds stay.
+TString ToSafeLines(const TString& text);

@@ -1,73 +1,67 @@
 #include "Command.h"
 #include "Console.h"
 #include "Document.h"
-#include "ElementPath.h"
 #include "Json.h"
-#include "OneLine.h"
-#include "SortedAttributes.h"
+#include "QueryOutput.h"
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMPath.h>
+#include <kesplatform/CorvinaException.h>
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
 
 constexpr const char* c_examples = "  kesxml query //sensor stations.xml\n"
-                                   "  kesxml query '/stations/*/note' stations.xml\n"
+                                   "  kesxml query '/stations/*/note' *.xml\n"
+                                   "  kesxml query --text //title - <feed.xml\n"
+                                   "  kesxml query --attribute href //a page.xml\n"
                                    "  kesxml query --count //item - <feed.xml\n"
                                    "  kesxml query --json //sensor stations.xml | jq '.[].text'\n";
 
-constexpr std::size_t c_textUnits = 60;
-
-/// One line: where the start tag ends, the path, the attributes and the start of the text.
-TString Describe(const DOMElement& element, ElementPaths& paths)
+/// Queries one document.
+int QueryFile(DocumentReader& reader, const QString& path, const QString& file, QueryOutput& output)
 {
-    TString line = TString::number(element.GetStartLine()) + u":" +
-                   TString::number(element.GetStartColumn()) + u" " + paths.Get(element);
-    for (const auto* attribute : SortByName(element.GetAttributes()))
-        line += u" " + attribute->first + u"='" + ToAttributeText(attribute->second) + u"'";
-    if (element.HasText())
-        line += u" \"" + ToOneLine(element.GetText(), c_textUnits) + u"\"";
-    return line + u"\n";
+    const std::unique_ptr<InputSource> source = OpenDocument(file);
+    const ReadDocument document = reader.Read(*source);
+    PrintDiagnostics(document.diagnostics);
+    if (HasErrors(document.diagnostics))
+        return DocumentHasErrors;
+    output.Add(file, *source,
+               DOMPath::GetAll<const DOMElement>(*document.dom->GetDocumentRoot(), path));
+    return Fine;
 }
 
-QJsonObject ToJson(const DOMElement& element, ElementPaths& paths)
+int QueryFiles(DocumentReader& reader, const QString& path, const QStringList& files,
+               QueryOutput& output)
 {
-    QJsonObject attributes;
-    for (const auto& [name, value] : element.GetAttributes())
-        attributes[name] = QString(value);
-    return {{"line", element.GetStartLine()},
-            {"column", element.GetStartColumn()},
-            {"path", QString(paths.Get(element))},
-            {"name", QString(element.GetName())},
-            {"attributes", attributes},
-            {"text", QString(element.GetText())}};
+    int status = Fine;
+    for (const QString& file : files) {
+        try {
+            status = std::max(status, QueryFile(reader, path, file, output));
+        } catch (const CorvinaException& e) {
+            PrintError(u"kesxml: " + e.GetConcatenatedMessages());
+            status = UsageOrUnreadable;
+        }
+    }
+    return status;
 }
 
-void PrintMatches(const std::vector<const DOMElement*>& matches)
+/// What cannot be asked for; empty when all is fine.
+QString FindMistake(const QString& path, const QueryOutputOptions& options)
 {
-    ElementPaths paths;
-    for (const DOMElement* match : matches)
-        Print(Describe(*match, paths));
-}
-
-void PrintMatchesAsJson(const std::vector<const DOMElement*>& matches)
-{
-    ElementPaths paths;
-    JsonArray array;
-    for (const DOMElement* match : matches)
-        array.Add(ToJson(*match, paths));
-}
-
-void PrintCount(std::size_t count, bool isJson)
-{
-    if (isJson)
-        PrintJson({{"count", static_cast<qint64>(count)}});
-    else
-        Print(TString::number(static_cast<unsigned long>(count)) + u"\n");
+    // No name holds these; they are taken for conditions and attributes, which paths do not have.
+    static const QRegularExpression s_other("[][@()='\"]");
+    if (const auto match = s_other.match(path); match.hasMatch())
+        return "'" + match.captured() + "' in the path: its steps are names, * or nothing.";
+    if (options.isCount + options.isText + !options.attribute.isEmpty() > 1)
+        return "--count, --text and --attribute exclude each other.";
+    if (options.isJson && (options.isText || !options.attribute.isEmpty()))
+        return "--json holds text and attributes already.";
+    return {};
 }
 
 } // namespace
@@ -76,40 +70,45 @@ int RunQuery(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Prints the elements that a path finds, one a line: LINE:COLUMN of the end of the\n"
-        "start tag, the element's own path, its attributes and the start of its text.\n\n"
+        "Prints the elements that a path finds, one a line: LINE:COLUMN of the start tag,\n"
+        "the element's own path, its attributes and the start of its text. Of several\n"
+        "files, the name of the file stands before that.\n\n"
         "The steps of a path are names, * for any element, or nothing for any number of\n"
         "levels. /a/b finds the children b of the document element a, //b all elements b.");
     parser.addPositionalArgument("PATH", "The path.");
-    parser.addPositionalArgument("FILE", "The document, or - for standard input.");
+    parser.addPositionalArgument("FILE", "A document, or - for standard input.", "FILE...");
     const QCommandLineOption count("count", "Print the number of matches and nothing else.");
+    const QCommandLineOption text("text", "Print the whole text of each match and nothing else.");
+    const QCommandLineOption attribute(
+        "attribute", "Print the value of this attribute of the matches that have it.", "NAME");
     const QCommandLineOption allowEntities("allow-entities",
-                                           "Let the document use entities that it defines itself.");
+                                           "Let documents use entities that they define "
+                                           "themselves.");
     const QCommandLineOption json = JsonOption();
-    parser.addOptions({count, allowEntities, json});
-    if (!ReadArguments(parser, arguments, 2, 2, c_examples))
+    parser.addOptions({count, text, attribute, allowEntities, json});
+    if (!ReadArguments(parser, arguments, 2, 0, c_examples))
         return UsageOrUnreadable;
 
     const QString path = parser.positionalArguments().front();
-    // No name holds these; they are taken for conditions and attributes, which paths do not have.
-    static const QRegularExpression s_other("[][@()='\"]");
-    if (const auto match = s_other.match(path); match.hasMatch()) {
-        return FailUsage(arguments, "'" + match.captured() +
-                                        "' in the path: its steps are names, * or nothing.");
-    }
-    const std::unique_ptr<InputSource> source = OpenDocument(parser.positionalArguments().back());
-    const ReadDocument document = DocumentReader({parser.isSet(allowEntities), true}).Read(*source);
-    PrintDiagnostics(document.diagnostics);
-    if (HasErrors(document.diagnostics))
-        return DocumentHasErrors;
+    const QStringList files = parser.positionalArguments().mid(1);
+    QueryOutputOptions options;
+    options.isCount = parser.isSet(count);
+    options.isText = parser.isSet(text);
+    options.isJson = parser.isSet(json);
+    options.attribute = parser.value(attribute);
+    options.namesFiles = files.size() > 1;
+    if (const QString mistake = FindMistake(path, options); !mistake.isEmpty())
+        return FailUsage(arguments, mistake);
 
-    const std::vector<const DOMElement*> matches =
-        DOMPath::GetAll<const DOMElement>(*document.dom->GetDocumentRoot(), path);
-    if (parser.isSet(count))
-        PrintCount(matches.size(), parser.isSet(json));
-    else if (parser.isSet(json))
-        PrintMatchesAsJson(matches);
-    else
-        PrintMatches(matches);
-    return matches.empty() ? NothingFound : Fine;
+    ReadOptions reading;
+    reading.allowEntities = parser.isSet(allowEntities);
+    reading.lineNumbers = true;
+    reading.hasEntityOption = true;
+    DocumentReader reader(reading);
+    QueryOutput output(options);
+    const int status = QueryFiles(reader, path, files, output);
+    output.End();
+    if (status != Fine)
+        return status;
+    return output.HasMatches() ? Fine : NothingFound;
 }

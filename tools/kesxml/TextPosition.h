@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <string_view>
 
@@ -8,6 +9,8 @@ struct TextPosition
 {
     int line = 1;
     int column = 1;
+
+    friend auto operator<=>(const TextPosition&, const TextPosition&) = default;
 };
 
 /// Knows the positions in a text in UTF-8, which must live as long. One walk over it for all.

@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "Console.h"
 #include "Document.h"
+#include "Entities.h"
 #include "Excerpt.h"
 #include "TreePicture.h"
 
@@ -47,6 +48,8 @@ int RunTree(const QStringList& arguments)
     Diagnostics diagnostics;
     AddDiagnostics(diagnostics, result.diagnostics, source->Id());
     AddExcerpts(diagnostics, *source);
+    if (!parser.isSet(allowEntities))
+        NameEntityOption(diagnostics);
     PrintDiagnostics(diagnostics);
     if (HasErrors(diagnostics))
         return DocumentHasErrors;

@@ -4,14 +4,59 @@
 
 #include <kescorexml/FileInputSource.h>
 #include <kescorexml/VersionSniffer.h>
+#include <kescorexml/XMLUtils.h>
 #include <kesplatform/CorvinaException.h>
 
 #include <QFileInfo>
+
+#include <cerrno>
+#include <cstring>
+
+#include <poll.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr const char* c_examples = "  kesxml version workbook.xml\n"
                                    "  kesxml version --attribute schema-version workbook.xml\n";
+
+/// How much is read of standard input at a time, at most.
+constexpr std::size_t c_pieceBytes = 65536;
+
+bool HasMore(int descriptor)
+{
+    pollfd waiting{descriptor, POLLIN, 0};
+    return poll(&waiting, 1, 0) > 0;
+}
+
+bool HoldsRootTag(InputSource& source)
+{
+    return XmlUtils::FindRootTag(ReadTextIfPossible(source)).start != std::string::npos;
+}
+
+/// Standard input up to the end of the first tag, and what came together with that.
+std::unique_ptr<InputSource> ReadFirstTag()
+{
+    QByteArray bytes;
+    qsizetype looked = 0;
+    for (;;) {
+        QByteArray piece(c_pieceBytes, Qt::Uninitialized);
+        const ssize_t count = read(STDIN_FILENO, piece.data(), c_pieceBytes);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            throw CorvinaException(u"standard input: " + TString(std::strerror(errno)));
+        bytes += piece.first(count);
+        // Looking at ever more of it costs linear time, unless it comes slowly.
+        const bool isMuchMore = bytes.size() - looked > looked / 4;
+        if (count > 0 && !isMuchMore && HasMore(STDIN_FILENO))
+            continue;
+        looked = bytes.size();
+        std::unique_ptr<InputSource> source = MakeDocument(bytes, "-");
+        if (count == 0 || HoldsRootTag(*source))
+            return source;
+    }
+}
 
 std::optional<VersionNumber> Sniff(const QString& file, const QString& attribute)
 {
@@ -26,7 +71,7 @@ std::optional<VersionNumber> Sniff(const QString& file, const QString& attribute
             // It is not UTF-8. The whole of it is decoded below.
         }
     }
-    const std::unique_ptr<InputSource> source = OpenDocument(file);
+    const std::unique_ptr<InputSource> source = file == "-" ? ReadFirstTag() : OpenDocument(file);
     return VersionSniffer(*source, attribute);
 }
 

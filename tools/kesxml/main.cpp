@@ -15,11 +15,12 @@ namespace {
 QString GetHelp()
 {
     QString help = "Usage: kesxml COMMAND [OPTIONS] FILE...\n"
-                   "Reads, checks, queries and writes XML documents.\n\nCommands:\n";
+                   "Reads, checks, queries, edits and writes XML documents.\n\nCommands:\n";
     for (const Command& command : GetCommands())
         help += "  " + QString(command.name).leftJustified(10) + command.summary + "\n";
     help += "\nOptions:\n"
-            "  -h, --help     Show this help; after a command, that of the command.\n"
+            "  -h, --help     Show this help; after a command, that of the command, as\n"
+            "                 'kesxml help COMMAND' does.\n"
             "  -v, --version  Show the version.\n"
             "\nA FILE named - is standard input. Terminals get colours unless NO_COLOR is set.\n"
             "\nExit status: 0 fine, 1 a document has errors or nothing was found, 2 wrong\n"
@@ -34,7 +35,7 @@ QString GetHelp()
 int Run(const QStringList& arguments)
 {
     const QString first = arguments.value(1);
-    if (first == "-h" || first == "--help") {
+    if (first == "-h" || first == "--help" || (first == "help" && arguments.size() == 2)) {
         Print(GetHelp());
         return Fine;
     }
@@ -42,6 +43,8 @@ int Run(const QStringList& arguments)
         Print(QString("kesxml " KESXML_VERSION "\n"));
         return Fine;
     }
+    if (first == "help" && arguments.size() > 2)
+        return Run({arguments.front(), arguments.at(2), "--help"});
     const auto commands = GetCommands();
     const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command& c) {
         return first == QLatin1String(c.name);
