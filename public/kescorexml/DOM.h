@@ -128,21 +128,21 @@ public:
     // ancestors.
 
     /// Whether there is an error, cancellations included.
-    [[nodiscard]] bool HasErrors(const DOMElement& element) const;
-    [[nodiscard]] bool HasErrors() const;
+    bool HasErrors(const DOMElement& element) const;
+    bool HasErrors() const;
     /// Whether there is an error that the user has not been told.
-    [[nodiscard]] bool HasUnreportedErrors(const DOMElement& element) const;
-    [[nodiscard]] bool HasUnreportedErrors() const;
+    bool HasUnreportedErrors(const DOMElement& element) const;
+    bool HasUnreportedErrors() const;
     /// Whether there is a cancellation.
-    [[nodiscard]] bool HasCancelErrors(const DOMElement& element) const;
-    [[nodiscard]] bool HasCancelErrors() const;
+    bool HasCancelErrors(const DOMElement& element) const;
+    bool HasCancelErrors() const;
     /// No error that is not a cancellation: true without any error, too.
-    [[nodiscard]] bool HasOnlyCancelErrors(const DOMElement& element) const;
-    [[nodiscard]] bool HasOnlyCancelErrors() const;
+    bool HasOnlyCancelErrors(const DOMElement& element) const;
+    bool HasOnlyCancelErrors() const;
     /// Unlike HasErrors this asks for entries: an element whose messages were adopted away has
     /// none, and a parentless element has warnings as soon as any entry exists.
-    [[nodiscard]] bool HasWarnings(const DOMElement& element) const;
-    [[nodiscard]] bool HasWarnings() const;
+    bool HasWarnings(const DOMElement& element) const;
+    bool HasWarnings() const;
 
     /// Appends to `out`.
     void GetErrors(const DOMElement& element, std::list<TString>& out) const;

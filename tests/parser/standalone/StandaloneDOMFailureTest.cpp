@@ -96,7 +96,7 @@ TEST(StandaloneDOMFailure, OfRemovingAllChildren)
 
 TEST(StandaloneDOMFailure, OfReadingChangesNothing)
 {
-    ExpectAllOrNothing<World>([](World& world) { world.element->Clone(); });
+    ExpectAllOrNothing<World>([](World& world) { static_cast<void>(world.element->Clone()); });
     ExpectAllOrNothing<World>([](World& world) { world.element->GetAllText(); });
     ExpectAllOrNothing<World>([](World& world) { world.element->GetChildren(); });
     ExpectAllOrNothing<World>([](World& world) { world.element->GetTextNodes(); });

@@ -477,7 +477,7 @@ TEST_F(DOMDiagnosticsTransfer, WholeDocumentsHandedOverInOppositeDirectionsDoNot
     const auto work = [](DOM& from, DOM& to) {
         for (int round = 0; round < 2000; ++round) {
             from.MoveErrorsAndWarningsTo(to);
-            static_cast<void>(to.HasErrors());
+            to.HasErrors();
             to.GetErrors();
         }
     };
