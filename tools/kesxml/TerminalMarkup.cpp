@@ -5,6 +5,9 @@
 
 #include <kesplatform/TString.h>
 
+#include <QChar>
+#include <QString>
+
 #include <algorithm>
 
 namespace {
