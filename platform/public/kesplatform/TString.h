@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-// Included by who converts to it or from it.
+// Programs that convert to or from it include its header.
 class QString;
 
 /// An immutable-by-sharing UTF-16 string. Lengths and positions are UTF-16 code units; -1 means
@@ -30,7 +30,7 @@ class QString;
 /// QLatin1StringView and std::filesystem::path. All of it is compared with a TString and added to
 /// it in both orders; only comparing Latin-1 allocates. Bytes are taken for UTF-8: each that is
 /// part of no well-formed sequence becomes one U+FFFD. The way back is view(), toStdString() and,
-/// for who includes its header, the conversion to QString.
+/// in programs that include its header, the conversion to QString.
 ///
 /// Different objects may be used from different threads, even when they share a text.
 /// Memory exhaustion is std::bad_alloc, a text of more than c_maxLength units std::length_error.
@@ -248,7 +248,7 @@ public:
         a.append(b);
         return std::move(a);
     }
-    // Others can be added to a QString, too; without these, that would be as good.
+    // Qt adds most of these to a QString; without operators of our own, calls were ambiguous.
     template <OtherText::Any T>
     friend TString operator+(const TString& a, const T& b)
     {

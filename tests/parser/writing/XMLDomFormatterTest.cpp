@@ -11,6 +11,7 @@
 #include <kesplatform/LogicException.h>
 
 #include <QByteArray>
+#include <QString>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -10,6 +10,7 @@
 #include <kesplatform/QualifiedName.h>
 
 #include <QByteArray>
+#include <QString>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
