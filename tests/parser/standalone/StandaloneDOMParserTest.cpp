@@ -191,8 +191,7 @@ TEST(StandaloneDOMParser, TextsInUtf8AreReadAsTheirUnits)
     });
     for (const std::string& utf8 :
          {"<a b='\xC3\xA9'>\xF0\x9F\x98\x80</a>"s, " \r\n\v\f\t<a>x</a>"s, "\xEF\xBB\xBF<a/>"s,
-          "\xC2\xA0<a/>"s, "<a>\xFF</a>"s, "  <a b='\xC3'>\xED\xA0\x80</a>"s, "<a/>\xE4\xB8"s,
-          "<a>\0</a>"s, "<a>\xEF\xBF\xBF</a>"s, ""s, "  "s}) {
+          "\xC2\xA0<a/>"s, "<a>\0</a>"s, "<a>\xEF\xBF\xBF</a>"s, ""s, "  "s}) {
         const StandaloneParseResult result = parser.ParseXmlString(utf8, u"id");
         const StandaloneParseResult expected =
             parser.ParseXmlString(TString::fromStdString(utf8), u"id");

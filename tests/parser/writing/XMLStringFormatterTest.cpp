@@ -104,7 +104,7 @@ TEST(XMLStringFormatter, WritesParsedTreesAsThePiecesOfTheBaseClassWould)
         XMLStringFormatter source(u" ", false);
         source.OutputDOMElement(tree);
         const std::unique_ptr<DOM> document =
-            DOMParser().ParseXmlString(source.GetOutput(), TString());
+            DOMParser().ParseXmlString(source.GetOutput().toStdString(), TString());
         ASSERT_FALSE(document->HasErrors()) << document->GetConcatenatedErrors();
 
         const DOMElement& parsed = *document->GetDocumentRoot();
@@ -167,8 +167,10 @@ TEST(XMLStringFormatter, WritesOneDocumentFromSeveralThreads)
     const DOMElement tree(*random.Tree(300));
     XMLStringFormatter source(u" ", false);
     source.OutputDOMElement(tree);
-    const std::unique_ptr<DOM> document = DOMParser().ParseXmlString(source.GetOutput(), TString());
-    const std::unique_ptr<DOM> other = DOMParser().ParseXmlString(source.GetOutput(), TString());
+    const std::unique_ptr<DOM> document =
+        DOMParser().ParseXmlString(source.GetOutput().toStdString(), TString());
+    const std::unique_ptr<DOM> other =
+        DOMParser().ParseXmlString(source.GetOutput().toStdString(), TString());
     ASSERT_FALSE(document->HasErrors()) << document->GetConcatenatedErrors();
     const TString expected = XMLDomFormatter::RenderAsXMLString(*other, nullptr, true);
     const TString text = source.GetOutput();
