@@ -5,6 +5,8 @@
 
 #include <kesplatform/TString.h>
 
+#include <QString>
+
 #include <algorithm>
 
 namespace {
