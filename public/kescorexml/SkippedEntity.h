@@ -13,9 +13,9 @@ struct SkippedEntity
     TString name;
     /// How often content and attribute values of the document refer to it.
     std::uint64_t references;
-    /// Where the first of these begins; line and column count as those of XMLDiagnostic.
+    /// The line in which the first of these begins. Lines and columns count as in XMLDiagnostic.
     int line;
-    int column;
+    int column; ///< Where it begins in that line.
 
     /// Whether both say the same.
     bool operator==(const SkippedEntity&) const = default;

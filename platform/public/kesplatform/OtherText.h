@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kesplatform/Export.h>
+
 #include <concepts>
 #include <cstddef>
 #include <string>

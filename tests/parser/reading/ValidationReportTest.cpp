@@ -109,7 +109,7 @@ TEST(ValidationReport, GoesOnAfterThousandsOfViolations)
     constexpr int c_count = 5000;
     std::string document = "<invoice date='2024-01-31'>\n";
     for (int i = 0; i < c_count; ++i)
-        document += "<item c_count='0'>1</item>\n";
+        document += "<item count='0'>1</item>\n";
     const std::vector<std::string> errors = Validator(Invoice()).Check(document + "</invoice>");
     ASSERT_THAT(errors, SizeIs(c_count));
     for (int i = 0; i < c_count; ++i)
