@@ -48,14 +48,14 @@ XMLDiagnostic::XMLDiagnostic(Kind kind, TString text, TString id, unsigned long 
                              unsigned long long column)
     : m_text(std::move(text))
 {
-    constexpr unsigned long long c_most = std::numeric_limits<int>::max();
+    constexpr unsigned long long c_maximum = std::numeric_limits<int>::max();
     m_source.kind = kind;
     m_source.id = std::move(id);
-    m_source.line = static_cast<int>(std::min(line, c_most));
-    m_source.column = static_cast<int>(std::min(column, c_most));
+    m_source.line = static_cast<int>(std::min(line, c_maximum));
+    m_source.column = static_cast<int>(std::min(column, c_maximum));
     m_source.form = Form::Parts;
     // The message has the very number.
-    if (line > c_most || column > c_most) {
+    if (line > c_maximum || column > c_maximum) {
         m_source.message = ::MakeMessage(kind, m_text, m_source.id, line, column);
         m_source.form = Form::Own;
     }

@@ -319,11 +319,11 @@ void ParseBudget::AddScannerWork(std::uint64_t amount)
 void ParseBudget::AddValidationWork(std::u16string_view name, const XMLCh* uri,
                                     const XMLCh* localName, std::uint64_t attributes)
 {
-    const std::uint64_t deepest = m_limits.GetValidationDepthLimit();
-    if (m_depth > deepest) {
+    const std::uint64_t maximumDepth = m_limits.GetValidationDepthLimit();
+    if (m_depth > maximumDepth) {
         Fail(TFormatString(u"elements are nested more than %1 levels deep (validation depth limit, "
                            u"SetValidationDepthLimit)")
-                 .Format(deepest));
+                 .Format(maximumDepth));
     }
     SettleMemory();
     if (m_depth == 1 && !m_countsMemory)

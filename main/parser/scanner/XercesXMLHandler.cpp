@@ -202,8 +202,8 @@ void XercesXMLHandler::attributeDecl(const XMLCh* elementName, const XMLCh* name
 
 TString XercesXMLHandler::Share(const TString& text)
 {
-    constexpr std::size_t c_mostRecorded = 1024;
-    if (m_recorded.size() == c_mostRecorded)
+    constexpr std::size_t c_maximumRecorded = 1024;
+    if (m_recorded.size() == c_maximumRecorded)
         m_recorded.clear();
     return *m_recorded.insert(text).first;
 }

@@ -68,7 +68,7 @@ namespace {
 constexpr std::int64_t c_firstRoom = 16 * 1024;
 
 // What a file that tells no size may hold at most: some devices never end.
-constexpr std::size_t c_mostWithoutSize = 0x3FFFFFFF;
+constexpr std::size_t c_maximumWithoutSize = 0x3FFFFFFF;
 
 std::string ReadAll(TFile& file)
 {
@@ -82,7 +82,7 @@ std::string ReadAll(TFile& file)
         length += count;
         if (count == 0)
             break;
-        if (size <= 0 && length > c_mostWithoutSize)
+        if (size <= 0 && length > c_maximumWithoutSize)
             throw TIO::Exception(file.GetPath(), u"the file has no size and does not end");
         if (length == bytes.size())
             bytes.resize(bytes.size() * 2);
@@ -154,9 +154,9 @@ void TFile::Open()
 std::size_t TFile::Read(void* bytes, std::size_t count)
 {
     m_impl->RequireOpen();
-    constexpr auto c_most = static_cast<std::size_t>(std::numeric_limits<qint64>::max());
+    constexpr auto c_maximum = static_cast<std::size_t>(std::numeric_limits<qint64>::max());
     const qint64 read = m_impl->File().read(static_cast<char*>(bytes),
-                                            static_cast<qint64>(std::min(count, c_most)));
+                                            static_cast<qint64>(std::min(count, c_maximum)));
     if (read < 0)
         m_impl->Fail(u"the file cannot be read");
     return static_cast<std::size_t>(read);

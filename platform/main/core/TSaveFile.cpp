@@ -33,10 +33,10 @@ public:
 
     void Write(const char* bytes, std::size_t count)
     {
-        constexpr auto c_most = static_cast<std::size_t>(std::numeric_limits<qint64>::max());
+        constexpr auto c_maximum = static_cast<std::size_t>(std::numeric_limits<qint64>::max());
         while (count > 0) {
             const qint64 written =
-                m_file.write(bytes, static_cast<qint64>(std::min(count, c_most)));
+                m_file.write(bytes, static_cast<qint64>(std::min(count, c_maximum)));
             if (written <= 0)
                 Fail();
             bytes += written;

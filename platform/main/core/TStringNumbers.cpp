@@ -111,8 +111,8 @@ TString TString::number(double value, char format, int precision)
     const int digits = precision < 0 ? 6 : precision;
 
     // Sign, the digits before the point, the point, the digits after it or the exponent.
-    constexpr std::size_t c_most = std::numeric_limits<double>::max_exponent10 + 10;
-    std::string text(c_most + static_cast<std::size_t>(digits), '\0');
+    constexpr std::size_t c_maximum = std::numeric_limits<double>::max_exponent10 + 10;
+    std::string text(c_maximum + static_cast<std::size_t>(digits), '\0');
     const auto result =
         std::to_chars(text.data(), text.data() + text.size(), unsignedIfNan, style, digits);
     text.resize(static_cast<std::size_t>(result.ptr - text.data()));

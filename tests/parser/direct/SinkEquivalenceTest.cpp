@@ -13,7 +13,7 @@
 namespace {
 
 /// As many as any of the documents that are not long.
-constexpr std::size_t c_mostEvents = 12;
+constexpr std::size_t c_maximumEvents = 12;
 
 std::size_t CountEvents(const std::string& bytes)
 {
@@ -21,7 +21,7 @@ std::size_t CountEvents(const std::string& bytes)
     ParseTrace unused;
     const auto sink = std::make_shared<TracingSink>(unused, SinkPlan());
     XercesXMLParser::Create(source, sink)->Parse();
-    return std::min(sink->CountEvents(), c_mostEvents);
+    return std::min(sink->CountEvents(), c_maximumEvents);
 }
 
 /// Counts how many are alive.

@@ -34,7 +34,7 @@ using Operation = std::function<std::optional<std::string>()>;
 
 /// Where the memory for the reader of a document fails, which takes some ten allocations, the
 /// scanner forgets the stream that it was to read: a block of 48 bytes for each.
-constexpr std::ptrdiff_t c_mostForgotten = 10;
+constexpr std::ptrdiff_t c_maximumForgotten = 10;
 
 constexpr std::size_t c_all = std::numeric_limits<std::size_t>::max();
 
@@ -74,7 +74,7 @@ void ExpectReported(const Operation& operation, std::size_t failures, int docume
             ASSERT_EQ(operation(), expected) << "after " << allowed;
         }
     }
-    EXPECT_LE(CountLiveAllocations(), before + documents * c_mostForgotten);
+    EXPECT_LE(CountLiveAllocations(), before + documents * c_maximumForgotten);
 }
 
 /// The same for a single failure and for all memory.
@@ -100,7 +100,7 @@ std::optional<std::string> Describe(const std::unique_ptr<DOM>& document)
 } // namespace
 
 #if defined(__SANITIZE_ADDRESS__)
-/// See c_mostForgotten.
+/// See c_maximumForgotten.
 extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions()
 {
     return "leak:ReaderMgr::createReader\n";
@@ -401,7 +401,7 @@ TEST(MemoryFailure, OfAValidationIsReported)
         EXPECT_GT(reported, 1000U);
     }
     // The schema, the two that all schemas stand on, and the document.
-    EXPECT_LE(CountLiveAllocations(), before + 2 * 4 * c_mostForgotten);
+    EXPECT_LE(CountLiveAllocations(), before + 2 * 4 * c_maximumForgotten);
 }
 
 TEST(MemoryFailure, OfAValidationOfAValidDocumentIsReported)
