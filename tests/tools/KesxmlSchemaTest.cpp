@@ -66,7 +66,7 @@ private:
         if (isBad) {
             reports.push_back("-:" + std::to_string(m_line) + ":" + std::to_string(m_column) +
                               ": error: attribute 'bad' is not declared for element '" + name +
-                              "' in " + path);
+                              "' in " + path + "/@bad: '1'");
         }
         if (isShort)
             return;

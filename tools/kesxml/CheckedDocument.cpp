@@ -1,5 +1,6 @@
 #include "CheckedDocument.h"
 
+#include "AttributeErrors.h"
 #include "ElementLocator.h"
 #include "Entities.h"
 #include "Excerpt.h"
@@ -49,10 +50,12 @@ CheckedDocument CheckDocument(DocumentReader& reader, const QString& file, bool 
             diagnostics = reader.Check(*checked.source);
         else
             ReadTree(reader, checked);
+        if (reader.HasSchema())
+            NameAttributes(diagnostics, *checked.source, reader);
         if (!HasErrors(diagnostics))
             AddSkippedEntities(diagnostics, *checked.source, allowEntities);
         if (!checked.dom && HasPositions(diagnostics))
-            checked.dom = reader.Read(*checked.source).dom;
+            checked.dom = reader.ReadTree(*checked.source);
         if (checked.dom)
             NameElements(diagnostics, file, *checked.dom);
     } catch (const CorvinaException& e) {

@@ -10,6 +10,9 @@ namespace {
 /// The blanks before an excerpt, which tell it from a message.
 constexpr qsizetype c_margin = 2;
 
+/// Of a longer value only the start is shown, in UTF-16 units.
+constexpr std::size_t c_valueUnits = 80;
+
 // Select Graphic Rendition of ECMA-48, as compilers use it.
 constexpr const char16_t* c_placeColour = u"1";
 constexpr const char16_t* c_errorColour = u"1;31";
@@ -29,11 +32,12 @@ Diagnostic ToDiagnostic(const XMLDiagnostic& recorded, const TString& file)
     return diagnostic;
 }
 
-/// Whether two diagnostics say the same of one place.
-bool IsSame(const XMLDiagnostic& a, const XMLDiagnostic& b)
+/// Whether two diagnostics say the same of one place in different kinds. In one kind, they are
+/// about two attributes.
+bool IsRepeated(const XMLDiagnostic& a, const XMLDiagnostic& b)
 {
-    return a.GetLine() == b.GetLine() && a.GetColumn() == b.GetColumn() && a.GetId() == b.GetId() &&
-           a.GetText() == b.GetText();
+    return a.GetKind() != b.GetKind() && a.GetLine() == b.GetLine() &&
+           a.GetColumn() == b.GetColumn() && a.GetId() == b.GetId() && a.GetText() == b.GetText();
 }
 
 /// "FILE:LINE:COLUMN:"; what is unknown is left out.
@@ -55,7 +59,7 @@ void AddDiagnostics(Diagnostics& diagnostics, const std::vector<XMLDiagnostic>& 
     const XMLDiagnostic* last = nullptr;
     for (const XMLDiagnostic& next : recorded) {
         // A parse that was given up is recorded twice, as error and as fatal error.
-        if (last == nullptr || !IsSame(next, *last))
+        if (last == nullptr || !IsRepeated(next, *last))
             diagnostics.push_back(ToDiagnostic(next, file));
         last = &next;
     }
@@ -65,6 +69,14 @@ bool HasErrors(const Diagnostics& diagnostics)
 {
     return std::any_of(diagnostics.begin(), diagnostics.end(),
                        [](const Diagnostic& diagnostic) { return diagnostic.isError; });
+}
+
+TString GetValueNote(const Diagnostic& diagnostic)
+{
+    if (diagnostic.attribute.IsEmpty() ||
+        diagnostic.message.contains(u"'" + diagnostic.value + u"'"))
+        return {};
+    return u": '" + ToAttributeText(diagnostic.value, c_valueUnits) + u"'";
 }
 
 void PrintDiagnostics(std::span<const Diagnostic> diagnostics)
@@ -79,7 +91,7 @@ void PrintDiagnostics(std::span<const Diagnostic> diagnostics)
         TString text = colour(c_placeColour, PlaceOf(diagnostic)) + u" " + kind + u" " +
                        ToOneLine(diagnostic.message);
         if (!diagnostic.path.IsEmpty())
-            text += u" in " + diagnostic.path;
+            text += u" in " + diagnostic.path + GetValueNote(diagnostic);
         PrintErrorAsIs(text);
         if (diagnostic.excerpt.IsEmpty())
             continue;

@@ -17,7 +17,8 @@ struct Diagnostic
     int column = 0;
     /// Without kind, position and name of the file.
     TString message;
-    /// The path of the element in which the position lies; empty when that is not known.
+    /// The path of the element in which the position lies; empty when that is not known. It ends
+    /// with "/@NAME" when it is known that it is about an attribute.
     TString path;
     /// The line of the document in which the position lies, fit for a terminal, without what is far
     /// from the position; empty when that is not known.
@@ -27,6 +28,10 @@ struct Diagnostic
     /// Whether it is about bytes that are not UTF-8, up to which the document was not read, so that
     /// the element is not known.
     bool isInvalidUtf8 = false;
+    /// The name of the attribute that it is about, and the value that the document gives it; empty
+    /// when that is not known.
+    TString attribute{};
+    TString value{};
 };
 
 using Diagnostics = std::vector<Diagnostic>;
@@ -37,9 +42,13 @@ void AddDiagnostics(Diagnostics& diagnostics, const std::vector<XMLDiagnostic>& 
 
 bool HasErrors(const Diagnostics& diagnostics);
 
+/// ": 'VALUE'" for an attribute, of whose value the message does not speak, cut when it is long;
+/// else nothing.
+TString GetValueNote(const Diagnostic& diagnostic);
+
 /// Writes each diagnostic as a line to standard error, "FILE:LINE:COLUMN: error: MESSAGE in PATH"
-/// without what is unknown, and below it the excerpt, where there is one, with a caret under the
-/// position. In colours where standard error shows them.
+/// with the note on the value and without what is unknown, and below it the excerpt, where there is
+/// one, with a caret under the position. In colours where standard error shows them.
 void PrintDiagnostics(std::span<const Diagnostic> diagnostics);
 /// "FILE: 1 error, 2 warnings" or "FILE: fine".
 TString Summarise(const TString& file, const Diagnostics& diagnostics);

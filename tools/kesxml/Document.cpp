@@ -172,6 +172,7 @@ DocumentReader::DocumentReader(const ReadOptions& options)
 {
     if (options.allowEntities)
         m_parser->AllowEntityExpansion_Insecure();
+    m_treeParser.SetEnableLineNumbersOnElements(options.lineNumbers);
 }
 
 DocumentReader::~DocumentReader() = default;
@@ -185,6 +186,7 @@ Diagnostics DocumentReader::LoadSchema(InputSource& source)
         return {{true, source.Id(), 0, 0, message, {}}};
     }
     m_parser->ClearErrorsAndWarnings();
+    m_hasSchema = true;
     m_schemaSink->SetSchema(source.Id());
     m_parser->LoadXSDSource(source);
     m_schemaSink->AddLoaded(source.Id());
@@ -196,6 +198,25 @@ Diagnostics DocumentReader::LoadSchema(InputSource& source)
 }
 
 ReadDocument DocumentReader::Read(InputSource& source)
+{
+    if (m_hasSchema)
+        return Build(source);
+    ReadDocument document;
+    document.diagnostics = Check(source);
+    document.dom = ReadTree(source);
+    return document;
+}
+
+std::unique_ptr<DOM> DocumentReader::ReadTree(InputSource& source)
+{
+    source.ResetToStart();
+    std::unique_ptr<DOM> dom = m_treeParser.ParseXmlInputSource(source, false);
+    // That parser expands no entities, which is an error.
+    return m_options.allowEntities && dom->HasErrors() ? Build(source).dom : std::move(dom);
+}
+
+// This takes more time and memory than the parser of trees.
+ReadDocument DocumentReader::Build(InputSource& source)
 {
     ReadDocument document;
     document.dom = std::make_unique<DOM>();

@@ -3,6 +3,7 @@
 #include "Diagnostic.h"
 
 #include <kescorexml/DOM.h>
+#include <kescorexml/DOMParser.h>
 #include <kescorexml/InputSource.h>
 #include <kescorexml/SAXInterface.h>
 #include <kescorexml/StringInputSource.h>
@@ -57,12 +58,19 @@ public:
     ReadDocument Read(InputSource& source);
     /// The same without a tree, and so in less time and memory.
     Diagnostics Check(InputSource& source);
+    /// Nothing but the tree, into which no schema has put anything.
+    std::unique_ptr<DOM> ReadTree(InputSource& source);
+    /// Whether it validates.
+    bool HasSchema() const noexcept { return m_hasSchema; }
 
 private:
+    ReadDocument Build(InputSource& source);
     /// Parses for a sink.
     Diagnostics Parse(InputSource& source, std::shared_ptr<SAXInterface> sink);
 
     ReadOptions m_options;
+    bool m_hasSchema = false;
+    DOMParser m_treeParser;
     std::shared_ptr<SchemaSink> m_schemaSink;
     std::shared_ptr<SAXInterface> m_idleSink;
     /// What the parser is bound to between documents.

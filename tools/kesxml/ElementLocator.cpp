@@ -77,6 +77,12 @@ void NameElements(Diagnostics& diagnostics, const TString& file, const DOM& docu
     });
     Walk walk(*document.GetRoot());
     ElementPaths paths;
-    for (Diagnostic* const diagnostic : inOrder)
-        diagnostic->path = paths.Get(walk.GoTo(PositionOf(*diagnostic)));
+    for (Diagnostic* const diagnostic : inOrder) {
+        const DOMElement& element = walk.GoTo(PositionOf(*diagnostic));
+        diagnostic->path = paths.Get(element);
+        if (diagnostic->attribute.IsEmpty())
+            continue;
+        diagnostic->path += u"/@" + diagnostic->attribute;
+        diagnostic->value = element.GetAttribute(diagnostic->attribute);
+    }
 }

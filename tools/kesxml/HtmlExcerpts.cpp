@@ -80,7 +80,8 @@ QString DrawMessage(const Diagnostic& diagnostic, const QString& position)
     html +=
         "<span class=\"text\">" + ToHtml(ToOneLine(diagnostic.message, c_messageUnits)) + "</span>";
     if (!diagnostic.path.IsEmpty())
-        html += " in <code>" + ToHtml(ToOneLine(diagnostic.path, c_messageUnits)) + "</code>";
+        html += " in <code>" + ToHtml(ToOneLine(diagnostic.path, c_messageUnits)) + "</code>" +
+                ToHtml(GetValueNote(diagnostic));
     return html + "</p>\n";
 }
 

@@ -40,6 +40,10 @@ QJsonObject ToJson(const Diagnostic& diagnostic)
         object["column"] = diagnostic.column;
     if (!diagnostic.path.IsEmpty())
         object["path"] = QString(diagnostic.path);
+    if (!diagnostic.attribute.IsEmpty()) {
+        object["attribute"] = QString(diagnostic.attribute);
+        object["value"] = QString(diagnostic.value);
+    }
     return object;
 }
 
