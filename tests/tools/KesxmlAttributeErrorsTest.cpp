@@ -79,9 +79,8 @@ protected:
 TEST_F(KesxmlAttributeErrors, NameTheAttributeAndShowItsValue)
 {
     const KesxmlOutcome outcome = Check("<place x='1' y='east'/>");
-    EXPECT_THAT(outcome.Reports(),
-                ElementsAre("-:2:24: error: invalid character encountered in "
-                            "/places/place/@y: 'east'"));
+    EXPECT_THAT(outcome.Reports(), ElementsAre("-:2:24: error: invalid character encountered in "
+                                               "/places/place/@y: 'east'"));
     // Where the message has the value already, it is not said again.
     EXPECT_THAT(Check("<place id='1'/>").Reports(),
                 ElementsAre(AllOf(HasSubstr("'1'"), EndsWith(" in /places/place/@id"))));
@@ -109,8 +108,9 @@ TEST_F(KesxmlAttributeErrors, NameNoAttributeInWhatIsSaidOfTheElement)
         EXPECT_EQ(subject.attribute, "") << subject;
     // An attribute that is missing is none of those that are there.
     const QByteArray instance = " xmlns:i='http://www.w3.org/2001/XMLSchema-instance'";
-    EXPECT_THAT(SubjectsIn("<place" + instance + " i:type='named' x='1' y='b'/>"),
-                ElementsAre(Subject{"/places/place/@y", "y", "b"}, Subject{"/places/place", "", ""}));
+    EXPECT_THAT(
+        SubjectsIn("<place" + instance + " i:type='named' x='1' y='b'/>"),
+        ElementsAre(Subject{"/places/place/@y", "y", "b"}, Subject{"/places/place", "", ""}));
 }
 
 TEST_F(KesxmlAttributeErrors, MayBeThoseOfTheDocumentElement)
@@ -166,8 +166,7 @@ TEST_F(KesxmlAttributeErrors, AreShownOnAPage)
     Check("<place y='east'/>", {"--html", page});
     QFile file(page);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_THAT(file.readAll().toStdString(),
-                HasSubstr("<code>/places/place/@y</code>: 'east'"));
+    EXPECT_THAT(file.readAll().toStdString(), HasSubstr("<code>/places/place/@y</code>: 'east'"));
 }
 
 TEST_F(KesxmlAttributeErrors, AreFoundInManyTagsAndDeepOnes)
@@ -177,8 +176,8 @@ TEST_F(KesxmlAttributeErrors, AreFoundInManyTagsAndDeepOnes)
     for (int i = 1; i <= 500; ++i) {
         const QByteArray number = QByteArray::number(i);
         places += "<place x='a" + number + "' y='" + number + "'/>\n";
-        expected.push_back({"/places/place[" + number.toStdString() + "]/@x", "x",
-                            "a" + number.toStdString()});
+        expected.push_back(
+            {"/places/place[" + number.toStdString() + "]/@x", "x", "a" + number.toStdString()});
     }
     EXPECT_EQ(SubjectsIn(places), expected);
     const QByteArray deep = QByteArray("<place><places>").repeated(2000) + "<place x='a'/>" +

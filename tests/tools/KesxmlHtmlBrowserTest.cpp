@@ -97,6 +97,51 @@ protected:
         return picture;
     }
 
+    /// A page with all that there is on one: errors, a long line, long names, and folded documents.
+    QString CheckManyDocuments()
+    {
+        const QString report = m_directory.filePath("report.html");
+        QStringList files{
+            Write("bad.xml", "<list>\n<" + QByteArray(300, 'n') + "/>\n<item note='" +
+                                 QByteArray("word ").repeated(200) + "'></list>\n"),
+            Write(QString(120, 'f') + ".xml", "<a>" + QByteArray("<b/>").repeated(123456) + "</a>"),
+            Write("entities.xml", "<!DOCTYPE a SYSTEM 'a.dtd'><a>&b;</a>"),
+            m_directory.filePath("missing.xml")};
+        for (int i = 0; i < 30; ++i)
+            files += Write("fine" + QString::number(i) + ".xml", "<a b='c'><d>text</d></a>");
+        const KesxmlOutcome outcome =
+            RunKesxml(QStringList{"check", "--html", report} + files, {}, m_directory.path());
+        EXPECT_EQ(outcome.status, 2) << outcome.err;
+        return report;
+    }
+
+    /// What a function of a window finds out about a page in windows of these widths, one a line.
+    /// Pages run no scripts, and the windows of browsers are never narrow, but frames are.
+    std::string Ask(const QString& page, const std::vector<int>& widths, bool isDark,
+                    const QByteArray& function)
+    {
+        QFile file(page);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        const QString content = QString::fromUtf8(file.readAll()).toHtmlEscaped();
+        QString frames = "<!DOCTYPE html><meta charset='utf-8'>";
+        for (const int width : widths)
+            frames +=
+                QString("<iframe width='%1' height='800' style='border:0' srcdoc=\"").arg(width) +
+                content + "\"></iframe>";
+        frames += "<pre></pre><script>onload = () => {"
+                  " const look = " +
+                  function +
+                  "; for (const frame of document.querySelectorAll('iframe'))"
+                  " document.querySelector('pre').append(look(frame.contentWindow), '\\n');"
+                  "};</script>";
+        const KesxmlOutcome outcome =
+            Browse({"--dump-dom", "--window-size=1500,900",
+                    QString("--blink-settings=preferredColorScheme=%1").arg(isDark ? 0 : 1)},
+                   Write("frames.html", frames.toUtf8()));
+        const std::size_t start = outcome.out.rfind("<pre>") + 5;
+        return outcome.out.substr(start, outcome.out.rfind("</pre>") - start);
+    }
+
     QString CheckHostileDocument(const QByteArray& address)
     {
         const QByteArray image = "<img src='" + address + "'/>";
@@ -137,13 +182,48 @@ TEST_F(KesxmlHtmlBrowser, IsLightOrDarkAsTheReaderLikesIt)
     EXPECT_GT(Range(dark).second, 200);
 }
 
+TEST_F(KesxmlHtmlBrowser, FitsIntoWindowsOfAllWidths)
+{
+    const QString page = CheckManyDocuments();
+    // Nothing is wider than the window, folded or not, but for tables, which scroll by themselves,
+    // and names in charts, which are cut.
+    const QByteArray look =
+        "view => {"
+        " const page = view.document;"
+        " page.querySelector('details').open = true;"
+        " const scrolls = page.documentElement.scrollWidth > view.innerWidth;"
+        " const wide = [...page.querySelectorAll('body *')].filter(e =>"
+        "  !e.closest('.documents table, .chart th') && e.getBoundingClientRect().right > "
+        "view.innerWidth + "
+        "1);"
+        " const isDark = view.matchMedia('(prefers-color-scheme: dark)').matches;"
+        " return [view.innerWidth, isDark, scrolls, ...wide.map(e => e.className)].join(' ');"
+        "}";
+    EXPECT_EQ(Ask(page, {360, 800, 1400}, false, look),
+              "360 false false\n800 false false\n1400 false false\n");
+    EXPECT_EQ(Ask(page, {360, 800, 1400}, true, look),
+              "360 true false\n800 true false\n1400 true false\n");
+}
+
+TEST_F(KesxmlHtmlBrowser, UnfoldsWhatIsFineWhenAskedTo)
+{
+    const QByteArray unfold = "view => {"
+                              " const details = view.document.querySelector('details');"
+                              " const row = details.querySelector('tbody tr');"
+                              " const before = row.checkVisibility();"
+                              " details.querySelector('summary').click();"
+                              " return [before, row.checkVisibility()].join(' ');"
+                              "}";
+    EXPECT_EQ(Ask(CheckManyDocuments(), {800}, false, unfold), "false true\n");
+}
+
 TEST_F(KesxmlHtmlBrowser, ShowsDocumentsAndAsksNobodyForAnything)
 {
     PortTrap trap;
     const QString page = CheckHostileDocument(trap.GetAddress());
     const KesxmlOutcome outcome = Browse({"--dump-dom"}, page);
     EXPECT_FALSE(trap.WasTouched());
-    EXPECT_THAT(outcome.out, HasSubstr("<h2>Documents</h2>"));
+    EXPECT_THAT(outcome.out, HasSubstr("<h2>Documents with errors or warnings</h2>"));
     EXPECT_THAT(outcome.out, HasSubstr("<mark>"));
     EXPECT_THAT(outcome.out, HasSubstr("&lt;img src='" + trap.GetAddress().toStdString()));
     EXPECT_THAT(outcome.out, Not(HasSubstr("<img")));

@@ -276,17 +276,17 @@ TEST_F(KesxmlHtml, ListsAllDocumentsWithLinks)
         if (!element.id.empty()) {
             EXPECT_TRUE(ids.insert("#" + element.id).second) << element.id;
         }
-        if (element.name == "a" && element.href != "#documents")
+        if (element.name == "a" && element.text != "All documents")
             links.push_back(element.text);
     }
-    EXPECT_THAT(links, ElementsAre(good.toStdString(), bad.toStdString(), missing.toStdString(),
+    EXPECT_THAT(links, ElementsAre(bad.toStdString(), missing.toStdString(), good.toStdString(),
                                    "standard input"));
     for (const HtmlPage::Element& element : page.elements) {
         if (!element.href.empty()) {
             EXPECT_TRUE(ids.contains(element.href)) << element.href;
         }
     }
-    EXPECT_THAT(page.Texts("td", "result fine"), SizeIs(2));
+    EXPECT_THAT(page.Texts("p", "result fine"), SizeIs(2));
     EXPECT_THAT(page.Texts("td", "result errors"), SizeIs(1));
     EXPECT_THAT(page.Texts("td", "result unreadable"), SizeIs(1));
     EXPECT_THAT(page.Texts("p", "result unreadable"),
@@ -295,6 +295,61 @@ TEST_F(KesxmlHtml, ListsAllDocumentsWithLinks)
                 ElementsAre("Check: 4 documents, 2 without errors, 1 with errors, 1 unreadable"));
     EXPECT_THAT(page.Texts("h1"), SizeIs(1));
     EXPECT_THAT(page.source, StartsWith("<!DOCTYPE html>\n<html lang=\"en\">\n"));
+}
+
+TEST_F(KesxmlHtml, HasWhatIsWrongFirstAndWhatIsFineFoldedAtTheEnd)
+{
+    const QString doubtful = Write("doubtful.xml", "<!DOCTYPE a SYSTEM 'a.dtd'><a>&b;</a>");
+    const QString bad = Write("bad.xml", "<a></b>");
+    QStringList files;
+    for (int i = 0; i < 30; ++i)
+        files += Write("fine" + QString::number(i) + ".xml", "<a/>");
+    files.insert(7, doubtful);
+    files.insert(9, bad);
+    const HtmlPage page = PageOf(files);
+    std::vector<std::string> titles = page.Texts("h2");
+    ASSERT_THAT(titles, SizeIs(4 + 30));
+    titles.resize(4);
+    EXPECT_THAT(titles,
+                ElementsAre("Documents with errors or warnings", bad.toStdString(),
+                            doubtful.toStdString(), "30 documents without errors or warnings"));
+    EXPECT_THAT(page.source, HasSubstr("<details id=\"fine\">\n<summary>"));
+    EXPECT_THAT(page.Texts("details"), SizeIs(1));
+    // A few are shown at once, and nothing is said of what there is not.
+    files.resize(5);
+    const HtmlPage small = PageOf(files);
+    EXPECT_THAT(small.source, HasSubstr("<details id=\"fine\" open=\"open\">"));
+    EXPECT_THAT(small.source, Not(HasSubstr("Documents with errors")));
+    EXPECT_THAT(PageOf({bad}).source, Not(HasSubstr("<details")));
+}
+
+TEST_F(KesxmlHtml, ShowsThousandsOfFilesInLessThanAMegabyte)
+{
+    // As long as the names of many projects' files.
+    const QString folder = QString("documents-of-a-project/%1").arg("", 40, 'x');
+    ASSERT_TRUE(QDir(m_directory.path()).mkpath(folder));
+    QStringList files;
+    for (int i = 0; i < 2000; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        QByteArray document = "<list>\n";
+        for (int item = 0; item < 12; ++item)
+            document += "  <item" + QByteArray::number(item) + " id='" + number + "'>text of " +
+                        number + "</item" + QByteArray::number(item) + ">\n";
+        files += folder + "/" + QString::number(i) + ".xml";
+        Write(files.back(), document + (i % 20 == 7 ? "</lists>" : "</list>"));
+    }
+    const KesxmlOutcome outcome = RunKesxml(
+        QStringList{"check", "--quiet", "--html", PagePath()} + files, {}, m_directory.path());
+    EXPECT_EQ(outcome.status, 1);
+    const HtmlPage page = HtmlPage::Read(PagePath());
+    EXPECT_LT(page.source.size(), 1'000'000U);
+    EXPECT_THAT(page.Texts("p", "message error"), SizeIs(100));
+    const std::vector<std::string> names = page.Texts("th");
+    for (const QString& file : files)
+        EXPECT_THAT(names, Contains(file.toStdString()));
+    EXPECT_THAT(page.Texts("p", "omitted"),
+                ElementsAre(StartsWith("The charts of "), StartsWith("The charts of 1,")));
+    EXPECT_THAT(page.source, HasSubstr("<caption>Elements by name</caption>"));
 }
 
 TEST_F(KesxmlHtml, WorksTogetherWithSchemasAndJson)

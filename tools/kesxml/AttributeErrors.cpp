@@ -237,8 +237,8 @@ void Judge(const std::string& document, const std::vector<Trial*>& trials, Docum
     }
 }
 
-void JudgeAll(const std::vector<std::string>& documents,
-              std::map<TextPosition, Suspect>& suspects, DocumentReader& reader)
+void JudgeAll(const std::vector<std::string>& documents, std::map<TextPosition, Suspect>& suspects,
+              DocumentReader& reader)
 {
     std::vector<std::vector<Trial*>> trials(documents.size());
     for (auto& [position, suspect] : suspects) {

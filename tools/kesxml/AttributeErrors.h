@@ -14,5 +14,6 @@
 /// Where that is no answer, as for an identifier that another element has too, nothing is named.
 ///
 /// REQUIRES: `diagnostics` are what `reader`, which validates, found in `source`. Takes the time of
-/// a walk over the document, and of those others, in which the trials take no more than twice its size, or 64 KiB.
+/// a walk over the document, and of those others, in which the trials take no more than twice its
+/// size, or 64 KiB.
 void NameAttributes(Diagnostics& diagnostics, InputSource& source, DocumentReader& reader);

@@ -22,6 +22,13 @@ namespace {
 constexpr std::size_t c_ofDocument = 200;
 constexpr std::size_t c_inAll = 5000;
 
+/// How many bytes the charts of a group of documents take, so that thousands of documents fit on a
+/// page that opens at once.
+constexpr qsizetype c_chartBytes = 64 * 1024;
+
+/// So many documents that are fine need not be folded.
+constexpr std::size_t c_few = 20;
+
 constexpr const char* c_doctype = "<!DOCTYPE html>";
 
 [[noreturn]] void Fail(const QString& file, const QString& reason)
@@ -68,12 +75,52 @@ QString DrawTotals(const QStringList& names, const QStringList& numbers)
     return html + "</dl>\n";
 }
 
-/// The columns of the overview behind name and result.
-const QStringList& GetColumns()
+/// What is told of a document in numbers: what was found, and what is in it.
+const QStringList& GetFindings()
 {
-    static const QStringList s_columns{"Errors",     "Warnings", "Elements",
-                                       "Attributes", "Levels",   "Characters of text"};
-    return s_columns;
+    static const QStringList s_findings{"Errors", "Warnings"};
+    return s_findings;
+}
+
+const QStringList& GetContents()
+{
+    static const QStringList s_contents{"Elements", "Attributes", "Levels", "Characters of text"};
+    return s_contents;
+}
+
+QString DrawTable(const QStringList& columns, const QString& rows)
+{
+    QString head = "<table>\n<thead><tr><th scope=\"col\">Document</th>";
+    for (const QString& column : columns)
+        head += "<th scope=\"col\" class=\"" + QString(column == "Result" ? "result" : "number") +
+                "\">" + column + "</th>";
+    return head + "</tr></thead>\n<tbody>\n" + rows + "</tbody>\n</table>\n";
+}
+
+QStringList CountContents(const Statistics& statistics)
+{
+    return {ToHtml(statistics.elements), ToHtml(statistics.attributes), ToHtml(statistics.depth),
+            ToHtml(statistics.textUnits)};
+}
+
+/// "1 error, 2 warnings", or "fine".
+QString DescribeFindings(std::size_t errors, std::size_t warnings)
+{
+    QStringList counts;
+    if (errors > 0)
+        counts += ToHtml(errors, "error");
+    if (warnings > 0)
+        counts += ToHtml(warnings, "warning");
+    return counts.isEmpty() ? "fine" : counts.join(", ");
+}
+
+/// What stands behind the documents of a group.
+QString DrawOmission(std::size_t withoutCharts)
+{
+    if (withoutCharts == 0)
+        return {};
+    return "<p class=\"omitted\">The charts of " + ToHtml(withoutCharts, "document") +
+           " are left out: there are many.</p>\n";
 }
 
 } // namespace
@@ -85,20 +132,29 @@ HtmlReport::HtmlReport(const QString& file) : m_file(file), m_diagnosticsLeft(c_
         Fail(file, m_file.errorString());
 }
 
-void HtmlReport::Begin(const QString& file, const QString& kind, const QString& details,
-                       const QStringList& numbers)
+void HtmlReport::AddTo(Group& group, const QString& file, const QString& kind,
+                       const QString& details, const QStringList& numbers, const QString& content)
 {
-    const QString id = "document-" + ToHtml(++m_count).remove(',');
+    const QString id = "document-" + QString::number(++m_count);
     const QString name = NameOf(file);
-    QString row = "<tr><th scope=\"row\"><a href=\"#" + id + "\">" + name +
-                  "</a></th><td class=\"result " + kind + "\">" + kind + "</td>";
-    for (qsizetype i = 0; i < GetColumns().size(); ++i)
-        row += "<td class=\"number\">" + numbers.value(i) + "</td>";
-    m_rows += (row + "</tr>\n").toUtf8();
-    m_documents += ("<section class=\"document\" id=\"" + id + "\" aria-labelledby=\"" + id +
-                    "-name\">\n<h2 id=\"" + id + "-name\">" + name + "</h2>\n<p class=\"result " +
-                    kind + "\">" + details + "</p>\n")
-                       .toUtf8();
+    const bool isFine = &group == &m_fine;
+    ++group.count;
+    QString row = "<tr><th scope=\"row\">" +
+                  (content.isEmpty() ? name : "<a href=\"#" + id + "\">" + name + "</a>") + "</th>";
+    if (!isFine)
+        row += "<td class=\"result " + kind + "\">" + kind + "</td>";
+    const qsizetype columns = GetContents().size() + (isFine ? 0 : GetFindings().size());
+    for (qsizetype i = 0; i < columns; ++i)
+        row += "<td>" + numbers.value(i) + "</td>";
+    group.rows += (row + "</tr>\n").toUtf8();
+    if (content.isEmpty())
+        return;
+    group.sections +=
+        ("<section class=\"document\" id=\"" + id + "\" aria-labelledby=\"" + id +
+         "-name\">\n<h2 id=\"" + id + "-name\">" + name + "</h2>\n<p class=\"result " + kind +
+         "\">" + details + "</p>\n" + content + "<p class=\"back\"><a href=\"" +
+         (isFine ? "#fine" : "#documents") + "\">All documents</a></p>\n</section>\n")
+            .toUtf8();
 }
 
 void HtmlReport::Add(const QString& file, const Diagnostics& diagnostics, InputSource& source,
@@ -107,45 +163,45 @@ void HtmlReport::Add(const QString& file, const Diagnostics& diagnostics, InputS
     const std::size_t errors = CountErrors(diagnostics);
     const std::size_t warnings = diagnostics.size() - errors;
     m_withErrors += errors > 0 ? 1 : 0;
-    QStringList numbers{ToHtml(errors), ToHtml(warnings)};
-    Distribution distribution;
-    if (dom != nullptr) {
-        const Statistics statistics = Count(*dom, &distribution);
-        numbers += {ToHtml(statistics.elements), ToHtml(statistics.attributes),
-                    ToHtml(statistics.depth), ToHtml(statistics.textUnits)};
-    }
-
-    QStringList counts;
-    if (errors > 0)
-        counts += ToHtml(errors, "error");
-    if (warnings > 0)
-        counts += ToHtml(warnings, "warning");
     const QString kind = errors > 0 ? "errors" : warnings > 0 ? "warnings" : "fine";
-    Begin(file, kind, counts.isEmpty() ? kind : counts.join(", "), numbers);
+    Group& group = errors > 0 ? m_bad : warnings > 0 ? m_doubtful : m_fine;
+    QStringList numbers;
+    if (&group != &m_fine)
+        numbers = {ToHtml(errors), ToHtml(warnings)};
 
-    QString html;
+    QString content;
     if (!diagnostics.empty()) {
         const std::size_t limit = std::min(c_ofDocument, m_diagnosticsLeft);
         m_diagnosticsLeft -= std::min(limit, diagnostics.size());
-        html += "<h3>Errors and warnings</h3>\n" + DrawExcerpts(diagnostics, source, limit);
+        content += "<h3>Errors and warnings</h3>\n" + DrawExcerpts(diagnostics, source, limit);
     }
-    if (dom != nullptr) {
-        html += "<h3>What is in it</h3>\n";
-        if (errors > 0)
-            html += "<p class=\"faint\">A document with errors need not have been read to its "
-                    "end.</p>\n";
-        html += DrawTotals(GetColumns().mid(2), numbers.mid(2)) + DrawCharts(distribution);
+    if (dom != nullptr)
+        content += DrawContents(group, *dom, errors > 0, numbers);
+    AddTo(group, file, kind, DescribeFindings(errors, warnings), numbers, content);
+}
+
+QString HtmlReport::DrawContents(Group& group, const DOM& dom, bool hasErrors, QStringList& numbers)
+{
+    Distribution distribution;
+    const QStringList counts = CountContents(Count(dom, &distribution));
+    numbers += counts;
+    QString html = "<h3>What is in it</h3>\n";
+    if (hasErrors)
+        html +=
+            "<p class=\"faint\">A document with errors need not have been read to its end.</p>\n";
+    html += DrawTotals(GetContents(), counts) + DrawCharts(distribution);
+    if (group.chartBytes + html.size() > c_chartBytes) {
+        ++group.withoutCharts;
+        return {};
     }
-    m_documents += (html + "<p class=\"back\"><a href=\"#documents\">All documents</a></p>\n"
-                           "</section>\n")
-                       .toUtf8();
+    group.chartBytes += html.size();
+    return html;
 }
 
 void HtmlReport::AddUnreadable(const QString& file, const QString& reason)
 {
     ++m_unreadable;
-    Begin(file, "unreadable", "Unreadable: " + ToHtml(reason), {});
-    m_documents += "</section>\n";
+    AddTo(m_bad, file, "unreadable", "Unreadable: " + ToHtml(reason), {}, "\n");
 }
 
 QString HtmlReport::DrawOverview() const
@@ -188,23 +244,42 @@ QString HtmlReport::DrawHead() const
     return html + "</header>\n";
 }
 
+QByteArray HtmlReport::DrawFound() const
+{
+    const QByteArray rows = m_bad.rows + m_doubtful.rows;
+    if (rows.isEmpty())
+        return {};
+    const QStringList columns = QStringList{"Result"} + GetFindings() + GetContents();
+    return ("<section class=\"documents\" id=\"documents\">\n"
+            "<h2>Documents with errors or warnings</h2>\n" +
+            DrawTable(columns, rows) + "</section>\n")
+               .toUtf8() +
+           m_bad.sections + m_doubtful.sections +
+           DrawOmission(m_bad.withoutCharts + m_doubtful.withoutCharts).toUtf8();
+}
+
+QByteArray HtmlReport::DrawFine() const
+{
+    if (m_fine.count == 0)
+        return {};
+    return ("<details id=\"fine\"" + QString(m_fine.count <= c_few ? " open=\"open\"" : "") +
+            ">\n<summary><h2>" + ToHtml(m_fine.count, "document") +
+            " without errors or warnings</h2></summary>\n<div class=\"documents\">\n" +
+            DrawTable(GetContents(), m_fine.rows) + "</div>\n")
+               .toUtf8() +
+           m_fine.sections + DrawOmission(m_fine.withoutCharts).toUtf8() + "</details>\n";
+}
+
 void HtmlReport::Write()
 {
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    QString table = "<main>\n<section class=\"documents\" id=\"documents\">\n<h2>Documents"
-                    "</h2>\n<table>\n<thead><tr><th scope=\"col\">Document</th>"
-                    "<th scope=\"col\">Result</th>";
-    for (const QString& column : GetColumns())
-        table += "<th scope=\"col\" class=\"number\">" + column + "</th>";
-    table += "</tr></thead>\n<tbody>\n";
     const QByteArray foot =
         ("</main>\n<footer>Made by kesxml " KESXML_VERSION " on <time datetime=\"" +
          now.toString(Qt::ISODate) + "\">" + now.toString("d MMMM yyyy, HH:mm") +
          " UTC</time>. Levels count from the document element; characters of text are UTF-16 "
          "units.</footer>\n</body>\n</html>\n")
             .toUtf8();
-    const QByteArray page = (DrawHead() + table).toUtf8() + m_rows +
-                            "</tbody>\n</table>\n</section>\n" + m_documents + foot;
+    const QByteArray page = (DrawHead() + "<main>\n").toUtf8() + DrawFound() + DrawFine() + foot;
     if (!WriteAndCommit(m_file, {page.data(), static_cast<std::size_t>(page.size())}))
         Fail(m_file.fileName(), m_file.errorString());
 }

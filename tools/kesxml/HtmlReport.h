@@ -12,8 +12,10 @@
 
 #include <cstddef>
 
-/// A page about a check, in one file that refers to nothing else and is well-formed XML too. It is
-/// written whole or not at all: until Write() a report of an earlier check stays as it is.
+/// A page about a check, in one file that refers to nothing else and is well-formed XML too. What
+/// has errors stands first, what has warnings next, and what is fine, folded, at the end; within
+/// these the order is that of adding. It is written whole or not at all: until Write() a report of
+/// an earlier check stays as it is.
 class HtmlReport
 {
 public:
@@ -31,16 +33,35 @@ public:
     void Write();
 
 private:
-    /// Adds a line to the table of documents, and begins the part about this one.
-    void Begin(const QString& file, const QString& kind, const QString& details,
-               const QStringList& numbers);
+    /// Documents of which the same can be said.
+    struct Group
+    {
+        std::size_t count = 0;
+        /// Lines of a table.
+        QByteArray rows;
+        /// Sections about those of which there is more to say.
+        QByteArray sections;
+        /// What numbers and charts take of the sections.
+        qsizetype chartBytes = 0;
+        /// The documents whose charts had no room.
+        std::size_t withoutCharts = 0;
+    };
+
+    /// Adds a line to a table, and a section unless `content` is empty.
+    void AddTo(Group& group, const QString& file, const QString& kind, const QString& details,
+               const QStringList& numbers, const QString& content);
+    /// What is in a document, for a section, while there is room; adds it to `numbers` too.
+    static QString DrawContents(Group& group, const DOM& dom, bool hasErrors, QStringList& numbers);
     QString DrawHead() const;
     QString DrawOverview() const;
+    QByteArray DrawFound() const;
+    QByteArray DrawFine() const;
 
     QSaveFile m_file;
     QStringList m_schemas;
-    QByteArray m_rows;
-    QByteArray m_documents;
+    Group m_bad;
+    Group m_doubtful;
+    Group m_fine;
     std::size_t m_count = 0;
     std::size_t m_withErrors = 0;
     std::size_t m_unreadable = 0;

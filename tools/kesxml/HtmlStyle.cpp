@@ -66,7 +66,13 @@ thead th { color: var(--faint); font-size: 0.85rem; font-weight: 600; white-spac
 .documents tr { border-bottom: 1px solid var(--rule); }
 tbody th { font-weight: 400; }
 .number { text-align: end; font-variant-numeric: tabular-nums; white-space: nowrap; }
-.documents .result { white-space: nowrap; }
+.documents .result { text-align: start; white-space: nowrap; }
+.documents td { text-align: end; font-variant-numeric: tabular-nums; white-space: nowrap; }
+details { margin-top: 3rem; padding-top: 1.25rem; border-top: 2px solid var(--rule); }
+summary { cursor: pointer; }
+summary h2 { display: inline; }
+summary:focus-visible { outline: 2px solid var(--link); outline-offset: 2px; }
+details .documents { margin-top: 0.6rem; }
 .error strong, .result.errors, .result.unreadable { color: var(--error); }
 .warning strong, .result.warnings { color: var(--warning); }
 .result.fine { color: var(--fine); }
