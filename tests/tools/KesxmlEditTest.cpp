@@ -100,7 +100,10 @@ TEST_F(KesxmlEdit, RefusesWhatItCannotDo)
     EXPECT_EQ(entity.status, 2);
     EXPECT_EQ(entity.out, "");
     EXPECT_THAT(entity.err, HasSubstr("an element that stands in an entity cannot be edited"));
-    EXPECT_EQ(Edit({"--remove"}, "//none").status, 1);
+    const KesxmlOutcome none = Edit({"--remove"}, "//none");
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.out, "");
+    EXPECT_EQ(none.err, "kesxml: -: no element is found by '//none', nothing is written\n");
     for (const QStringList& options : {QStringList{},
                                        {"--remove", "--rename", "a"},
                                        {"--set-attribute", "a"},

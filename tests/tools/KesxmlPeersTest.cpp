@@ -79,7 +79,8 @@ protected:
             file.write(content);
         }
         const QString path = QFileInfo(KESXML_PATH).path();
-        const QString line = "PATH='" + path + "':$PATH\n" + command.captured(2).replace("\\|", "|");
+        const QString line =
+            "PATH='" + path + "':$PATH\n" + command.captured(2).replace("\\|", "|");
         return Answer{RunProgram("bash", {"-c", line}, {}, folder.path()),
                       !command.captured(1).isEmpty()};
     }

@@ -6,6 +6,7 @@
 namespace {
 
 using ::testing::AllOf;
+using ::testing::AnyOf;
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
@@ -175,6 +176,22 @@ TEST_F(Kesxml, ExplainsWhatIsWrongWithTheArguments)
     EXPECT_EQ(RunKesxml({}).status, 2);
 }
 
+TEST_F(Kesxml, SaysWhichArgumentsACommandTakesWhenOneIsMissing)
+{
+    for (const QString& command : GetKesxmlCommands()) {
+        const KesxmlOutcome outcome = RunKesxml({command});
+        EXPECT_EQ(outcome.status, 2);
+        const std::string start = "kesxml " + command.toStdString();
+        EXPECT_THAT(
+            outcome.ErrLines().front(),
+            AnyOf(start + ": an argument is missing: " + start + " [options] FILE",
+                  start + ": an argument is missing: " + start + " [options] FILE...",
+                  start + ": an argument is missing: " + start + " [options] PATH FILE",
+                  start + ": an argument is missing: " + start + " [options] PATH FILE...",
+                  start + ": an argument is missing: " + start + " [options] FIRST SECOND"));
+    }
+}
+
 TEST_F(Kesxml, ShowsHelpWithAnExampleAndVersion)
 {
     const KesxmlOutcome help = RunKesxml({"--help"});
@@ -232,7 +249,7 @@ TEST_F(Kesxml, HasAManualPageOfAllCommandsAndOptions)
 TEST_F(Kesxml, IsSilentWhenNobodyReadsOn)
 {
     const QString file =
-        Write("big.xml", "<r version='1'>" + QByteArray("<a>text</a>\n").repeated(20000) + "</r>");
+        Write("big.xml", "<a version='1'>" + QByteArray("<a>text</a>\n").repeated(20000) + "</a>");
     for (const QStringList& arguments : AllCommandsOn(file)) {
         // Both with the signal that ends a process, and in a shell that ignores it.
         for (const QString prefix : {"", "trap '' PIPE; "}) {

@@ -35,6 +35,14 @@ bool ReadColourMode(const QString& when)
     return true;
 }
 
+/// "kesxml NAME [options] FILE...", and help on all of it. The parser knows nothing of subcommands
+/// and names the program instead.
+QString GetHelp(const QCommandLineParser& parser, const QStringList& arguments)
+{
+    QString text = parser.helpText();
+    return text.replace(0, text.indexOf(" [options]"), arguments.front());
+}
+
 } // namespace
 
 bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype least,
@@ -53,17 +61,14 @@ bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsi
     if (!parser.parse(arguments))
         return fail(parser.errorText());
     if (parser.isSet(help)) {
-        // The parser knows nothing of subcommands and puts the name of the program here.
-        QString text = parser.helpText();
-        text.replace(0, text.indexOf(" [options]"), "Usage: " + arguments.front());
-        Print(text + "\nExamples:\n" + examples);
+        Print("Usage: " + GetHelp(parser, arguments) + "\nExamples:\n" + examples);
         std::exit(FlushOutput() ? Fine : UsageOrUnreadable);
     }
     if (parser.isSet(colour) && !ReadColourMode(parser.value(colour)))
         return fail("'" + parser.value(colour) + "' is not always, never or auto.");
     const qsizetype count = parser.positionalArguments().size();
     if (count < least)
-        return fail("an argument is missing.");
+        return fail("an argument is missing: " + GetHelp(parser, arguments).section('\n', 0, 0));
     if (most > 0 && count > most)
         return fail("'" + parser.positionalArguments().at(most) + "' is one argument too many.");
     return true;

@@ -69,8 +69,11 @@ std::optional<std::string> Edit(InputSource& source, const QString& path, const 
         ends.push_back({element->GetStartLine(), element->GetStartColumn()});
     std::sort(ends.begin(), ends.end());
     ends.erase(std::unique(ends.begin(), ends.end()), ends.end());
-    if (ends.empty())
+    if (ends.empty()) {
+        PrintError(u"kesxml: " + source.Id() + u": no element is found by '" + TString(path) +
+                   u"', nothing is written");
         return {};
+    }
     const std::string text = ReadText(source);
     std::string edited = ToUtf8Declaration(MarkupEditor(text, edit).Apply(ends));
     Utf8InputSource result(edited, u"the edited document", false);
