@@ -141,6 +141,37 @@ TEST_F(KesxmlSchema, TakesSeveralSchemas)
     EXPECT_EQ(RunKesxml({"check", "--xsd", m_numbers, "-"}, "<w xmlns='urn:w'>x</w>").status, 1);
 }
 
+TEST_F(KesxmlSchema, WarnsWhenADocumentIsValidatedAgainstItsDocumentTypeInstead)
+{
+    const QStringList check{"check", "--xsd", m_numbers, "-"};
+    const std::string warning = "': the document was validated against its document type instead";
+    const KesxmlOutcome other = RunKesxml(
+        check, "<!DOCTYPE x:o [<!ELEMENT x:o EMPTY><!ATTLIST x:o\n xmlns:x CDATA #IMPLIED a "
+               "CDATA '1'>]>\n<x:o xmlns:x='urn:x' a='>'\n/>");
+    EXPECT_EQ(other.status, 0);
+    EXPECT_EQ(other.out, "-: fine, 1 warning\n");
+    EXPECT_THAT(other.Reports(), ElementsAre("-:4:3: warning: no schema declares the element 'x:o" +
+                                             warning + " in /x:o"));
+    // The schema knows these, whatever stands in them.
+    const QByteArray type = "<!DOCTYPE n [<!ELEMENT n ANY>]>";
+    EXPECT_EQ(RunKesxml(check, type + "<n>3</n>").err, "");
+    EXPECT_THAT(RunKesxml(check, type + "<n>x</n>").err, Not(HasSubstr("document type")));
+    // Without a document type, it is an error.
+    EXPECT_EQ(RunKesxml(check, "<o/>").status, 1);
+}
+
+TEST_F(KesxmlSchema, DoesNotTakeMissingAttributesForAnUnknownElement)
+{
+    // The document type gives the attribute that the schema requires.
+    const QString schema =
+        Write("a.xsd", Schema("<xs:element name='a'><xs:complexType><xs:attribute name='b' "
+                              "use='required'/></xs:complexType></xs:element>"));
+    const KesxmlOutcome outcome =
+        RunKesxml({"check", "--xsd", schema, "-"},
+                  "<!DOCTYPE a [<!ELEMENT a ANY><!ATTLIST a b CDATA '1'>]><a/>");
+    EXPECT_THAT(outcome.err, Not(HasSubstr("no schema declares")));
+}
+
 TEST_F(KesxmlSchema, ReadsTheSchemaFromStandardInput)
 {
     const QString bad = Write("bad.xml", "<n>x</n>");

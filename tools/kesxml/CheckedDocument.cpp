@@ -4,6 +4,7 @@
 #include "ElementLocator.h"
 #include "Entities.h"
 #include "Excerpt.h"
+#include "UnknownRoot.h"
 
 #include <kesplatform/CorvinaException.h>
 
@@ -22,11 +23,19 @@ bool HasPositions(const Diagnostics& diagnostics)
                        [](const Diagnostic& diagnostic) { return diagnostic.line > 0; });
 }
 
-void AddSkippedEntities(Diagnostics& diagnostics, InputSource& source, bool allowEntities)
+void Append(Diagnostics& diagnostics, Diagnostics found, InputSource& source)
 {
-    Diagnostics skipped = FindSkippedEntities(source, allowEntities);
-    AddExcerpts(skipped, source);
-    diagnostics.insert(diagnostics.end(), skipped.begin(), skipped.end());
+    AddExcerpts(found, source);
+    diagnostics.insert(diagnostics.end(), found.begin(), found.end());
+}
+
+/// What is doubtful about a document without errors.
+void AddWarnings(Diagnostics& diagnostics, InputSource& source, DocumentReader& reader,
+                 bool allowEntities)
+{
+    if (reader.HasSchema())
+        Append(diagnostics, FindUnknownRoot(source, reader), source);
+    Append(diagnostics, FindSkippedEntities(source, allowEntities), source);
 }
 
 void ReadTree(DocumentReader& reader, CheckedDocument& checked)
@@ -53,7 +62,7 @@ CheckedDocument CheckDocument(DocumentReader& reader, const QString& file, bool 
         if (reader.HasSchema())
             NameAttributes(diagnostics, *checked.source, reader);
         if (!HasErrors(diagnostics))
-            AddSkippedEntities(diagnostics, *checked.source, allowEntities);
+            AddWarnings(diagnostics, *checked.source, reader, allowEntities);
         if (!checked.dom && HasPositions(diagnostics))
             checked.dom = reader.ReadTree(*checked.source);
         if (checked.dom)
