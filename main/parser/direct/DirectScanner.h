@@ -101,6 +101,7 @@ private:
 
     const char* ScanElements(const char* at);
     const char* ScanStartTag(const char* at);
+    const char* ScanElementName(const char* at, NameTable::Name*& element);
     const char* ScanAttribute(const char* at, NameTable::Name& element);
     const char* ScanAttributeName(const char* at, const NameTable::Name& element);
     const char* ScanAttributeValue(const char* at);
