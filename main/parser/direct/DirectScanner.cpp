@@ -37,6 +37,7 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     // What the document spells out itself is less than its bytes.
     m_output = document.bytes.size();
     m_maxOutput = document.maxOutput;
+    m_particles = 0;
     m_declared = 0;
     m_maxDeclared = document.maxDeclared;
     if (document.bytes.starts_with(c_byteOrderMark))
