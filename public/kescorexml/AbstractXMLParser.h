@@ -33,8 +33,8 @@ public:
     /// Leaves both as they are unless overridden.
     void GetCurrentLocation(int& line, int& column) override;
 
-    /// Binds another source and another sink for the next parse. Neither this nor loading a schema
-    /// may be called in an event of the parser's own.
+    /// Binds another source and another sink for the next parse. This and loading a
+    /// schema are logic assertions in an event of the parser's own.
     virtual void Reload(InputSource& source, std::shared_ptr<SAXInterface> sink);
 
 protected:

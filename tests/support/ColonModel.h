@@ -39,15 +39,26 @@ inline bool LooksLikeAttribute(const std::string& xml, std::size_t idx)
     return isInTag && ScannerModel::AreQuotesMatching(xml, idx, gt);
 }
 
+/// The ">" of the comment at `start`, or npos; the dashes that open it do not close it.
+inline std::size_t FindEndOfComment(const std::string& xml, std::size_t start)
+{
+    const std::size_t close = xml.find("-->", start + 4);
+    return close == c_npos ? c_npos : close + 2;
+}
+
 /// The end of a document type declaration that opens at `start`, one past its ">", or npos.
 inline std::size_t FindEndOfDoctype(const std::string& xml, std::size_t start)
 {
     bool isInSubset = false;
     for (std::size_t pos = start + 1; pos < xml.size(); ++pos) {
         std::string_view closer;
-        if (xml.compare(pos, 4, "<!--") == 0)
-            closer = "-->";
-        else if (xml.compare(pos, 2, "<?") == 0)
+        if (xml.compare(pos, 4, "<!--") == 0) {
+            pos = FindEndOfComment(xml, pos);
+            if (pos == c_npos)
+                return c_npos;
+            continue;
+        }
+        if (xml.compare(pos, 2, "<?") == 0)
             closer = "?>";
         else if (xml[pos] == '\'' || xml[pos] == '"')
             closer = xml[pos] == '"' ? "\"" : "'";
@@ -76,7 +87,8 @@ inline std::vector<XmlUtils::StringRange> ListStartTags(const std::string& xml)
         if (xml.compare(open, 9, "<!DOCTYPE") == 0) {
             pos = FindEndOfDoctype(xml, open);
         } else {
-            pos = ScannerModel::CloseBrace(xml, open);
+            const bool isComment = xml.compare(open, 4, "<!--") == 0;
+            pos = isComment ? FindEndOfComment(xml, open) : ScannerModel::CloseBrace(xml, open);
             pos += pos == c_npos ? 0 : 1;
         }
         if (pos == c_npos)

@@ -12,9 +12,10 @@ namespace {
 void AddRoots(Collection& collection)
 {
     collection.Plain({"<a/>", "<a />", "<a></a>", "<a></a >", "<a\n\t/>", "<a\n></a\n>", "<a/>\n",
-                      "\n<a/>", " \t\r\n<a/> \t\r\n", "<a><b/><b></b><c><d/></c></a>",
-                      "<a>text</a>", "<a> </a>", "<a>\n <b/>\n</a>", "<a>x<b/>y<b/>z</a>",
-                      "<a>x<b>y</b></a>", "<_/>", "<a.b-c_d1/>", "<abcdefghijklmnop/>"});
+                      "<a><b/><b/><bc/><b.c/><b\xC3\xA9/><b/><b></b></a>", "\n<a/>",
+                      " \t\r\n<a/> \t\r\n", "<a><b/><b></b><c><d/></c></a>", "<a>text</a>",
+                      "<a> </a>", "<a>\n <b/>\n</a>", "<a>x<b/>y<b/>z</a>", "<a>x<b>y</b></a>",
+                      "<_/>", "<a.b-c_d1/>", "<abcdefghijklmnop/>"});
     collection.Other({"",
                       " ",
                       "\n",
@@ -163,6 +164,10 @@ void AddPlainColons(Collection& collection)
                       "<a b=' :c= '/>",
                       "<!-- :b='1' --><a/>",
                       "<a><!-- :b='1' --></a>",
+                      "<r><!--><a \"--><b c=\"x :d='1' >\"/></r>",
+                      "<a><!--><a :b='1'--></a>",
+                      "<a><!---><a :b='1'--></a>",
+                      "<a><!--><!--><b :c='1'/></a>",
                       "<a><![CDATA[ :b='1' ]]></a>",
                       "<a IllegalColon:b='1'/>",
                       "<a xmlns:IllegalColon='u'/>",

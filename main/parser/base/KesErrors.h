@@ -291,6 +291,11 @@ inline CorvinaError LogicAssert_0x7C41D09B()
     return Assertion(__func__);
 }
 
+inline CorvinaError LogicAssert_0x5E1D70C4()
+{
+    return Assertion(__func__);
+}
+
 // XMLDomFormatter
 
 inline CorvinaError LogicAssert_0x5619328D()

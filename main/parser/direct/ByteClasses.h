@@ -13,16 +13,21 @@ enum Class : std::uint8_t
     NamePart = 2,
     Whitespace = 4,
     /// May stand in character data or in a comment, as it is.
-    Plain = 8
+    Plain = 8,
+    /// Plain, and neither an end nor a reference nor a line end of any text or value.
+    Inert = 16
 };
 
 constexpr std::array<std::uint8_t, 256> MakeTable()
 {
     std::array<std::uint8_t, 256> table{};
     for (unsigned byte = 0x20; byte < 0x80; ++byte)
-        table[byte] = Plain;
+        table[byte] = Plain | Inert;
+    for (const char byte : {'<', '&', ']', '"', '\''})
+        table[static_cast<unsigned char>(byte)] = Plain;
     for (const unsigned byte : {0x09U, 0x0AU, 0x0DU, 0x20U})
         table[byte] = Plain | Whitespace;
+    table[' '] |= Inert;
     for (unsigned letter = 'a'; letter <= 'z'; ++letter) {
         table[letter] |= NameStart | NamePart;
         table[letter - 'a' + 'A'] |= NameStart | NamePart;

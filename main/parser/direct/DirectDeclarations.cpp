@@ -88,14 +88,14 @@ const char* DirectScanner::ScanElementDeclaration(const char* at)
 const char* DirectScanner::ScanMixedModel(const char* at)
 {
     constexpr std::string_view c_text = "#PCDATA";
-    if (!ShortText::StandsAt(at, m_end, c_text))
+    if (!ShortText::StandsAt(at, m_end, c_text) || !AddParticle())
         return nullptr;
     at = SkipWhitespace(at + c_text.size());
     bool hasNames = false;
     for (; *at == '|'; at = SkipWhitespace(at)) {
         hasNames = true;
         at = ScanName(SkipWhitespace(at + 1));
-        if (at == nullptr)
+        if (at == nullptr || !AddParticle())
             return nullptr;
     }
     if (*at != ')')
@@ -103,6 +103,18 @@ const char* DirectScanner::ScanMixedModel(const char* at)
     if (at[1] == '*')
         return at + 2;
     return hasNames ? nullptr : at + 1;
+}
+
+/// One more name, group or text of content models. No less than Xerces is charged for: it makes up
+/// to four nodes of each, one for each repetition and for each separator, and an eighth of their
+/// number so far is the work that one more of them makes.
+bool DirectScanner::AddParticle() noexcept
+{
+    constexpr std::uint64_t c_nodes = 4;
+    constexpr std::uint64_t c_nodesAUnit = 8;
+    m_particles += c_nodes;
+    m_declared += c_nodes * m_particles / c_nodesAUnit;
+    return m_declared <= m_maxDeclared || Decline(Verdict::Limit) != nullptr;
 }
 
 /// Groups are kept on a stack: for each the separator that it uses, once that is known.
@@ -113,14 +125,14 @@ const char* DirectScanner::ScanModel(const char* at)
         // A particle begins.
         at = SkipWhitespace(at);
         if (*at == '(') {
-            if (separators.size() == c_maxModelDepth)
+            if (separators.size() == c_maxModelDepth || !AddParticle())
                 return nullptr;
             separators.push_back(' ');
             ++at;
             continue;
         }
         at = ScanName(at);
-        if (at == nullptr)
+        if (at == nullptr || !AddParticle())
             return nullptr;
         at = SkipOccurrence(at);
         // A particle has ended, and with it the groups that it closes.

@@ -5,6 +5,8 @@
 #include "direct/WideRun.h"
 #include "markup/CharacterClasses.h"
 
+#include <kesplatform/Unicode.h>
+
 #include <algorithm>
 
 using DirectScanning::Verdict;
@@ -13,6 +15,8 @@ namespace {
 
 /// More than Xerces decodes ahead of the event that it reports.
 constexpr std::ptrdiff_t c_decodedAhead = 0x20000;
+/// In bytes.
+constexpr std::size_t c_longestCharacter = 4;
 
 } // namespace
 
@@ -33,6 +37,7 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     // What the document spells out itself is less than its bytes.
     m_output = document.bytes.size();
     m_maxOutput = document.maxOutput;
+    m_particles = 0;
     m_declared = 0;
     m_maxDeclared = document.maxDeclared;
     if (document.bytes.starts_with(c_byteOrderMark))
@@ -84,18 +89,16 @@ bool DirectScanner::IsValidAround(const char* at) noexcept
     if (m_validated >= until) [[likely]]
         return true;
     const char* const goal = m_end - until > c_decodedAhead ? until + c_decodedAhead : m_end;
-    for (;;) {
-        m_validated = WideRun::SkipAscii(m_validated, goal);
-        if (m_validated >= goal)
-            return true;
-        do {
-            if (m_isAscii || Utf8Sequence::Read(m_validated) == Utf8Sequence::c_invalid)
-                return Decline(Verdict::Encoding) != nullptr;
-            // Words of other scripts stand with blanks between them.
-            if (*m_validated == ' ')
-                ++m_validated;
-        } while (!ByteClasses::IsAscii(*m_validated));
-    }
+    const std::string_view ahead(m_validated, static_cast<std::size_t>(goal - m_validated));
+    const std::size_t valid =
+        m_isAscii ? static_cast<std::size_t>(WideRun::SkipAscii(m_validated, goal) - m_validated)
+                  : Unicode::findInvalidUtf8(ahead);
+    // A step may end within a character, which the next one begins with.
+    const bool isCut = goal < m_end && ahead.size() - valid < c_longestCharacter;
+    if (valid < ahead.size() && !isCut)
+        return Decline(Verdict::Encoding) != nullptr;
+    m_validated += valid;
+    return true;
 }
 
 const char* DirectScanner::ScanElements(const char* at)

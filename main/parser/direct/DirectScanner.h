@@ -26,8 +26,8 @@ public:
         std::string_view bytes;
         /// Whether they are read as UTF-8 whatever they declare.
         bool isUtf8;
-        /// How many units may reach the sink, and how many attributes may be declared for the
-        /// elements of the document, one after the other; see ParseLimits.
+        /// How many units may reach the sink, and how much work declared attributes and
+        /// content models may make; see ParseLimits.
         std::uint64_t maxOutput;
         std::uint64_t maxDeclared;
     };
@@ -94,6 +94,7 @@ private:
     const char* ScanElementDeclaration(const char* at);
     const char* ScanMixedModel(const char* at);
     const char* ScanModel(const char* at);
+    bool AddParticle() noexcept;
     const char* ScanAttributeList(const char* at);
     const char* ScanAttributeDeclaration(const char* at, const NameTable::Name& element);
     const char* ScanAttributeType(const char* at, bool& isTokenized);
@@ -101,6 +102,7 @@ private:
 
     const char* ScanElements(const char* at);
     const char* ScanStartTag(const char* at);
+    const char* ScanElementName(const char* at, NameTable::Name*& element);
     const char* ScanAttribute(const char* at, NameTable::Name& element);
     const char* ScanAttributeName(const char* at, const NameTable::Name& element);
     const char* ScanAttributeValue(const char* at);
@@ -173,6 +175,7 @@ private:
     AttributeDeclarations m_declarations;
     std::uint64_t m_output = 0;
     std::uint64_t m_maxOutput = 0;
+    std::uint64_t m_particles = 0;
     std::uint64_t m_declared = 0;
     std::uint64_t m_maxDeclared = 0;
 

@@ -14,21 +14,29 @@ namespace {
 /// How many attributes of an element are expected again.
 constexpr std::size_t c_maxRemembered = 32;
 
+using Names = std::vector<NameTable::Name*>;
+
+bool BeginsWith(const Names& names, const Names& first) noexcept
+{
+    return first.size() <= names.size() && std::equal(first.begin(), first.end(), names.begin());
+}
+
 } // namespace
 
 const char* DirectScanner::ScanStartTag(const char* at)
 {
-    const char* const begin = at + 1;
-    at = ScanName(begin);
-    if (at == nullptr)
-        return nullptr;
-    const auto length = static_cast<std::size_t>(at - begin);
     // Declarations refer to the names of their document.
     if (m_declarations.IsEmpty())
         m_table.ForgetIfLarge();
     else if (m_names.IsLarge())
         return Decline(Verdict::DocumentType);
-    NameTable::Name& element = m_table.Find({begin, length});
+    const char* const begin = at + 1;
+    NameTable::Name* named = nullptr;
+    at = ScanElementName(begin, named);
+    if (at == nullptr)
+        return nullptr;
+    NameTable::Name& element = *named;
+    const auto length = static_cast<std::size_t>(at - begin);
     BeginValues();
     ++m_tag;
     for (;;) {
@@ -47,6 +55,25 @@ const char* DirectScanner::ScanStartTag(const char* at)
         if (at == nullptr)
             return nullptr;
     }
+}
+
+const char* DirectScanner::ScanElementName(const char* at, NameTable::Name*& element)
+{
+    // Elements mostly follow each other as they did before.
+    element = m_table.GuessElement();
+    if (element != nullptr && ShortText::StandsAt(at, m_end, element->bytes)) {
+        const char* const behind = at + element->bytes.size();
+        if (ByteClasses::IsAscii(*behind) && !ByteClasses::Is(*behind, ByteClasses::NamePart)) {
+            m_table.NoteElement(*element);
+            return behind;
+        }
+    }
+    const char* const behind = ScanName(at);
+    if (behind != nullptr) {
+        element = &m_table.Find({at, static_cast<std::size_t>(behind - at)});
+        m_table.NoteElement(*element);
+    }
+    return behind;
 }
 
 const char* DirectScanner::ScanAttribute(const char* at, NameTable::Name& element)
@@ -139,7 +166,7 @@ const char* DirectScanner::StartElement(const char* at, NameTable::Name& element
         m_attributeNames[i] = m_attributes[i]->entry->name.utf16();
         m_attributeValues[i] = {GetValue(i), m_values[i].length};
     }
-    if (count > 0 && count <= c_maxRemembered && m_attributes != element.lastAttributes)
+    if (count <= c_maxRemembered && !BeginsWith(element.lastAttributes, m_attributes))
         element.lastAttributes = m_attributes;
     if (!m_declarations.IsEmpty() && !ApplyDeclarations(element))
         return nullptr;

@@ -22,7 +22,7 @@ NameTable::Name& NameTable::Add(std::string_view bytes, std::uint32_t hash)
         Grow();
     const TString units = TString::fromUtf8(bytes);
     Name& made =
-        m_entries.emplace_back(Name{std::string(bytes), hash, &m_names.Find(units.view()), 0, {}});
+        m_entries.emplace_back(Name{std::string(bytes), hash, &m_names.Find(units.view())});
     const std::size_t mask = m_slots.size() - 1;
     std::size_t slot = hash & mask;
     while (m_slots[slot] != nullptr)
@@ -60,5 +60,6 @@ void NameTable::ForgetWhatIsGone() noexcept
         m_slots.shrink_to_fit();
     }
     std::fill(m_slots.begin(), m_slots.end(), nullptr);
+    m_element = nullptr;
     m_entries.clear();
 }

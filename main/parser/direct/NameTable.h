@@ -23,7 +23,9 @@ public:
         /// Of the last tag that had an attribute of this name.
         std::uint64_t lastTag = 0;
         /// For an element: its attributes in the last tag that had some, but not very many.
-        std::vector<Name*> lastAttributes;
+        std::vector<Name*> lastAttributes{};
+        /// For an element: that of the start tag behind its last one.
+        Name* following = nullptr;
     };
 
     /// `names` must outlive the table.
@@ -34,6 +36,19 @@ public:
     /// The entry of a name, which is valid UTF-8; made on first use and valid until the next
     /// ForgetIfLarge.
     Name& Find(std::string_view bytes);
+    /// The element that began behind the latest one when one of that name began the last time; null
+    /// when it is not known.
+    Name* GuessElement() const noexcept
+    {
+        return m_element == nullptr ? nullptr : m_element->following;
+    }
+    /// An element begins.
+    void NoteElement(Name& name) noexcept
+    {
+        if (m_element != nullptr)
+            m_element->following = &name;
+        m_element = &name;
+    }
     /// Between elements; see ParsedNames.
     void ForgetIfLarge() noexcept;
     /// Forgets all when ParsedNames has forgotten what the entries lead to.
@@ -49,6 +64,7 @@ private:
     ParsedNames& m_names;
     std::uint64_t m_generation = 0;
     std::deque<Name> m_entries;
+    Name* m_element = nullptr;
     /// Open addressing with linear probing, at most half full; its size is a power of two.
     std::vector<Name*> m_slots;
 };

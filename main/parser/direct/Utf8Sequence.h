@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 /// Characters of XML beyond ASCII, read from UTF-8 as the Unicode Standard has it (table 3-7).
 namespace Utf8Sequence {
@@ -13,6 +14,23 @@ constexpr char32_t c_lineSeparator = 0x2028;
 inline bool IsContinuation(char byte) noexcept
 {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+/// The character of three bytes at `at`, U+0800 to U+D7FF, of which texts in most scripts of Asia
+/// consist; zero when Read has to look closer. REQUIRES: four readable bytes.
+inline char16_t ReadThreeBytes(const char* at) noexcept
+{
+    const auto byte = [at](std::size_t i) -> std::uint32_t {
+        return static_cast<unsigned char>(at[i]);
+    };
+    // Compilers load this at once.
+    const std::uint32_t bytes = byte(0) | byte(1) << 8 | byte(2) << 16 | byte(3) << 24;
+    if ((bytes & 0xC0C0F0) != 0x8080E0)
+        return 0;
+    const std::uint32_t character =
+        (bytes & 0x0F) << 12 | (bytes & 0x3F00) >> 2 | (bytes & 0x3F0000) >> 16;
+    const bool isCommon = character - 0x800 < 0xD000 && character != c_lineSeparator;
+    return isCommon ? static_cast<char16_t>(character) : u'\0';
 }
 
 /// Reads the sequence of two to four bytes at `at` and passes over it. c_invalid, and `at` is as it

@@ -5,6 +5,19 @@
 namespace {
 
 constexpr std::string_view c_openDoctype = "<!DOCTYPE";
+constexpr std::string_view c_openComment = "<!--";
+constexpr std::string_view c_closeComment = "-->";
+
+/// The ">" that closes the construct at `start`, or npos. The dashes that open a comment close
+/// none:
+/// "<!-->" is the start of one.
+std::size_t FindClose(std::string_view xml, std::size_t start) noexcept
+{
+    if (!xml.substr(start).starts_with(c_openComment))
+        return ConstructScanner(start).FindClose(xml);
+    const std::size_t found = ByteScan::FindText(xml, c_closeComment, start + c_openComment.size());
+    return found == ByteScan::c_npos ? found : found + c_closeComment.size() - 1;
+}
 
 /// The first byte behind the document type declaration that opens at `start`, or npos. Its internal
 /// subset has quoted texts, comments and instructions that may hold any of its delimiters.
@@ -24,8 +37,9 @@ std::size_t FindEndOfDoctype(std::string_view xml, std::size_t start) noexcept
             isInSubset = c == '[';
         } else if (c == '"' || c == '\'') {
             pos = ByteScan::FindByte(xml, c, pos + 1);
-        } else if (xml.substr(pos).starts_with("<!--") || xml.substr(pos).starts_with("<?")) {
-            pos = ConstructScanner(pos).FindClose(xml);
+        } else if (xml.substr(pos).starts_with(c_openComment) ||
+                   xml.substr(pos).starts_with("<?")) {
+            pos = FindClose(xml, pos);
         }
         if (pos == ByteScan::c_npos)
             return ByteScan::c_npos;
@@ -39,7 +53,7 @@ std::size_t StartTagWalker::FindEndOfConstruct() const noexcept
 {
     if (m_xml.substr(m_start).starts_with(c_openDoctype))
         return FindEndOfDoctype(m_xml, m_start);
-    const std::size_t close = ConstructScanner(m_start).FindClose(m_xml);
+    const std::size_t close = FindClose(m_xml, m_start);
     return close == ByteScan::c_npos ? ByteScan::c_npos : close + 1;
 }
 

@@ -188,6 +188,7 @@ void XercesXMLParserImpl::SwitchToValidating()
 
 void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 {
+    RequireOutsideOfEvents();
     const Metrics::Scope scope("XercesXMLParser_LoadXSDSource");
     if (m_noSchemaLoaded)
         WithXercesMemory([this] { SwitchToValidating(); });
@@ -204,6 +205,7 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
         // What a schema that could not be loaded has left belongs to no other.
         m_handler->resetErrors();
         const LoadingSchemaScope loading(*m_handler);
+        const ParseInProgress inProgress(m_isParsing);
         BeginBudget(schema, false);
         try {
             WithXercesMemory([&] {
@@ -218,6 +220,13 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
     CollectHandlerErrors();
 }
 
+void XercesXMLParserImpl::RequireOutsideOfEvents() const
+{
+    if (m_isParsing)
+        ThrowAssertion(u"XercesXMLParser", __LINE__, u"!m_isParsing",
+                       KesErrorsError::LogicAssert_0x5E1D70C4());
+}
+
 void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
 {
     if (m_isDirect && m_directScanner.HasSentEvent())
@@ -228,6 +237,7 @@ void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
 
 void XercesXMLParserImpl::Reload(InputSource& source, std::shared_ptr<SAXInterface> sink)
 {
+    RequireOutsideOfEvents();
     auto saxSink = std::make_unique<SAXSink>(sink);
     SendTo(*saxSink, saxSink->GetExtension());
     m_saxSink = std::move(saxSink);

@@ -25,6 +25,19 @@ void EnsureXercesIsInitialised();
 /// names.
 [[noreturn]] void ThrowNoXercesSource();
 
+/// Marks a parser that calls its sink, which may not have it parse or load a schema then.
+class ParseInProgress
+{
+public:
+    explicit ParseInProgress(bool& flag) noexcept : m_flag(flag) { m_flag = true; }
+    ~ParseInProgress() { m_flag = false; }
+    ParseInProgress(const ParseInProgress&) = delete;
+    ParseInProgress& operator=(const ParseInProgress&) = delete;
+
+private:
+    bool& m_flag;
+};
+
 /// The driver of one Xerces reader.
 class XercesXMLParserImpl final : public XercesXMLParser
 {
@@ -69,6 +82,8 @@ private:
     /// Content, error and declaration handler.
     static void SetXercesXMLHandler(xercesc::SAX2XMLReader& reader, XercesXMLHandler& handler);
     static void SetEntityResolver(xercesc::SAX2XMLReader& reader, XercesXMLHandler* handler);
+    /// Logic assertion while the parser calls its sink.
+    void RequireOutsideOfEvents() const;
     void PrepareParserState(xercesc::SAX2XMLReader& reader);
     void SwitchToValidating();
     void DoXercesParse();
@@ -92,6 +107,7 @@ private:
 
     ParsedNames m_names;
     DirectScanner m_directScanner{m_names};
+    /// Or loading a schema.
     bool m_isParsing = false;
     /// The direct scanner is reading a document.
     bool m_isDirect = false;

@@ -62,19 +62,6 @@ private:
     bool m_finished = false;
 };
 
-/// A sink may not have its parser parse in an event.
-class ParseInProgress
-{
-public:
-    explicit ParseInProgress(bool& flag) noexcept : m_flag(flag) { m_flag = true; }
-    ~ParseInProgress() { m_flag = false; }
-    ParseInProgress(const ParseInProgress&) = delete;
-    ParseInProgress& operator=(const ParseInProgress&) = delete;
-
-private:
-    bool& m_flag;
-};
-
 /// Positions are those of the direct scanner, which points into the document, while this lives.
 class DirectScan
 {

@@ -67,25 +67,30 @@ namespace {
 // What a file of unknown size is given to begin with; doubled as long as more comes.
 constexpr std::int64_t c_firstRoom = 16 * 1024;
 
+// How much is read at once.
+constexpr std::size_t c_step = 128 * 1024;
+
 // What a file that tells no size may hold at most: some devices never end.
 constexpr std::size_t c_maximumWithoutSize = 0x3FFFFFFF;
 
+/// Grows in steps that stay in the cache, for a string clears its room before anything is read.
 std::string ReadAll(TFile& file)
 {
     std::string bytes;
     // One byte more than the file holds, so that a file that has not changed needs no more room.
     const std::int64_t size = file.Size();
-    bytes.resize(static_cast<std::size_t>(size > 0 ? size + 1 : c_firstRoom));
+    bytes.reserve(static_cast<std::size_t>(size > 0 ? size + 1 : c_firstRoom));
     std::size_t length = 0;
     for (;;) {
+        if (length == bytes.capacity())
+            bytes.reserve(length * 2);
+        bytes.resize(std::min(length + c_step, bytes.capacity()));
         const std::size_t count = file.Read(bytes.data() + length, bytes.size() - length);
         length += count;
         if (count == 0)
             break;
         if (size <= 0 && length > c_maximumWithoutSize)
             throw TIO::Exception(file.GetPath(), u"the file has no size and does not end");
-        if (length == bytes.size())
-            bytes.resize(bytes.size() * 2);
     }
     bytes.resize(length);
     return bytes;

@@ -64,7 +64,8 @@ TEST(XercesColonSanitizer, LeavesCommentsSectionsAndDeclarationsAlone)
     for (const std::string text :
          {"<r><!-- <s :a='1'/> --></r>", "<r><![CDATA[<s :a='1'/>]]></r>",
           "<!DOCTYPE r [<!ATTLIST r :a CDATA #IMPLIED :b = ''>]><r/>", "<!-- :a='1'",
-          "<!DOCTYPE r [<!ENTITY e 'x> <s :a=\"1\"/>'> ]><r/>"})
+          "<!DOCTYPE r [<!ENTITY e 'x> <s :a=\"1\"/>'> ]><r/>", "<r><!--><s :a='1'/> --></r>",
+          "<r><!---><s :a='1'/> --></r>"})
         EXPECT_EQ(Encode(text), text);
 }
 

@@ -109,6 +109,25 @@ TEST(DirectAcceptance, DocumentsWithDiagnosticsAreDeclined)
         EXPECT_EQ(VerdictOn(document).find("accepted"), std::string::npos) << document;
 }
 
+TEST(DirectAcceptance, BytesAreAcceptedInTheEncodingsThatAreUtf8)
+{
+    const DirectScanning::Scope scope(true);
+    for (const char* const name : {"UTF-8", "utf-8", "US-ASCII", "us-ascii"}) {
+        const std::string text = std::string("<?xml version='1.0' encoding='") + name + "'?><a/>";
+        DOMParser().ParseXmlBytes(std::vector<unsigned char>(text.begin(), text.end()));
+        EXPECT_EQ(LastVerdict(), "accepted") << name;
+    }
+}
+
+TEST(DirectAcceptance, TextIsAcceptedWhateverEncodingItDeclares)
+{
+    for (const char* const name : {"ISO-8859-1", "windows-1252", "Shift_JIS", "UTF-16"}) {
+        const std::string declaration =
+            std::string("<?xml version='1.0' encoding='") + name + "'?>";
+        EXPECT_EQ(VerdictOn(declaration + "<a>\xC3\xA9</a>"), "accepted") << name;
+    }
+}
+
 TEST(DirectAcceptance, DocumentsThatAreNotPlainAreDeclined)
 {
     EXPECT_NE(VerdictOn("<?xml version='1.1'?><a/>"), "accepted");

@@ -181,3 +181,25 @@ TEST(DirectEquivalence, AnyNumberOfAttributesIsTheSame)
         tag += " n" + std::to_string(count) + "='" + std::string(count % 40, 'v') + "'";
     }
 }
+
+TEST(DirectEquivalence, CharactersAtTheEndsOfWhatIsCheckedAheadAreTheSame)
+{
+    // What is checked before the first event that nobody can take back.
+    constexpr std::size_t c_checked = 0x40000;
+    constexpr std::string_view c_start = "<a>";
+    BothScanners both;
+    for (std::size_t shift = 0; shift < 3; ++shift) {
+        std::string document(c_start);
+        document.append(shift, 'x');
+        while (document.size() < c_checked + 0x30000)
+            document += "\xE2\x82\xAC";
+        document += "<b/></a>";
+        ASSERT_TRUE(ExpectSame(both.CompareEvents(document)));
+        EXPECT_EQ(DirectScanning::GetLastVerdict(), DirectScanning::Verdict::Accepted);
+        for (std::size_t back = 0; back < 8; ++back) {
+            std::string broken = document;
+            broken[c_start.size() + c_checked + 4 - back] = '\xFF';
+            ASSERT_TRUE(ExpectSame(both.CompareEvents(broken)));
+        }
+    }
+}

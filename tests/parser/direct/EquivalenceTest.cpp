@@ -22,6 +22,19 @@ bool IsAcceptedByXerces(const std::string& bytes)
     return !parser->HasErrors() && !parser->HasWarnings();
 }
 
+/// `part` as often as `count` says, with numbers in place of "#".
+std::string Numbered(const std::string& part, int count)
+{
+    const std::size_t hash = part.find('#');
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+        text += part;
+        if (hash != std::string::npos)
+            text.replace(text.size() - part.size() + hash, 1, std::to_string(i));
+    }
+    return text;
+}
+
 } // namespace
 
 TEST(DirectEquivalence, TheDocumentsAreWhatTheySayTheyAre)
@@ -84,6 +97,52 @@ TEST(DirectEquivalence, ParsersThatValidateAreTheSame)
     for (const OddDocuments::Document& document : OddDocuments::All()) {
         ASSERT_TRUE(ExpectSame(both.CompareEvents(document.bytes)));
         EXPECT_NE(both.GetLastVerdict(), DirectScanning::Verdict::Accepted);
+    }
+}
+
+TEST(DirectEquivalence, ContentModelsEndADocumentAtTheSamePlace)
+{
+    const auto declare = [](const std::string& model) {
+        return "<!DOCTYPE a [<!ELEMENT a " + model +
+               "><!ATTLIST a x CDATA #IMPLIED>]><a><b/><a/></a>";
+    };
+    const std::vector<std::string> documents = {
+        declare("(b,b,b,b,b)"),
+        declare("((b|c),(d|e)*,f+)"),
+        declare("(#PCDATA|b|c|d|e|f|g)*"),
+        declare("((((((b?)+)*)?)+)*)"),
+        declare("(b*|c+|d?|e*|f+|g?)?"),
+        "<!DOCTYPE a [" + Numbered("<!ELEMENT b# (#PCDATA)>", 40) + "]><a/>",
+        "<!DOCTYPE a [" + Numbered("<!ELEMENT b# (c?)*>", 40) + "]><a/>",
+        "<!DOCTYPE a [" + Numbered("<!ELEMENT b# EMPTY>", 40) + "]><a/>"};
+    for (std::uint64_t threshold = 0; threshold < 400; threshold += threshold < 20 ? 1 : 27) {
+        ParseLimits limits;
+        limits.SetExpansionLimit(0, threshold);
+        BothScanners both({.limits = limits});
+        for (const std::string& document : documents) {
+            ASSERT_TRUE(ExpectSame(both.CompareEvents(document)));
+            ASSERT_TRUE(
+                ExpectSame(both.CompareDom(document, BothScanners::Source::Utf8, {true, true})));
+        }
+    }
+    BothScanners both;
+    for (const int names : {1'000, 5'000, 12'000, 30'000}) {
+        ASSERT_TRUE(ExpectSame(both.CompareEvents(declare("(b" + Numbered(",b", names) + ")"))));
+        ASSERT_TRUE(
+            ExpectSame(both.CompareEvents(declare("(#PCDATA" + Numbered("|b#", names) + ")*"))));
+    }
+}
+
+TEST(DirectEquivalence, DefaultsEndADocumentAtTheSamePlace)
+{
+    const std::string document =
+        "<!DOCTYPE a [<!ATTLIST b x CDATA 'abc' y CDATA 'd' z NMTOKENS 'e f'>]><a>" +
+        Numbered("<b/>", 4) + Numbered("<b x='#'/>", 4) + "</a>";
+    for (std::uint64_t threshold = 100; threshold < 600; ++threshold) {
+        ParseLimits limits;
+        limits.SetAmplificationLimit(0, threshold);
+        BothScanners both({.limits = limits});
+        ASSERT_TRUE(ExpectSame(both.CompareEvents(document)));
     }
 }
 

@@ -56,3 +56,35 @@ TEST(NameTable, WorksOnAfterATagOfVeryManyNames)
         EXPECT_EQ(table.Find("n1").entry, &names.Find(u"n1"));
     }
 }
+
+TEST(NameTable, GuessesTheElementThatFollowedTheLastTime)
+{
+    ParsedNames names;
+    NameTable table(names);
+    EXPECT_EQ(table.GuessElement(), nullptr);
+    NameTable::Name& list = table.Find("list");
+    NameTable::Name& item = table.Find("item");
+    NameTable::Name& note = table.Find("note");
+    table.NoteElement(list);
+    EXPECT_EQ(table.GuessElement(), nullptr);
+    table.NoteElement(item);
+    table.NoteElement(list);
+    EXPECT_EQ(table.GuessElement(), &item);
+    table.NoteElement(note);
+    table.NoteElement(list);
+    EXPECT_EQ(table.GuessElement(), &note);
+}
+
+TEST(NameTable, GuessesNothingThatIsForgotten)
+{
+    ParsedNames names;
+    NameTable table(names);
+    table.NoteElement(table.Find("a"));
+    table.NoteElement(table.Find("a"));
+    ASSERT_NE(table.GuessElement(), nullptr);
+    const std::string longName(600'000, 'x');
+    table.Find(longName + "1");
+    table.Find(longName + "2");
+    table.ForgetIfLarge();
+    EXPECT_EQ(table.GuessElement(), nullptr);
+}

@@ -74,3 +74,21 @@ TEST(Utf8Sequence, RefusesWhatIsMalformed)
                                    "\xFF"})
         EXPECT_EQ(ReadAll(text), Utf8Sequence::c_invalid) << text;
 }
+
+TEST(Utf8Sequence, ReadsThreeBytesAtOnceAsItReadsThemOneByOne)
+{
+    for (unsigned lead = 0; lead < 0x100; ++lead) {
+        for (unsigned second = 0x70; second < 0xD0; ++second) {
+            for (const unsigned third : {0x00U, 0x7FU, 0x80U, 0x9FU, 0xA8U, 0xBFU, 0xC0U, 0xE0U}) {
+                std::string text;
+                for (const unsigned byte : {lead, second, third, 0U})
+                    text.push_back(static_cast<char>(byte));
+                const char16_t unit = Utf8Sequence::ReadThreeBytes(text.data());
+                const char* at = text.data();
+                const char32_t character = Utf8Sequence::Read(at);
+                const bool isCommon = character >= 0x800 && character < 0xD800;
+                ASSERT_EQ(char32_t{unit}, isCommon ? character : 0) << lead << ' ' << second;
+            }
+        }
+    }
+}

@@ -17,3 +17,17 @@ TEST(StartTagWalker, PassesTheInternalSubsetOfADocumentType)
     EXPECT_EQ(walker.GetStartTagAround(tag + 6), StringRange());
     EXPECT_EQ(walker.GetRootTag(), (StringRange{tag, 9}));
 }
+
+TEST(StartTagWalker, TakesTheDashesThatOpenACommentForNoEndOfIt)
+{
+    for (const char* const comment : {"<!--> <b c='d'> -->", "<!---> <b c='d'> -->"}) {
+        for (const bool isInSubset : {false, true}) {
+            const std::string xml = isInSubset ? std::string("<!DOCTYPE a [") + comment + "]><a>"
+                                               : comment + std::string("<a>");
+            StartTagWalker walker(xml);
+            EXPECT_EQ(walker.GetStartTagAround(xml.find("c=")), StringRange());
+            EXPECT_EQ(walker.GetStartTagAround(xml.find("<a>") + 1),
+                      (StringRange{xml.find("<a>"), 3}));
+        }
+    }
+}

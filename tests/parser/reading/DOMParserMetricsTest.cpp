@@ -162,12 +162,19 @@ TEST(DOMParserMetrics, AParsedFileIsAnActivityWithNameAndSize)
     const DOMParser parser;
     parser.ParseXmlFile(path);
     parser.ParseXmlFile(missing);
+    // What is told is the size of the source, in which the letter takes two bytes.
+    const TString latin =
+        folder.Write("l.xml", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9</a>");
+    parser.ParseXmlFile(latin);
     parser.ParseXmlString("<a/>", u"id");
-    ASSERT_EQ(activities.GetRecords().size(), 2U);
+    ASSERT_EQ(activities.GetRecords().size(), 3U);
     const art::ActivityRecord& record = activities.GetRecords()[0];
     EXPECT_EQ(record.name, "dom-parser.parse-xml-file");
     EXPECT_THAT(record.attributes, ElementsAre(std::pair(TString(u"filename"), path),
                                                std::pair(TString(u"source-size"), TString(u"10"))));
     EXPECT_THAT(activities.GetRecords()[1].attributes,
                 ElementsAre(std::pair(TString(u"filename"), missing)));
+    EXPECT_THAT(activities.GetRecords()[2].attributes,
+                ElementsAre(std::pair(TString(u"filename"), latin),
+                            std::pair(TString(u"source-size"), TString(u"52"))));
 }

@@ -525,3 +525,17 @@ TEST(DOMParserDeathTest, MayBeAStaticObject)
         },
         testing::ExitedWithCode(0), "");
 }
+
+TEST(DOMParser, TakesWhatIsMovedIntoIt)
+{
+    const DOMParser parser;
+    TString text(u"<a/>");
+    EXPECT_NE(parser.ParseXmlString(std::move(text), u"id")->GetDocumentRoot(), nullptr);
+    EXPECT_TRUE(text.IsEmpty());
+    std::string utf8 = std::string(100, ' ') + "<a/>";
+    EXPECT_NE(parser.ParseXmlString(std::move(utf8), u"id")->GetDocumentRoot(), nullptr);
+    EXPECT_TRUE(utf8.empty());
+    std::vector<unsigned char> bytes{'<', 'a', '/', '>'};
+    EXPECT_NE(parser.ParseXmlBytes(std::move(bytes))->GetDocumentRoot(), nullptr);
+    EXPECT_TRUE(bytes.empty());
+}

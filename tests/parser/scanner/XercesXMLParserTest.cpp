@@ -1,6 +1,7 @@
 #include "support/ParserSession.h"
 #include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
+#include "support/TemporaryFiles.h"
 
 #include <kescorexml/DOMParser.h>
 #include <kescorexml/FileInputSource.h>
@@ -17,6 +18,7 @@
 #include <xercesc/util/XMLExceptMsgs.hpp>
 
 #include <concepts>
+#include <functional>
 
 namespace {
 
@@ -255,6 +257,39 @@ TEST(XercesXMLParser, RefusesToParseInAnEventOfItsOwn)
         EXPECT_THAT(outcome.events, ElementsAre("<a>", "'x'", "<b>", "</>", "</>"));
         EXPECT_THAT(outcome.errors, ElementsAre("parsing in progress"));
         EXPECT_FALSE(outcome.fatal);
+    }
+}
+
+TEST(XercesXMLParser, RefusesOtherSourcesAndSchemasInAnEventOfItsOwn)
+{
+    using Operation = std::function<void(ParserSession&)>;
+    const TemporaryFiles files;
+    const TString schema = u"<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element "
+                           u"name='a'/></xs:schema>";
+    const TString path = files.Write(u"a.xsd", schema.toStdString()).GetString();
+    Utf8InputSource other(std::string("<other/>"), u"other", false);
+    const Operation operations[] = {
+        [&](ParserSession& session) { session.parser->Reload(other, session.sink); },
+        [&](ParserSession& session) { session.parser->LoadXSDString(schema, u"a.xsd"); },
+        [&](ParserSession& session) { session.parser->LoadXSDFile(path); }};
+    for (const char* const text :
+         {"<a>x<b></b></a>", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>x<b></b></a>"}) {
+        for (const Operation& operation : operations) {
+            SCOPED_TRACE(text);
+            ParserSession session(text);
+            int refused = 0;
+            session.sink->onEvent = [&](const std::string& seen) {
+                if (seen != "<b>")
+                    return;
+                ExpectAssertion([&] { operation(session); }, 0, u"!m_isParsing", 0x5E1D70C4);
+                ++refused;
+            };
+            const ParseOutcome outcome = session.Parse();
+            EXPECT_EQ(refused, 1);
+            EXPECT_THAT(outcome.events, ElementsAre("<a>", "'x'", "<b>", "</>", "</>"));
+            EXPECT_TRUE(outcome.errors.empty());
+            operation(session);
+        }
     }
 }
 

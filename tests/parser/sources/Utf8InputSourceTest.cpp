@@ -46,6 +46,7 @@ TEST(Utf8InputSource, CopiesAnLvalueAndMovesAnRvalue)
     Utf8InputSource copying(text, u"id", false);
     EXPECT_EQ(text, copy);
     Utf8InputSource moving(std::move(text), u"id", false);
+    EXPECT_TRUE(text.empty());
     EXPECT_EQ(ReadAll(copying, 1000), copy);
     EXPECT_EQ(ReadAll(moving, 1000), copy);
 }
