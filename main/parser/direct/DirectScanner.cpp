@@ -5,6 +5,8 @@
 #include "direct/WideRun.h"
 #include "markup/CharacterClasses.h"
 
+#include <kesplatform/EncodingTable.h>
+
 #include <algorithm>
 
 using DirectScanning::Verdict;
@@ -18,10 +20,9 @@ constexpr std::ptrdiff_t c_decodedAhead = 0x20000;
 
 Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
 {
-    constexpr std::string_view c_byteOrderMark = "\xEF\xBB\xBF";
     const Return giveBack(*this);
-    const char* at = document.bytes.data();
-    m_end = at + document.bytes.size();
+    const char* at = EncodingTable::SkipByteOrderMark(document.bytes).data();
+    m_end = document.bytes.data() + document.bytes.size();
     m_isUtf8 = document.isUtf8;
     m_isAscii = false;
     m_isDone = false;
@@ -35,8 +36,6 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     m_maxOutput = document.maxOutput;
     m_declared = 0;
     m_maxDeclared = document.maxDeclared;
-    if (document.bytes.starts_with(c_byteOrderMark))
-        at += c_byteOrderMark.size();
     m_validated = at;
     m_eventEnd = nullptr;
     m_position.Begin(at, m_end);

@@ -39,7 +39,7 @@ TEST(InputSourceUtils, DecodesAnOrdinaryFileIntoAString)
     EXPECT_EQ(InputSourceFromFileName(path, true)->Size(), 11);
 }
 
-TEST(InputSourceUtils, DecodesByMarkAndDeclaration)
+TEST(InputSourceUtils, DecodesByByteOrderMarkAndDeclaration)
 {
     const TemporaryFolder folder;
     const std::string latin = "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9</a>";
