@@ -67,9 +67,6 @@ namespace {
 // What a file of unknown size is given to begin with; doubled as long as more comes.
 constexpr std::int64_t c_firstRoom = 16 * 1024;
 
-// What a file that tells no size may hold at most: some devices never end.
-constexpr std::size_t c_maximumWithoutSize = 0x3FFFFFFF;
-
 std::string ReadAll(TFile& file)
 {
     std::string bytes;
@@ -82,7 +79,8 @@ std::string ReadAll(TFile& file)
         length += count;
         if (count == 0)
             break;
-        if (size <= 0 && length > c_maximumWithoutSize)
+        // Some devices never end.
+        if (size <= 0 && !FitsInMemory(static_cast<std::int64_t>(length)))
             throw TIO::Exception(file.GetPath(), u"the file has no size and does not end");
         if (length == bytes.size())
             bytes.resize(bytes.size() * 2);

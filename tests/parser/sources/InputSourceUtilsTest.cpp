@@ -1,4 +1,3 @@
-#include "sources/FileSizeLimit.h"
 #include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
 
