@@ -34,9 +34,9 @@ public:
     /// say so, too.
     virtual void EndText() = 0;
     virtual void EndElement() = 0;
-    /// The sink wants no more events of this document or of those after it, which most never say.
-    /// Asked behind each tag; an empty element counts as one.
-    virtual bool IsDone() const noexcept { return false; }
+    /// The sink wants no more events of this document or of those after it. Asked behind each tag;
+    /// an empty element counts as one.
+    virtual bool IsDone() const noexcept = 0;
 
     /// A document begins: text that an abandoned parse has left behind is forgotten, where a sink
     /// serves more than one parse.

@@ -34,6 +34,7 @@ public:
             TakeText();
     }
     void EndElement() override;
+    bool IsDone() const noexcept override { return false; }
     void Rewind() override;
     bool AsksForLocations() const noexcept override { return m_location != nullptr; }
 

@@ -55,11 +55,11 @@ const TError::ErrorInfo& InfoOf(const RecordedError& error)
 template <typename Message, typename Container>
 void Collect(const DiagnosticsRegistry<Message>& registry, const DOMElement& top, Container& out)
 {
-    using Entry = typename Container::value_type;
+    using Listed = typename Container::value_type;
     VisitSubtree(registry, top, [&out](const Message& message) {
-        if constexpr (std::is_same_v<Entry, TString>)
+        if constexpr (std::is_same_v<Listed, TString>)
             out.push_back(MessageOf(message));
-        else if constexpr (std::is_same_v<Entry, XMLDiagnostic>)
+        else if constexpr (std::is_same_v<Listed, XMLDiagnostic>)
             out.push_back(DiagnosticOf(message));
         else
             out.push_back(InfoOf(message));
