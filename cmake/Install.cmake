@@ -25,7 +25,7 @@ install(
   COMPONENT development
   FILES_MATCHING
     PATTERN "*.h"
-    PATTERN "TStringBlock.h" EXCLUDE) # No public header needs it.
+    PATTERN "kesplatform/detail" EXCLUDE) # No public header needs it.
 
 install(EXPORT kescorexml-targets
   FILE kescorexmlTargets.cmake

@@ -19,7 +19,7 @@ STRING_ID_HEADER = """#pragma once
 
 namespace CoreXml {{
 
-/// The module's messages, each named after its key.
+/// The module's messages, each named after its key. Safe to use from several threads.
 enum class StringId : std::uint32_t
 {{
 {enumerators}

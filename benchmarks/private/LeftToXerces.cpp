@@ -46,7 +46,7 @@ void Parse(benchmark::State& state, const std::string& bytes, DirectScanning::Ve
 /// What a document costs that is not plain for something that costs nothing: it could be any.
 void NotPlain(benchmark::State& state, const Document& document)
 {
-    const DirectScanning::Scope off(false);
+    const DirectScanning::Switch off(false);
     Parse(state, document.bytes, DirectScanning::Verdict::Disabled);
 }
 

@@ -13,9 +13,9 @@
 namespace {
 
 /// Whether the bytes look like UTF-16 by their first character alone, which Expat goes by. XML
-/// wants a mark there, and the library looks for one, or for a declaration; else the bytes are
-/// UTF-8.
-bool IsUtf16WithoutMark(std::string_view text)
+/// wants a byte-order mark there, and the library looks for one, or for a declaration; else the
+/// bytes are UTF-8.
+bool IsUtf16WithoutByteOrderMark(std::string_view text)
 {
     using namespace std::string_view_literals;
     return text.size() > 1 && (text[0] == '\0') != (text[1] == '\0') &&
@@ -68,7 +68,7 @@ bool HasNameStartOfExpatAlone(const ExpatReading& reading, std::string_view text
 std::string_view FindReasonToRefuse(const ExpatReading& reading, std::string_view text,
                                     const std::string& error)
 {
-    if (IsUtf16WithoutMark(text))
+    if (IsUtf16WithoutByteOrderMark(text))
         return "UTF-16 without a mark";
     if (HasNameStartOfExpatAlone(reading, text))
         return "name";

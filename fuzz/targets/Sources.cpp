@@ -128,7 +128,7 @@ void RequireSameByFile(const std::string& text, unsigned int most)
         return;
     const DOMParser parser;
     const Seen seen = See(parser.ParseXmlString(text, path));
-    // The mark is no part of a file's text.
+    // The byte-order mark is no part of a file's text.
     const std::string unmarked = text.starts_with("\xEF\xBB\xBF") ? text.substr(3) : text;
     RequireEqual(See(parser.ParseXmlFile(path)), See(parser.ParseXmlString(unmarked, path)),
                  "a file gives the document of its text");

@@ -1,7 +1,7 @@
 #pragma once
 
 /// What happens to attribute names that begin with a colon before the parser sees the text.
-/// Namespaces forbid them, plain XML 1.0 does not.
+/// Namespaces forbid them, plain XML 1.0 does not. Safe to use from several threads.
 enum class ColonProcessingMode
 {
     /// The bytes are parsed as they are.

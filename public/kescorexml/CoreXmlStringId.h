@@ -6,7 +6,7 @@
 
 namespace CoreXml {
 
-/// The module's messages, each named after its key.
+/// The module's messages, each named after its key. Safe to use from several threads.
 enum class StringId : std::uint32_t
 {
     IDS_ERR_XML_ENTITY = 0xcde820df,

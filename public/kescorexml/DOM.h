@@ -233,13 +233,14 @@ private:
         DescendantsOnly
     };
 
-    /// An error as it is kept: `m_message` is the text of the diagnostic, of which the message is
-    /// made with the rest.
-    struct KESCOREXML_NO_EXPORT RecordedError : DOMErrorMessage
+    /// An error as it is kept.
+    struct KESCOREXML_NO_EXPORT RecordedError
     {
-        XMLDiagnostic GetDiagnostic() const { return {m_message, m_source}; }
-        TString GetMessage() const { return m_source.MakeMessage(m_message); }
+        XMLDiagnostic GetDiagnostic() const { return {m_error.m_message, m_source}; }
+        TString GetMessage() const { return m_source.MakeMessage(m_error.m_message); }
 
+        /// Its message is only the text of the diagnostic, of which people read all.
+        DOMErrorMessage m_error;
         XMLDiagnostic::Source m_source;
     };
 

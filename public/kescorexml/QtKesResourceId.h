@@ -4,7 +4,8 @@
 
 /// The suite's numeric names of its compiled-in resources. The values are drawn from the whole
 /// 32-bit range, so that new ones never meet; a value that is not listed here names a resource that
-/// belongs to another module, and this library knows no alias for it.
+/// belongs to another module, and this library knows no alias for it. Safe to use from several
+/// threads.
 enum class QtKesResourceId : std::uint32_t
 {
     FileformatZapXsd = 0xc0e65bd0,

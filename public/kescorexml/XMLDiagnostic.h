@@ -8,6 +8,7 @@
 
 /// One message about a document, taken apart: what GetErrors and GetWarnings of a parser or of a
 /// document put into one text. A plain value of a few pointers, whose copies share their texts.
+/// Different objects may be used from different threads.
 ///
 /// @code
 /// const auto document = DOMParser().ParseXmlString("<a>\n<b>tea</a>", "a.xml");

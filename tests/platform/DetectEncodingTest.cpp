@@ -64,7 +64,7 @@ TEST(DetectEncoding, RefusesWhatCannotBecomeUtf8)
     EXPECT_EQ(0, Detect("\xEF\xBB\xBF\xFF\xFE"));
 }
 
-TEST(DetectEncoding, TellsWideEncodingsByMarkOrPattern)
+TEST(DetectEncoding, TellsWideEncodingsByByteOrderMarkOrPattern)
 {
     for (const bool withMark : {true, false}) {
         EXPECT_EQ(2, Detect(Encode(QStringConverter::Utf16LE, withMark)));

@@ -1,4 +1,4 @@
-#include <kesplatform/TStringBlock.h>
+#include <kesplatform/detail/TStringBlock.h>
 
 #include <gtest/gtest.h>
 

@@ -11,7 +11,7 @@ namespace {
 /// UTF-8 of a text, written down the slow and plain way.
 std::string EncodePlainly(std::u16string_view units)
 {
-    // Qt drops a leading mark; behind another character it is one like any other.
+    // Qt drops a leading byte-order mark; behind another character it is one like any other.
     std::u32string characters = U"x";
     for (std::size_t i = 0; i < units.size(); ++i) {
         const char32_t unit = units[i];
@@ -28,7 +28,7 @@ std::string EncodePlainly(std::u16string_view units)
         .toStdString();
 }
 
-/// What Qt makes of UTF-8, with the mark that it drops put back.
+/// What Qt makes of UTF-8, with the byte-order mark that it drops put back.
 TString DecodeWithQt(const std::string& utf8)
 {
     const QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
@@ -96,7 +96,7 @@ TEST(TStringUtf8, DecodesEveryPairOfBytesLikeQt)
     }
 }
 
-TEST(TStringUtf8, KeepsALeadingMarkAsACharacter)
+TEST(TStringUtf8, KeepsALeadingByteOrderMarkAsACharacter)
 {
     EXPECT_EQ(TString(u"\uFEFFa"), TString::fromUtf8("\xEF\xBB\xBF"
                                                      "a"));

@@ -128,7 +128,7 @@ TEST_F(TextDecoding, ReadsUtf8WhenNothingElseIsSaid)
     }
 }
 
-TEST_F(TextDecoding, TakesOneMarkOffAndNoMore)
+TEST_F(TextDecoding, TakesOneByteOrderMarkOffAndNoMore)
 {
     EXPECT_EQ(TString(), Load("\xEF\xBB\xBF"));
     EXPECT_EQ(TString(u"\uFEFFa"), Load("\xEF\xBB\xBF\xEF\xBB\xBF"
@@ -137,7 +137,7 @@ TEST_F(TextDecoding, TakesOneMarkOffAndNoMore)
     EXPECT_EQ(TString(u"\uFEFFa"), Load("\xFE\xFF\xFE\xFF\0a"s));
 }
 
-TEST_F(TextDecoding, ReadsWideEncodingsByMark)
+TEST_F(TextDecoding, ReadsWideEncodingsByByteOrderMark)
 {
     RandomText random(2);
     for (const auto encoding : c_wide) {
@@ -145,7 +145,7 @@ TEST_F(TextDecoding, ReadsWideEncodingsByMark)
             const TString text = u"a" + RandomWholeText(random);
             EXPECT_EQ(text, Load(Encode(encoding, true, text)));
         }
-        // The mark is right whatever the declaration says.
+        // The byte-order mark is right whatever the declaration says.
         const TString declared = Declared(u"windows-1252") + u"\u20AC";
         EXPECT_EQ(declared, Load(Encode(encoding, true, declared)));
     }

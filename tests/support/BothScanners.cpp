@@ -175,7 +175,7 @@ void TraceFrontDoors(ParseTrace& trace, const TreeParser& parser, const std::str
 template <typename Work>
 void BothScanners::RunOn(std::size_t side, ParseTrace& trace, const Work& work)
 {
-    const DirectScanning::Scope scope(side == c_direct);
+    const DirectScanning::Switch switched(side == c_direct);
     // A source that cannot be opened is not parsed at all.
     DirectScanning::SetLastVerdict(DirectScanning::Verdict::None);
     TraceThrown(trace, [&] { work(m_sides[side], trace); });

@@ -36,7 +36,7 @@ private:
 void AddTags(Collection& collection);
 /// What stands between tags.
 void AddContent(Collection& collection);
-/// Marks, declarations and document types.
+/// Byte-order marks, declarations and document types.
 void AddProlog(Collection& collection);
 
 } // namespace OddDocuments

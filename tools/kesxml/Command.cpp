@@ -7,7 +7,7 @@
 
 std::span<const Command> GetCommands()
 {
-    static constexpr std::array s_commands{
+    static constexpr std::array c_commands{
         Command{"format", "Write a document formatted to standard output.", RunFormat},
         Command{"check", "Report the errors and warnings of documents.", RunCheck},
         Command{"query", "Print the elements that a path finds.", RunQuery},
@@ -17,7 +17,7 @@ std::span<const Command> GetCommands()
         Command{"stats", "Count what is in a document and what it costs.", RunStats},
         Command{"tree", "Draw the elements and texts of a document.", RunTree},
     };
-    return s_commands;
+    return c_commands;
 }
 
 namespace {
@@ -45,8 +45,8 @@ QString GetHelp(const QCommandLineParser& parser, const QStringList& arguments)
 
 } // namespace
 
-bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype least,
-                   qsizetype most, const char* examples)
+bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype minimum,
+                   qsizetype maximum, const char* examples)
 {
     const QCommandLineOption help({"h", "help"}, "Show this help.");
     const QCommandLineOption colour("color",
@@ -67,10 +67,10 @@ bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsi
     if (parser.isSet(colour) && !ReadColourMode(parser.value(colour)))
         return fail("'" + parser.value(colour) + "' is not always, never or auto.");
     const qsizetype count = parser.positionalArguments().size();
-    if (count < least)
+    if (count < minimum)
         return fail("an argument is missing: " + GetHelp(parser, arguments).section('\n', 0, 0));
-    if (most > 0 && count > most)
-        return fail("'" + parser.positionalArguments().at(most) + "' is one argument too many.");
+    if (maximum > 0 && count > maximum)
+        return fail("'" + parser.positionalArguments().at(maximum) + "' is one argument too many.");
     return true;
 }
 

@@ -30,9 +30,9 @@ std::span<const Command> GetCommands();
 
 /// Reads the arguments of a subcommand. Prints help, which ends with `examples`, and ends the
 /// process when asked to. Returns false, after saying what is wrong, when an option is unknown or
-/// the number of positional arguments is not within the limits (`most` 0: no upper limit).
-bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype least,
-                   qsizetype most, const char* examples);
+/// the number of positional arguments is not within the limits (`maximum` 0: no upper limit).
+bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype minimum,
+                   qsizetype maximum, const char* examples);
 
 /// Says what is wrong with the arguments of a subcommand; returns the status to end with.
 int FailUsage(const QStringList& arguments, const QString& reason);

@@ -38,8 +38,8 @@ void Write(std::string_view utf8)
 int GetErrorColumns()
 {
     winsize size{};
-    constexpr int usual = 80;
-    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
+    constexpr int c_usual = 80;
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : c_usual;
 }
 
 /// The text, with an ellipsis in place of its end when it is too long for so many columns.

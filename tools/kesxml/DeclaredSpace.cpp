@@ -6,19 +6,18 @@
 
 namespace {
 
-/// Takes white space and the word behind it off the start of `text`.
-std::string_view TakeWord(std::string_view& text)
-{
-    constexpr std::string_view whitespace = " \t\r\n";
-    text.remove_prefix(std::min(text.find_first_not_of(whitespace), text.size()));
-    const std::string_view word = text.substr(0, text.find_first_of(" \t\r\n>"));
-    text.remove_prefix(word.size());
-    return word;
-}
-
 void TakeWhitespace(std::string_view& text)
 {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+}
+
+/// Takes white space and the word behind it off the start of `text`.
+std::string_view TakeWord(std::string_view& text)
+{
+    TakeWhitespace(text);
+    const std::string_view word = text.substr(0, text.find_first_of(" \t\r\n>"));
+    text.remove_prefix(word.size());
+    return word;
 }
 
 /// Whether a content model begins with "(#PCDATA".

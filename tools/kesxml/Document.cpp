@@ -37,27 +37,15 @@ QByteArray ReadStandardInput()
     return bytes;
 }
 
-/// The entry of UTF-16 or UTF-32, by byte-order mark or by the "<" that a document begins with;
-/// else null.
-const EncodingTable::Entry* FindLargerUnits(std::string_view bytes)
-{
-    if (const EncodingTable::Entry* const marked = EncodingTable::FindByByteOrderMark(bytes))
-        return marked->unitSize > 1 ? marked : nullptr;
-    for (const EncodingTable::Entry& entry : EncodingTable::c_entries) {
-        if (entry.unitSize > 1 && entry.IsBeginOf(bytes, "<"))
-            return &entry;
-    }
-    return nullptr;
-}
-
 /// Decodes larger units, which nothing that looks at single bytes could read.
 bool DecodeLargerUnits(const QByteArray& bytes, TString& text)
 {
-    const EncodingTable::Entry* const entry =
-        FindLargerUnits({bytes.data(), static_cast<std::size_t>(bytes.size())});
-    if (entry == nullptr)
+    const std::string_view document(bytes.data(), static_cast<std::size_t>(bytes.size()));
+    const EncodingTable::Scheme* const scheme = EncodingTable::FindLargerUnits(
+        document, [document](const auto& larger) { return larger.IsBeginOf(document, "<"); });
+    if (scheme == nullptr)
         return false;
-    QStringDecoder decoder(entry->name.data());
+    QStringDecoder decoder(scheme->name.data());
     const QString decoded = decoder.decode(bytes);
     text = decoded;
     return !decoder.hasError();
@@ -151,8 +139,7 @@ std::string ReadText(InputSource& source)
     source.ResetToStart();
     if (!QByteArrayView(text.data(), std::ssize(text)).isValidUtf8())
         throw CorvinaException(source.Id() + u": it cannot be read as text in its encoding.");
-    if (text.starts_with(EncodingTable::c_utf8.byteOrderMark))
-        text.erase(0, EncodingTable::c_utf8.byteOrderMark.size());
+    text.erase(0, text.size() - EncodingTable::SkipByteOrderMark(text).size());
     return text;
 }
 

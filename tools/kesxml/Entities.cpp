@@ -41,11 +41,11 @@ bool HasNoDocumentType(InputSource& source)
 /// What is declared anywhere in it, in the values of parameter entities too.
 std::unordered_set<std::string_view> NamesDeclaredIn(std::string_view subset)
 {
-    constexpr std::string_view declaration = "<!ENTITY";
+    constexpr std::string_view c_declaration = "<!ENTITY";
     std::unordered_set<std::string_view> names;
-    for (std::size_t i = subset.find(declaration); i != std::string_view::npos;
-         i = subset.find(declaration, i)) {
-        i += declaration.size();
+    for (std::size_t i = subset.find(c_declaration); i != std::string_view::npos;
+         i = subset.find(c_declaration, i)) {
+        i += c_declaration.size();
         const std::size_t start = std::min(subset.find_first_not_of(" \t\r\n", i), subset.size());
         const std::size_t end = std::min(subset.find_first_of(" \t\r\n", start), subset.size());
         names.insert(subset.substr(start, end - start));

@@ -1,10 +1,11 @@
 #include "Markup.h"
 
+#include <kesplatform/XmlDeclaration.h>
+
 #include <algorithm>
 
 namespace {
 
-constexpr std::string_view c_whitespace = " \t\r\n";
 constexpr std::string_view c_commentStart = "<!--";
 constexpr std::string_view c_instructionStart = "<?";
 
@@ -119,14 +120,14 @@ MarkupToken::Kind MarkupReader::FindKind(std::string_view rest) const
         return Kind::EndTag;
     if (!rest.starts_with(c_instructionStart))
         return Kind::StartTag;
-    const bool isDeclaration =
-        m_next == 0 && rest.starts_with("<?xml") && IsWhitespace(rest.substr(5, 1));
+    const bool isDeclaration = m_next == 0 && rest.starts_with(XmlDeclaration::c_start) &&
+                               IsWhitespace(rest.substr(XmlDeclaration::c_start.size(), 1));
     return isDeclaration ? Kind::Declaration : Kind::Instruction;
 }
 
 bool IsWhitespace(std::string_view text)
 {
-    return text.find_first_not_of(c_whitespace) == std::string_view::npos;
+    return text.find_first_not_of(XmlDeclaration::c_whitespace) == std::string_view::npos;
 }
 
 std::string_view NameOfTag(std::string_view tag)
@@ -140,7 +141,7 @@ std::vector<MarkupAttribute> AttributesOf(std::string_view tag)
     std::vector<MarkupAttribute> attributes;
     std::size_t i = 1 + NameOfTag(tag).size();
     for (;;) {
-        i = std::min(tag.find_first_not_of(c_whitespace, i), tag.size());
+        i = std::min(tag.find_first_not_of(XmlDeclaration::c_whitespace, i), tag.size());
         const std::size_t nameEnd = tag.find_first_of(" \t\r\n=", i);
         const std::size_t quote = tag.find_first_of("\"'", i);
         if (quote == std::string_view::npos || nameEnd > quote)

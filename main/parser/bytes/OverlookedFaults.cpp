@@ -20,7 +20,7 @@ constexpr std::size_t c_npos = std::string_view::npos;
 const char16_t* const c_nullCharacter = u"invalid character (Unicode: 0x0)";
 const char16_t* const c_incompleteCharacter = u"incomplete character at the end of the document";
 
-std::size_t FindNull(std::string_view bytes, const EncodingTable::Entry& units)
+std::size_t FindNull(std::string_view bytes, const EncodingTable::Scheme& units)
 {
     if (units.unitSize == 1)
         return bytes.find('\0');
@@ -83,9 +83,7 @@ std::optional<OverlookedFaults::Fault> OverlookedFaults::Find(std::string_view b
                                                               bool mayHoldNull)
 {
     const ScannerEncoding encoding = isUtf8 ? ScannerEncoding() : ScannerEncoding::Find(bytes);
-    constexpr std::string_view c_mark = EncodingTable::c_utf8.byteOrderMark;
-    if (bytes.starts_with(c_mark))
-        bytes.remove_prefix(c_mark.size());
+    bytes = EncodingTable::SkipByteOrderMark(bytes);
     const auto locate = [&](const char16_t* message, std::size_t offset) {
         return Fault{LocateEnd(bytes.substr(0, offset), encoding), message};
     };
@@ -109,14 +107,14 @@ TextPosition OverlookedFaults::LocateEnd(std::string_view bytes, const ScannerEn
         if (const auto position = StrictDecoding::FindEnd(bytes, encoding.declared))
             return *position;
     }
-    const EncodingTable::Entry& units = *encoding.units;
+    const EncodingTable::Scheme& units = *encoding.units;
     if (units.unitSize == 1 && encoding.isAscii)
         return Utf8Faults::LocateEnd(bytes);
-    constexpr std::uint32_t c_mark = 0xFEFF;
+    constexpr std::uint32_t c_byteOrderMark = 0xFEFF;
     PositionCounter counter;
     for (std::size_t at = 0; at < bytes.size(); at += units.unitSize) {
         const std::uint32_t unit = units.ReadUnit(bytes, at);
-        if (at > 0 || unit != c_mark)
+        if (at > 0 || unit != c_byteOrderMark)
             counter.Pass(unit);
     }
     return counter.Get();
@@ -129,7 +127,7 @@ std::string OverlookedFaults::ToUtf8(std::string_view bytes, bool isUtf8)
         return {};
     if (!encoding.declared.empty())
         return StrictDecoding::ToUtf8(bytes, encoding.declared);
-    const EncodingTable::Entry& units = *encoding.units;
+    const EncodingTable::Scheme& units = *encoding.units;
     if (units.unitSize == 1)
         return std::string(bytes);
     std::u16string text;

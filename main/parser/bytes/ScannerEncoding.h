@@ -23,7 +23,7 @@ struct ScannerEncoding
     static std::string_view FindOverlooked(std::string_view bytes);
 
     /// How characters lie in the bytes; of single bytes in any encoding, that of UTF-8.
-    const EncodingTable::Entry* units = &EncodingTable::c_utf8;
+    const EncodingTable::Scheme* units = &EncodingTable::c_utf8;
     /// Whether bytes below 0x80 are ASCII; in EBCDIC they are not.
     bool isAscii = true;
     bool isUtf8 = true;

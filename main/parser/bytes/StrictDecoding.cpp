@@ -18,14 +18,15 @@ using xercesc::XMLTranscoder;
 
 namespace {
 
-constexpr XMLSize_t c_block = 4096;
+/// What a decoder gets at once, in bytes.
+constexpr XMLSize_t c_chunk = 4096;
 constexpr XMLCh c_replacement = 0xFFFD;
 
 std::unique_ptr<XMLTranscoder> MakeTranscoder(std::string_view encoding)
 {
     xercesc::XMLTransService::Codes result{};
     return std::unique_ptr<XMLTranscoder>(XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
-        std::string(encoding).c_str(), result, c_block, XMLPlatformUtils::fgMemoryManager));
+        std::string(encoding).c_str(), result, c_chunk, XMLPlatformUtils::fgMemoryManager));
 }
 
 /// Whether the decoder has a character for every byte, or an error.
@@ -55,7 +56,7 @@ constexpr std::size_t c_unknown = std::string_view::npos;
 /// In how large pieces a decoder gets its bytes.
 enum class Pace
 {
-    Blocks,
+    Chunks,
     /// Every character is known by where it ends.
     Bytes
 };
@@ -63,34 +64,34 @@ enum class Pace
 /// Hands each UTF-16 code unit that the bytes are decoded to, together with the offset where its
 /// character begins or the one where it ends, to `take`, until that returns false.
 ///
-/// A decoder swallows the beginning of a character that the end of a block has cut off, and does
-/// not tell how much of it. So behind each block it gets single bytes until a character is whole:
-/// the bytes up to there end with it, and the next block begins with the one behind.
+/// A decoder swallows the beginning of a character that the end of a chunk has cut off, and does
+/// not tell how much of it. So behind each chunk it gets single bytes until a character is whole:
+/// the bytes up to there end with it, and the next chunk begins with the one behind.
 template <typename Take>
 void Decode(std::string_view bytes, XMLTranscoder& transcoder, Pace pace, const Take& take)
 {
     constexpr std::size_t c_longestCharacter = 8;
     std::size_t singles = 0;
     for (std::size_t at = 0; at < bytes.size();) {
-        const bool isBlock = pace == Pace::Blocks && singles == 0;
-        XMLCh units[c_block];
-        unsigned char sizes[c_block];
+        const bool isChunk = pace == Pace::Chunks && singles == 0;
+        XMLCh units[c_chunk];
+        unsigned char sizes[c_chunk];
         XMLSize_t eaten = 0;
         const XMLSize_t count = transcoder.transcodeFrom(
             reinterpret_cast<const XMLByte*>(bytes.data()) + at,
-            std::min(bytes.size() - at, isBlock ? c_block : 1), units, c_block, eaten, sizes);
+            std::min(bytes.size() - at, isChunk ? c_chunk : 1), units, c_chunk, eaten, sizes);
         if (eaten == 0)
             return;
         std::size_t begin = at;
         at += eaten;
         for (XMLSize_t i = 0; i < count; ++i) {
             const bool isKept =
-                isBlock ? take(units[i], begin, c_unknown) : take(units[i], c_unknown, at);
+                isChunk ? take(units[i], begin, c_unknown) : take(units[i], c_unknown, at);
             if (!isKept)
                 return;
             begin += sizes[i];
         }
-        if (isBlock)
+        if (isChunk)
             singles = c_longestCharacter;
         else
             singles = count > 0 || singles == 0 ? 0 : singles - 1;
@@ -108,7 +109,7 @@ public:
     }
 
     /// By which the offsets are known that IsSpelled needs.
-    Pace GetPace() const noexcept { return m_isUtf7 ? Pace::Bytes : Pace::Blocks; }
+    Pace GetPace() const noexcept { return m_isUtf7 ? Pace::Bytes : Pace::Chunks; }
 
     /// Whether the character that begins at `begin`, or ends at `end`, is spelled there.
     bool IsSpelled(std::size_t begin, std::size_t end) const
@@ -166,7 +167,7 @@ std::optional<TextPosition> StrictDecoding::FindEnd(std::string_view bytes,
     if (transcoder == nullptr)
         return std::nullopt;
     PositionCounter counter;
-    Decode(bytes, *transcoder, Pace::Blocks, [&](XMLCh unit, std::size_t, std::size_t) {
+    Decode(bytes, *transcoder, Pace::Chunks, [&](XMLCh unit, std::size_t, std::size_t) {
         counter.Pass(unit);
         return true;
     });
@@ -193,7 +194,7 @@ std::string StrictDecoding::ToUtf8(std::string_view bytes, std::string_view enco
     if (transcoder == nullptr)
         return {};
     std::u16string text;
-    Decode(bytes, *transcoder, Pace::Blocks, [&](XMLCh unit, std::size_t, std::size_t) {
+    Decode(bytes, *transcoder, Pace::Chunks, [&](XMLCh unit, std::size_t, std::size_t) {
         text += static_cast<char16_t>(unit);
         return true;
     });

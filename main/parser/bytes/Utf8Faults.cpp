@@ -34,15 +34,15 @@ TString DescribeHiddenByte(char byte)
 
 } // namespace
 
-std::optional<Utf8Faults::Fault> Utf8Faults::FindFirst(std::string_view bytes)
+std::optional<Utf8Faults::InvalidBytes> Utf8Faults::FindFirst(std::string_view bytes)
 {
     const std::size_t at = Unicode::findInvalidUtf8(bytes);
     if (at == bytes.size())
         return std::nullopt;
-    Fault fault{LocateEnd(bytes.substr(0, at)), {}, FindCut(bytes) == at};
-    fault.message = fault.isCut ? TString(u"incomplete character at the end of the document")
+    InvalidBytes found{LocateEnd(bytes.substr(0, at)), {}, FindCut(bytes) == at};
+    found.message = found.isCut ? TString(u"incomplete character at the end of the document")
                                 : DescribeHiddenByte(bytes[at]);
-    return fault;
+    return found;
 }
 
 std::size_t Utf8Faults::FindCut(std::string_view bytes) noexcept
@@ -69,10 +69,7 @@ void Utf8Faults::Pass(PositionCounter& counter, std::string_view bytes) noexcept
 
 TextPosition Utf8Faults::LocateEnd(std::string_view bytes) noexcept
 {
-    constexpr std::string_view c_mark = EncodingTable::c_utf8.byteOrderMark;
-    if (bytes.starts_with(c_mark))
-        bytes.remove_prefix(c_mark.size());
     PositionCounter counter;
-    Pass(counter, bytes);
+    Pass(counter, EncodingTable::SkipByteOrderMark(bytes));
     return counter.Get();
 }

@@ -13,7 +13,7 @@
 /// document ends too early.
 namespace Utf8Faults {
 
-struct Fault : TextPosition
+struct InvalidBytes : TextPosition
 {
     /// What to say in place of the scanner's words; empty where these are right.
     TString message;
@@ -23,7 +23,7 @@ struct Fault : TextPosition
 
 /// The first of them: where the sequence begins that is none. Nothing when all bytes are UTF-8.
 /// Takes time linear in the bytes.
-std::optional<Fault> FindFirst(std::string_view bytes);
+std::optional<InvalidBytes> FindFirst(std::string_view bytes);
 
 /// The offset of a sequence for which the scanner wants more bytes than there are, else npos. It
 /// drops all of them, even markup, and refuses sequences that are wrong in other ways.

@@ -6,7 +6,9 @@
 #include "bytes/XercesMemory.h"
 #include "bytes/XercesText.h"
 
+#include <kesplatform/EncodingTable.h>
 #include <kesplatform/Metrics.h>
+#include <kesplatform/XmlDeclaration.h>
 
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -22,16 +24,14 @@ namespace {
 std::shared_ptr<const std::string>
 WidenLineEndOfDeclaration(std::shared_ptr<const std::string> data, std::size_t start)
 {
-    constexpr std::string_view c_mark = "\xEF\xBB\xBF";
-    constexpr std::string_view c_declaration = "<?xml";
     const std::string_view text = *data;
-    std::size_t at = text.substr(start).starts_with(c_mark) ? start + c_mark.size() : start;
-    if (!text.substr(at).starts_with(c_declaration))
+    std::string_view rest = EncodingTable::SkipByteOrderMark(text.substr(start));
+    if (!rest.starts_with(XmlDeclaration::c_start))
         return data;
-    at += c_declaration.size();
-    const std::string_view rest = text.substr(at);
+    rest.remove_prefix(XmlDeclaration::c_start.size());
     if (rest.starts_with("\r\n") || !(rest.starts_with('\r') || rest.starts_with('\n')))
         return data;
+    const std::size_t at = text.size() - rest.size();
     std::string widened;
     widened.reserve(text.size() + 1);
     widened.append(text.substr(0, at)).append("\r\n").append(text.substr(at + 1));
@@ -72,7 +72,7 @@ void XercesInputSource::Prepare() const
 
 bool XercesInputSource::MayHoldNull() const noexcept
 {
-    return m_guardedSource == nullptr || m_guardedSource->MayHoldNull();
+    return m_strictSource == nullptr || m_strictSource->MayHoldNull();
 }
 
 void XercesInputSource::SetupXercesBuffer() const
@@ -81,9 +81,9 @@ void XercesInputSource::SetupXercesBuffer() const
     auto* const manager = xercesc::XMLPlatformUtils::fgMemoryManager;
     WithXercesMemory([&] {
         if (m_encoding == XercesEncoding::Utf8 || ScannerEncoding::IsUtf8(bytes)) {
-            auto* const guarded = new (manager) StrictUtf8Source(bytes, m_id, manager);
-            m_xercesSource.reset(guarded);
-            m_guardedSource = guarded;
+            auto* const strict = new (manager) StrictUtf8Source(bytes, m_id, manager);
+            m_xercesSource.reset(strict);
+            m_strictSource = strict;
         } else {
             m_xercesSource.reset(new (manager) xercesc::MemBufInputSource(
                 reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),

@@ -65,8 +65,8 @@ private:
     // Made, or changed, when they are needed for the first time.
 
     mutable std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
-    /// The same, when it guards UTF-8; else null.
-    mutable const StrictUtf8Source* m_guardedSource = nullptr;
+    /// The same, when it is one that is strict about UTF-8; else null.
+    mutable const StrictUtf8Source* m_strictSource = nullptr;
     mutable std::shared_ptr<const std::string> m_data;
     mutable ColonProcessingMode m_mode;
     std::size_t m_start;

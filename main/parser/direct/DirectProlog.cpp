@@ -2,6 +2,9 @@
 #include "direct/ByteClasses.h"
 #include "direct/DirectScanner.h"
 
+#include <kesplatform/EncodingTable.h>
+#include <kesplatform/XmlDeclaration.h>
+
 #include <algorithm>
 #include <string_view>
 
@@ -12,23 +15,6 @@ namespace {
 
 /// Xerces reads a declaration into a buffer of its own, which a longer one does not fit in.
 constexpr std::ptrdiff_t c_maxDeclaration = 4096;
-
-bool EqualsIgnoringCase(std::string_view text, std::string_view upper)
-{
-    return std::equal(text.begin(), text.end(), upper.begin(), upper.end(), [](char a, char b) {
-        return (a >= 'a' && a <= 'z' ? a - 'a' + 'A' : a) == b;
-    });
-}
-
-/// As the grammar has it: a letter, and then letters, digits, ".", "_" and "-".
-bool IsEncodingName(std::string_view name)
-{
-    const auto isLetter = [](char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; };
-    return !name.empty() && isLetter(name.front()) &&
-           std::all_of(name.begin(), name.end(), [&](char c) {
-               return isLetter(c) || (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
-           });
-}
 
 bool IsPublicIdentifier(std::string_view text)
 {
@@ -71,8 +57,10 @@ bool ReadPseudoAttribute(const char*& at, const char* end, std::string_view name
 
 const char* DirectScanner::ScanProlog(const char* at)
 {
-    if (ShortText::StandsAt(at, m_end, "<?xml") && !ByteClasses::Is(at[5], ByteClasses::NamePart)) {
-        at = ScanXmlDeclaration(at + 5);
+    constexpr std::string_view c_start = XmlDeclaration::c_start;
+    if (ShortText::StandsAt(at, m_end, c_start) &&
+        !ByteClasses::Is(at[c_start.size()], ByteClasses::NamePart)) {
+        at = ScanXmlDeclaration(at + c_start.size());
         if (at == nullptr)
             return nullptr;
     }
@@ -87,6 +75,8 @@ const char* DirectScanner::ScanProlog(const char* at)
     return at;
 }
 
+/// XmlDeclaration::FindEncoding takes the encoding from whatever looks like a declaration; here it
+/// must be one in all its parts, and what counts beside the encoding is where it ends.
 const char* DirectScanner::ScanXmlDeclaration(const char* at)
 {
     // Of other white space, Xerces overlooks the declaration when it looks for the encoding.
@@ -97,11 +87,11 @@ const char* DirectScanner::ScanXmlDeclaration(const char* at)
     if (!ReadPseudoAttribute(at, m_end, "version", value) || value != "1.0")
         return Decline(Verdict::Declaration);
     if (ReadPseudoAttribute(at, m_end, "encoding", value)) {
-        if (!IsEncodingName(value))
+        if (!EncodingTable::IsName(value))
             return Decline(Verdict::Declaration);
         if (!m_isUtf8) {
-            m_isAscii = EqualsIgnoringCase(value, "US-ASCII");
-            if (!m_isAscii && !EqualsIgnoringCase(value, "UTF-8"))
+            m_isAscii = EncodingTable::EqualsName(value, "US-ASCII");
+            if (!m_isAscii && !EncodingTable::EqualsName(value, "UTF-8"))
                 return Decline(Verdict::Encoding);
         }
     }

@@ -5,6 +5,7 @@
 #include "direct/WideRun.h"
 #include "markup/CharacterClasses.h"
 
+#include <kesplatform/EncodingTable.h>
 #include <kesplatform/Unicode.h>
 
 #include <algorithm>
@@ -22,10 +23,9 @@ constexpr std::size_t c_longestCharacter = 4;
 
 Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
 {
-    constexpr std::string_view c_byteOrderMark = "\xEF\xBB\xBF";
     const Return giveBack(*this);
-    const char* at = document.bytes.data();
-    m_end = at + document.bytes.size();
+    const char* at = EncodingTable::SkipByteOrderMark(document.bytes).data();
+    m_end = document.bytes.data() + document.bytes.size();
     m_isUtf8 = document.isUtf8;
     m_isAscii = false;
     m_isDone = false;
@@ -40,8 +40,6 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     m_particles = 0;
     m_declared = 0;
     m_maxDeclared = document.maxDeclared;
-    if (document.bytes.starts_with(c_byteOrderMark))
-        at += c_byteOrderMark.size();
     m_validated = at;
     m_eventEnd = nullptr;
     m_position.Begin(at, m_end);

@@ -44,13 +44,13 @@ void SetLastVerdict(Verdict verdict) noexcept;
 const char* GetName(Verdict verdict) noexcept;
 
 /// Switches the direct scanner on or off for as long as this lives.
-class Scope
+class Switch
 {
 public:
-    explicit Scope(bool enabled) noexcept : m_before(IsEnabled()) { SetEnabled(enabled); }
-    ~Scope() { SetEnabled(m_before); }
-    Scope(const Scope&) = delete;
-    Scope& operator=(const Scope&) = delete;
+    explicit Switch(bool enabled) noexcept : m_before(IsEnabled()) { SetEnabled(enabled); }
+    ~Switch() { SetEnabled(m_before); }
+    Switch(const Switch&) = delete;
+    Switch& operator=(const Switch&) = delete;
 
 private:
     bool m_before;

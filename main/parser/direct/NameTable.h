@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/HashSlots.h"
 #include "sinks/ParsedNames.h"
 
 #include <cstdint>
@@ -29,7 +30,7 @@ public:
     };
 
     /// `names` must outlive the table.
-    explicit NameTable(ParsedNames& names) : m_names(names), m_slots(c_initialSlots) {}
+    explicit NameTable(ParsedNames& names) : m_names(names) {}
     NameTable(const NameTable&) = delete;
     NameTable& operator=(const NameTable&) = delete;
 
@@ -55,16 +56,11 @@ public:
     void ForgetWhatIsGone() noexcept;
 
 private:
-    static constexpr std::size_t c_initialSlots = 64;
-    static constexpr std::size_t c_slotsKept = 4096;
-
     Name& Add(std::string_view bytes, std::uint32_t hash);
-    void Grow();
 
     ParsedNames& m_names;
     std::uint64_t m_generation = 0;
     std::deque<Name> m_entries;
     Name* m_element = nullptr;
-    /// Open addressing with linear probing, at most half full; its size is a power of two.
-    std::vector<Name*> m_slots;
+    HashSlots<Name> m_slots;
 };

@@ -3,6 +3,7 @@
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
 #include "bytes/XercesMemory.h"
+#include "scanner/SchemaSources.h"
 #include "scanner/XercesXMLParserImpl.h"
 #include "sinks/TreeSink.h"
 #include "sources/BorrowedUtf8Source.h"
@@ -11,12 +12,10 @@
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/InputSourceUtils.h>
-#include <kescorexml/LookupResource.h>
 #include <kescorexml/StringInputSource.h>
 
 #include <kesplatform/ActivityScope.h>
 #include <kesplatform/Metrics.h>
-#include <kesplatform/Resources.h>
 #include <kesplatform/TFile.h>
 
 #include <utility>
@@ -59,21 +58,14 @@ public:
         Statistics
     };
 
-    struct Schema
-    {
-        std::unique_ptr<InputSource> source;
-        bool wasRead = false;
-    };
-
     XercesXMLParserImpl& CreateOrReuseExistingXercesParser(InputSource& source, ScanSink& sink);
 
     /// `stage` always tells where the parse is.
     std::unique_ptr<DOM> Parse(InputSource& source, bool keepWhitespaceText,
                                const ParseLimits& limits, Stage& stage);
-    void LoadSchemas(XercesXMLParserImpl& parser);
 
     std::unique_ptr<XercesXMLParserImpl> m_cachedParser;
-    std::vector<Schema> m_xsdSources;
+    SchemaSources m_schemas;
     bool m_enableLineNumbersOnElements = false;
     bool m_restrictExternalPaths = false;
     std::function<void(const DOMParserStatistics&)> m_statisticsEventHandler;
@@ -103,14 +95,12 @@ DOMParser::~DOMParser() = default;
 
 void DOMParser::AddXSDResourceId(QtKesResourceId id)
 {
-    const TString alias = LookupResource(id);
-    const UTF8StringTResource resource(alias);
-    AddXSDInputSource(std::make_unique<StringInputSource>(resource.GetString(), alias, false));
+    m_impl->m_schemas.AddResource(id);
 }
 
 void DOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
 {
-    m_impl->m_xsdSources.push_back({std::move(source)});
+    m_impl->m_schemas.Add(std::move(source));
 }
 
 void DOMParser::SetEnableLineNumbersOnElements(bool enable)
@@ -145,21 +135,11 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source,
     return m_impl->Parse(source, keepWhitespaceText, *this, stage);
 }
 
-void DOMParser::Impl::LoadSchemas(XercesXMLParserImpl& parser)
-{
-    for (Schema& schema : m_xsdSources) {
-        // Not before the first time: a source may have no way back.
-        if (std::exchange(schema.wasRead, true))
-            schema.source->ResetToStart();
-        parser.LoadXSDSource(*schema.source);
-    }
-}
-
 std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhitespaceText,
                                             const ParseLimits& limits, Stage& stage)
 {
-    const Metrics::Scope scope(m_xsdSources.empty() ? "DOMParser_ParseXmlInputSource"
-                                                    : "DOMParser_ParseXmlInputSource_withXSD");
+    const Metrics::Scope scope(m_schemas.IsEmpty() ? "DOMParser_ParseXmlInputSource"
+                                                   : "DOMParser_ParseXmlInputSource_withXSD");
     if (scope.IsOpen()) {
         scope.Emit("'xmls'", source.Size());
         std::string sample;
@@ -175,7 +155,7 @@ std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhites
     if (m_enableLineNumbersOnElements)
         tree.SetLocationInterface(&parser);
     stage = Stage::Schemas;
-    LoadSchemas(parser);
+    m_schemas.LoadInto(parser);
     stage = Stage::Document;
     CopyParserErrorsToElement(parser, root);
     parser.Parse();

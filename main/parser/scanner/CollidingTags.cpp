@@ -87,7 +87,7 @@ public:
 
 private:
     std::string_view m_bytes;
-    const EncodingTable::Entry& m_units;
+    const EncodingTable::Scheme& m_units;
     bool m_isUtf8;
 };
 

@@ -56,7 +56,7 @@ bool LocatingReader::IsInput(const XMLCh* systemId) const
     return m_input != nullptr && XMLString::equals(systemId, (*m_input)().getSystemId());
 }
 
-std::optional<Utf8Faults::Fault> LocatingReader::FindFault() const
+std::optional<Utf8Faults::InvalidBytes> LocatingReader::FindFault() const
 {
     if (m_input == nullptr)
         return std::nullopt;
@@ -71,7 +71,7 @@ void LocatingReader::error(unsigned int code, const XMLCh* domain,
                            const XMLCh* systemId, const XMLCh* publicId, XMLFileLoc line,
                            XMLFileLoc column)
 {
-    std::optional<Utf8Faults::Fault> fault;
+    std::optional<Utf8Faults::InvalidBytes> fault;
     if (type == xercesc::XMLErrorReporter::ErrType_Fatal && IsInput(systemId))
         fault = FindFault();
     const bool isUndecodable = fault && IsUndecodable(code, domain);

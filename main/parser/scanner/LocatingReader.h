@@ -46,7 +46,7 @@ public:
     };
 
     /// The first fault of the document or schema; nothing outside of a scope.
-    std::optional<Utf8Faults::Fault> FindFault() const;
+    std::optional<Utf8Faults::InvalidBytes> FindFault() const;
 
     void error(unsigned int code, const XMLCh* domain, xercesc::XMLErrorReporter::ErrTypes type,
                const XMLCh* text, const XMLCh* systemId, const XMLCh* publicId, XMLFileLoc line,

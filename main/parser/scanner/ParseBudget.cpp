@@ -67,11 +67,11 @@ constexpr std::uint64_t c_stackAParticle = 256;
 /// What the scanner may hold without regard to the limit: buffers that any document needs.
 constexpr std::uint64_t c_freeMemory = 1024 * 1024;
 
-constexpr std::uint64_t c_maximum = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t c_unlimited = std::numeric_limits<std::uint64_t>::max();
 
 std::uint64_t MultiplySaturating(std::uint64_t a, std::uint64_t b) noexcept
 {
-    return a != 0 && b > c_maximum / a ? c_maximum : a * b;
+    return a != 0 && b > c_unlimited / a ? c_unlimited : a * b;
 }
 
 std::uint64_t GetMaximum(const ParseLimits::Growth& growth, std::uint64_t inputBytes) noexcept
@@ -82,7 +82,7 @@ std::uint64_t GetMaximum(const ParseLimits::Growth& growth, std::uint64_t inputB
 /// Past the limit at once, rather than around the end of the number's range.
 void Add(std::uint64_t& account, std::uint64_t amount) noexcept
 {
-    account = amount > c_maximum - account ? c_maximum : account + amount;
+    account = amount > c_unlimited - account ? c_unlimited : account + amount;
 }
 
 struct ModelSize

@@ -106,9 +106,7 @@ bool IsPredefined(std::string_view name) noexcept
 std::vector<SkippedEntity> SkippedEntities::Find(std::string_view document,
                                                  const std::unordered_set<TString>& declared)
 {
-    constexpr std::string_view c_mark = EncodingTable::c_utf8.byteOrderMark;
-    if (document.starts_with(c_mark))
-        document.remove_prefix(c_mark.size());
+    document = EncodingTable::SkipByteOrderMark(document);
     std::vector<SkippedEntity> found;
     std::unordered_map<TString, std::size_t> known;
     References references(document);

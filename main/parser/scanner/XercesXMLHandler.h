@@ -72,7 +72,6 @@ public:
         m_column = column;
     }
 
-    bool SawWarnings() const noexcept { return !m_warnings.IsEmpty(); }
     bool SawErrors() const noexcept { return !m_errors.IsEmpty(); }
     bool SawFatalError() const noexcept { return m_sawFatalError; }
     /// Ends both lists with an entry that tells how many messages are missing, if some are.

@@ -115,7 +115,7 @@ struct UndecodableDeclaration
     }
 
     TString message;
-    Utf8Faults::Fault fault;
+    Utf8Faults::InvalidBytes fault;
 };
 
 /// Has the version watch installed among the reader's handlers.

@@ -1,6 +1,6 @@
 #include "sinks/ParsedNames.h"
 
-#include <kesplatform/TStringBlock.h>
+#include <kesplatform/detail/TStringBlock.h>
 
 #include <QHashFunctions>
 
@@ -8,10 +8,6 @@
 #include <cstring>
 
 namespace {
-
-constexpr std::size_t c_initialSlots = 64;
-/// A single tag can have any number of names.
-constexpr std::size_t c_slotsKept = 4096;
 
 bool HasNames(const AttributeNames& list, std::span<const char16_t* const> names)
 {
@@ -35,28 +31,20 @@ ParsedNames::Entry::~Entry()
     }
 }
 
-ParsedNames::ParsedNames() : m_seed(QHashSeed::globalSeed()), m_slots(c_initialSlots) {}
+ParsedNames::ParsedNames() : m_seed(QHashSeed::globalSeed()) {}
 
 ParsedNames::Entry& ParsedNames::Find(std::u16string_view name)
 {
     const std::uint32_t hash = m_seed.Hash(name.data(), name.size() * sizeof(char16_t));
-    std::size_t mask = m_slots.size() - 1;
-    std::size_t slot = hash & mask;
-    while (Entry* entry = m_slots[slot]) {
-        if (entry->hash == hash && entry->name.view().size() == name.size() &&
-            std::memcmp(entry->name.utf16(), name.data(), name.size() * sizeof(char16_t)) == 0)
-            return *entry;
-        slot = (slot + 1) & mask;
-    }
-    if ((m_entries.size() + 1) * 2 > m_slots.size()) {
-        Grow();
-        mask = m_slots.size() - 1;
-        slot = hash & mask;
-        while (m_slots[slot] != nullptr)
-            slot = (slot + 1) & mask;
-    }
+    Entry* const entry = m_slots.Find(hash, [name](const Entry& known) {
+        return known.name.view().size() == name.size() &&
+               std::memcmp(known.name.utf16(), name.data(), name.size() * sizeof(char16_t)) == 0;
+    });
+    if (entry != nullptr)
+        return *entry;
+    m_slots.Reserve(m_entries.size() + 1);
     Entry& made = m_entries.emplace_back(TString(name), hash);
-    m_slots[slot] = &made;
+    m_slots.Add(made);
     m_units += name.size() + c_unitsAnEntry;
     return made;
 }
@@ -73,26 +61,9 @@ TString ParsedNames::GetNameIn(ParseArena& arena, Entry& entry)
     return name;
 }
 
-void ParsedNames::Grow()
-{
-    std::vector<Entry*> slots(m_slots.size() * 2);
-    const std::size_t mask = slots.size() - 1;
-    for (Entry& entry : m_entries) {
-        std::size_t slot = entry.hash & mask;
-        while (slots[slot] != nullptr)
-            slot = (slot + 1) & mask;
-        slots[slot] = &entry;
-    }
-    m_slots.swap(slots);
-}
-
 void ParsedNames::Forget() noexcept
 {
-    if (m_slots.size() > c_slotsKept) {
-        m_slots.resize(c_initialSlots);
-        m_slots.shrink_to_fit();
-    }
-    std::fill(m_slots.begin(), m_slots.end(), nullptr);
+    m_slots.Clear();
     m_entries.clear();
     m_units = 0;
     ++m_generation;

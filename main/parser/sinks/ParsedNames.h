@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/ByteHash.h"
+#include "base/HashSlots.h"
 #include "sinks/TerminatedText.h"
 #include "slabs/AttributeBlock.h"
 
@@ -12,7 +13,6 @@
 #include <deque>
 #include <span>
 #include <string_view>
-#include <vector>
 
 /// The element and attribute names that a parser has met: one look-up a name, and no allocation
 /// for a name that was there before. Bounded; forgets everything when it has grown large, which
@@ -108,14 +108,12 @@ private:
     }
 
     void Forget() noexcept;
-    void Grow();
 
     ByteHash::Seed m_seed;
     std::uint64_t m_generation = 0;
     std::size_t m_units = 0;
     std::deque<Entry> m_entries;
-    /// Open addressing with linear probing, at most half full; its size is a power of two.
-    std::vector<Entry*> m_slots;
+    HashSlots<Entry> m_slots;
     /// The entries that were found for names at certain addresses.
     std::array<Entry*, c_addresses> m_byAddress{};
 };

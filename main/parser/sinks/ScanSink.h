@@ -38,13 +38,15 @@ public:
     /// an empty element counts as one.
     virtual bool IsDone() const noexcept = 0;
 
-    /// A document begins: text that an abandoned parse has left behind is forgotten.
-    virtual void BeginDocument() = 0;
+    /// A document begins: text that an abandoned parse has left behind is forgotten, where a sink
+    /// serves more than one parse.
+    virtual void BeginDocument() {}
     /// The events of the document will come again from the first one on, more of them. What grew of
     /// them is dropped; a sink that has passed them on passes on only those that follow them.
     virtual void Rewind() = 0;
-    /// Whether events are passed on at once to somebody from whom they cannot be taken back.
-    virtual bool PassesOn() const noexcept = 0;
+    /// Whether events are passed on at once to somebody from whom they cannot be taken back; where
+    /// a tree grows, they are not.
+    virtual bool PassesOn() const noexcept { return false; }
     /// Whether the parser may be asked, now or later, where events were.
     virtual bool AsksForLocations() const noexcept = 0;
 };

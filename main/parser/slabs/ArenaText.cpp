@@ -1,6 +1,6 @@
 #include "slabs/ArenaText.h"
 
-#include <kesplatform/TStringBlock.h>
+#include <kesplatform/detail/TStringBlock.h>
 
 #include <algorithm>
 #include <span>

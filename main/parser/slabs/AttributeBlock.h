@@ -3,7 +3,7 @@
 #include "slabs/ParseArena.h"
 
 #include <kesplatform/TString.h>
-#include <kesplatform/TStringBlock.h>
+#include <kesplatform/detail/TStringBlock.h>
 
 #include <array>
 #include <atomic>

@@ -3,7 +3,7 @@
 #include "base/Prefetch.h"
 
 #include <kesplatform/TString.h>
-#include <kesplatform/TStringBlock.h>
+#include <kesplatform/detail/TStringBlock.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -3,7 +3,6 @@
 #include "base/KesErrors.h"
 #include "base/LeadingWhitespace.h"
 #include "bytes/XercesInputSource.h"
-#include "sources/FileSizeLimit.h"
 
 #include <kescorexml/CoreXml.h>
 

@@ -1,7 +1,5 @@
 #include <kescorexml/InputSourceUtils.h>
 
-#include "sources/FileSizeLimit.h"
-
 #include <kescorexml/FileInputSource.h>
 #include <kescorexml/StringInputSource.h>
 

@@ -2,17 +2,16 @@
 
 #include "base/LeadingWhitespace.h"
 #include "bytes/XercesMemory.h"
+#include "scanner/SchemaSources.h"
 #include "scanner/XercesXMLParserImpl.h"
 #include "sources/BorrowedUtf8Source.h"
 #include "standalone/StandaloneTreeSink.h"
 
 #include <kescorexml/BinaryInputSource.h>
 #include <kescorexml/InputSourceUtils.h>
-#include <kescorexml/LookupResource.h>
 #include <kescorexml/StringInputSource.h>
 
 #include <kesplatform/Metrics.h>
-#include <kesplatform/Resources.h>
 
 #include <cstdint>
 #include <utility>
@@ -25,13 +24,7 @@ constexpr std::uint64_t c_metricsFlags = 0x80000000000;
 
 struct StandaloneDOMParser::State
 {
-    struct Schema
-    {
-        std::unique_ptr<InputSource> source;
-        bool wasRead = false;
-    };
-
-    std::vector<Schema> xsdSources;
+    SchemaSources schemas;
     std::function<void(const DOMParserStatistics&)> statisticsHandler;
     bool allowEntityExpansion = false;
 };
@@ -42,14 +35,12 @@ StandaloneDOMParser::~StandaloneDOMParser() = default;
 
 void StandaloneDOMParser::AddXSDResourceId(QtKesResourceId id)
 {
-    const TString name = LookupResource(id);
-    const UTF8StringTResource resource(name);
-    AddXSDInputSource(std::make_unique<StringInputSource>(resource.GetString(), name, false));
+    m_state->schemas.AddResource(id);
 }
 
 void StandaloneDOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
 {
-    m_state->xsdSources.push_back({std::move(source)});
+    m_state->schemas.Add(std::move(source));
 }
 
 void StandaloneDOMParser::SetStatisticsEventHandler(
@@ -73,12 +64,7 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlInputSource(InputSource& sour
     static_cast<ParseLimits&>(*parser) = *this;
     if (m_state->allowEntityExpansion)
         parser->AllowEntityExpansion_Insecure();
-    for (State::Schema& schema : m_state->xsdSources) {
-        // Not before the first time: a source may have no way back.
-        if (std::exchange(schema.wasRead, true))
-            schema.source->ResetToStart();
-        parser->LoadXSDSource(*schema.source);
-    }
+    m_state->schemas.LoadInto(*parser);
     parser->Parse();
 
     StandaloneParseResult result;

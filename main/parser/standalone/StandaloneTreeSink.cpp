@@ -45,7 +45,7 @@ void StandaloneTreeSink::EndElement()
 
 void StandaloneTreeSink::CloseTop()
 {
-    OpenElement& top = m_open.back();
+    UnfinishedElement& top = m_open.back();
     const auto first = m_waiting.begin() + static_cast<std::ptrdiff_t>(top.firstNode);
     if (first != m_waiting.end()) {
         top.element->m_children.assign(std::make_move_iterator(first),

@@ -29,9 +29,7 @@ public:
     }
     void EndElement() override;
     bool IsDone() const noexcept override { return false; }
-    void BeginDocument() override {}
     void Rewind() override;
-    bool PassesOn() const noexcept override { return false; }
     bool AsksForLocations() const noexcept override { return false; }
 
     /// Closes what a parse that stopped early has left open; text after the last tag is forgotten.
@@ -39,7 +37,7 @@ public:
     std::unique_ptr<StandaloneDOMElement> TakeRoot();
 
 private:
-    struct OpenElement
+    struct UnfinishedElement
     {
         std::unique_ptr<StandaloneDOMElement> element;
         /// Where its content begins among what waits.
@@ -53,6 +51,6 @@ private:
     ParseArena m_arena;
     ArenaText m_text{m_arena};
     bool m_keepWhitespaceText;
-    std::vector<OpenElement> m_open;
+    std::vector<UnfinishedElement> m_open;
     std::vector<StandaloneDOMElement::TextOrElement> m_waiting;
 };

@@ -14,7 +14,6 @@
 
 namespace {
 
-using ErrorMessage = DOM::DOMErrorMessage;
 using WarningMessage = DOM::DOMWarningMessage;
 using Kind = XMLDiagnostic::Kind;
 
@@ -42,17 +41,28 @@ XMLDiagnostic DiagnosticOf(const RecordedError& error)
     return error.GetDiagnostic();
 }
 
+const TError::ErrorInfo& InfoOf(const WarningMessage& warning)
+{
+    return warning.m_info;
+}
+
+template <typename RecordedError>
+const TError::ErrorInfo& InfoOf(const RecordedError& error)
+{
+    return error.m_error.m_info;
+}
+
 template <typename Message, typename Container>
 void Collect(const DiagnosticsRegistry<Message>& registry, const DOMElement& top, Container& out)
 {
-    using Entry = typename Container::value_type;
+    using Listed = typename Container::value_type;
     VisitSubtree(registry, top, [&out](const Message& message) {
-        if constexpr (std::is_same_v<Entry, TString>)
+        if constexpr (std::is_same_v<Listed, TString>)
             out.push_back(MessageOf(message));
-        else if constexpr (std::is_same_v<Entry, XMLDiagnostic>)
+        else if constexpr (std::is_same_v<Listed, XMLDiagnostic>)
             out.push_back(DiagnosticOf(message));
         else
-            out.push_back(message.m_info);
+            out.push_back(InfoOf(message));
     });
 }
 
@@ -131,7 +141,7 @@ void DOM::InsertWarning(const DOMElement& element, const TString& message,
 bool DOM::HasErrors(const DOMElement& element) const
 {
     const ScopedReadLock lock(m_lock);
-    return AnyMessageInSubtree(m_errors, element, [](const ErrorMessage&) { return true; });
+    return AnyMessageInSubtree(m_errors, element, [](const RecordedError&) { return true; });
 }
 
 bool DOM::HasErrors() const
@@ -142,8 +152,9 @@ bool DOM::HasErrors() const
 bool DOM::HasUnreportedErrors(const DOMElement& element) const
 {
     const ScopedReadLock lock(m_lock);
-    return AnyMessageInSubtree(m_errors, element,
-                               [](const ErrorMessage& message) { return !message.m_reported; });
+    return AnyMessageInSubtree(m_errors, element, [](const RecordedError& recorded) {
+        return !recorded.m_error.m_reported;
+    });
 }
 
 bool DOM::HasUnreportedErrors() const
@@ -154,8 +165,8 @@ bool DOM::HasUnreportedErrors() const
 bool DOM::HasCancelErrors(const DOMElement& element) const
 {
     const ScopedReadLock lock(m_lock);
-    return AnyMessageInSubtree(m_errors, element,
-                               [](const ErrorMessage& message) { return message.m_cancel; });
+    return AnyMessageInSubtree(
+        m_errors, element, [](const RecordedError& recorded) { return recorded.m_error.m_cancel; });
 }
 
 bool DOM::HasCancelErrors() const
@@ -166,8 +177,9 @@ bool DOM::HasCancelErrors() const
 bool DOM::HasOnlyCancelErrors(const DOMElement& element) const
 {
     const ScopedReadLock lock(m_lock);
-    return !AnyMessageInSubtree(m_errors, element,
-                                [](const ErrorMessage& message) { return !message.m_cancel; });
+    return !AnyMessageInSubtree(m_errors, element, [](const RecordedError& recorded) {
+        return !recorded.m_error.m_cancel;
+    });
 }
 
 bool DOM::HasOnlyCancelErrors() const

@@ -29,7 +29,7 @@ public:
 private:
     /// Children that are being copied: the next one, and its place among those of `parent`, where
     /// there is nothing yet.
-    struct Level
+    struct OpenCopy
     {
         ElementList::const_iterator next;
         ElementList::const_iterator end;
@@ -98,7 +98,7 @@ void ElementCopy::CloneChildren(DOMElement& target, const DOMElement& source, DO
 {
     ParseArena arena(CountBytes(source));
     SlabShares shares;
-    std::vector<Level> open;
+    std::vector<OpenCopy> open;
     std::vector<std::unique_ptr<DOMElement>> places;
     const auto enter = [&](const DOMElement& from, DOMElement& to) {
         const std::size_t count = from.m_children.size();
@@ -111,14 +111,14 @@ void ElementCopy::CloneChildren(DOMElement& target, const DOMElement& source, DO
     // No TreeWalk, of which there would have to be two: the copies go in step.
     enter(source, target);
     while (!open.empty()) {
-        Level& level = open.back();
-        if (level.next == level.end) {
+        OpenCopy& copying = open.back();
+        if (copying.next == copying.end) {
             open.pop_back();
             continue;
         }
-        const DOMElement& from = **level.next++;
-        std::unique_ptr<DOMElement>& copy = *level.place++;
-        copy = CloneAlone(arena, shares, from, dom, *level.parent);
+        const DOMElement& from = **copying.next++;
+        std::unique_ptr<DOMElement>& copy = *copying.place++;
+        copy = CloneAlone(arena, shares, from, dom, *copying.parent);
         note(from, *copy);
         if (from.HasChildren())
             enter(from, *copy);
@@ -198,24 +198,24 @@ bool DOMElement::operator!=(const DOMElement& other) const
 
     // No TreeWalk, of which there would have to be two: these go in step and need one stack.
     /// Two elements that are alike so far, with the next of their children.
-    struct Level
+    struct OpenPair
     {
         const DOMElement* a;
         const DOMElement* b;
         std::size_t next;
     };
-    std::vector<Level> open;
+    std::vector<OpenPair> open;
     if (HasChildren())
         open.push_back({this, &other, 0});
     while (!open.empty()) {
-        Level& level = open.back();
-        if (level.next == level.a->m_children.size()) {
+        OpenPair& pair = open.back();
+        if (pair.next == pair.a->m_children.size()) {
             open.pop_back();
             continue;
         }
-        const DOMElement& a = *level.a->m_children[level.next];
-        const DOMElement& b = *level.b->m_children[level.next];
-        ++level.next;
+        const DOMElement& a = *pair.a->m_children[pair.next];
+        const DOMElement& b = *pair.b->m_children[pair.next];
+        ++pair.next;
         if (&a != &b && differsItself(a, b))
             return true;
         if (&a != &b && a.HasChildren())

@@ -3,7 +3,7 @@
 #include "slabs/AttributeBlock.h"
 #include "tree/ElementLife.h"
 
-#include <kesplatform/TStringBlock.h>
+#include <kesplatform/detail/TStringBlock.h>
 
 #include <cstddef>
 #include <new>

@@ -5,7 +5,7 @@
 #include "base/Prefetch.h"
 
 #include <kesplatform/TCType.h>
-#include <kesplatform/TStringBlock.h>
+#include <kesplatform/detail/TStringBlock.h>
 
 #include <algorithm>
 #include <array>

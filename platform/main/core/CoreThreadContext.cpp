@@ -25,8 +25,8 @@ Context* GetContext() noexcept
 {
     if (t_isOver)
         return nullptr;
-    static thread_local Context context;
-    return &context;
+    static thread_local Context t_context;
+    return &t_context;
 }
 
 } // namespace

@@ -45,8 +45,8 @@ UTF8StringTResource::UTF8StringTResource(const TString& name)
 
 ResourceRegistrationCache& ResourceRegistrationCache::GetInstance()
 {
-    static ResourceRegistrationCache instance;
-    return instance;
+    static ResourceRegistrationCache s_instance;
+    return s_instance;
 }
 
 TString ResourceRegistrationCache::GetResourcePath(const TString& alias,

@@ -70,9 +70,6 @@ constexpr std::int64_t c_firstRoom = 16 * 1024;
 // How much is read at once.
 constexpr std::size_t c_step = 128 * 1024;
 
-// What a file that tells no size may hold at most: some devices never end.
-constexpr std::size_t c_maximumWithoutSize = 0x3FFFFFFF;
-
 /// Grows in steps that stay in the cache, for a string clears its room before anything is read.
 std::string ReadAll(TFile& file)
 {
@@ -89,7 +86,8 @@ std::string ReadAll(TFile& file)
         length += count;
         if (count == 0)
             break;
-        if (size <= 0 && length > c_maximumWithoutSize)
+        // Some devices never end.
+        if (size <= 0 && !FitsInMemory(static_cast<std::int64_t>(length)))
             throw TIO::Exception(file.GetPath(), u"the file has no size and does not end");
     }
     bytes.resize(length);

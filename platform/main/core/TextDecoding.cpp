@@ -81,24 +81,24 @@ template <typename Sink>
 void Convert(const char* to, std::string_view bytes, const Encoding& encoding, const Sink& sink)
 {
     Converter converter(to, encoding.name);
-    const std::string_view text = bytes.substr(encoding.markLength);
+    const std::string_view text = bytes.substr(encoding.byteOrderMarkLength);
     const std::size_t converted = converter.Run(text, sink);
     if (converted != text.size())
-        FailAt(encoding.markLength + converted, encoding.name);
+        FailAt(encoding.byteOrderMarkLength + converted, encoding.name);
 }
 
 /// The text of an XML declaration up to its ">", as the ASCII characters that it is made of; empty
 /// when the bytes, read in these units, do not begin with one.
-std::string ReadDeclaration(std::string_view bytes, const EncodingTable::Entry& entry)
+std::string ReadDeclaration(std::string_view bytes, const EncodingTable::Scheme& scheme)
 {
     std::size_t at = 0;
-    while (TCType::isSpace(static_cast<unsigned char>(entry.ReadAscii(bytes, at))))
-        at += entry.unitSize;
+    while (TCType::isSpace(static_cast<unsigned char>(scheme.ReadAscii(bytes, at))))
+        at += scheme.unitSize;
     bytes.remove_prefix(at);
-    if (!entry.IsBeginOf(bytes, XmlDeclaration::c_start))
+    if (!scheme.IsBeginOf(bytes, XmlDeclaration::c_start))
         return {};
     std::string text;
-    for (at = 0; char character = entry.ReadAscii(bytes, at); at += entry.unitSize) {
+    for (at = 0; char character = scheme.ReadAscii(bytes, at); at += scheme.unitSize) {
         text += character;
         if (character == '>')
             return text;
@@ -106,8 +106,8 @@ std::string ReadDeclaration(std::string_view bytes, const EncodingTable::Entry& 
     return {};
 }
 
-/// Whether a name holds nothing that iconv would take for an option.
-bool IsEncodingName(std::string_view name)
+/// Whether nothing in a name would be an option for iconv.
+bool HoldsNoOption(std::string_view name)
 {
     return std::all_of(name.begin(), name.end(), [](char c) {
         return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
@@ -118,12 +118,12 @@ bool IsEncodingName(std::string_view name)
 bool IsKnown(std::string_view name)
 {
     return EncodingTable::NamesUtf8(name) ||
-           (IsEncodingName(name) && Converter("UTF-8", std::string(name)).IsKnown());
+           (HoldsNoOption(name) && Converter("UTF-8", std::string(name)).IsKnown());
 }
 
-std::string GetConverterName(const EncodingTable::Entry& entry)
+std::string GetConverterName(const EncodingTable::Scheme& scheme)
 {
-    return entry.encoding == Utf8 ? std::string() : std::string(entry.name);
+    return scheme.encoding == Utf8 ? std::string() : std::string(scheme.name);
 }
 
 /// What a text of single bytes is encoded in whose declaration names `name`.
@@ -144,10 +144,10 @@ Encoding ResolveDeclaredName(std::string_view name, const std::string& declarati
 
 Encoding TextDecoding::FindEncoding(std::string_view bytes)
 {
-    if (const EncodingTable::Entry* const marked = EncodingTable::FindByByteOrderMark(bytes))
+    if (const EncodingTable::Scheme* const marked = EncodingTable::FindByByteOrderMark(bytes))
         return {GetConverterName(*marked), marked->byteOrderMark.size()};
-    for (const EncodingTable::Entry& entry : EncodingTable::c_entries) {
-        const std::string declaration = ReadDeclaration(bytes, entry);
+    for (const EncodingTable::Scheme& scheme : EncodingTable::c_schemes) {
+        const std::string declaration = ReadDeclaration(bytes, scheme);
         // Whoever reads the text is to say that other white space is wrong there.
         std::string spaced = declaration;
         std::replace(spaced.begin(), spaced.end(), '\v', ' ');
@@ -157,8 +157,8 @@ Encoding TextDecoding::FindEncoding(std::string_view bytes)
             continue;
         if (!IsKnown(name))
             throw Failure{u"the encoding \"" + TString::fromUtf8(name) + u"\" is not known"};
-        return entry.unitSize > 1 ? Encoding{GetConverterName(entry), 0}
-                                  : ResolveDeclaredName(name, declaration);
+        return scheme.unitSize > 1 ? Encoding{GetConverterName(scheme), 0}
+                                   : ResolveDeclaredName(name, declaration);
     }
     return {};
 }
@@ -166,11 +166,11 @@ Encoding TextDecoding::FindEncoding(std::string_view bytes)
 TString TextDecoding::ToText(std::string_view bytes, const Encoding& encoding)
 {
     if (encoding.name.empty()) {
-        const std::size_t bad =
-            encoding.markLength + Utf8Bytes::FindInvalid(bytes.substr(encoding.markLength));
+        const std::size_t bad = encoding.byteOrderMarkLength +
+                                Utf8Bytes::FindInvalid(bytes.substr(encoding.byteOrderMarkLength));
         if (bad != bytes.size())
             FailAt(bad, encoding.name);
-        return TString::fromUtf8(bytes.substr(encoding.markLength));
+        return TString::fromUtf8(bytes.substr(encoding.byteOrderMarkLength));
     }
     TString text;
     Convert(c_nativeUtf16, bytes, encoding, [&text](std::string_view piece) {
@@ -183,11 +183,11 @@ TString TextDecoding::ToText(std::string_view bytes, const Encoding& encoding)
 std::string TextDecoding::ToUtf8(std::string&& bytes, const Encoding& encoding)
 {
     if (encoding.name.empty()) {
-        const std::string_view text = std::string_view(bytes).substr(encoding.markLength);
+        const std::string_view text = std::string_view(bytes).substr(encoding.byteOrderMarkLength);
         const std::size_t bad = Utf8Bytes::FindInvalid(text);
         if (bad != text.size())
-            FailAt(encoding.markLength + bad, encoding.name);
-        bytes.erase(0, encoding.markLength);
+            FailAt(encoding.byteOrderMarkLength + bad, encoding.name);
+        bytes.erase(0, encoding.byteOrderMarkLength);
         return std::move(bytes);
     }
     std::string utf8;

@@ -9,12 +9,13 @@
 /// Decodes the bytes of text files. Safe to use from several threads.
 namespace TextDecoding {
 
-/// How the bytes of a text are to be read: past `markLength` bytes, in the encoding `name`.
+/// How the bytes of a text are to be read: past `byteOrderMarkLength` bytes, in the encoding
+/// `name`.
 struct Encoding
 {
     /// A name that iconv knows; empty for UTF-8.
     std::string name;
-    std::size_t markLength = 0;
+    std::size_t byteOrderMarkLength = 0;
 };
 
 /// A text that cannot be decoded; the reason is a phrase for people.

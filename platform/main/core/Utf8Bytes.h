@@ -1,7 +1,7 @@
 #pragma once
 
 #include "AsciiSteps.h"
-#include "Utf8Blocks.h"
+#include "Utf8Steps.h"
 
 #include <cstddef>
 #include <string>
@@ -70,10 +70,10 @@ inline std::size_t FindInvalid(std::string_view text) noexcept
                 at += AsciiSteps::c_step;
             continue;
         }
-        std::size_t inBlock = 0;
-        while (text.size() - at >= Utf8Blocks::c_readable &&
-               (inBlock = Utf8Blocks::CountValid(text.data() + at)) != 0)
-            at += inBlock;
+        std::size_t inStep = 0;
+        while (text.size() - at >= Utf8Steps::c_readable &&
+               (inStep = Utf8Steps::CountValid(text.data() + at)) != 0)
+            at += inStep;
         if (at == text.size())
             break;
         if (static_cast<unsigned char>(text[at]) < 0x80)

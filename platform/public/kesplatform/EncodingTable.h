@@ -3,6 +3,7 @@
 #include <kesplatform/DetectEncoding.h>
 #include <kesplatform/Export.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -12,8 +13,9 @@
 /// they all go by. Safe to use from several threads.
 namespace EncodingTable {
 
-/// One encoding. Entries are told apart by `encoding`, not by address: each library has the table.
-struct Entry
+/// An encoding scheme of Unicode. They are told apart by `encoding`, not by address: each library
+/// has the table.
+struct Scheme
 {
     /// The value by which DetectEncoding tells it.
     DetectedEncoding encoding;
@@ -58,7 +60,7 @@ struct Entry
 
 /// All of them. Those of larger units come first, because the byte-order mark of UTF-16LE begins
 /// that of UTF-32LE; the last is UTF-8, whose units are those of all other single bytes, too.
-inline constexpr Entry c_entries[] = {
+inline constexpr Scheme c_schemes[] = {
     {Utf32LE, "UTF-32LE", std::string_view("\xFF\xFE\0\0", 4), 4, 0},
     {Utf32BE, "UTF-32BE", std::string_view("\0\0\xFE\xFF", 4), 4, 3},
     {Utf16LE, "UTF-16LE", "\xFF\xFE", 2, 0},
@@ -66,14 +68,61 @@ inline constexpr Entry c_entries[] = {
     {Utf8, "UTF-8", "\xEF\xBB\xBF", 1, 0},
 };
 
-/// The entry of UTF-8.
-inline constexpr const Entry& c_utf8 = c_entries[4];
+/// That of UTF-8.
+inline constexpr const Scheme& c_utf8 = c_schemes[4];
 
 /// How "<?xm", the beginning of an XML declaration, is written in the encodings of EBCDIC.
 inline constexpr std::string_view c_ebcdicDeclaration = "\x4C\x6F\xA7\x94";
 
-/// The entry whose byte-order mark the bytes begin with; null when there is none.
-KESPLATFORM_EXPORT const Entry* FindByByteOrderMark(std::string_view bytes) noexcept;
+/// What stands behind the byte-order mark of UTF-8; the bytes themselves without one.
+constexpr std::string_view SkipByteOrderMark(std::string_view bytes) noexcept
+{
+    return bytes.starts_with(c_utf8.byteOrderMark) ? bytes.substr(c_utf8.byteOrderMark.size())
+                                                   : bytes;
+}
+
+/// The scheme whose byte-order mark the bytes begin with; null when there is none.
+KESPLATFORM_EXPORT const Scheme* FindByByteOrderMark(std::string_view bytes) noexcept;
+
+/// The scheme of larger units than bytes by the byte-order mark, and without one the first of which
+/// `isBegin` says that the bytes begin so; null for single bytes.
+template <typename IsBegin>
+const Scheme* FindLargerUnits(std::string_view bytes, const IsBegin& isBegin)
+{
+    if (const Scheme* const marked = FindByByteOrderMark(bytes))
+        return marked->unitSize > 1 ? marked : nullptr;
+    for (const Scheme& scheme : c_schemes) {
+        if (scheme.unitSize > 1 && isBegin(scheme))
+            return &scheme;
+    }
+    return nullptr;
+}
+
+/// Whether a text is a name of an encoding as the grammar of XML has it: a letter, and then
+/// letters, digits, ".", "_" and "-".
+constexpr bool IsName(std::string_view text) noexcept
+{
+    const auto isLetter = [](char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; };
+    return !text.empty() && isLetter(text.front()) &&
+           std::all_of(text.begin(), text.end(), [&](char c) {
+               return isLetter(c) || (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
+           });
+}
+
+/// Whether a name begins with this one, in any case; `upper` is written in capitals.
+constexpr bool StartsWithName(std::string_view name, std::string_view upper) noexcept
+{
+    return name.size() >= upper.size() &&
+           std::equal(upper.begin(), upper.end(), name.begin(), [](char expected, char c) {
+               return (c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c) == expected;
+           });
+}
+
+/// Whether it is this one.
+constexpr bool EqualsName(std::string_view name, std::string_view upper) noexcept
+{
+    return name.size() == upper.size() && StartsWithName(name, upper);
+}
 
 /// Whether a name, in any case, is one of UTF-8.
 KESPLATFORM_EXPORT bool NamesUtf8(std::string_view name) noexcept;

@@ -100,3 +100,10 @@ private:
 /// The size of a file in bytes; TIO::Exception when there is no such file or it is a directory.
 /// What has no size, a pipe or a device, counts as 0.
 KESPLATFORM_EXPORT std::int64_t GetFileSize(const TPath& path);
+
+/// Whether a file of so many bytes is read as a whole where it could be read in pieces; what tells
+/// no size is never to hold more.
+constexpr bool FitsInMemory(std::int64_t fileSize) noexcept
+{
+    return fileSize <= 0x3FFFFFFF;
+}

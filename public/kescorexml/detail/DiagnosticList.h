@@ -8,7 +8,7 @@
 #include <vector>
 
 /// The errors or the warnings of a parser, each with its record. Messages take memory only once
-/// somebody has asked for them.
+/// somebody has asked for them. Different objects may be used from different threads.
 class DiagnosticList
 {
 public:

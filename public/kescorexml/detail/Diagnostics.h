@@ -8,7 +8,8 @@
 #include <utility>
 #include <vector>
 
-/// Messages in order, growing at both ends in amortised constant time.
+/// Messages in order, growing at both ends in amortised constant time. Const operations may run
+/// side by side.
 template <typename Message>
 class MessageSequence
 {
@@ -49,6 +50,7 @@ struct DiagnosticsEntry
 };
 
 /// Messages by element. What an element is known by outlives it, so that its messages never show on
-/// another one that has come to live at its address.
+/// another one that has come to live at its address. Const operations may run side by side; the
+/// lock of its document guards a registry.
 template <typename Message>
 using DiagnosticsRegistry = std::unordered_map<const ElementIdentity*, DiagnosticsEntry<Message>>;

@@ -9,6 +9,9 @@ class DOMElement;
 /// Tells whether an element still lives, to those who remember it longer than that: the registries
 /// that hold its diagnostics, and elements that were removed from it. Elements that are neither
 /// have no identity. Counted; the element itself holds one reference.
+///
+/// The atomic members may be used from several threads. The lock of its document guards the list of
+/// loose elements, and the rest changes with the tree.
 struct ElementIdentity
 {
     constexpr explicit ElementIdentity(DOMElement* itself) noexcept : element(itself) {}
@@ -34,7 +37,8 @@ struct ElementIdentity
     ElementIdentity* nextLoose = nullptr;
 };
 
-/// One counted reference.
+/// One counted reference. Different objects may be used from different threads, even when they
+/// refer to the same identity.
 class ElementIdentityRef
 {
 public:

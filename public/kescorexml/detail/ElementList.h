@@ -11,7 +11,7 @@ class ParseSlab;
 
 /// The owned children of an element: a contiguous sequence behind one pointer, so that an element
 /// without children pays for nothing else. Not copyable. What is not inline serves the library
-/// alone and is not exported.
+/// alone and is not exported. Const operations may run side by side.
 class ElementList
 {
 public:

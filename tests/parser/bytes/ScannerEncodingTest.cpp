@@ -280,17 +280,17 @@ TEST(ScannerEncoding, DecodesAlikeAtEveryOffset)
     }
 }
 
-TEST(ScannerEncoding, IsCheckedBehindAMarkWhereItCounts)
+TEST(ScannerEncoding, IsCheckedBehindAByteOrderMarkWhereItCounts)
 {
-    const std::string mark = "\xEF\xBB\xBF";
+    const std::string byteOrderMark = "\xEF\xBB\xBF";
     const std::string rest = "version='1.0' encoding='windows-1253'?>";
-    EXPECT_TRUE(ParseBytes(mark + "<?xml " + rest + "<a>\xD2</a>").fatal);
-    EXPECT_THAT(ParseBytes(mark + "<?xml " + rest + "<a>\xE1</a>").events,
+    EXPECT_TRUE(ParseBytes(byteOrderMark + "<?xml " + rest + "<a>\xD2</a>").fatal);
+    EXPECT_THAT(ParseBytes(byteOrderMark + "<?xml " + rest + "<a>\xE1</a>").events,
                 ElementsAre("<a>", "'\xCE\xB1'", "</>"));
-    // The scanner overlooks this one, and the mark says what the bytes are.
-    EXPECT_EQ(ParseBytes(mark + "<?xml\n" + rest + "<a>\xD2\x90</a>"),
+    // The scanner overlooks this one, and the byte-order mark says what the bytes are.
+    EXPECT_EQ(ParseBytes(byteOrderMark + "<?xml\n" + rest + "<a>\xD2\x90</a>"),
               (ParseOutcome{{"<a>", "'\xD2\x90'", "</>"}, {}, {}, false}));
-    EXPECT_TRUE(ParseBytes(mark + "<?xml\n" + rest + "<a>\xE1</a>").fatal);
+    EXPECT_TRUE(ParseBytes(byteOrderMark + "<?xml\n" + rest + "<a>\xE1</a>").fatal);
 }
 
 TEST(ScannerEncoding, OfLatinTextsHasTheBytesThatItHas)

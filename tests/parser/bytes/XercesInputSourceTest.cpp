@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-enum class Mark
+enum class ByteOrderMark
 {
     Without,
     With
@@ -39,10 +39,12 @@ std::string DocumentIn(const std::string& declared, const std::string& text)
     return "<?xml version='1.0' encoding='" + declared + "'?><a b='" + text + "'>" + text + "</a>";
 }
 
-std::string Utf16(const std::string& utf8, QStringConverter::Encoding encoding, Mark mark)
+std::string Utf16(const std::string& utf8, QStringConverter::Encoding encoding,
+                  ByteOrderMark byteOrderMark)
 {
-    QStringEncoder encoder(encoding, mark == Mark::With ? QStringConverter::Flag::WriteBom
-                                                        : QStringConverter::Flag::Default);
+    QStringEncoder encoder(encoding, byteOrderMark == ByteOrderMark::With
+                                         ? QStringConverter::Flag::WriteBom
+                                         : QStringConverter::Flag::Default);
     const QByteArray bytes = encoder.encode(QString::fromStdString(utf8));
     return bytes.toStdString();
 }
@@ -98,13 +100,13 @@ TEST(XercesInputSource, ReadsWindows1252BeyondLatin1)
     ExpectText(ParseFileThroughMemory(DocumentIn("windows-1252", "\x80\x93")), u"\u20AC\u201C");
 }
 
-TEST(XercesInputSource, ReadsUtf16ByItsMark)
+TEST(XercesInputSource, ReadsUtf16ByItsByteOrderMark)
 {
     const TString text = LatinText() + u"\u20AC\U0001F600";
     for (const auto encoding : {QStringConverter::Utf16LE, QStringConverter::Utf16BE}) {
         for (const char* const declared : {"utf-16", "UTF-16"}) {
             const std::string bytes =
-                Utf16(DocumentIn(declared, text.toStdString()), encoding, Mark::With);
+                Utf16(DocumentIn(declared, text.toStdString()), encoding, ByteOrderMark::With);
             ExpectText(ParseBytes(bytes), text);
             ExpectText(ParseFileThroughMemory(bytes), text);
         }
@@ -115,9 +117,9 @@ TEST(XercesInputSource, ReadsBytesOfUtf16ByTheirPattern)
 {
     const TString text = LatinText();
     for (const auto encoding : {QStringConverter::Utf16LE, QStringConverter::Utf16BE}) {
-        ExpectText(
-            ParseBytes(Utf16(DocumentIn("utf-16", text.toStdString()), encoding, Mark::Without)),
-            text);
+        ExpectText(ParseBytes(Utf16(DocumentIn("utf-16", text.toStdString()), encoding,
+                                    ByteOrderMark::Without)),
+                   text);
     }
 }
 
@@ -125,8 +127,8 @@ TEST(XercesInputSource, LeavesBytesOfUtf16AloneWhateverLooksLikeAColonThere)
 {
     // In big-endian order this holds the bytes of blank, colon, name and equals sign.
     const TString text = u" \u3A62\u3D3E";
-    const std::string bytes =
-        Utf16("<a b='x'>" + text.toStdString() + "<c/></a>", QStringConverter::Utf16BE, Mark::With);
+    const std::string bytes = Utf16("<a b='x'>" + text.toStdString() + "<c/></a>",
+                                    QStringConverter::Utf16BE, ByteOrderMark::With);
     EXPECT_THAT(ParseBytes(bytes).events,
                 ElementsAre("<a b=x>", "'" + text.toStdString() + "'", "<c>", "</>", "</>"));
 }
@@ -137,19 +139,19 @@ TEST(XercesInputSource, ReadsTextAsWhatItIsWhateverItDeclares)
     const std::string utf8 = text.toStdString();
     for (const char* const name : {"utf-8", "ISO-8859-1", "windows-1252", "UTF-16", "US-ASCII",
                                    "IBM037", "ISO-10646-UCS-4", "no-such-encoding"}) {
-        for (const char* const mark : {"", "\xEF\xBB\xBF"}) {
-            ExpectText(ParseUtf8(mark + DocumentIn(name, utf8)), text);
-            StringInputSource source(TString::fromStdString(mark + DocumentIn(name, utf8)), u"id",
-                                     true);
+        for (const char* const byteOrderMark : {"", "\xEF\xBB\xBF"}) {
+            ExpectText(ParseUtf8(byteOrderMark + DocumentIn(name, utf8)), text);
+            StringInputSource source(TString::fromStdString(byteOrderMark + DocumentIn(name, utf8)),
+                                     u"id", true);
             ExpectText(ParseSource(source), text);
         }
     }
 }
 
-TEST(XercesInputSource, IgnoresAMarkAndCountsColumnsBehindIt)
+TEST(XercesInputSource, IgnoresAByteOrderMarkAndCountsColumnsBehindIt)
 {
-    for (const char* const mark : {"", "\xEF\xBB\xBF"}) {
-        EXPECT_THAT(ParseUtf8(std::string(mark) + "<a></b>").errors,
+    for (const char* const byteOrderMark : {"", "\xEF\xBB\xBF"}) {
+        EXPECT_THAT(ParseUtf8(std::string(byteOrderMark) + "<a></b>").errors,
                     ElementsAre("Fatal Error(1,6): expected end of tag 'a' (id: id)"));
     }
     EXPECT_THAT(ParseUtf8("\xEF\xBB\xBF\xEF\xBB\xBF<a/>").errors,
@@ -174,12 +176,13 @@ TEST(XercesInputSource, RefusesSequencesBeyondTheLastCharacterWhereverTheyStand)
 
 TEST(XercesInputSource, KnowsTheSameBytesAsLettersOfOtherEncodings)
 {
-    for (const char* const mark : {"", "\xEF\xBB\xBF"}) {
+    for (const char* const byteOrderMark : {"", "\xEF\xBB\xBF"}) {
         EXPECT_THAT(
-            ParseBytes(mark + DocumentIn("ISO-8859-1", "\xF5\xF6\xF7")).events,
+            ParseBytes(byteOrderMark + DocumentIn("ISO-8859-1", "\xF5\xF6\xF7")).events,
             ElementsAre("<a b=\xC3\xB5\xC3\xB6\xC3\xB7>", "'\xC3\xB5\xC3\xB6\xC3\xB7'", "</>"));
     }
-    const std::string utf16 = Utf16("<a>\xC3\xB5</a>", QStringConverter::Utf16LE, Mark::With);
+    const std::string utf16 =
+        Utf16("<a>\xC3\xB5</a>", QStringConverter::Utf16LE, ByteOrderMark::With);
     EXPECT_THAT(ParseBytes(utf16).events, ElementsAre("<a>", "'\xC3\xB5'", "</>"));
 }
 

@@ -28,7 +28,7 @@ std::string LastVerdict()
 /// Of a parse by a DOMParser.
 std::string VerdictOn(const std::string& bytes)
 {
-    const DirectScanning::Scope scope(true);
+    const DirectScanning::Switch switched(true);
     Utf8InputSource source(bytes, u"id", false);
     DOMParser().ParseXmlInputSource(source, false);
     return LastVerdict();
@@ -37,7 +37,7 @@ std::string VerdictOn(const std::string& bytes)
 /// That of `files`, at least 95 of 100 are accepted.
 void ExpectMostAccepted(const char* folder)
 {
-    const DirectScanning::Scope scope(true);
+    const DirectScanning::Switch switched(true);
     std::vector<std::string> files = RealDocuments::Find(folder);
     if (!RealDocuments::AreAllWanted())
         files = RealDocuments::Sample(files, 40'000'000);
@@ -67,7 +67,7 @@ TEST(DirectAcceptance, PlainDocumentsAreAccepted)
 
 TEST(DirectAcceptance, EveryDoorLeadsToTheDirectScanner)
 {
-    const DirectScanning::Scope scope(true);
+    const DirectScanning::Switch switched(true);
     const std::string text = "<?xml version='1.0'?>\n<a b='1'>x<c/>\n</a>";
     const TString units = TString::fromStdString(text);
     const std::vector<unsigned char> bytes(text.begin(), text.end());
@@ -138,7 +138,7 @@ TEST(DirectAcceptance, DocumentsThatAreNotPlainAreDeclined)
 
 TEST(DirectAcceptance, SwitchedOffNothingIsAccepted)
 {
-    const DirectScanning::Scope scope(false);
+    const DirectScanning::Switch switched(false);
     Utf8InputSource source(std::string("<a/>"), u"id", false);
     DOMParser().ParseXmlInputSource(source, false);
     EXPECT_EQ(LastVerdict(), "disabled");

@@ -13,7 +13,7 @@ namespace {
 /// Parses with a parser of its own.
 bool IsAcceptedByXerces(const std::string& bytes)
 {
-    const DirectScanning::Scope scope(false);
+    const DirectScanning::Switch switched(false);
     Utf8InputSource source(bytes, u"id", false);
     ParseTrace unused;
     const auto parser =

@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    const DirectScanning::Scope m_scope{true};
+    const DirectScanning::Switch m_switched{true};
     const DOMParser m_domParser;
 };
 

@@ -84,7 +84,7 @@ TEST(DirectEquivalence, SinksThatParseInTheirEventsSeeTheSame)
     for (const std::string& bytes : OddDocuments::Small()) {
         std::vector<std::string> seen[2];
         for (const bool isDirect : {false, true}) {
-            const DirectScanning::Scope scope(isDirect);
+            const DirectScanning::Switch switched(isDirect);
             Utf8InputSource source(bytes, u"outer", false);
             const auto parser = XercesXMLParser::Create(
                 source, std::make_shared<NestingSink>(seen[isDirect ? 1 : 0]));
@@ -99,7 +99,7 @@ TEST(DirectEquivalence, SinksThatParseInTheirEventsSeeTheSame)
 TEST(DirectEquivalence, AParserLetsGoOfItsSinkAtTheSameTime)
 {
     for (const bool isDirect : {false, true}) {
-        const DirectScanning::Scope scope(isDirect);
+        const DirectScanning::Switch switched(isDirect);
         ParseTrace trace;
         int alive = 0;
         Utf8InputSource source(std::string("<a>x<b/></a>"), u"id", false);

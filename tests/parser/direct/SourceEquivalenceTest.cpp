@@ -94,7 +94,7 @@ std::string DescribeEnd(const std::string& bytes, std::size_t allowed, bool& has
 
 std::set<std::string> DescribeEnds(const std::string& bytes, bool isDirect)
 {
-    const DirectScanning::Scope scope(isDirect);
+    const DirectScanning::Switch switched(isDirect);
     std::set<std::string> ends;
     bool hasFailed = true;
     for (std::size_t allowed = 0; hasFailed && allowed < 10'000; ++allowed)
@@ -109,7 +109,7 @@ TEST(DirectEquivalence, SourcesOfUsersAreAskedTheSame)
 {
     std::vector<std::string> asked[2];
     for (const bool isDirect : {false, true}) {
-        const DirectScanning::Scope scope(isDirect);
+        const DirectScanning::Switch switched(isDirect);
         std::vector<std::string>& questions = asked[isDirect ? 1 : 0];
         AskedSource source(questions);
         questions.push_back(ParseSource(source).events.size() == 5 ? "read" : "not read");
@@ -125,7 +125,7 @@ TEST(DirectEquivalence, SourcesOfUsersAreAskedTheSame)
 TEST(DirectEquivalence, SourcesThatOnlyHaveBytesAreRefused)
 {
     for (const bool isDirect : {false, true}) {
-        const DirectScanning::Scope scope(isDirect);
+        const DirectScanning::Switch switched(isDirect);
         ScriptedInputSource source("<a/>");
         EXPECT_THROW(ParseSource(source), CorvinaException);
         EXPECT_THROW(DOMParser().ParseXmlInputSource(source, false), CorvinaException);
@@ -144,9 +144,9 @@ TEST(DirectEquivalence, ThreadsThatParseAtTheSameTimeGetTheSame)
         }
         return trace;
     };
-    const DirectScanning::Scope scope(false);
+    const DirectScanning::Switch switched(false);
     const ParseTrace expected = traceAll(DOMParser());
-    const DirectScanning::Scope direct(true);
+    const DirectScanning::Switch direct(true);
     std::vector<std::string> differences(4);
     std::vector<std::thread> threads;
     for (std::string& difference : differences) {

@@ -194,9 +194,9 @@ TEST(MalformedDocuments, WhatTheScannerDropsBehindTheRootElementIsAFatalError)
 
 TEST(MalformedDocuments, WhatTheScannerDropsIsFoundInOtherEncodings)
 {
-    const auto widen = [](const std::string& mark, const std::string& ascii, std::size_t size,
-                          bool isBigEndian) {
-        std::string bytes = mark;
+    const auto widen = [](const std::string& byteOrderMark, const std::string& ascii,
+                          std::size_t size, bool isBigEndian) {
+        std::string bytes = byteOrderMark;
         for (const char c : ascii) {
             std::string unit(size, '\0');
             unit[isBigEndian ? size - 1 : 0] = c;
@@ -319,15 +319,15 @@ TEST(MalformedDocuments, LinesAreCountedFromTheVeryFirst)
     const std::pair<const char*, int> spaces[] = {
         {" ", 2},   {"\t", 2},   {"\n", 3},   {"\r", 3},     {"\r\n", 3},
         {" \n", 3}, {"\n\n", 4}, {"\r\r", 4}, {"\n\r\n", 4}, {"\r\n\n", 4}};
-    for (const char* const mark : {"", "\xEF\xBB\xBF"}) {
+    for (const char* const byteOrderMark : {"", "\xEF\xBB\xBF"}) {
         for (const auto& [space, line] : spaces) {
             for (const char* const rest : {"version='1.0'?>\n<a><b></a>",
                                            "version='1.0' encoding='iso-8859-1'?>\n<a><b></a>"}) {
-                const std::string text = std::string(mark) + "<?xml" + space + rest;
+                const std::string text = std::string(byteOrderMark) + "<?xml" + space + rest;
                 const auto isAtLine =
                     ElementsAre(StartsWith("Fatal Error(" + std::to_string(line)));
                 EXPECT_THAT(ParseUtf8(text).errors, isAtLine) << text;
-                if (*mark == '\0') {
+                if (*byteOrderMark == '\0') {
                     EXPECT_THAT(ParseBytes(text).errors, isAtLine) << text;
                 }
             }

@@ -83,9 +83,10 @@ TEST(BinaryInputSource, IsReadByWhatStandsBehindTheWhitespaceThatItSkips)
     }
 }
 
-TEST(BinaryInputSource, MayBeginBehindAMarkThatIsNoneThen)
+TEST(BinaryInputSource, MayBeginBehindAByteOrderMarkThatIsNoneThen)
 {
-    // White space is skipped from the first byte on, so a mark stays what the parser sees first.
+    // White space is skipped from the first byte on, so a byte-order mark stays what the parser
+    // sees first.
     EXPECT_TRUE(ParseBehindWhitespace("\xEF\xBB\xBF \n<a :b='x'/>").events ==
                 (std::vector<std::string>{"<a :b=x>", "</>"}));
     EXPECT_TRUE(ParseBehindWhitespace("\xEF\xBB\xBF \n<?xml version='1.0'?><a/>").fatal);

@@ -1,4 +1,3 @@
-#include "sources/FileSizeLimit.h"
 #include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
 
@@ -39,7 +38,7 @@ TEST(InputSourceUtils, DecodesAnOrdinaryFileIntoAString)
     EXPECT_EQ(InputSourceFromFileName(path, true)->Size(), 11);
 }
 
-TEST(InputSourceUtils, DecodesByMarkAndDeclaration)
+TEST(InputSourceUtils, DecodesByByteOrderMarkAndDeclaration)
 {
     const TemporaryFolder folder;
     const std::string latin = "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9</a>";

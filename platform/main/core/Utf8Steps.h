@@ -8,8 +8,8 @@
 #include <emmintrin.h>
 #endif
 
-/// Checks of UTF-8 in blocks of 64 bytes, for texts that are mostly beyond ASCII.
-namespace Utf8Blocks {
+/// Checks of UTF-8 in steps of 64 bytes, for texts that are mostly beyond ASCII.
+namespace Utf8Steps {
 
 constexpr std::size_t c_size = 64;
 /// What must be readable.
@@ -50,17 +50,16 @@ inline __m128i FindForbidden(__m128i bytes, __m128i next) noexcept
     return _mm_or_si128(isNoLead, _mm_or_si128(isShort, isLarge));
 }
 
-/// How many of the bytes at the start of a block are well-formed sequences, of which the first one
-/// begins with the block: all but a last one that goes on behind the block; 0 when anything is
-/// wrong.
-inline std::size_t CountValid(const char* block) noexcept
+/// How many of the bytes of a step are well-formed sequences, of which the first one begins with
+/// the step: all but a last one that goes on behind the step; 0 when anything is wrong.
+inline std::size_t CountValid(const char* start) noexcept
 {
     constexpr std::size_t c_step = sizeof(__m128i);
     Leads leads;
     __m128i forbidden = _mm_setzero_si128();
     for (std::size_t at = 0; at < c_size; at += c_step) {
-        const auto load = [block, at](std::size_t offset) {
-            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + at + offset));
+        const auto load = [start, at](std::size_t offset) {
+            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(start + at + offset));
         };
         const auto mask = [at](__m128i bytes) {
             return std::uint64_t{static_cast<unsigned>(_mm_movemask_epi8(bytes))} << at;
@@ -84,11 +83,11 @@ inline std::size_t CountValid(const char* block) noexcept
 #else
 
 /// Leaves everything to who looks at single sequences.
-inline std::size_t CountValid(const char* /*block*/) noexcept
+inline std::size_t CountValid(const char* /*start*/) noexcept
 {
     return 0;
 }
 
 #endif
 
-} // namespace Utf8Blocks
+} // namespace Utf8Steps
