@@ -249,7 +249,7 @@ TEST_F(TextDecoding, IgnoresWhatIsNoDeclaration)
 
 TEST_F(TextDecoding, TrustsTheBytesWhereTheDeclarationCannotBeTrue)
 {
-    for (const char16_t* name : {u"UTF-16", u"UTF-16LE", u"UCS-2", u"UTF-32", u"EBCDIC-US"}) {
+    for (const char16_t* name : {u"UTF-16", u"UTF-16LE", u"UCS-2", u"UTF-32", u"ebcdic-cp-us", u"IBM037"}) {
         EXPECT_EQ(Declared(name) + u"\u00E9", Load(DeclaredBytes(name) + "\xC3\xA9"));
         EXPECT_EQ(InvalidAt(DeclaredBytes(name).size(), "UTF-8"),
                   Failure(DeclaredBytes(name) + "\xE9"));

@@ -23,8 +23,6 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     const Return giveBack(*this);
     const char* at = EncodingTable::SkipByteOrderMark(document.bytes).data();
     m_end = document.bytes.data() + document.bytes.size();
-    m_isUtf8 = document.isUtf8;
-    m_isAscii = false;
     m_isDone = false;
     m_verdict = Verdict::Accepted;
     m_sink = &sink;
@@ -88,7 +86,7 @@ bool DirectScanner::IsValidAround(const char* at) noexcept
         if (m_validated >= goal)
             return true;
         do {
-            if (m_isAscii || Utf8Sequence::Read(m_validated) == Utf8Sequence::c_invalid)
+            if (Utf8Sequence::Read(m_validated) == Utf8Sequence::c_invalid)
                 return Decline(Verdict::Encoding) != nullptr;
             // Words of other scripts stand with blanks between them.
             if (*m_validated == ' ')
@@ -142,7 +140,7 @@ const char* DirectScanner::SkipTo(const char* at, char stop) noexcept
             ++at;
         } else if (ByteClasses::IsAscii(*at)) {
             return Decline(Verdict::Markup);
-        } else if (m_isAscii || Utf8Sequence::Read(at) == Utf8Sequence::c_invalid) {
+        } else if (Utf8Sequence::Read(at) == Utf8Sequence::c_invalid) {
             return Decline(Verdict::Encoding);
         }
     }
@@ -202,8 +200,6 @@ const char* DirectScanner::ScanName(const char* at) noexcept
 const char* DirectScanner::ScanLongName(const char* at) noexcept
 {
     constexpr char32_t c_endOfNames = 0xF0000;
-    if (m_isAscii)
-        return Decline(Verdict::Encoding);
     bool isFirst = true;
     for (;; isFirst = false) {
         if (ByteClasses::IsAscii(*at)) {

@@ -22,10 +22,8 @@ class DirectScanner
 public:
     struct Document
     {
-        /// Must be followed by a readable zero byte.
+        /// UTF-8, whatever they declare. Must be followed by a readable zero byte.
         std::string_view bytes;
-        /// Whether they are read as UTF-8 whatever they declare.
-        bool isUtf8;
         /// How many units may reach the sink, and how many attributes may be declared for the
         /// elements of the document, one after the other; see ParseLimits.
         std::uint64_t maxOutput;
@@ -147,8 +145,6 @@ private:
     ScanSink* m_sink = nullptr;
     DirectScanning::Verdict m_verdict = DirectScanning::Verdict::None;
     const char* m_end = nullptr;
-    bool m_isUtf8 = false;
-    bool m_isAscii = false;
     bool m_isDone = false;
     bool m_passesOn = false;
     const char* m_validated = nullptr;
