@@ -69,9 +69,8 @@ Result DocumentDecoding::Decode(std::string_view bytes)
         }
     } catch (const TextDecoding::Failure& failure) {
         const bool isUnknown = !failure.unknownName.empty();
-        result.refusal = Refusal{LocateBehindDeclaration(bytes), isUnknown
-                                                                     ? DescribeUnknown(failure.unknownName)
-                                                                     : failure.reason};
+        result.refusal = Refusal{LocateBehindDeclaration(bytes),
+                                 isUnknown ? DescribeUnknown(failure.unknownName) : failure.reason};
     }
     return result;
 }

@@ -34,6 +34,14 @@ WidenLineEndOfDeclaration(std::shared_ptr<const std::string> data, std::size_t s
     return std::make_shared<const std::string>(std::move(widened));
 }
 
+/// Whether the scanner would find another encoding than UTF-8 by itself.
+bool DeclaresOtherEncoding(std::string_view utf8)
+{
+    const std::string_view name =
+        XmlDeclaration::FindEncoding(EncodingTable::SkipByteOrderMark(utf8));
+    return EncodingTable::IsName(name) && !EncodingTable::NamesUtf8(name);
+}
+
 } // namespace
 
 XercesInputSource::XercesInputSource(const std::shared_ptr<const std::string>& data,
@@ -46,7 +54,7 @@ XercesInputSource::XercesInputSource(const std::shared_ptr<const std::string>& d
 XercesInputSource::XercesInputSource(std::shared_ptr<const std::string>&& data, std::size_t start,
                                      const TString& id, ColonProcessingMode mode,
                                      XercesEncoding encoding)
-    : m_data(std::move(data)), m_mode(mode), m_start(start), m_id(id)
+    : m_data(std::move(data)), m_mode(mode), m_start(start), m_id(id), m_encoding(encoding)
 {
     if (encoding == XercesEncoding::Declared)
         Decode();
@@ -63,6 +71,7 @@ void XercesInputSource::Decode()
         return;
     m_data = std::make_shared<const std::string>(std::move(*decoded.utf8));
     m_start = 0;
+    m_encoding = XercesEncoding::Utf8;
 }
 
 void XercesInputSource::Sanitize() const
@@ -86,6 +95,7 @@ void XercesInputSource::SetupXercesBuffer() const
         m_xercesSource.reset(new (manager) StrictUtf8Source(GetBytes(), m_id, manager));
         // Streams that Xerces makes from the buffer read these very bytes.
         m_xercesSource->setCopyBufToStream(false);
-        m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+        if (m_encoding == XercesEncoding::Utf8 || DeclaresOtherEncoding(GetBytes()))
+            m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
     });
 }

@@ -23,8 +23,9 @@ enum class XercesEncoding
 };
 
 /// One document as a memory buffer of Xerces, together with the bytes that the buffer points into.
-/// The bytes are decoded at once; they are changed where Xerces needs it, and the buffer is made, as
-/// late as possible: most documents are read without Xerces. Metrics see the colon sanitizer at work in any case.
+/// The bytes are decoded at once; they are changed where Xerces needs it, and the buffer is made,
+/// as late as possible: most documents are read without Xerces. Metrics see the colon sanitizer at
+/// work in any case.
 class XercesInputSource
 {
 public:
@@ -50,9 +51,9 @@ public:
             Prepare();
         return *m_xercesSource;
     }
-    /// What the buffer holds, UTF-8; before there is one, the document as it was given or decoded, or
-    /// sanitized. Followed by a zero byte, and valid until the next of these steps. The buffer may
-    /// differ from the document in names that begin with a colon and in the first line end.
+    /// What the buffer holds, UTF-8; before there is one, the document as it was given or decoded,
+    /// or sanitized. Followed by a zero byte, and valid until the next of these steps. The buffer
+    /// may differ from the document in names that begin with a colon and in the first line end.
     std::string_view GetBytes() const noexcept { return std::string_view(*m_data).substr(m_start); }
     /// Why nobody can read the document, which is to be told and not to be read; else nothing.
     const std::optional<DocumentDecoding::Refusal>& GetRefusal() const noexcept
@@ -80,6 +81,7 @@ private:
     mutable ColonProcessingMode m_mode;
     std::size_t m_start;
     TString m_id;
+    XercesEncoding m_encoding;
     TString m_fault;
     std::optional<DocumentDecoding::Refusal> m_refusal;
 };

@@ -279,9 +279,9 @@ bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
         const auto scan = [&] {
             // Whatever the sink throws ends the parse.
             verdict = Verdict::Accepted;
-            verdict = m_directScanner.Scan({document.GetBytes(), m_budget.GetOutputLimit(),
-                                            m_budget.GetScannerWorkLimit()},
-                                           *m_sink);
+            verdict = m_directScanner.Scan(
+                {document.GetBytes(), m_budget.GetOutputLimit(), m_budget.GetScannerWorkLimit()},
+                *m_sink);
             if (verdict != Verdict::Accepted)
                 m_sink->Rewind();
         };

@@ -18,11 +18,12 @@ namespace {
 
 constexpr std::string_view c_byteOrderMark = EncodingTable::c_utf8.byteOrderMark;
 
-/// A byte-order mark that was taken off a file is to be put back where a parser would take off another, behind
-/// white space or not: it refuses the second of two that it gets to see.
+/// A byte-order mark that was taken off a file is to be put back where a parser would take off
+/// another, behind white space or not: it refuses the second of two that it gets to see.
 bool BeginsWithByteOrderMark(std::string_view utf8, bool behindWhitespace)
 {
-    return utf8.substr(behindWhitespace ? SkipLeadingWhitespace(utf8) : 0).starts_with(c_byteOrderMark);
+    return utf8.substr(behindWhitespace ? SkipLeadingWhitespace(utf8) : 0)
+        .starts_with(c_byteOrderMark);
 }
 
 } // namespace

@@ -87,7 +87,8 @@ StrictConverter::StrictConverter(std::string_view encoding)
     if (m_converter == nullptr)
         return;
     status = U_ZERO_ERROR;
-    ucnv_setToUCallBack(m_converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    ucnv_setToUCallBack(m_converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
+                        &status);
     if (U_FAILURE(status) || !IsStrict(ucnv_getType(m_converter.get()))) {
         m_converter.reset();
         return;

@@ -49,7 +49,8 @@ std::optional<Undecodable> Convert(std::string_view bytes, const Encoding& encod
     const auto& fault = converter.GetFault();
     if (!fault)
         return std::nullopt;
-    return Undecodable{NameOf(encoding), encoding.byteOrderMarkLength + fault->offset, fault->isCut};
+    return Undecodable{NameOf(encoding), encoding.byteOrderMarkLength + fault->offset,
+                       fault->isCut};
 }
 
 std::u16string Decode(StrictConverter& converter, std::string_view bytes)
@@ -200,8 +201,7 @@ std::string TextDecoding::ToUtf8(std::string&& bytes, const Encoding& encoding)
 
 bool TextDecoding::IsUtf8AsItIs(std::string_view bytes, const Encoding& encoding)
 {
-    return encoding.name.empty() ||
-           (IsAscii(bytes) && StrictConverter(encoding.name).KeepsAscii());
+    return encoding.name.empty() || (IsAscii(bytes) && StrictConverter(encoding.name).KeepsAscii());
 }
 
 std::optional<Undecodable> TextDecoding::AppendUtf8(std::string_view bytes,

@@ -13,7 +13,8 @@
 /// several threads.
 namespace TextDecoding {
 
-/// How the bytes of a text are to be read: past `byteOrderMarkLength` bytes, in the encoding `name`.
+/// How the bytes of a text are to be read: past `byteOrderMarkLength` bytes, in the encoding
+/// `name`.
 struct Encoding
 {
     /// As the text names it, or the one of its byte-order mark; empty for UTF-8.
