@@ -5,9 +5,14 @@
 #include <kescorexml/SAXFileLocation.h>
 #include <kescorexml/SAXInterface.h>
 
-#include <memory>
+#include <kesplatform/OtherText.h>
 
-/// A parser that reads one source and reports to one sink.
+#include <memory>
+#include <string>
+
+/// A parser that reads one source and reports to one sink. A byte-order mark counts as the very
+/// first of a document, before any declaration, and says how its bytes are to be read, whatever is
+/// declared; one anywhere else is a character, which only text may hold.
 /// Different objects may be used from different threads.
 class KESCOREXML_EXPORT AbstractXMLParser : public Parser, public SAXFileLocation
 {
@@ -24,6 +29,15 @@ public:
     /// Loads an XML Schema to validate against; `id`, not empty, names it in diagnostics. What is
     /// wrong with the schema is recorded among the warnings and errors.
     virtual void LoadXSDString(const TString& xsdText, const TString& id);
+    /// The same for UTF-8, whatever the declaration names. Bytes that are none are an error, and
+    /// not, as in a TString that is made of them, replaced.
+    void LoadXSDString(const std::string& utf8, const TString& id);
+    void LoadXSDString(const char* utf8, const TString& id);
+    template <OtherText::Utf8 T>
+    void LoadXSDString(const T& utf8, const TString& id)
+    {
+        LoadXSDString(std::string(OtherText::View(utf8)), id);
+    }
     /// The same for a file. TIO::Exception when it cannot be read.
     virtual void LoadXSDFile(const TString& path);
     /// The same for a source, which is not needed afterwards. One in memory is read from its start,

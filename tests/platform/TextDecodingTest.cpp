@@ -8,11 +8,16 @@
 
 #include <QStringConverter>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <random>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <utility>
+
+#include <iconv.h>
 
 using namespace std::string_literals;
 
@@ -84,6 +89,37 @@ std::string DeclaredBytes(const char16_t* encoding)
 constexpr QStringConverter::Encoding c_wide[] = {
     QStringConverter::Utf16LE, QStringConverter::Utf16BE, QStringConverter::Utf32LE,
     QStringConverter::Utf32BE};
+
+/// What the C library makes of the bytes, in UTF-8; empty when that is nothing.
+std::string Iconv(const char* to, const char* from, const std::string& bytes)
+{
+    const iconv_t handle = iconv_open(to, from);
+    EXPECT_NE(handle, reinterpret_cast<iconv_t>(static_cast<std::intptr_t>(-1))) << from;
+    std::string in = bytes;
+    std::string out(bytes.size() * 8 + 16, '\0');
+    char* at = in.data();
+    char* end = out.data();
+    std::size_t left = in.size();
+    std::size_t room = out.size();
+    const bool isConverted = iconv(handle, &at, &left, &end, &room) != static_cast<std::size_t>(-1);
+    iconv_close(handle);
+    out.resize(isConverted ? out.size() - room : 0);
+    return out;
+}
+
+std::string ConvertByIconv(const char* encoding, const std::string& bytes)
+{
+    return Iconv("UTF-8", encoding, bytes);
+}
+
+/// With line ends as texts have them there.
+std::string ToEbcdic(const char* encoding, const std::string& utf8)
+{
+    const std::string name = encoding == std::string("IBM-1140") ? "IBM1140" : encoding;
+    std::string bytes = Iconv(name.c_str(), "UTF-8", utf8);
+    std::replace(bytes.begin(), bytes.end(), '\x25', '\x15');
+    return bytes;
+}
 
 /// Texts without halves of pairs, as files can hold them.
 TString RandomWholeText(RandomText& random)
@@ -219,6 +255,175 @@ TEST_F(TextDecoding, ReadsOtherEncodingsThatTheSystemKnows)
               Load(DeclaredBytes(u"ISO-2022-JP") + "\x1B$B$\"\x1B(Bz"));
 }
 
+TEST_F(TextDecoding, ReadsEveryByteAsTheCLibraryDoes)
+{
+    for (const char* const name :
+         {"US-ASCII",     "ISO-8859-1",   "ISO-8859-2",   "ISO-8859-3",   "ISO-8859-4",
+          "ISO-8859-5",   "ISO-8859-9",   "ISO-8859-10",  "ISO-8859-13",  "ISO-8859-14",
+          "ISO-8859-15",  "ISO-8859-16",  "windows-1250", "windows-1251", "windows-1252",
+          "windows-1254", "windows-1256", "windows-1257", "KOI8-R",       "IBM850",
+          "IBM855",       "IBM866"}) {
+        const std::string declaration =
+            "<?xml version='1.0' encoding='" + std::string(name) + "'?>";
+        // ICU has three control characters of code pages for personal computers at other places.
+        const unsigned first = name[0] == 'I' && name[1] == 'B' ? 0x80 : 1;
+        for (unsigned byte = first; byte <= 0xFF; ++byte) {
+            SCOPED_TRACE(std::string(name) + " " + std::to_string(byte));
+            const std::string bytes(1, static_cast<char>(byte));
+            const std::string expected = ConvertByIconv(name, bytes);
+            if (expected.empty())
+                EXPECT_EQ(InvalidAt(declaration.size(), name), Failure(declaration + bytes));
+            else
+                EXPECT_EQ(declaration + expected, Load(declaration + bytes).toStdString());
+        }
+    }
+}
+
+TEST_F(TextDecoding, KnowsIso885916ByItsNames)
+{
+    for (const char16_t* name :
+         {u"ISO-8859-16", u"iso8859-16", u"ISO_8859-16:2001", u"latin10", u"l10", u"iso-ir-226"})
+        EXPECT_EQ(Declared(name) + u"\u20AC\u0218", Load(DeclaredBytes(name) + "\xA4\xAA"));
+}
+
+TEST_F(TextDecoding, LosesNothingInAShift)
+{
+    const std::pair<const char16_t*, std::string> bad[] = {
+        {u"UTF-7", "+AG"},
+        {u"UTF-7", "+AGF"},
+        {u"UTF-7", "+A"},
+        {u"UTF-7", "+"},
+        {u"UTF-7", "+A-x"},
+        {u"UTF-7", "+AGEA-x"},
+        {u"UTF-7", "+!x"},
+        {u"UTF-7", "+2D0-x"},
+        {u"UTF-7", "+3gA-x"},
+        {u"UTF-7", "\xE9x"},
+        {u"ISO-2022-JP", "\x1B"},
+        {u"ISO-2022-JP", "\x1B$"},
+        {u"ISO-2022-JP", "\x1B$B$"},
+        {u"ISO-2022-JP", "\x1BXx"},
+        {u"ISO-2022-JP", "\xE9x"},
+        {u"ISO-2022-KR", "\x1B$)C\x0E\x30"},
+        {u"ISO-2022-CN", "\x0E\x30x"},
+        {u"HZ", "~"},
+        {u"HZ", "~{V"},
+        {u"HZ", "~{V~}"},
+        {u"HZ", "~{VP"},
+        {u"HZ", "~xx"},
+        {u"HZ", "\xE9x"},
+        {u"CESU-8", "\xED\xA0\xBDx"},
+        {u"CESU-8", "\xED\xA0\xBD"},
+        {u"CESU-8", "\xED\xB8\x80x"},
+        {u"GB18030", "\x81\x30\x84"},
+    };
+    for (const auto& [name, bytes] : bad) {
+        for (const std::string& before : {std::string(), std::string(5000, 'x')}) {
+            EXPECT_THAT(Failure(DeclaredBytes(name) + before + bytes),
+                        testing::HasSubstr(" is not valid in " + TString(name).toStdString()))
+                << testing::PrintToString(bytes);
+        }
+    }
+}
+
+TEST_F(TextDecoding, TellsWhereAShiftLosesSomething)
+{
+    const std::string start = DeclaredBytes(u"UTF-7");
+    EXPECT_EQ(InvalidAt(start.size() + 1, "UTF-7"), Failure(start + "x+A-+AGE-"));
+    EXPECT_EQ(InvalidAt(start.size() + 1, "UTF-7"), Failure(start + "x+AGEA"));
+    const std::string hz = DeclaredBytes(u"HZ");
+    EXPECT_EQ(InvalidAt(hz.size() + 3, "HZ"), Failure(hz + "x~{V"));
+}
+
+TEST_F(TextDecoding, ReadsShiftsThatAreComplete)
+{
+    const std::tuple<const char16_t*, std::string, const char16_t*> good[] = {
+        {u"UTF-7", "+AGE-b", u"ab"},
+        {u"UTF-7", "+AGE", u"a"},
+        {u"UTF-7", "+-", u"+"},
+        {u"UTF-7", "+AGEAYgBj-", u"abc"},
+        {u"UTF-7", "+2D3eAA-", u"\U0001F600"},
+        {u"ISO-2022-JP", "\x1B$B$\"\x1B(Bz", u"\u3042z"},
+        // A shift that nothing follows means no character.
+        {u"ISO-2022-JP", "a\x1B$B", u"a"},
+        {u"ISO-2022-KR", "\x1B$)C\x0E\x30\x21\x0F", u"\uAC00"},
+        {u"HZ", "~{VP~}b~~",
+         u"\u4E2D"
+         u"b~"},
+        {u"CESU-8", "\xED\xA0\xBD\xED\xB8\x80", u"\U0001F600"},
+    };
+    for (const auto& [name, bytes, text] : good) {
+        for (const std::size_t length : {0U, 4000U, 4001U, 4002U, 4095U, 4096U}) {
+            const std::string before(length, 'x');
+            EXPECT_EQ(Declared(name) + TString::fromStdString(before) + text,
+                      Load(DeclaredBytes(name) + before + bytes));
+        }
+    }
+}
+
+TEST_F(TextDecoding, KeepsPairsWholeWhereverPiecesEnd)
+{
+    TString text = Declared(u"GB18030");
+    std::string bytes = DeclaredBytes(u"GB18030");
+    for (int i = 0; i < 9000; ++i) {
+        text += u"\U0001F600";
+        bytes += "\x94\x39\xFC\x36";
+    }
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(text == Load(bytes));
+        const std::size_t end = DeclaredBytes(u"GB18030").size();
+        text = text.left(static_cast<int>(end)) + u"x" + text.mid(static_cast<int>(end));
+        bytes.insert(end, "x");
+    }
+}
+
+TEST_F(TextDecoding, RefusesEncodingsInWhichSomethingMayGetLost)
+{
+    for (const char16_t* name : {u"SCSU", u"BOCU-1", u"IMAP-mailbox-name", u"LMBCS-1"})
+        EXPECT_EQ("the encoding \"" + TString(name).toStdString() + "\" is not known",
+                  Failure(DeclaredBytes(name)));
+}
+
+TEST_F(TextDecoding, ReadsEbcdicThatSaysInWhichEncodingOfIt)
+{
+    for (const char* const name : {"IBM037", "IBM1047", "ebcdic-cp-us", "IBM273", "IBM-1140"}) {
+        const std::string text =
+            "<?xml version='1.0' encoding='" + std::string(name) + "'?>\n<a>\xC3\xA9 [x]</a>";
+        EXPECT_EQ(Load(ToEbcdic(name, text)).toStdString(), text) << name;
+    }
+}
+
+TEST_F(TextDecoding, RefusesEbcdicThatDoesNotSayInWhich)
+{
+    EXPECT_EQ("the text is in EBCDIC, and does not say in which encoding of it",
+              Failure(ToEbcdic("IBM037", "<?xml version='1.0'?><a/>")));
+    EXPECT_EQ("the text is in EBCDIC, and does not say in which encoding of it",
+              Failure("\x4C\x6F\xA7\x94"));
+    EXPECT_EQ("the text is in EBCDIC, and not in the encoding that it names",
+              Failure(ToEbcdic("IBM037", "<?xml version='1.0' encoding='UTF-8'?><a/>")));
+    EXPECT_EQ("the encoding \"x-1\" is not known",
+              Failure(ToEbcdic("IBM037", "<?xml version='1.0' encoding='x-1'?><a/>")));
+}
+
+TEST_F(TextDecoding, ReadsXmlInLargerUnitsWithoutMarkAndDeclaration)
+{
+    for (const auto encoding : c_wide) {
+        EXPECT_EQ(TString(u"<?p ?><a>\u20AC</a>"),
+                  Load(Encode(encoding, false, u"<?p ?><a>\u20AC</a>")));
+        EXPECT_EQ(TString(u"<a/>"), Load(Encode(encoding, false, u"<a/>")));
+    }
+    EXPECT_EQ(TString(u"<?p ?>"), Load("<?p ?>"));
+}
+
+TEST_F(TextDecoding, TellsOfTheByteOrderMarkThatItTakesOff)
+{
+    for (const std::string mark : {"", "\xEF\xBB\xBF"}) {
+        bool hadByteOrderMark = mark.empty();
+        TFile::LoadTextFileAsUtf8(Write(mark + "a"), 1, hadByteOrderMark);
+        EXPECT_EQ(hadByteOrderMark, !mark.empty());
+    }
+}
+
 TEST_F(TextDecoding, ReadsTheDeclarationInEveryForm)
 {
     for (const std::string declaration :
@@ -249,7 +454,8 @@ TEST_F(TextDecoding, IgnoresWhatIsNoDeclaration)
 
 TEST_F(TextDecoding, TrustsTheBytesWhereTheDeclarationCannotBeTrue)
 {
-    for (const char16_t* name : {u"UTF-16", u"UTF-16LE", u"UCS-2", u"UTF-32", u"EBCDIC-US"}) {
+    for (const char16_t* name :
+         {u"UTF-16", u"UTF-16LE", u"UCS-2", u"UTF-32", u"ebcdic-cp-us", u"IBM037"}) {
         EXPECT_EQ(Declared(name) + u"\u00E9", Load(DeclaredBytes(name) + "\xC3\xA9"));
         EXPECT_EQ(InvalidAt(DeclaredBytes(name).size(), "UTF-8"),
                   Failure(DeclaredBytes(name) + "\xE9"));

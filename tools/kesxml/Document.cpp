@@ -12,12 +12,10 @@
 #include <kesplatform/CorvinaException.h>
 #include <kesplatform/EncodingTable.h>
 #include <kesplatform/TFile.h>
-#include <kesplatform/XmlDeclaration.h>
+#include <kesplatform/TextDecoding.h>
 
 #include <QFile>
 #include <QFileInfo>
-#include <QStringConverter>
-#include <QTemporaryFile>
 
 #include <algorithm>
 #include <cstdio>
@@ -37,37 +35,16 @@ QByteArray ReadStandardInput()
     return bytes;
 }
 
-/// Decodes larger units, which nothing that looks at single bytes could read.
-bool DecodeLargerUnits(const QByteArray& bytes, TString& text)
+/// Decodes the bytes as those of files are. False for those that are UTF-8 already, and for those
+/// that do not decode: the parser finds what is wrong and where.
+bool Decode(std::string_view bytes, std::string& text)
 {
-    const std::string_view document(bytes.data(), static_cast<std::size_t>(bytes.size()));
-    const EncodingTable::Scheme* const scheme = EncodingTable::FindLargerUnits(
-        document, [document](const auto& larger) { return larger.IsBeginOf(document, "<"); });
-    if (scheme == nullptr)
-        return false;
-    QStringDecoder decoder(scheme->name.data());
-    const QString decoded = decoder.decode(bytes);
-    text = decoded;
-    return !decoder.hasError();
-}
-
-/// Decodes single bytes of another encoding than UTF-8, which their declaration names, as files are
-/// decoded.
-bool DecodeDeclared(const QByteArray& bytes, std::string& text)
-{
-    const std::string_view encoding =
-        XmlDeclaration::FindEncoding({bytes.data(), static_cast<std::size_t>(bytes.size())});
-    if (encoding.empty() || EncodingTable::NamesUtf8(encoding) ||
-        EncodingTable::NamesLargerUnits(encoding))
-        return false;
-    QTemporaryFile file;
-    if (!file.open() || file.write(bytes) != bytes.size() || !file.flush())
-        throw CorvinaException(TString(file.fileName() + ": " + file.errorString()));
     try {
-        text = TFile::LoadTextFileAsUtf8(TPath(file.fileName()), 1);
-        return true;
-    } catch (const TIO::Exception&) {
-        // The parser finds what is wrong and where.
+        const TextDecoding::Encoding encoding = TextDecoding::FindEncoding(bytes);
+        return !TextDecoding::IsUtf8AsItIs(bytes, encoding) &&
+               !TextDecoding::AppendUtf8(bytes, encoding, text) &&
+               !text.starts_with(EncodingTable::c_utf8.byteOrderMark);
+    } catch (const TextDecoding::Failure&) {
         return false;
     }
 }
@@ -121,9 +98,8 @@ std::unique_ptr<InputSource> OpenDocument(const QString& file)
 
 std::unique_ptr<InputSource> MakeDocument(const QByteArray& bytes, const QString& name)
 {
-    if (TString text; DecodeLargerUnits(bytes, text))
-        return std::make_unique<StringInputSource>(text, name, false);
-    if (std::string text; DecodeDeclared(bytes, text))
+    const std::string_view document(bytes.data(), static_cast<std::size_t>(bytes.size()));
+    if (std::string text; Decode(document, text))
         return std::make_unique<Utf8InputSource>(std::move(text), name, false);
     return std::make_unique<BinaryInputSource>(
         std::vector<unsigned char>(bytes.begin(), bytes.end()), name, false);

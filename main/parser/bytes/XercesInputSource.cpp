@@ -1,10 +1,7 @@
 #include "bytes/XercesInputSource.h"
 
-#include "bytes/ScannerEncoding.h"
-#include "bytes/StrictUtf8Source.h"
 #include "bytes/XercesColonSanitizer.h"
 #include "bytes/XercesMemory.h"
-#include "bytes/XercesText.h"
 
 #include <kesplatform/EncodingTable.h>
 #include <kesplatform/Metrics.h>
@@ -18,9 +15,8 @@
 namespace {
 
 /// The scanner counts a line end of one character right behind "<?xml" for none, which would leave
-/// all positions one line short; of CR LF it counts the second half. Only of single bytes: in units
-/// of two or four, positions behind such a line end are one line short. The document is copied for
-/// it, which is rare: hardly anybody breaks the line there.
+/// all positions one line short; of CR LF it counts the second half. The document is copied for it,
+/// which is rare: hardly anybody breaks the line there.
 std::shared_ptr<const std::string>
 WidenLineEndOfDeclaration(std::shared_ptr<const std::string> data, std::size_t start)
 {
@@ -38,6 +34,14 @@ WidenLineEndOfDeclaration(std::shared_ptr<const std::string> data, std::size_t s
     return std::make_shared<const std::string>(std::move(widened));
 }
 
+/// Whether the scanner would find another encoding than UTF-8 by itself.
+bool DeclaresOtherEncoding(std::string_view utf8)
+{
+    const std::string_view name =
+        XmlDeclaration::FindEncoding(EncodingTable::SkipByteOrderMark(utf8));
+    return EncodingTable::IsName(name) && !EncodingTable::NamesUtf8(name);
+}
+
 } // namespace
 
 XercesInputSource::XercesInputSource(const std::shared_ptr<const std::string>& data,
@@ -52,8 +56,22 @@ XercesInputSource::XercesInputSource(std::shared_ptr<const std::string>&& data, 
                                      XercesEncoding encoding)
     : m_data(std::move(data)), m_mode(mode), m_start(start), m_id(id), m_encoding(encoding)
 {
+    if (encoding == XercesEncoding::Declared)
+        Decode();
     if (mode == ColonProcessingMode::EncodeColonAttributes)
         const Metrics::Scope scope("XercesColonSanitizer");
+}
+
+void XercesInputSource::Decode()
+{
+    DocumentDecoding::Result decoded = DocumentDecoding::Decode(GetBytes());
+    m_refusal = std::move(decoded.refusal);
+    m_fault = std::move(decoded.fault);
+    if (!decoded.utf8)
+        return;
+    m_data = std::make_shared<const std::string>(std::move(*decoded.utf8));
+    m_start = 0;
+    m_encoding = XercesEncoding::Utf8;
 }
 
 void XercesInputSource::Sanitize() const
@@ -70,32 +88,14 @@ void XercesInputSource::Prepare() const
     SetupXercesBuffer();
 }
 
-bool XercesInputSource::MayHoldNull() const noexcept
-{
-    return m_strictSource == nullptr || m_strictSource->MayHoldNull();
-}
-
 void XercesInputSource::SetupXercesBuffer() const
 {
-    const std::string_view bytes = GetBytes();
     auto* const manager = xercesc::XMLPlatformUtils::fgMemoryManager;
     WithXercesMemory([&] {
-        if (m_encoding == XercesEncoding::Utf8 || ScannerEncoding::IsUtf8(bytes)) {
-            auto* const strict = new (manager) StrictUtf8Source(bytes, m_id, manager);
-            m_xercesSource.reset(strict);
-            m_strictSource = strict;
-        } else {
-            m_xercesSource.reset(new (manager) xercesc::MemBufInputSource(
-                reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
-                GetInternalXMLChPtrFromTString(m_id), false, manager));
-        }
+        m_xercesSource.reset(new (manager) StrictUtf8Source(GetBytes(), m_id, manager));
         // Streams that Xerces makes from the buffer read these very bytes.
         m_xercesSource->setCopyBufToStream(false);
-        if (m_encoding == XercesEncoding::Utf8)
+        if (m_encoding == XercesEncoding::Utf8 || DeclaresOtherEncoding(GetBytes()))
             m_xercesSource->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
-        else if (const auto overlooked = ScannerEncoding::FindOverlooked(bytes);
-                 !overlooked.empty())
-            m_xercesSource->setEncoding(
-                GetInternalXMLChPtrFromTString(TString::fromUtf8(overlooked)));
     });
 }

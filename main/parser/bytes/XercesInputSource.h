@@ -1,17 +1,17 @@
 #pragma once
 
+#include "bytes/DocumentDecoding.h"
+#include "bytes/StrictUtf8Source.h"
+
 #include <kescorexml/ColonProcessingMode.h>
 
 #include <kesplatform/TString.h>
 
-#include <xercesc/framework/MemBufInputSource.hpp>
-
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
-
-class StrictUtf8Source;
 
 /// How the bytes of a document are read.
 enum class XercesEncoding
@@ -23,8 +23,9 @@ enum class XercesEncoding
 };
 
 /// One document as a memory buffer of Xerces, together with the bytes that the buffer points into.
-/// The bytes are changed where Xerces needs it, and the buffer is made, as late as possible: most
-/// documents are read without Xerces. Metrics see the colon sanitizer at work in any case.
+/// The bytes are decoded at once; they are changed where Xerces needs it, and the buffer is made,
+/// as late as possible: most documents are read without Xerces. Metrics see the colon sanitizer at
+/// work in any case.
 class XercesInputSource
 {
 public:
@@ -50,26 +51,37 @@ public:
             Prepare();
         return *m_xercesSource;
     }
-    /// What the buffer holds; before there is one, the document as it was given, or sanitized.
-    /// Followed by a zero byte, and valid until the next of these steps. The buffer may differ from
-    /// the document in names that begin with a colon and in the first line end.
+    /// What the buffer holds, UTF-8; before there is one, the document as it was given or decoded,
+    /// or sanitized. Followed by a zero byte, and valid until the next of these steps. The buffer
+    /// may differ from the document in names that begin with a colon and in the first line end.
     std::string_view GetBytes() const noexcept { return std::string_view(*m_data).substr(m_start); }
-    XercesEncoding GetEncoding() const noexcept { return m_encoding; }
+    /// Why nobody can read the document, which is to be told and not to be read; else nothing.
+    const std::optional<DocumentDecoding::Refusal>& GetRefusal() const noexcept
+    {
+        return m_refusal;
+    }
+    /// What is wrong with the first bytes that are no UTF-8, where they stand for others that could
+    /// not be decoded; else empty.
+    const TString& GetFault() const noexcept { return m_fault; }
     /// Whether a null character may be among the bytes; false only once all of them were read.
-    bool MayHoldNull() const noexcept;
+    bool MayHoldNull() const noexcept
+    {
+        return m_xercesSource == nullptr || m_xercesSource->MayHoldNull();
+    }
 
 private:
+    void Decode();
     void Prepare() const;
     void SetupXercesBuffer() const;
 
     // Made, or changed, when they are needed for the first time.
 
-    mutable std::unique_ptr<xercesc::MemBufInputSource> m_xercesSource;
-    /// The same, when it is one that is strict about UTF-8; else null.
-    mutable const StrictUtf8Source* m_strictSource = nullptr;
+    mutable std::unique_ptr<StrictUtf8Source> m_xercesSource;
     mutable std::shared_ptr<const std::string> m_data;
     mutable ColonProcessingMode m_mode;
     std::size_t m_start;
     TString m_id;
     XercesEncoding m_encoding;
+    TString m_fault;
+    std::optional<DocumentDecoding::Refusal> m_refusal;
 };

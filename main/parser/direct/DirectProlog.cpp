@@ -86,15 +86,8 @@ const char* DirectScanner::ScanXmlDeclaration(const char* at)
     std::string_view value;
     if (!ReadPseudoAttribute(at, m_end, "version", value) || value != "1.0")
         return Decline(Verdict::Declaration);
-    if (ReadPseudoAttribute(at, m_end, "encoding", value)) {
-        if (!EncodingTable::IsName(value))
-            return Decline(Verdict::Declaration);
-        if (!m_isUtf8) {
-            m_isAscii = EncodingTable::EqualsName(value, "US-ASCII");
-            if (!m_isAscii && !EncodingTable::EqualsName(value, "UTF-8"))
-                return Decline(Verdict::Encoding);
-        }
-    }
+    if (ReadPseudoAttribute(at, m_end, "encoding", value) && !EncodingTable::IsName(value))
+        return Decline(Verdict::Declaration);
     if (ReadPseudoAttribute(at, m_end, "standalone", value) && value != "yes" && value != "no")
         return Decline(Verdict::Declaration);
     at = SkipWhitespace(at);

@@ -26,8 +26,6 @@ Verdict DirectScanner::Scan(const Document& document, ScanSink& sink)
     const Return giveBack(*this);
     const char* at = EncodingTable::SkipByteOrderMark(document.bytes).data();
     m_end = document.bytes.data() + document.bytes.size();
-    m_isUtf8 = document.isUtf8;
-    m_isAscii = false;
     m_isDone = false;
     m_verdict = Verdict::Accepted;
     m_sink = &sink;
@@ -88,9 +86,7 @@ bool DirectScanner::IsValidAround(const char* at) noexcept
         return true;
     const char* const goal = m_end - until > c_decodedAhead ? until + c_decodedAhead : m_end;
     const std::string_view ahead(m_validated, static_cast<std::size_t>(goal - m_validated));
-    const std::size_t valid =
-        m_isAscii ? static_cast<std::size_t>(WideRun::SkipAscii(m_validated, goal) - m_validated)
-                  : Unicode::findInvalidUtf8(ahead);
+    const std::size_t valid = Unicode::findInvalidUtf8(ahead);
     // A step may end within a character, which the next one begins with.
     const bool isCut = goal < m_end && ahead.size() - valid < c_longestCharacter;
     if (valid < ahead.size() && !isCut)
@@ -144,7 +140,7 @@ const char* DirectScanner::SkipTo(const char* at, char stop) noexcept
             ++at;
         } else if (ByteClasses::IsAscii(*at)) {
             return Decline(Verdict::Markup);
-        } else if (m_isAscii || Utf8Sequence::Read(at) == Utf8Sequence::c_invalid) {
+        } else if (Utf8Sequence::Read(at) == Utf8Sequence::c_invalid) {
             return Decline(Verdict::Encoding);
         }
     }
@@ -204,8 +200,6 @@ const char* DirectScanner::ScanName(const char* at) noexcept
 const char* DirectScanner::ScanLongName(const char* at) noexcept
 {
     constexpr char32_t c_endOfNames = 0xF0000;
-    if (m_isAscii)
-        return Decline(Verdict::Encoding);
     bool isFirst = true;
     for (;; isFirst = false) {
         if (ByteClasses::IsAscii(*at)) {

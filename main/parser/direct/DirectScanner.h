@@ -22,12 +22,10 @@ class DirectScanner
 public:
     struct Document
     {
-        /// Must be followed by a readable zero byte.
+        /// UTF-8, whatever they declare. Must be followed by a readable zero byte.
         std::string_view bytes;
-        /// Whether they are read as UTF-8 whatever they declare.
-        bool isUtf8;
-        /// How many units may reach the sink, and how much work declared attributes and
-        /// content models may make; see ParseLimits.
+        /// How many units may reach the sink, and how much work declared attributes and content
+        /// models may make; see ParseLimits.
         std::uint64_t maxOutput;
         std::uint64_t maxDeclared;
     };
@@ -149,8 +147,6 @@ private:
     ScanSink* m_sink = nullptr;
     DirectScanning::Verdict m_verdict = DirectScanning::Verdict::None;
     const char* m_end = nullptr;
-    bool m_isUtf8 = false;
-    bool m_isAscii = false;
     bool m_isDone = false;
     bool m_passesOn = false;
     const char* m_validated = nullptr;

@@ -111,8 +111,6 @@ const char* DirectScanner::ScanCharacters(const char* at) noexcept
         const bool isPlain = ByteClasses::Is(*at, ByteClasses::Plain);
         return isPlain ? at : Decline(Verdict::Markup);
     }
-    if (m_isAscii)
-        return Decline(Verdict::Encoding);
     const char16_t* const room = m_units.End() - c_slack / 2;
     char16_t* to = m_to;
     do {

@@ -17,9 +17,25 @@ void AbstractXMLParser::LoadXSDString(const TString& xsdText, const TString& id)
     LoadXSDSource(source);
 }
 
+void AbstractXMLParser::LoadXSDString(const std::string& utf8, const TString& id)
+{
+    Utf8InputSource source(utf8, id, false);
+    LoadXSDSource(source);
+}
+
+void AbstractXMLParser::LoadXSDString(const char* utf8, const TString& id)
+{
+    LoadXSDString(std::string(utf8 == nullptr ? "" : utf8), id);
+}
+
 void AbstractXMLParser::LoadXSDFile(const TString& path)
 {
-    LoadXSDString(TFile::LoadTextFile(TPath(path), 1), path);
+    constexpr char16_t c_byteOrderMark = u'\uFEFF';
+    TString text = TFile::LoadTextFile(TPath(path), 1);
+    // One was taken off. The parser takes off the first that it gets to see, and refuses a second.
+    if (text.startsWith(TString(1, c_byteOrderMark)))
+        text = TString(1, c_byteOrderMark) + text;
+    LoadXSDString(text, path);
 }
 
 void AbstractXMLParser::GetCurrentLocation(int& /*line*/, int& /*column*/) {}

@@ -1,6 +1,5 @@
 #include "scanner/LocatingReader.h"
 
-#include "bytes/ScannerEncoding.h"
 #include "bytes/XercesInputSource.h"
 #include "bytes/XercesText.h"
 
@@ -60,10 +59,10 @@ std::optional<Utf8Faults::InvalidBytes> LocatingReader::FindFault() const
 {
     if (m_input == nullptr)
         return std::nullopt;
-    const std::string_view bytes = m_input->GetBytes();
-    if (m_input->GetEncoding() != XercesEncoding::Utf8 && !ScannerEncoding::IsUtf8(bytes))
-        return std::nullopt;
-    return Utf8Faults::FindFirst(bytes);
+    auto fault = Utf8Faults::FindFirst(m_input->GetBytes());
+    if (fault && !m_input->GetFault().IsEmpty())
+        fault->message = m_input->GetFault();
+    return fault;
 }
 
 void LocatingReader::error(unsigned int code, const XMLCh* domain,
@@ -83,7 +82,8 @@ void LocatingReader::error(unsigned int code, const XMLCh* domain,
         if (!fault->message.IsEmpty())
             text = GetInternalXMLChPtrFromTString(fault->message);
     }
-    if (isUndecodable && !fault->isCut && getErrorHandler() != nullptr) {
+    const bool isInvalidUtf8 = isUndecodable && !fault->isCut && m_input->GetFault().IsEmpty();
+    if (isInvalidUtf8 && getErrorHandler() != nullptr) {
         getErrorHandler()->fatalError(
             InvalidUtf8(text, publicId, systemId, line, column, m_manager));
         return;

@@ -186,6 +186,14 @@ void XercesXMLParserImpl::SwitchToValidating()
     }
 }
 
+void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& schema)
+{
+    WithXercesMemory([&] {
+        const LocatingReader::Scope located(*m_reader, schema);
+        m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
+    });
+}
+
 void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 {
     RequireOutsideOfEvents();
@@ -208,10 +216,10 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
         const ParseInProgress inProgress(m_isParsing);
         BeginBudget(schema, false);
         try {
-            WithXercesMemory([&] {
-                const LocatingReader::Scope located(*m_reader, schema);
-                m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
-            });
+            if (schema.GetRefusal())
+                RecordRefusal(schema, xsdSource.Id());
+            else
+                LoadGrammar(schema);
         } catch (const LimitExceeded& exceeded) {
             RecordLimit(exceeded, xsdSource.Id());
         }
@@ -278,6 +286,12 @@ void XercesXMLParserImpl::BeginBudget(const XercesInputSource& input, bool isVal
 void XercesXMLParserImpl::RecordLimit(const LimitExceeded& exceeded, const TString& id)
 {
     m_handler->RecordFatalError(exceeded.message, id, exceeded.line, exceeded.column);
+}
+
+void XercesXMLParserImpl::RecordRefusal(const XercesInputSource& input, const TString& id)
+{
+    const DocumentDecoding::Refusal& refusal = *input.GetRefusal();
+    m_handler->RecordFatalError(refusal.message, id, refusal.line, refusal.column);
 }
 
 void XercesXMLParserImpl::CollectHandlerErrors()

@@ -103,6 +103,8 @@ private:
     /// Opens the accounts of a parse or of a load of a schema.
     void BeginBudget(const XercesInputSource& input, bool isValidating);
     void RecordLimit(const LimitExceeded& exceeded, const TString& id);
+    void RecordRefusal(const XercesInputSource& input, const TString& id);
+    void LoadGrammar(const XercesInputSource& schema);
     void CollectHandlerErrors();
 
     ParsedNames m_names;

@@ -163,6 +163,11 @@ void XercesXMLParserImpl::DoXercesParse()
         ThrowNoXercesSource();
     const XercesInputSource document =
         xercesableSource->GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
+    if (document.GetRefusal()) {
+        RecordRefusal(document, GetSource().Id());
+        CollectHandlerErrors();
+        return;
+    }
     BeginBudget(document, !m_noSchemaLoaded);
     if (ScanDirectly(document))
         return;
@@ -261,10 +266,9 @@ bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
         const auto scan = [&] {
             // Whatever the sink throws ends the parse.
             verdict = Verdict::Accepted;
-            const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
-            verdict = m_directScanner.Scan({document.GetBytes(), isUtf8, m_budget.GetOutputLimit(),
-                                            m_budget.GetScannerWorkLimit()},
-                                           *m_sink);
+            verdict = m_directScanner.Scan(
+                {document.GetBytes(), m_budget.GetOutputLimit(), m_budget.GetScannerWorkLimit()},
+                *m_sink);
             if (verdict != Verdict::Accepted)
                 m_sink->Rewind();
         };
@@ -306,14 +310,12 @@ void XercesXMLParserImpl::CheckEnd(const XercesInputSource& document)
 {
     if (m_handler->SawFatalError())
         return;
-    const bool isUtf8 = document.GetEncoding() == XercesEncoding::Utf8;
-    const auto fault = OverlookedFaults::Find(document.GetBytes(), isUtf8, document.MayHoldNull());
+    const auto fault = OverlookedFaults::Find(document.GetBytes(), document.MayHoldNull());
     if (fault)
         m_handler->RecordFatalError(fault->message, GetSource().Id(), fault->line, fault->column);
     else if (m_documentType.HasBegun())
         SetSkippedEntities(
-            SkippedEntities::Find(OverlookedFaults::ToUtf8(document.GetBytes(), isUtf8),
-                                  m_handler->GetDeclaredEntities()));
+            SkippedEntities::Find(document.GetBytes(), m_handler->GetDeclaredEntities()));
 }
 
 bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
@@ -340,7 +342,13 @@ bool XercesXMLParserImpl::ScanProlog(const XercesInputSource& document,
         m_remains = afterFailure();
         if (exception.getCode() != xercesc::XMLExcepts::Reader_CouldNotDecodeFirstLine)
             throw;
-        if (const auto fault = m_reader->FindFault())
+        const auto fault = m_reader->FindFault();
+        if (fault && !document.GetFault().IsEmpty()) {
+            m_handler->RecordFatalError(fault->message, GetSource().Id(), fault->line,
+                                        fault->column);
+            return false;
+        }
+        if (fault)
             throw UndecodableDeclaration{GetTStringFromXMLChPtr(exception.getMessage(), -1),
                                          *fault};
         throw;

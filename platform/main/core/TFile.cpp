@@ -1,9 +1,9 @@
 #include <kesplatform/TFile.h>
 
 #include "DiskName.h"
-#include "TextDecoding.h"
 
 #include <kesplatform/TFormatString.h>
+#include <kesplatform/TextDecoding.h>
 
 #include <QFile>
 
@@ -184,11 +184,18 @@ TString TFile::LoadTextFile(const TPath& path, int /*flag*/)
         path, [&] { return TextDecoding::ToText(bytes, TextDecoding::FindEncoding(bytes)); });
 }
 
-std::string TFile::LoadTextFileAsUtf8(const TPath& path, int /*flag*/)
+std::string TFile::LoadTextFileAsUtf8(const TPath& path, int flag)
+{
+    bool hadByteOrderMark = false;
+    return LoadTextFileAsUtf8(path, flag, hadByteOrderMark);
+}
+
+std::string TFile::LoadTextFileAsUtf8(const TPath& path, int /*flag*/, bool& hadByteOrderMark)
 {
     std::string bytes = LoadBytes(path);
     return NamingFile(path, [&] {
         const TextDecoding::Encoding encoding = TextDecoding::FindEncoding(bytes);
+        hadByteOrderMark = encoding.byteOrderMarkLength > 0;
         return TextDecoding::ToUtf8(std::move(bytes), encoding);
     });
 }

@@ -1,90 +1,71 @@
-#include "TextDecoding.h"
+#include <kesplatform/TextDecoding.h>
 
+#include "AsciiSteps.h"
+#include "StrictConverter.h"
 #include "Utf8Bytes.h"
 
 #include <kesplatform/EncodingTable.h>
 #include <kesplatform/TCType.h>
+#include <kesplatform/Unicode.h>
 #include <kesplatform/XmlDeclaration.h>
 
-#include <QSysInfo>
-
 #include <algorithm>
-#include <cerrno>
-#include <iconv.h>
-#include <memory>
 
 using TextDecoding::Encoding;
 using TextDecoding::Failure;
+using TextDecoding::Undecodable;
 
 namespace {
 
-constexpr const char* c_nativeUtf16 =
-    QSysInfo::ByteOrder == QSysInfo::LittleEndian ? "UTF-16LE" : "UTF-16BE";
-
-[[noreturn]] void FailAt(std::size_t offset, const std::string& encoding)
+TString NameOf(const Encoding& encoding)
 {
-    throw TextDecoding::Undecodable{
-        encoding.empty() ? TString(u"UTF-8") : TString::fromStdString(encoding), offset};
+    return encoding.name.empty() ? TString(u"UTF-8") : TString::fromStdString(encoding.name);
 }
 
-/// A conversion of the C library; gives back its descriptor.
-class Converter
+[[noreturn]] void FailAtUnknown(std::string_view name)
 {
-public:
-    Converter(const char* to, const std::string& from) : m_handle(iconv_open(to, from.c_str())) {}
-    ~Converter()
-    {
-        if (IsKnown())
-            iconv_close(m_handle);
-    }
-    Converter(const Converter&) = delete;
-    Converter& operator=(const Converter&) = delete;
+    throw Failure{u"the encoding \"" + TString::fromUtf8(name) + u"\" is not known",
+                  std::string(name)};
+}
 
-    bool IsKnown() const noexcept { return m_handle != Invalid(); }
+bool IsAscii(std::string_view bytes) noexcept
+{
+    std::size_t at = 0;
+    while (at + AsciiSteps::c_step <= bytes.size() && AsciiSteps::IsAscii(bytes.data() + at))
+        at += AsciiSteps::c_step;
+    return std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(at), bytes.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
 
-    /// Converts `bytes` and hands the pieces to `sink`. Returns how many bytes were converted: all
-    /// of them, or those before the first that do not decode.
-    template <typename Sink>
-    std::size_t Run(std::string_view bytes, const Sink& sink)
-    {
-        // iconv does not write to its input; its interface is older than const.
-        char* from = const_cast<char*>(bytes.data());
-        std::size_t left = bytes.size();
-        bool isFlush = false;
-        for (;;) {
-            char* to = m_buffer;
-            std::size_t room = sizeof(m_buffer);
-            const std::size_t result =
-                iconv(m_handle, isFlush ? nullptr : &from, isFlush ? nullptr : &left, &to, &room);
-            const int error = result == static_cast<std::size_t>(-1) ? errno : 0;
-            sink(std::string_view(m_buffer, static_cast<std::size_t>(to - m_buffer)));
-            if (error == E2BIG)
-                continue;
-            if (error != 0 || isFlush)
-                return bytes.size() - left;
-            // Encodings with states may hold a character back until they know the end.
-            isFlush = true;
-        }
-    }
-
-private:
-    static iconv_t Invalid() noexcept
-    {
-        return reinterpret_cast<iconv_t>(static_cast<std::intptr_t>(-1));
-    }
-
-    iconv_t m_handle;
-    alignas(char16_t) char m_buffer[16 * 1024];
-};
-
+/// Hands the pieces of the text to `sink`.
 template <typename Sink>
-void Convert(const char* to, std::string_view bytes, const Encoding& encoding, const Sink& sink)
+std::optional<Undecodable> Convert(std::string_view bytes, const Encoding& encoding,
+                                   const Sink& sink)
 {
-    Converter converter(to, encoding.name);
-    const std::string_view text = bytes.substr(encoding.byteOrderMarkLength);
-    const std::size_t converted = converter.Run(text, sink);
-    if (converted != text.size())
-        FailAt(encoding.byteOrderMarkLength + converted, encoding.name);
+    StrictConverter converter(encoding.name);
+    converter.Begin(bytes.substr(encoding.byteOrderMarkLength));
+    for (std::u16string_view piece; !(piece = converter.Next()).empty();)
+        sink(piece);
+    const auto& fault = converter.GetFault();
+    if (!fault)
+        return std::nullopt;
+    return Undecodable{NameOf(encoding), encoding.byteOrderMarkLength + fault->offset,
+                       fault->isCut};
+}
+
+std::u16string Decode(StrictConverter& converter, std::string_view bytes)
+{
+    std::u16string text;
+    converter.Begin(bytes);
+    for (std::u16string_view piece; !(piece = converter.Next()).empty();)
+        text += piece;
+    return text;
+}
+
+/// Whether a declaration that was read as `text` reads like that in this encoding, too.
+bool Agrees(StrictConverter& converter, std::string_view declaration, std::u16string_view text)
+{
+    return Decode(converter, declaration) == text && !converter.GetFault();
 }
 
 /// The text of an XML declaration up to its ">", as the ASCII characters that it is made of; empty
@@ -106,46 +87,71 @@ std::string ReadDeclaration(std::string_view bytes, const EncodingTable::Scheme&
     return {};
 }
 
-/// Whether nothing in a name would be an option for iconv.
-bool HoldsNoOption(std::string_view name)
-{
-    return std::all_of(name.begin(), name.end(), [](char c) {
-        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
-               c == '.' || c == '_' || c == '-' || c == ':';
-    });
-}
-
-bool IsKnown(std::string_view name)
-{
-    return EncodingTable::NamesUtf8(name) ||
-           (HoldsNoOption(name) && Converter("UTF-8", std::string(name)).IsKnown());
-}
-
 std::string GetConverterName(const EncodingTable::Scheme& scheme)
 {
     return scheme.encoding == Utf8 ? std::string() : std::string(scheme.name);
 }
 
-/// What a text of single bytes is encoded in whose declaration names `name`.
-Encoding ResolveDeclaredName(std::string_view name, const std::string& declaration)
+/// What a text is encoded in whose declaration, read in these units, names `name`.
+Encoding ResolveDeclaredName(std::string_view name, const std::string& declaration,
+                             const EncodingTable::Scheme& scheme)
 {
     if (EncodingTable::NamesUtf8(name))
-        return {};
-    const Encoding encoding{std::string(name), 0};
-    std::string decoded;
-    Converter converter("UTF-8", encoding.name);
-    const std::size_t converted =
-        converter.Run(declaration, [&decoded](std::string_view piece) { decoded.append(piece); });
+        return {GetConverterName(scheme), 0};
+    StrictConverter converter(name);
+    if (!converter.IsKnown())
+        FailAtUnknown(name);
+    if (scheme.unitSize > 1)
+        return {GetConverterName(scheme), 0};
     // Only an encoding that agrees with ASCII on the declaration can be the true one.
-    return converted == declaration.size() && decoded == declaration ? encoding : Encoding();
+    const bool isTrue =
+        !converter.IsUtf8() &&
+        Agrees(converter, declaration, std::u16string(declaration.begin(), declaration.end()));
+    return isTrue ? Encoding{std::string(name), 0} : Encoding();
+}
+
+/// The encoding of EBCDIC that a text names which begins with a declaration in one. What a
+/// declaration is made of lies at the same bytes in all of them, but for white space.
+Encoding FindOfEbcdic(std::string_view bytes)
+{
+    constexpr char c_greaterThan = '\x6E';
+    const std::string_view declaration = bytes.substr(0, bytes.find(c_greaterThan)).substr(0, 1000);
+    StrictConverter common("IBM037");
+    const std::u16string text = Decode(common, declaration);
+    std::string ascii;
+    for (const char16_t unit : text)
+        ascii += unit < 0x80 ? static_cast<char>(unit) : ' ';
+    const std::string_view name = XmlDeclaration::FindEncoding(ascii);
+    if (name.empty())
+        throw Failure{u"the text is in EBCDIC, and does not say in which encoding of it", {}};
+    StrictConverter converter(name);
+    if (!converter.IsKnown())
+        FailAtUnknown(name);
+    if (!Agrees(converter, declaration, text))
+        throw Failure{u"the text is in EBCDIC, and not in the encoding that it names", {}};
+    return {std::string(name), 0};
+}
+
+/// Whether nothing needs to be looked up to know that the text is UTF-8. Most are, and short.
+bool IsPlainUtf8(std::string_view bytes) noexcept
+{
+    constexpr std::string_view c_start = XmlDeclaration::c_start;
+    if (bytes.size() < 2 || bytes[0] != '<' || bytes[1] == '\0')
+        return false;
+    return !bytes.starts_with(c_start) ||
+           EncodingTable::NamesUtf8(XmlDeclaration::FindEncoding(bytes));
 }
 
 } // namespace
 
 Encoding TextDecoding::FindEncoding(std::string_view bytes)
 {
+    if (IsPlainUtf8(bytes))
+        return {};
     if (const EncodingTable::Scheme* const marked = EncodingTable::FindByByteOrderMark(bytes))
         return {GetConverterName(*marked), marked->byteOrderMark.size()};
+    if (bytes.starts_with(EncodingTable::c_ebcdicDeclaration))
+        return FindOfEbcdic(bytes);
     for (const EncodingTable::Scheme& scheme : EncodingTable::c_schemes) {
         const std::string declaration = ReadDeclaration(bytes, scheme);
         // Whoever reads the text is to say that other white space is wrong there.
@@ -153,44 +159,56 @@ Encoding TextDecoding::FindEncoding(std::string_view bytes)
         std::replace(spaced.begin(), spaced.end(), '\v', ' ');
         std::replace(spaced.begin(), spaced.end(), '\f', ' ');
         const std::string_view name = XmlDeclaration::FindEncoding(spaced);
-        if (name.empty())
-            continue;
-        if (!IsKnown(name))
-            throw Failure{u"the encoding \"" + TString::fromUtf8(name) + u"\" is not known"};
-        return scheme.unitSize > 1 ? Encoding{GetConverterName(scheme), 0}
-                                   : ResolveDeclaredName(name, declaration);
+        if (!name.empty())
+            return ResolveDeclaredName(name, declaration, scheme);
+        if (scheme.unitSize > 1 && scheme.IsBeginOf(bytes, "<"))
+            return {GetConverterName(scheme), 0};
     }
     return {};
 }
 
 TString TextDecoding::ToText(std::string_view bytes, const Encoding& encoding)
 {
-    if (encoding.name.empty()) {
-        const std::size_t bad = encoding.byteOrderMarkLength +
-                                Utf8Bytes::FindInvalid(bytes.substr(encoding.byteOrderMarkLength));
-        if (bad != bytes.size())
-            FailAt(bad, encoding.name);
-        return TString::fromUtf8(bytes.substr(encoding.byteOrderMarkLength));
+    if (IsUtf8AsItIs(bytes, encoding)) {
+        const std::string_view text = bytes.substr(encoding.byteOrderMarkLength);
+        const std::size_t bad = Utf8Bytes::FindInvalid(text);
+        if (bad != text.size())
+            throw Undecodable{NameOf(encoding), encoding.byteOrderMarkLength + bad};
+        return TString::fromUtf8(text);
     }
     TString text;
-    Convert(c_nativeUtf16, bytes, encoding, [&text](std::string_view piece) {
-        text.append(std::u16string_view(reinterpret_cast<const char16_t*>(piece.data()),
-                                        piece.size() / sizeof(char16_t)));
-    });
+    const auto append = [&text](std::u16string_view piece) { text.append(piece); };
+    if (const auto fault = Convert(bytes, encoding, append))
+        throw Undecodable(*fault);
     return text;
 }
 
 std::string TextDecoding::ToUtf8(std::string&& bytes, const Encoding& encoding)
 {
-    if (encoding.name.empty()) {
+    if (IsUtf8AsItIs(bytes, encoding)) {
         const std::string_view text = std::string_view(bytes).substr(encoding.byteOrderMarkLength);
         const std::size_t bad = Utf8Bytes::FindInvalid(text);
         if (bad != text.size())
-            FailAt(encoding.byteOrderMarkLength + bad, encoding.name);
+            throw Undecodable{NameOf(encoding), encoding.byteOrderMarkLength + bad};
         bytes.erase(0, encoding.byteOrderMarkLength);
         return std::move(bytes);
     }
     std::string utf8;
-    Convert("UTF-8", bytes, encoding, [&utf8](std::string_view piece) { utf8.append(piece); });
+    if (const auto fault = AppendUtf8(bytes, encoding, utf8))
+        throw Undecodable(*fault);
     return utf8;
+}
+
+bool TextDecoding::IsUtf8AsItIs(std::string_view bytes, const Encoding& encoding)
+{
+    return encoding.name.empty() || (IsAscii(bytes) && StrictConverter(encoding.name).KeepsAscii());
+}
+
+std::optional<Undecodable> TextDecoding::AppendUtf8(std::string_view bytes,
+                                                    const Encoding& encoding, std::string& utf8)
+{
+    utf8.reserve(utf8.size() + bytes.size());
+    return Convert(bytes, encoding, [&utf8](std::u16string_view piece) {
+        utf8 += Unicode::toUtf8KeepingHalves(piece);
+    });
 }

@@ -19,7 +19,7 @@ struct Scheme
 {
     /// The value by which DetectEncoding tells it.
     DetectedEncoding encoding;
-    /// The name that iconv and Qt know.
+    /// The name that ICU and Qt know.
     std::string_view name;
     /// What may stand before the text to show the encoding.
     std::string_view byteOrderMark;

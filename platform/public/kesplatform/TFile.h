@@ -82,13 +82,16 @@ public:
     std::int64_t Size() const;
 
     /// The whole file as text. Flag 1, the only one, decodes by byte-order mark, else by the
-    /// encoding that an XML declaration names, else as UTF-8. The byte-order mark is not part of
-    /// the text. Bytes that do not decode are a TIO::DecodingException; what tells no size, as
-    /// pipes and devices do, and holds more than 1,073,741,823 bytes is a TIO::Exception.
+    /// encoding that an XML declaration names, else as UTF-8, unless the bytes themselves show that
+    /// it cannot be that. One byte-order mark is not part of the text. Bytes that do not decode are
+    /// a TIO::DecodingException; what tells no size, as pipes and devices do, and holds more than
+    /// 1,073,741,823 bytes is a TIO::Exception.
     static TString LoadTextFile(const TPath& path, int flag);
     /// The same text as UTF-8: what LoadTextFile(path, flag).toStdString() gives, without the
     /// detour through UTF-16 when the file is UTF-8 already.
     static std::string LoadTextFileAsUtf8(const TPath& path, int flag);
+    /// The same; `hadByteOrderMark` is told whether a byte-order mark was taken off.
+    static std::string LoadTextFileAsUtf8(const TPath& path, int flag, bool& hadByteOrderMark);
 
 private:
     class Impl;

@@ -176,11 +176,11 @@ TEST(XercesInputSource, RefusesSequencesBeyondTheLastCharacterWhereverTheyStand)
 
 TEST(XercesInputSource, KnowsTheSameBytesAsLettersOfOtherEncodings)
 {
-    for (const char* const byteOrderMark : {"", "\xEF\xBB\xBF"}) {
-        EXPECT_THAT(
-            ParseBytes(byteOrderMark + DocumentIn("ISO-8859-1", "\xF5\xF6\xF7")).events,
-            ElementsAre("<a b=\xC3\xB5\xC3\xB6\xC3\xB7>", "'\xC3\xB5\xC3\xB6\xC3\xB7'", "</>"));
-    }
+    const std::string document = DocumentIn("ISO-8859-1", "\xF5\xF6\xF7");
+    EXPECT_THAT(ParseBytes(document).events,
+                ElementsAre("<a b=\xC3\xB5\xC3\xB6\xC3\xB7>", "'\xC3\xB5\xC3\xB6\xC3\xB7'", "</>"));
+    // A byte-order mark counts before the declaration.
+    EXPECT_TRUE(ParseBytes("\xEF\xBB\xBF" + document).fatal);
     const std::string utf16 =
         Utf16("<a>\xC3\xB5</a>", QStringConverter::Utf16LE, ByteOrderMark::With);
     EXPECT_THAT(ParseBytes(utf16).events, ElementsAre("<a>", "'\xC3\xB5'", "</>"));

@@ -111,7 +111,7 @@ TEST(DirectAcceptance, DocumentsWithDiagnosticsAreDeclined)
 
 TEST(DirectAcceptance, BytesAreAcceptedInTheEncodingsThatAreUtf8)
 {
-    const DirectScanning::Scope scope(true);
+    const DirectScanning::Switch scope(true);
     for (const char* const name : {"UTF-8", "utf-8", "US-ASCII", "us-ascii"}) {
         const std::string text = std::string("<?xml version='1.0' encoding='") + name + "'?><a/>";
         DOMParser().ParseXmlBytes(std::vector<unsigned char>(text.begin(), text.end()));

@@ -1,4 +1,4 @@
-#include "bytes/ScannerEncoding.h"
+#include "bytes/DocumentDecoding.h"
 
 #include "support/ParseOutcome.h"
 #include "support/TemporaryFile.h"
@@ -32,7 +32,7 @@ std::list<TString> ErrorsOfBytes(const std::string& bytes)
 
 } // namespace
 
-TEST(ScannerEncoding, IsNotThatOfWhatAnInstructionNames)
+TEST(DocumentDecoding, IsNotThatOfWhatAnInstructionNames)
 {
     const TemporaryFolder folder;
     for (const char* const instruction :
@@ -53,21 +53,7 @@ TEST(ScannerEncoding, IsNotThatOfWhatAnInstructionNames)
     }
 }
 
-TEST(ScannerEncoding, IsOverlookedBehindOtherWhiteSpaceThanABlank)
-{
-    EXPECT_EQ(ScannerEncoding::FindOverlooked("<?xml version='1.0' encoding='x-1'?>"), "");
-    for (const char* const space : {"\n", "\t", "\r\n"}) {
-        const std::string start = std::string("<?xml") + space + "version='1.0'";
-        EXPECT_EQ(ScannerEncoding::FindOverlooked(start + " encoding='x-1'?>"), "x-1");
-        EXPECT_EQ(ScannerEncoding::FindOverlooked(start + "?>"), "");
-        EXPECT_EQ(ScannerEncoding::FindOverlooked(start + " encoding='1x'?>"), "");
-        EXPECT_EQ(ScannerEncoding::FindOverlooked(start + " encoding='x\xE9'?>"), "");
-    }
-    EXPECT_EQ(ScannerEncoding::FindOverlooked("<?xml"), "");
-    EXPECT_EQ(ScannerEncoding::FindOverlooked(""), "");
-}
-
-TEST(ScannerEncoding, OfLargerUnitsShowsByTheUnits)
+TEST(DocumentDecoding, OfLargerUnitsShowsByTheUnits)
 {
     for (const char* const space : {" ", "\n", "\t", "\r"}) {
         for (const std::size_t size : {2U, 4U}) {
@@ -91,7 +77,7 @@ TEST(ScannerEncoding, OfLargerUnitsShowsByTheUnits)
     }
 }
 
-TEST(ScannerEncoding, CountsWhateverWhiteSpaceStandsBeforeIt)
+TEST(DocumentDecoding, CountsWhateverWhiteSpaceStandsBeforeIt)
 {
     const std::pair<std::string, std::string> texts[] = {
         {"iso-8859-1' ?><a>\xE9</a>", "'\xC3\xA9'"},
@@ -117,7 +103,7 @@ TEST(ScannerEncoding, CountsWhateverWhiteSpaceStandsBeforeIt)
     }
 }
 
-TEST(ScannerEncoding, IsAnErrorWhereItIsWrongWhateverWhiteSpaceStandsBeforeIt)
+TEST(DocumentDecoding, IsAnErrorWhereItIsWrongWhateverWhiteSpaceStandsBeforeIt)
 {
     for (const char* const rest :
          {"US-ASCII'?><a>\xC3\xA9</a>", "x-unknown'?><a/>", "'?><a/>", "?><a/>", "1'?><a/>",
@@ -134,7 +120,7 @@ TEST(ScannerEncoding, IsAnErrorWhereItIsWrongWhateverWhiteSpaceStandsBeforeIt)
     }
 }
 
-TEST(ScannerEncoding, ReplacesNoBytesInSilence)
+TEST(DocumentDecoding, ReplacesNoBytesInSilence)
 {
     const std::pair<std::string, std::string> documents[] = {
         {"windows-1253", "\xD2"}, {"windows-1255", "\xD9"}, {"ISO-8859-7", "\xFF"},
@@ -162,7 +148,7 @@ TEST(ScannerEncoding, ReplacesNoBytesInSilence)
                     "id)"));
 }
 
-TEST(ScannerEncoding, LeavesReplacementCharactersThatADocumentHolds)
+TEST(DocumentDecoding, LeavesReplacementCharactersThatADocumentHolds)
 {
     const std::pair<std::string, std::string> documents[] = {
         {"GB18030", "\x84\x31\xA4\x37"},
@@ -181,7 +167,7 @@ TEST(ScannerEncoding, LeavesReplacementCharactersThatADocumentHolds)
     }
 }
 
-TEST(ScannerEncoding, LeavesReplacementCharactersInEverySpellingOfUtf7)
+TEST(DocumentDecoding, LeavesReplacementCharactersInEverySpellingOfUtf7)
 {
     const std::string replacement = "\xEF\xBF\xBD";
     const std::pair<std::string, std::string> texts[] = {
@@ -210,7 +196,7 @@ TEST(ScannerEncoding, LeavesReplacementCharactersInEverySpellingOfUtf7)
     }
 }
 
-TEST(ScannerEncoding, TakesALineEndOfVersion11AtTheEndInEveryEncoding)
+TEST(DocumentDecoding, TakesALineEndOfVersion11AtTheEndInEveryEncoding)
 {
     const std::pair<std::string, std::string> lineEnds[] = {
         {"GB18030", "\x81\x30\x81\x35"}, {"GB18030", "\x81\x36\xA6\x35"}, {"ISO-8859-1", "\x85"},
@@ -234,7 +220,7 @@ TEST(ScannerEncoding, TakesALineEndOfVersion11AtTheEndInEveryEncoding)
     }
 }
 
-TEST(ScannerEncoding, DecodesAlikeAtEveryOffset)
+TEST(DocumentDecoding, DecodesAlikeAtEveryOffset)
 {
     struct Encoding
     {
@@ -280,20 +266,7 @@ TEST(ScannerEncoding, DecodesAlikeAtEveryOffset)
     }
 }
 
-TEST(ScannerEncoding, IsCheckedBehindAByteOrderMarkWhereItCounts)
-{
-    const std::string byteOrderMark = "\xEF\xBB\xBF";
-    const std::string rest = "version='1.0' encoding='windows-1253'?>";
-    EXPECT_TRUE(ParseBytes(byteOrderMark + "<?xml " + rest + "<a>\xD2</a>").fatal);
-    EXPECT_THAT(ParseBytes(byteOrderMark + "<?xml " + rest + "<a>\xE1</a>").events,
-                ElementsAre("<a>", "'\xCE\xB1'", "</>"));
-    // The scanner overlooks this one, and the byte-order mark says what the bytes are.
-    EXPECT_EQ(ParseBytes(byteOrderMark + "<?xml\n" + rest + "<a>\xD2\x90</a>"),
-              (ParseOutcome{{"<a>", "'\xD2\x90'", "</>"}, {}, {}, false}));
-    EXPECT_TRUE(ParseBytes(byteOrderMark + "<?xml\n" + rest + "<a>\xE1</a>").fatal);
-}
-
-TEST(ScannerEncoding, OfLatinTextsHasTheBytesThatItHas)
+TEST(DocumentDecoding, OfLatinTextsHasTheBytesThatItHas)
 {
     std::string all;
     for (int byte = 0xA0; byte <= 0xFF; ++byte)
@@ -306,7 +279,7 @@ TEST(ScannerEncoding, OfLatinTextsHasTheBytesThatItHas)
             << name;
 }
 
-TEST(ScannerEncoding, ReadsTextsOfAnyLength)
+TEST(DocumentDecoding, ReadsTextsOfAnyLength)
 {
     // Characters of two bytes across the ends of whatever pieces they are decoded in.
     std::string text;

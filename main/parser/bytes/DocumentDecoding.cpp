@@ -1,0 +1,76 @@
+#include "bytes/DocumentDecoding.h"
+
+#include <kesplatform/EncodingTable.h>
+#include <kesplatform/TFormatString.h>
+#include <kesplatform/TextDecoding.h>
+#include <kesplatform/XmlDeclaration.h>
+
+#include <utility>
+
+using DocumentDecoding::Refusal;
+using DocumentDecoding::Result;
+
+namespace {
+
+/// No sequence of UTF-8 begins with the first byte. The scanner would wait for five more of them
+/// and, where the document ends before, say that it ended.
+constexpr std::string_view c_undecodable = "\xFF      ";
+
+TString Describe(const TextDecoding::Undecodable& undecodable)
+{
+    if (undecodable.isCut)
+        return u"incomplete character at the end of the document";
+    return TFormatString(u"bytes that are no character in '%1' encoding")
+        .Format(undecodable.encoding);
+}
+
+TextPosition LocateBehindDeclaration(std::string_view bytes)
+{
+    for (const EncodingTable::Scheme& scheme : EncodingTable::c_schemes) {
+        if (!scheme.IsBeginOf(bytes, XmlDeclaration::c_start))
+            continue;
+        PositionCounter counter;
+        std::size_t at = 0;
+        while (const char character = scheme.ReadAscii(bytes, at)) {
+            counter.Pass(static_cast<unsigned char>(character));
+            if (character == '>')
+                return counter.Get();
+            at += scheme.unitSize;
+        }
+    }
+    return {};
+}
+
+/// The scanner speaks so of an encoding that it does not know, and with capitals.
+TString DescribeUnknown(std::string_view name)
+{
+    std::string upper(name);
+    for (char& c : upper)
+        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    return TFormatString(u"unable to create converter for '%1' encoding")
+        .Format(TString::fromUtf8(upper));
+}
+
+} // namespace
+
+Result DocumentDecoding::Decode(std::string_view bytes)
+{
+    Result result;
+    try {
+        const TextDecoding::Encoding encoding = TextDecoding::FindEncoding(bytes);
+        if (TextDecoding::IsUtf8AsItIs(bytes, encoding))
+            return result;
+        std::string& utf8 = result.utf8.emplace();
+        if (encoding.byteOrderMarkLength > 0)
+            utf8 = EncodingTable::c_utf8.byteOrderMark;
+        if (const auto fault = TextDecoding::AppendUtf8(bytes, encoding, utf8)) {
+            utf8.append(c_undecodable);
+            result.fault = Describe(*fault);
+        }
+    } catch (const TextDecoding::Failure& failure) {
+        const bool isUnknown = !failure.unknownName.empty();
+        result.refusal = Refusal{LocateBehindDeclaration(bytes),
+                                 isUnknown ? DescribeUnknown(failure.unknownName) : failure.reason};
+    }
+    return result;
+}
