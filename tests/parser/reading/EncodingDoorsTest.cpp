@@ -41,12 +41,13 @@ const char* const c_singleBytes[] = {
     "KOI8-U",       "TIS-620",      "hp-roman8",
 };
 const char* const c_others[] = {
-    "Big5",        "Big5-HKSCS",  "GB2312",     "GBK",      "GB18030",      "EUC-JP",
-    "EUC-KR",      "EUC-TW",      "Shift_JIS",  "cp932",    "cp949",        "windows-31j",
-    "ISO-2022-JP", "ISO-2022-KR", "HZ",         "UTF-7",    "UTF-8",        "CESU-8",
-    "SCSU",        "BOCU-1",      "ibm-1208",   "IBM037",   "ebcdic-cp-us", "IBM930",
-    "VISCII",      "TCVN",        "ARMSCII-8",  "JOHAB",    "ISO-2022-CN",  "IMAP-mailbox-name",
-    "T.61",        "UTF-16",      "ISO-10646-UCS-4", "no-such-name",
+    "Big5",     "Big5-HKSCS",  "GB2312",          "GBK",          "GB18030",
+    "EUC-JP",   "EUC-KR",      "EUC-TW",          "Shift_JIS",    "cp932",
+    "cp949",    "windows-31j", "ISO-2022-JP",     "ISO-2022-KR",  "HZ",
+    "UTF-7",    "UTF-8",       "CESU-8",          "SCSU",         "BOCU-1",
+    "ibm-1208", "IBM037",      "ebcdic-cp-us",    "IBM930",       "VISCII",
+    "TCVN",     "ARMSCII-8",   "JOHAB",           "ISO-2022-CN",  "IMAP-mailbox-name",
+    "T.61",     "UTF-16",      "ISO-10646-UCS-4", "no-such-name",
 };
 
 std::vector<const char*> AllEncodings()
@@ -370,8 +371,8 @@ TEST(EncodingDoors, LoseNothingInAShift)
     const TemporaryFolder folder;
     // Half of a character, and bits of none, in the shift that the end leaves open.
     const std::pair<std::string, std::string> cut[] = {
-        {"UTF-7", "+AG"},      {"UTF-7", "+AGF"},        {"UTF-7", "+A"}, {"UTF-7", "+"},
-        {"ISO-2022-JP", "\x1B$"}, {"ISO-2022-JP", "\x1B$B$"}, {"HZ", "~"},    {"HZ", "~{V"},
+        {"UTF-7", "+AG"},         {"UTF-7", "+AGF"},          {"UTF-7", "+A"}, {"UTF-7", "+"},
+        {"ISO-2022-JP", "\x1B$"}, {"ISO-2022-JP", "\x1B$B$"}, {"HZ", "~"},     {"HZ", "~{V"},
     };
     for (const auto& [encoding, end] : cut) {
         SCOPED_TRACE(encoding + end);
