@@ -92,9 +92,9 @@ inline std::string WithDoctype(const std::string& declarations, const std::strin
 /// One fatal error of the usual form that names the limit and its setter.
 inline auto IsOnlyError(const char* limit, const char* setter)
 {
-    return testing::ElementsAre(
-        testing::AllOf(testing::MatchesRegex("Fatal Error\\([0-9]+,[0-9]+\\): .* \\(.*\\) \\(id: id\\)"),
-              testing::HasSubstr(std::string("(") + limit + " limit, " + setter + ")")));
+    return testing::ElementsAre(testing::AllOf(
+        testing::MatchesRegex("Fatal Error\\([0-9]+,[0-9]+\\): .* \\(.*\\) \\(id: id\\)"),
+        testing::HasSubstr(std::string("(") + limit + " limit, " + setter + ")")));
 }
 
 inline const auto c_isAmplificationError = IsOnlyError("amplification", "SetAmplificationLimit");
