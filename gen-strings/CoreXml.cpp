@@ -39,7 +39,8 @@ namespace CoreXml {
 namespace {
 
 #ifdef KESCOREXML_STATIC_DEFINE
-/// The translations register themselves, but a linker takes only what is referred to from an archive.
+/// The translations register themselves, but a linker takes only what is referred to from an
+/// archive.
 [[gnu::used]] int (*const s_registration)() = &qInitResources_kescorexml;
 #endif
 
