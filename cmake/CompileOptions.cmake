@@ -7,7 +7,21 @@ if(KESCOREXML_WERROR)
   target_compile_options(kescorexml_compile_options INTERFACE -Werror)
 endif()
 
+# Clang reports here what the standard library of GCC 12 uses of its own, for std::stable_sort.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(kescorexml_compile_options INTERFACE -Wno-deprecated-declarations)
+endif()
+
 target_compile_definitions(kescorexml_compile_options INTERFACE QT_NO_KEYWORDS)
+
+if(KESCOREXML_OPTIMISES_ITSELF)
+  target_compile_options(kescorexml_compile_options INTERFACE -O3)
+  target_compile_definitions(kescorexml_compile_options INTERFACE NDEBUG)
+endif()
+
+if(KESCOREXML_HARDENING)
+  include(cmake/Hardening.cmake)
+endif()
 
 if(KESCOREXML_SANITIZE)
   # The checks that sanitizers add make GCC believe that an alternative which a std::variant does

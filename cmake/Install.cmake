@@ -6,6 +6,14 @@ include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kescorexml)
 
+# `cmake --install --strip` strips all; without it this project's own files are stripped all the same.
+if(KESCOREXML_STRIP)
+  install(CODE "
+  set(KESCOREXML_STRIP_ALL \${CMAKE_INSTALL_DO_STRIP})
+  set(CMAKE_INSTALL_DO_STRIP ON)"
+    ALL_COMPONENTS)
+endif()
+
 install(TARGETS kescorexml kesplatform
   EXPORT kescorexml-targets
   LIBRARY
@@ -14,6 +22,13 @@ install(TARGETS kescorexml kesplatform
     NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+if(KESCOREXML_TOOLS)
+  install(TARGETS kesxml RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
+
+if(KESCOREXML_STRIP)
+  install(CODE "set(CMAKE_INSTALL_DO_STRIP \${KESCOREXML_STRIP_ALL})" ALL_COMPONENTS)
+endif()
 
 install(
   DIRECTORY
@@ -32,6 +47,16 @@ install(EXPORT kescorexml-targets
   NAMESPACE kescorexml::
   DESTINATION ${package_dir}
   COMPONENT development)
+# Who links with a shared library needs nothing but its headers' needs; with an archive, all.
+set(static_dependencies)
+if(KESCOREXML_LIBRARY_TYPE STREQUAL "STATIC")
+  set(static_dependencies
+"find_dependency(Qt6 ${KESCOREXML_QT_VERSION} COMPONENTS Core)
+find_dependency(XercesC ${KESCOREXML_XERCES_VERSION})
+find_dependency(ICU ${KESCOREXML_ICU_VERSION} COMPONENTS uc)
+find_dependency(Boost ${KESCOREXML_BOOST_VERSION})
+")
+endif()
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/kescorexmlConfig.cmake.in
   ${PROJECT_BINARY_DIR}/package/kescorexmlConfig.cmake
@@ -55,7 +80,11 @@ install(CODE "
     set(KESCOREXML_LIBRARIES \"${CMAKE_INSTALL_FULL_LIBDIR}\")
   endif()"
   COMPONENT development)
-foreach(library IN ITEMS kescorexml kesplatform)
+set(printed_libraries kescorexml kesplatform)
+if(KESCOREXML_LIBRARY_TYPE STREQUAL "STATIC")
+  set(printed_libraries)
+endif()
+foreach(library IN LISTS printed_libraries)
   install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/${library}-gdb.py
     DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load/\${KESCOREXML_LIBRARIES}
     RENAME lib${library}.so.${PROJECT_VERSION}-gdb.py
@@ -68,6 +97,19 @@ file(RELATIVE_PATH pkgconfig_to_prefix
 string(REGEX REPLACE "/$" "" pkgconfig_to_prefix ${pkgconfig_to_prefix})
 file(RELATIVE_PATH prefix_to_lib ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
 file(RELATIVE_PATH prefix_to_include ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+set(kescorexml_flags)
+set(kesplatform_flags)
+set(kescorexml_requires "kesplatform = ${PROJECT_VERSION}")
+set(kesplatform_requires)
+if(KESCOREXML_LIBRARY_TYPE STREQUAL "STATIC")
+  set(kescorexml_flags " -DKESCOREXML_STATIC_DEFINE")
+  set(kesplatform_flags " -DKESPLATFORM_STATIC_DEFINE")
+  # Not private ones: their own libraries are shared.
+  set(kesplatform_requires
+    "Qt6Core >= ${KESCOREXML_QT_VERSION}, icu-uc >= ${KESCOREXML_ICU_VERSION}")
+  string(APPEND kescorexml_requires
+    ", ${kesplatform_requires}, xerces-c >= ${KESCOREXML_XERCES_VERSION}")
+endif()
 foreach(name IN ITEMS kescorexml kesplatform)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in
     ${PROJECT_BINARY_DIR}/package/${name}.pc @ONLY)
@@ -77,7 +119,6 @@ foreach(name IN ITEMS kescorexml kesplatform)
 endforeach()
 
 if(KESCOREXML_TOOLS)
-  install(TARGETS kesxml RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   install(FILES ${PROJECT_SOURCE_DIR}/docs/kesxml.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
     COMPONENT tools)

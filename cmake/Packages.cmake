@@ -11,7 +11,12 @@ set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_KESCOREXML_SOURCES ${PROJECT_SOURCE_DIR})
+set(CPACK_KESCOREXML_QT_VERSION ${Qt6_VERSION})
+set(CPACK_KESCOREXML_XERCES_VERSION ${XercesC_VERSION})
+set(CPACK_KESCOREXML_ICU_VERSION ${ICU_VERSION})
+set(CPACK_KESCOREXML_BOOST_VERSION ${Boost_VERSION_STRING})
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianDocuments.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianControl.cmake)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -26,16 +31,19 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libkescorexml${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkescorexml-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_MULTIARCH same)
 # For programs that pass on strings of Qt, and for who keeps objects in the context of a thread.
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS
   "qt6-base-dev (>= ${KESCOREXML_QT_VERSION}), libboost-dev (>= ${KESCOREXML_BOOST_VERSION})")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME kesxml)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION text)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_MULTIARCH foreign)
 
 include(CPack)
 
@@ -48,8 +56,8 @@ write documents.")
 cpack_add_component(development
   DEPENDS runtime
   DESCRIPTION
-"What programs are built with: the headers of the libraries and what CMake and
-pkg-config need to find them.")
+"What programs are built with: the headers of the libraries, what CMake and
+pkg-config need to find them, the user's guide and examples.")
 cpack_add_component(tools
   DEPENDS runtime
   DESCRIPTION

@@ -1,7 +1,7 @@
 # Shows Doxygen what readers of the headers see: a comment is about what stands directly below it
 # under one name, be it overloads, the setter and the getter of one thing, or == and !=, and about
-# types, constants and the ends of a range that stand together. These become a member group, over
-# which Doxygen spreads the comment.
+# types, constants and the ends of a range that stand together. Each of them gets the comment. (As a
+# member group they would share it, too, but Doxygen puts groups behind everything else.)
 
 function depth_of(line) {
     sub(/\/\/.*/, "", line)
@@ -33,13 +33,15 @@ function subject_of(line,    name, arguments) {
     return name
 }
 
-function finish(    i) {
-    if (members > 1) {
-        lines[first] = "/**@{*/ " lines[first]
-        lines[last] = lines[last] " /**@}*/"
-    }
-    for (i = 1; i <= count; ++i)
+function finish(    i, j, comment) {
+    for (i = first; members > 1 && lines[i] ~ /^ *\/\/\//; ++i)
+        comment = comment lines[i] "\n"
+    for (i = 1; i <= count; ++i) {
+        for (j = 2; j <= members; ++j)
+            if (starts[j] == i)
+                printf "%s", comment
         print lines[i]
+    }
     count = first = members = depth = open = ended = 0
 }
 
@@ -80,7 +82,8 @@ skipping {
     depth += depth_of($0)
     open = !(depth == 0 && $0 ~ /[;}]( *\/\/.*)?$/)
     if (!open && !ended) {
-        ++members
+        # What precedes it since the last one, such as the head of a template, is part of it.
+        starts[++members] = last + 1
         last = count
     }
 }

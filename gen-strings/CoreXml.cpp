@@ -30,9 +30,19 @@
 #include <unistd.h>
 #endif
 
+#ifdef KESCOREXML_STATIC_DEFINE
+int qInitResources_kescorexml();
+#endif
+
 namespace CoreXml {
 
 namespace {
+
+#ifdef KESCOREXML_STATIC_DEFINE
+/// The translations register themselves, but a linker takes only what is referred to from an
+/// archive.
+[[gnu::used]] int (*const s_registration)() = &qInitResources_kescorexml;
+#endif
 
 /// The translations that were asked for so far. Safe to use from several threads.
 class LocalStringTableCache

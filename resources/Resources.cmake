@@ -17,13 +17,17 @@ endforeach()
 
 # The list names its files relative to itself. Without a name of its own the data is registered by
 # functions called qInitResources and qCleanupResources; they are hidden, so that an application or
-# another library may have its own.
+# another library may have its own. An archive hides nothing, so there they bear a name.
+set(resource_name)
+if(KESCOREXML_LIBRARY_TYPE STREQUAL "STATIC")
+  set(resource_name --name kescorexml)
+endif()
 configure_file(${PROJECT_SOURCE_DIR}/resources/kescorexml.qrc
   ${translation_dir}/kescorexml.qrc COPYONLY)
 set(resource_source ${CMAKE_CURRENT_BINARY_DIR}/KesResources.cpp)
 add_custom_command(
   OUTPUT ${resource_source}
-  COMMAND Qt6::rcc --no-compress --format-version 3
+  COMMAND Qt6::rcc ${resource_name} --no-compress --format-version 3
     ${translation_dir}/kescorexml.qrc -o ${resource_source}
   DEPENDS ${translation_dir}/kescorexml.qrc ${translation_files}
   VERBATIM)

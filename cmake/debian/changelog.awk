@@ -1,4 +1,4 @@
-# Turns the newest part of CHANGELOG.md into a changelog as Debian's packages have them, which is
+# Turns what CHANGELOG.md says about a version into a changelog as Debian's packages have them, which is
 # narrower:
 #   awk -v version=... -v date=... -v contact=... -f changelog.awk CHANGELOG.md
 
@@ -17,8 +17,8 @@ function finish() {
 }
 
 BEGIN { print "kescorexml (" version ") unstable; urgency=medium\n" }
-/^## / { ++parts }
-parts != 1 { next }
+/^## / { inside = index($0, "[" version "]") > 0 }
+!inside { next }
 /^- / || /^  [^ ]/ {
     if (sub(/^- /, "")) {
         finish()

@@ -5,7 +5,16 @@
 #include <QFile>
 #include <QFileInfo>
 
+#ifdef KESPLATFORM_STATIC_DEFINE
+int qInitResources_schemas();
+#endif
+
 namespace {
+
+#ifdef KESPLATFORM_STATIC_DEFINE
+/// The schemas register themselves, but a linker takes only what is referred to from an archive.
+[[gnu::used]] int (*const s_registration)() = &qInitResources_schemas;
+#endif
 
 constexpr const char16_t* c_ownDirectory = u":/kesplatform/";
 constexpr std::uint32_t c_missingResource = 0x7C1D52E9;
