@@ -21,6 +21,12 @@ void XercesXMLParser::LoadXSDResource(const TString& resourceAlias)
     LoadXSDString(UTF8StringTResource(resourceAlias).GetString(), resourceAlias);
 }
 
+void ThrowInEvent()
+{
+    ThrowAssertion(u"XercesXMLParser", __LINE__, u"!m_isParsing",
+                   KesErrorsError::LogicAssert_0x5E1D70C4());
+}
+
 void ThrowNoXercesSource()
 {
     ThrowAssertion(u"XercesXMLParser", __LINE__, u"xercesableSource != nullptr",

@@ -231,8 +231,7 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 void XercesXMLParserImpl::RequireOutsideOfEvents() const
 {
     if (m_isParsing)
-        ThrowAssertion(u"XercesXMLParser", __LINE__, u"!m_isParsing",
-                       KesErrorsError::LogicAssert_0x5E1D70C4());
+        ThrowInEvent();
 }
 
 void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)

@@ -21,9 +21,12 @@ class XercesInputSource;
 /// after that call is destroyed before Xerces is shut down.
 void EnsureXercesIsInitialised();
 
-/// The assertion about a document that gives no bytes to Xerces, thrown in the source that it
-/// names.
+// Assertions, thrown in the source that they name.
+
+/// About a document that gives no bytes to Xerces.
 [[noreturn]] void ThrowNoXercesSource();
+/// About a call that a sink may not make in an event.
+[[noreturn]] void ThrowInEvent();
 
 /// Marks a parser that calls its sink, which may not have it parse or load a schema then.
 class ParseInProgress

@@ -68,7 +68,7 @@ namespace {
 constexpr std::int64_t c_firstRoom = 16 * 1024;
 
 // How much is read at once.
-constexpr std::size_t c_step = 128 * 1024;
+constexpr std::size_t c_bytesAtOnce = 128 * 1024;
 
 /// Grows in steps that stay in the cache, for a string clears its room before anything is read.
 std::string ReadAll(TFile& file)
@@ -81,7 +81,7 @@ std::string ReadAll(TFile& file)
     for (;;) {
         if (length == bytes.capacity())
             bytes.reserve(length * 2);
-        bytes.resize(std::min(length + c_step, bytes.capacity()));
+        bytes.resize(std::min(length + c_bytesAtOnce, bytes.capacity()));
         const std::size_t count = file.Read(bytes.data() + length, bytes.size() - length);
         length += count;
         if (count == 0)
