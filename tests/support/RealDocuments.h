@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Effort.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
@@ -48,9 +50,10 @@ inline bool AreAllWanted()
     return std::getenv("KESCOREXML_TEST_ALL_DOCUMENTS") != nullptr;
 }
 
-/// Some of the files, always the same, of `maxBytes` together.
+/// Some of the files, always the same, of `maxBytes` together; see Effort.
 inline std::vector<std::string> Sample(std::vector<std::string> files, std::size_t maxBytes)
 {
+    maxBytes = Effort::Scale(maxBytes);
     std::mt19937 random(12);
     for (std::size_t i = files.size(); i > 1; --i)
         std::swap(files[i - 1], files[random() % i]);

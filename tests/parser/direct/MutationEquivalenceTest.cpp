@@ -2,6 +2,7 @@
 // has read them.
 
 #include "support/BothScanners.h"
+#include "support/Effort.h"
 #include "support/ExpectSame.h"
 #include "support/OddDocuments.h"
 #include "support/RandomDocument.h"
@@ -106,7 +107,7 @@ TEST(DirectEquivalence, RandomDocumentsAreTheSame)
     BothScanners both;
     for (const std::size_t faults : {0U, 1U, 5U}) {
         RandomDocument random(20261122, faults);
-        for (std::size_t turn = 0; turn < 4000; ++turn)
+        for (std::size_t turn = 0; turn < Effort::Scale(4000); ++turn)
             ASSERT_TRUE(ExpectSame(both.CompareSome(random.Next(), turn)));
     }
 }

@@ -1,3 +1,5 @@
+#include "support/Effort.h"
+
 #include <kescorexml/DOM.h>
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementTraversal.h>
@@ -60,8 +62,8 @@ void ExpectRoundTrips(const fs::path& directory, std::size_t minimum)
     const std::vector<std::string> files = FindDocuments(directory);
     EXPECT_GE(files.size(), minimum) << directory;
     const DOMParser parser;
-    for (const std::string& file : files)
-        ExpectRoundTrip(parser, file);
+    for (std::size_t i = 0; i < files.size(); i += Effort::c_stride)
+        ExpectRoundTrip(parser, files[i]);
 }
 
 } // namespace
