@@ -12,7 +12,7 @@
 #include <kesplatform/CorvinaException.h>
 #include <kesplatform/EncodingTable.h>
 #include <kesplatform/TFile.h>
-#include <kesplatform/TextDecoding.h>
+#include <kesplatform/detail/TextDecoding.h>
 
 #include <QFile>
 #include <QFileInfo>

@@ -11,7 +11,7 @@ import sys
 import threading
 
 from finder import find_faults, precompile
-from known import as_entry, read_known
+from known import as_entry, find_lapsed, read_known
 from release_build import PROGRAMS
 from selection import changed_lines, sample
 from trial import Trials, record
@@ -151,6 +151,8 @@ def conclude(faults, outcomes):
     for fault in faults:
         if outcomes[fault.number].verdict == "killed" and fault.key() in known:
             report(f"listed as equivalent, but killed: {fault}")
+    for file, line, _ in find_lapsed(ROOT, known):
+        report(f"listed as equivalent, but gone: {file}: {line}")
     kinds = collections.Counter(f.kind for f in faults)
     percent = 100 * len(unexplained) / max(1, len(faults))
     report(", ".join(f"{count} {kind}" for kind, count in kinds.most_common()))

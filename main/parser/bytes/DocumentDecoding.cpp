@@ -2,8 +2,8 @@
 
 #include <kesplatform/EncodingTable.h>
 #include <kesplatform/TFormatString.h>
-#include <kesplatform/TextDecoding.h>
 #include <kesplatform/XmlDeclaration.h>
+#include <kesplatform/detail/TextDecoding.h>
 
 #include <utility>
 

@@ -3,7 +3,7 @@
 #include "DiskName.h"
 
 #include <kesplatform/TFormatString.h>
-#include <kesplatform/TextDecoding.h>
+#include <kesplatform/detail/TextDecoding.h>
 
 #include <QFile>
 

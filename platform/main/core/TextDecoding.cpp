@@ -1,4 +1,4 @@
-#include <kesplatform/TextDecoding.h>
+#include <kesplatform/detail/TextDecoding.h>
 
 #include "AsciiSteps.h"
 #include "StrictConverter.h"
