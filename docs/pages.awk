@@ -1,17 +1,13 @@
 # Makes of a page what Doxygen understands. It does not know Mermaid but has Graphviz: a line "a --> b"
 # of a flowchart is an edge. And it looks for commands in the code of tables.
-BEGIN {
-    split("38 & 60 < 62 > 64 @ 42 * 95 _ 45 - 35 # 92 \\ 58 :", pairs, " ")
-    for (i = 1; i in pairs; i += 2)
-        number[pairs[i + 1]] = pairs[i]
-}
-# With what is special as numbers.
-function as_code(text, result, i, c) {
-    for (i = 1; i <= length(text); i++) {
-        c = substr(text, i, 1)
-        result = result (c in number ? "&#" number[c] ";" : c)
-    }
-    return "<code>" result "</code>"
+# With what is special escaped.
+function as_code(text) {
+    gsub(/&/, "\\&amp;", text)
+    gsub(/</, "\\&lt;", text)
+    gsub(/>/, "\\&gt;", text)
+    gsub(/@|[*]|#/, "\\\\&", text)
+    gsub(/--/, "\\--", text)
+    return "<code>" text "</code>"
 }
 /^```mermaid/ {
     inside = 1
