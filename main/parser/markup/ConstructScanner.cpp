@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr std::string_view c_openComment = "<!--";
-constexpr std::string_view c_closeComment = "-->";
 constexpr std::string_view c_openSection = "<![";
 constexpr std::string_view c_closeSection = "]]>";
 constexpr std::string_view c_closeInstruction = "?>";

@@ -10,6 +10,9 @@
 class ConstructScanner
 {
 public:
+    static constexpr std::string_view c_openComment = "<!--";
+    static constexpr std::string_view c_closeComment = "-->";
+
     /// `start` is the position of the construct's "<".
     explicit ConstructScanner(std::size_t start) noexcept : m_start(start) {}
 

@@ -5,18 +5,17 @@
 namespace {
 
 constexpr std::string_view c_openDoctype = "<!DOCTYPE";
-constexpr std::string_view c_openComment = "<!--";
-constexpr std::string_view c_closeComment = "-->";
 
-/// The ">" that closes the construct at `start`, or npos. The dashes that open a comment close
-/// none:
-/// "<!-->" is the start of one.
+/// The ">" that closes the construct at `start`, or npos. "<!-->" is the start of a comment, whose
+/// dashes do not close it.
 std::size_t FindClose(std::string_view xml, std::size_t start) noexcept
 {
-    if (!xml.substr(start).starts_with(c_openComment))
+    constexpr std::string_view c_open = ConstructScanner::c_openComment;
+    constexpr std::string_view c_close = ConstructScanner::c_closeComment;
+    if (!xml.substr(start).starts_with(c_open))
         return ConstructScanner(start).FindClose(xml);
-    const std::size_t found = ByteScan::FindText(xml, c_closeComment, start + c_openComment.size());
-    return found == ByteScan::c_npos ? found : found + c_closeComment.size() - 1;
+    const std::size_t found = ByteScan::FindText(xml, c_close, start + c_open.size());
+    return found == ByteScan::c_npos ? found : found + c_close.size() - 1;
 }
 
 /// The first byte behind the document type declaration that opens at `start`, or npos. Its internal
@@ -37,7 +36,7 @@ std::size_t FindEndOfDoctype(std::string_view xml, std::size_t start) noexcept
             isInSubset = c == '[';
         } else if (c == '"' || c == '\'') {
             pos = ByteScan::FindByte(xml, c, pos + 1);
-        } else if (xml.substr(pos).starts_with(c_openComment) ||
+        } else if (xml.substr(pos).starts_with(ConstructScanner::c_openComment) ||
                    xml.substr(pos).starts_with("<?")) {
             pos = FindClose(xml, pos);
         }
