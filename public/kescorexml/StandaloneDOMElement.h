@@ -131,7 +131,6 @@ private:
         std::unique_ptr<StandaloneDOMElement> element;
     };
 
-    bool HasSameNameAndAttributes(const StandaloneDOMElement& other) const;
     void CopyOwnPartsTo(StandaloneDOMElement& copy) const;
 
     TString m_name;

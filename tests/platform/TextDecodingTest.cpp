@@ -112,13 +112,10 @@ std::string ConvertByIconv(const char* encoding, const std::string& bytes)
     return Iconv("UTF-8", encoding, bytes);
 }
 
-/// With line ends as texts have them there.
 std::string ToEbcdic(const char* encoding, const std::string& utf8)
 {
     const std::string name = encoding == std::string("IBM-1140") ? "IBM1140" : encoding;
-    std::string bytes = Iconv(name.c_str(), "UTF-8", utf8);
-    std::replace(bytes.begin(), bytes.end(), '\x25', '\x15');
-    return bytes;
+    return Iconv(name.c_str(), "UTF-8", utf8);
 }
 
 /// Texts without halves of pairs, as files can hold them.
@@ -128,6 +125,43 @@ TString RandomWholeText(RandomText& random)
 }
 
 } // namespace
+
+TEST_F(TextDecoding, TakesBothBytesThatEndLinesInEbcdicForLineFeeds)
+{
+    for (const char* const name : {"IBM037", "IBM1047", "IBM500", "IBM273", "IBM-1140"}) {
+        for (const char lineEnd : {'\x15', '\x25'}) {
+            std::string bytes = ToEbcdic(name, std::string("<?xml version='1.0' encoding='") +
+                                                   name + "'?>|<a>|</a>|");
+            const char bar = ToEbcdic(name, "|").front();
+            std::replace(bytes.begin(), bytes.end(), bar, lineEnd);
+            const TString text = TFile::LoadTextFile(Write(bytes), 1);
+            EXPECT_TRUE(text.endsWith(u"?>\n<a>\n</a>\n")) << name << ' ' << text.toStdString();
+        }
+    }
+}
+
+TEST_F(TextDecoding, DoesNotReadADeclarationThatHasNoEnd)
+{
+    const std::string longName(5000, 'a');
+    const TString text =
+        TFile::LoadTextFile(Write("<?xml version='1.0' encoding='" + longName + "'?><a/>"), 1);
+    EXPECT_TRUE(text.endsWith(u"a'?><a/>"));
+    EXPECT_THROW(
+        TFile::LoadTextFile(
+            Write("<?xml version='1.0' encoding='" + longName.substr(0, 3000) + "'?><a/>"), 1),
+        TIO::Exception);
+}
+
+TEST_F(TextDecoding, NamesTheByteThatACodePageOfSingleBytesDoesNotHave)
+{
+    const std::string start = "<?xml version='1.0' encoding='gsm-03.38-2009'?><r>";
+    try {
+        TFile::LoadTextFile(Write(start + "\x80</r>"), 1);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const TIO::DecodingException& exception) {
+        EXPECT_EQ(exception.GetOffset(), start.size());
+    }
+}
 
 TEST_F(TextDecoding, TellsProgramsWhichByteDoesNotDecode)
 {

@@ -50,7 +50,7 @@ class TrialDocuments
 {
 public:
     /// `text`, a document, must live as long.
-    explicit TrialDocuments(std::string_view text) : m_left(2 * text.size() + c_least) {}
+    explicit TrialDocuments(std::string_view text) : m_left(2 * text.size() + c_minimum) {}
 
     /// What stands before the document element.
     void AddProlog(std::string_view prolog)
@@ -77,7 +77,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t c_least = 65536;
+    static constexpr std::size_t c_minimum = 65536;
 
     struct OpenTag
     {
@@ -102,10 +102,11 @@ private:
 
 void TrialDocuments::KeepInstanceAttributes(const std::vector<MarkupAttribute>& attributes)
 {
-    constexpr std::string_view declaration = "xmlns:";
+    constexpr std::string_view c_declaration = "xmlns:";
     for (const MarkupAttribute& attribute : attributes) {
-        if (attribute.name.starts_with(declaration) && attribute.value == c_instanceNamespace)
-            m_instancePrefixes.insert(std::string(attribute.name.substr(declaration.size())) + ':');
+        if (attribute.name.starts_with(c_declaration) && attribute.value == c_instanceNamespace)
+            m_instancePrefixes.insert(std::string(attribute.name.substr(c_declaration.size())) +
+                                      ':');
     }
 }
 
@@ -251,24 +252,31 @@ void JudgeAll(const std::vector<std::string>& documents, std::map<TextPosition, 
     }
 }
 
-/// How often a message was said in a trial.
-std::size_t CountOf(const TString& message, const Trial& trial)
+/// In which trials a message was said, and how often, in their order.
+using Sayings = std::vector<std::pair<const Trial*, std::size_t>>;
+
+std::map<TString, Sayings> SortByMessage(const std::vector<Trial>& trials)
 {
-    const auto found = trial.said.find(message);
-    return found == trial.said.end() ? 0 : found->second;
+    std::map<TString, Sayings> sayings;
+    for (const Trial& trial : trials) {
+        for (const auto& [message, count] : trial.said)
+            sayings[message].emplace_back(&trial, count);
+    }
+    return sayings;
 }
 
 /// Names the attributes because of which a message was said, each in one of the diagnostics.
-void NameAttributesOf(const std::vector<Diagnostic*>& alike, const std::vector<Trial>& trials)
+void NameAttributesOf(const std::vector<Diagnostic*>& alike, const Sayings& sayings,
+                      const Trial& ofElement)
 {
-    const TString& message = alike.front()->message;
-    const std::size_t ofElement = CountOf(message, trials.front());
+    const bool isOfElement = !sayings.empty() && sayings.front().first == &ofElement;
+    const std::size_t unnamed = isOfElement ? sayings.front().second : 0;
     std::vector<const TString*> names;
-    for (const Trial& trial : trials) {
-        for (std::size_t i = ofElement; i < CountOf(message, trial); ++i)
-            names.push_back(&trial.attribute);
+    for (const auto& [trial, count] : sayings) {
+        for (std::size_t i = unnamed; i < count; ++i)
+            names.push_back(&trial->attribute);
     }
-    if (ofElement + names.size() != alike.size())
+    if (unnamed + names.size() != alike.size())
         return;
     for (std::size_t i = 0; i < names.size(); ++i)
         alike[i]->attribute = *names[i];
@@ -290,7 +298,11 @@ void NameAttributes(Diagnostics& diagnostics, InputSource& source, DocumentReade
         std::map<TString, std::vector<Diagnostic*>> byMessage;
         for (Diagnostic* const diagnostic : suspect.diagnostics)
             byMessage[diagnostic->message].push_back(diagnostic);
-        for (const auto& [message, alike] : byMessage)
-            NameAttributesOf(alike, suspect.trials);
+        const std::map<TString, Sayings> sayings = SortByMessage(suspect.trials);
+        for (const auto& [message, alike] : byMessage) {
+            const auto found = sayings.find(message);
+            if (found != sayings.end())
+                NameAttributesOf(alike, found->second, suspect.trials.front());
+        }
     }
 }

@@ -14,6 +14,8 @@
 namespace {
 
 constexpr std::size_t c_room = 4096;
+/// Of the bytes in one call; ICU counts them as an int.
+constexpr std::size_t c_maximumStep = std::size_t{1} << 30;
 
 void RequireMemory(UErrorCode status)
 {
@@ -78,9 +80,7 @@ StrictConverter::StrictConverter(std::string_view encoding)
     if (encoding.empty() || !IsEncodingName(encoding))
         return;
     const bool isLatin10 = Latin10::IsName(encoding);
-    // In EBCDIC, lines of texts end with the byte that ICU takes for another character.
-    const std::string name =
-        (isLatin10 ? std::string("ISO-8859-1") : std::string(encoding)) + ",swaplfnl";
+    const std::string name = isLatin10 ? "ISO-8859-1" : std::string(encoding);
     UErrorCode status = U_ZERO_ERROR;
     m_converter.reset(ucnv_open(name.c_str(), &status));
     RequireMemory(status);
@@ -95,6 +95,7 @@ StrictConverter::StrictConverter(std::string_view encoding)
     }
     if (isLatin10)
         m_upper = Latin10::c_upper;
+    FindLineEnds();
     FindUndefined();
 }
 
@@ -103,6 +104,14 @@ StrictConverter::~StrictConverter() = default;
 bool StrictConverter::IsUtf8() const noexcept
 {
     return ucnv_getType(m_converter.get()) == UCNV_UTF8;
+}
+
+/// Of the two bytes that may end lines in EBCDIC, 15 and 25, ICU takes one for U+0085.
+void StrictConverter::FindLineEnds()
+{
+    constexpr std::string_view c_lessThan = "\x4C";
+    Begin(c_lessThan);
+    m_hasTwoLineEnds = Next() == u"<";
 }
 
 /// For a byte that a code page leaves undefined ICU gives the control character of that number. It
@@ -171,7 +180,12 @@ std::u16string_view StrictConverter::Next()
         m_offsets[0] = -static_cast<std::int32_t>(m_at - m_halfOffset);
         count = 1;
     }
-    count = Convert(count);
+    do
+        count = Convert(count);
+    while (count == 0 && !m_isDone);
+    if (m_hasTwoLineEnds)
+        std::replace(m_units.begin(), m_units.begin() + static_cast<std::ptrdiff_t>(count), u'\x85',
+                     u'\n');
     if (!m_isDone && count > 0 && IsHighHalf(m_units[count - 1])) {
         m_half = m_units[--count];
         m_halfOffset = GetOffset(count);
@@ -190,25 +204,30 @@ std::u16string_view StrictConverter::Next()
 std::size_t StrictConverter::Convert(std::size_t kept)
 {
     UConverter* const converter = m_converter.get();
-    const bool flushes = ucnv_getType(converter) != UCNV_HZ;
+    const bool isLast = m_bytes.size() - m_at <= c_maximumStep;
+    const bool flushes = isLast && ucnv_getType(converter) != UCNV_HZ;
     UErrorCode status = U_ZERO_ERROR;
     char16_t* to = m_units.data() + kept;
     const char* from = m_bytes.data() + m_at;
     ucnv_toUnicode(converter, &to, m_units.data() + m_units.size(), &from,
-                   m_bytes.data() + m_bytes.size(), m_offsets.data() + kept,
+                   from + std::min(m_bytes.size() - m_at, c_maximumStep), m_offsets.data() + kept,
                    static_cast<UBool>(flushes), &status);
     RequireMemory(status);
     m_from = m_at;
     m_at = static_cast<std::size_t>(from - m_bytes.data());
-    m_isDone = status != U_BUFFER_OVERFLOW_ERROR;
+    m_isDone = status != U_BUFFER_OVERFLOW_ERROR && (isLast || U_FAILURE(status));
     if (U_SUCCESS(status)) {
-        Finish();
+        if (isLast)
+            Finish();
     } else if (m_isDone) {
         std::array<char, 32> bad;
         auto length = static_cast<std::int8_t>(bad.size());
         UErrorCode ignored = U_ZERO_ERROR;
         ucnv_getInvalidChars(converter, bad.data(), &length, &ignored);
-        const auto badLength = static_cast<std::size_t>(std::max<std::int8_t>(length, 0));
+        auto badLength = static_cast<std::size_t>(std::max<std::int8_t>(length, 0));
+        // Of some encodings of single bytes, ICU does not keep the one that it has passed.
+        if (badLength == 0 && ucnv_getType(converter) == UCNV_SBCS)
+            badLength = 1;
         m_fault = Fault{m_at - std::min(m_at, badLength), status == U_TRUNCATED_CHAR_FOUND};
     }
     return static_cast<std::size_t>(to - m_units.data());

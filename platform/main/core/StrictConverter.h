@@ -51,6 +51,7 @@ private:
         void operator()(UConverter* converter) const noexcept;
     };
 
+    void FindLineEnds();
     void FindUndefined();
     std::size_t Convert(std::size_t kept);
     void Finish();
@@ -60,6 +61,8 @@ private:
     std::unique_ptr<UConverter, Close> m_converter;
     /// What stands for the bytes from A0 on; null where the converter knows it.
     const char16_t* m_upper = nullptr;
+    /// The encoding is one of EBCDIC, where systems differ in which of two bytes ends a line.
+    bool m_hasTwoLineEnds = false;
     /// A bit for each byte from 80 to 9F that the encoding leaves undefined.
     std::uint32_t m_undefined = 0;
 

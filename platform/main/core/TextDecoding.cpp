@@ -69,7 +69,7 @@ bool Agrees(StrictConverter& converter, std::string_view declaration, std::u16st
 }
 
 /// The text of an XML declaration up to its ">", as the ASCII characters that it is made of; empty
-/// when the bytes, read in these units, do not begin with one.
+/// when the bytes, read in these units, do not begin with one that is not endless.
 std::string ReadDeclaration(std::string_view bytes, const EncodingTable::Scheme& scheme)
 {
     std::size_t at = 0;
@@ -78,8 +78,12 @@ std::string ReadDeclaration(std::string_view bytes, const EncodingTable::Scheme&
     bytes.remove_prefix(at);
     if (!scheme.IsBeginOf(bytes, XmlDeclaration::c_start))
         return {};
+    constexpr std::size_t c_maximumLength = 4096;
     std::string text;
-    for (at = 0; char character = scheme.ReadAscii(bytes, at); at += scheme.unitSize) {
+    for (at = 0; text.size() < c_maximumLength; at += scheme.unitSize) {
+        const char character = scheme.ReadAscii(bytes, at);
+        if (character == '\0')
+            break;
         text += character;
         if (character == '>')
             return text;

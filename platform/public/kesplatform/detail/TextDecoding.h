@@ -9,7 +9,8 @@
 #include <string_view>
 
 /// Decodes the bytes of texts, strictly: what means no character is told, never replaced or
-/// dropped. All converters come with a library; none is looked for on the disk. Safe to use from
+/// dropped. All converters come with ICU's library; none is looked for on the disk
+/// unless the environment says where (ICU_DATA). Safe to use from
 /// several threads.
 namespace TextDecoding {
 
