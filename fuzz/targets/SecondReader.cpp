@@ -93,9 +93,9 @@ char32_t FindCharacter(const std::string& text, std::size_t position)
     const auto byte = [&](std::size_t offset) {
         return static_cast<unsigned char>(text[position + offset]);
     };
-    if (text.starts_with("\xFE\xFF"))
+    if (text.starts_with("\xFE\xFF") || text.starts_with('\0'))
         return char32_t(byte(0) << 8 | byte(1));
-    if (text.starts_with("\xFF\xFE"))
+    if (text.starts_with("\xFF\xFE") || text[1] == '\0')
         return char32_t(byte(1) << 8 | byte(0));
     const std::size_t length = byte(0) < 0xE0 ? 2 : byte(0) < 0xF0 ? 3 : 4;
     const auto units = TString::fromUtf8(std::string_view(text).substr(position, length));
