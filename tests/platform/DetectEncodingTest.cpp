@@ -64,6 +64,13 @@ TEST(DetectEncoding, RefusesWhatCannotBecomeUtf8)
     EXPECT_EQ(0, Detect("\xEF\xBB\xBF\xFF\xFE"));
 }
 
+TEST(DetectEncoding, TakesAByteOrderMarkBeforeAPattern)
+{
+    EXPECT_EQ(2, Detect("\xFF\xFE\0<"sv));
+    EXPECT_EQ(3, Detect("\xFE\xFF<\0"sv));
+    EXPECT_EQ(1, Detect("\xEF\xBB\xBF\0<"sv));
+}
+
 TEST(DetectEncoding, TellsWideEncodingsByByteOrderMarkOrPattern)
 {
     for (const bool withMark : {true, false}) {

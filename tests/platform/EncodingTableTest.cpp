@@ -84,21 +84,11 @@ TEST(EncodingTable, ReadsUnits)
 
 TEST(EncodingTable, KnowsNamesInAnyCase)
 {
-    for (const char* const name : {"UTF-8", "utf-8", "Utf8", "UTF8"}) {
+    for (const char* const name : {"UTF-8", "utf-8", "Utf8", "UTF8"})
         EXPECT_TRUE(EncodingTable::NamesUtf8(name)) << name;
-        EXPECT_FALSE(EncodingTable::NamesLargerUnits(name)) << name;
-    }
     for (const char* const name :
-         {"UTF-16", "utf-16le", "UTF16", "utf16be", "UTF-32", "utf32", "UCS-2", "ucs-4", "UCS4",
-          "ISO-10646-UCS-2", "iso-10646-ucs-4"}) {
-        EXPECT_TRUE(EncodingTable::NamesLargerUnits(name)) << name;
+         {"", "UTF", "UTF-7", "UTF-88", "UTF-8 ", "UTF-1", "UTF-16", "ISO-8859-1", "xUTF-8"})
         EXPECT_FALSE(EncodingTable::NamesUtf8(name)) << name;
-    }
-    for (const char* const name : {"", "UTF", "UTF-7", "UTF-88", "UTF-8 ", "UTF-1", "ISO-8859-1",
-                                   "ISO-10646-UTF-1", "xUCS-4"}) {
-        EXPECT_FALSE(EncodingTable::NamesLargerUnits(name)) << name;
-        EXPECT_FALSE(EncodingTable::NamesUtf8(name)) << name;
-    }
 }
 
 TEST(EncodingTable, PassesOverTheByteOrderMarkOfUtf8Alone)
@@ -107,29 +97,6 @@ TEST(EncodingTable, PassesOverTheByteOrderMarkOfUtf8Alone)
     EXPECT_EQ(EncodingTable::SkipByteOrderMark("\xEF\xBB\xBF\xEF\xBB\xBF"), "\xEF\xBB\xBF");
     for (const std::string_view bytes : {""sv, "\xEF\xBB"sv, "\xFF\xFE<\0"sv, " \xEF\xBB\xBF"sv})
         EXPECT_EQ(EncodingTable::SkipByteOrderMark(bytes), bytes);
-}
-
-TEST(EncodingTable, FindsLargerUnitsByByteOrderMarkBeforeAnythingElse)
-{
-    const auto find = [](std::string_view bytes, bool isBegin) {
-        const EncodingTable::Scheme* const found =
-            EncodingTable::FindLargerUnits(bytes, [isBegin](const EncodingTable::Scheme& scheme) {
-                return isBegin && scheme.encoding == Utf16BE;
-            });
-        return found == nullptr ? Unknown : found->encoding;
-    };
-    EXPECT_EQ(find("\xFF\xFE<\0"sv, true), Utf16LE);
-    EXPECT_EQ(find("\xEF\xBB\xBF<"sv, true), Unknown);
-    EXPECT_EQ(find("<", true), Utf16BE);
-    EXPECT_EQ(find("<", false), Unknown);
-}
-
-TEST(EncodingTable, AsksOfLargerUnitsOnly)
-{
-    EncodingTable::FindLargerUnits("<", [](const EncodingTable::Scheme& scheme) {
-        EXPECT_GT(scheme.unitSize, 1U);
-        return false;
-    });
 }
 
 TEST(EncodingTable, TellsNamesByTheGrammar)
@@ -147,6 +114,4 @@ TEST(EncodingTable, ComparesNamesInAnyCase)
     EXPECT_FALSE(EncodingTable::EqualsName("US-ASCII-", "US-ASCII"));
     EXPECT_FALSE(EncodingTable::EqualsName("US-ASCI", "US-ASCII"));
     EXPECT_FALSE(EncodingTable::EqualsName("US\rASCII", "US-ASCII"));
-    EXPECT_TRUE(EncodingTable::StartsWithName("ucs-4", "UCS"));
-    EXPECT_FALSE(EncodingTable::StartsWithName("uc", "UCS"));
 }

@@ -87,12 +87,12 @@ int CheckFiles(DocumentReader& reader, const CheckOptions& options, CheckReport&
                 another->LoadSchema(*OpenDocument(schema));
             return another;
         };
-        CheckInParallel(options.files, options.allowEntities, makeReader, begin, add);
+        CheckInParallel(options.files, makeReader, begin, add);
         return status;
     }
     for (qsizetype i = 0; i < options.files.size(); ++i) {
         begin(i);
-        add(CheckDocument(reader, options.files.at(i), options.allowEntities, isTreeWanted));
+        add(CheckDocument(reader, options.files.at(i), isTreeWanted));
     }
     return status;
 }

@@ -31,11 +31,11 @@ void Append(Diagnostics& diagnostics, Diagnostics found, InputSource& source)
 
 /// What is doubtful about a document without errors.
 void AddWarnings(Diagnostics& diagnostics, InputSource& source, DocumentReader& reader,
-                 bool allowEntities)
+                 const std::vector<SkippedEntity>& skipped)
 {
     if (reader.HasSchema())
         Append(diagnostics, FindUnknownRoot(source, reader), source);
-    Append(diagnostics, FindSkippedEntities(source, allowEntities), source);
+    Append(diagnostics, DescribeSkippedEntities(skipped, source.Id()), source);
 }
 
 void ReadTree(DocumentReader& reader, CheckedDocument& checked)
@@ -47,8 +47,7 @@ void ReadTree(DocumentReader& reader, CheckedDocument& checked)
 
 } // namespace
 
-CheckedDocument CheckDocument(DocumentReader& reader, const QString& file, bool allowEntities,
-                              bool isTreeWanted)
+CheckedDocument CheckDocument(DocumentReader& reader, const QString& file, bool isTreeWanted)
 {
     CheckedDocument checked;
     checked.file = file;
@@ -59,10 +58,12 @@ CheckedDocument CheckDocument(DocumentReader& reader, const QString& file, bool 
             diagnostics = reader.Check(*checked.source);
         else
             ReadTree(reader, checked);
+        // The reader reads more than this document for what follows.
+        const std::vector<SkippedEntity> skipped = reader.GetSkippedEntities();
         if (reader.HasSchema())
             NameAttributes(diagnostics, *checked.source, reader);
         if (!HasErrors(diagnostics))
-            AddWarnings(diagnostics, *checked.source, reader, allowEntities);
+            AddWarnings(diagnostics, *checked.source, reader, skipped);
         if (!checked.dom && HasPositions(diagnostics))
             checked.dom = reader.ReadTree(*checked.source);
         if (checked.dom)
@@ -77,7 +78,7 @@ CheckedDocument CheckDocument(DocumentReader& reader, const QString& file, bool 
     return checked;
 }
 
-void CheckInParallel(const QStringList& files, bool allowEntities, const MakeReader& makeReader,
+void CheckInParallel(const QStringList& files, const MakeReader& makeReader,
                      const std::function<void(qsizetype)>& begin,
                      const std::function<void(CheckedDocument)>& report)
 {
@@ -92,8 +93,8 @@ void CheckInParallel(const QStringList& files, bool allowEntities, const MakeRea
                     const std::lock_guard guard(making);
                     reader = makeReader();
                 }
-                results[i].set_value(CheckDocument(*reader, files.at(static_cast<qsizetype>(i)),
-                                                   allowEntities, false));
+                results[i].set_value(
+                    CheckDocument(*reader, files.at(static_cast<qsizetype>(i)), false));
             } catch (...) {
                 results[i].set_exception(std::current_exception());
             }

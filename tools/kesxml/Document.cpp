@@ -202,6 +202,7 @@ Diagnostics DocumentReader::Parse(InputSource& source, std::shared_ptr<SAXInterf
     m_parser->Parse();
     AddDiagnostics(diagnostics, m_parser->GetWarningDiagnostics(), source.Id());
     AddDiagnostics(diagnostics, m_parser->GetErrorDiagnostics(), source.Id());
+    m_skippedEntities = m_parser->GetSkippedEntities();
     m_parser->Reload(m_nothing, m_schemaSink);
     if (m_options.hasEntityOption && !m_options.allowEntities)
         NameEntityOption(diagnostics);

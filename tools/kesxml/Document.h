@@ -6,6 +6,7 @@
 #include <kescorexml/DOMParser.h>
 #include <kescorexml/InputSource.h>
 #include <kescorexml/SAXInterface.h>
+#include <kescorexml/SkippedEntity.h>
 #include <kescorexml/StringInputSource.h>
 #include <kescorexml/XercesXMLParser.h>
 
@@ -13,6 +14,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 class SchemaSink;
 
@@ -60,6 +62,12 @@ public:
     Diagnostics Check(InputSource& source);
     /// Nothing but the tree, into which no schema has put anything.
     std::unique_ptr<DOM> ReadTree(InputSource& source);
+    /// What the last document that was read or checked refers to and nobody declares; valid until
+    /// the next one.
+    const std::vector<SkippedEntity>& GetSkippedEntities() const noexcept
+    {
+        return m_skippedEntities;
+    }
     /// Whether it validates.
     bool HasSchema() const noexcept { return m_hasSchema; }
 
@@ -70,6 +78,7 @@ private:
 
     ReadOptions m_options;
     bool m_hasSchema = false;
+    std::vector<SkippedEntity> m_skippedEntities;
     DOMParser m_treeParser;
     std::shared_ptr<SchemaSink> m_schemaSink;
     std::shared_ptr<SAXInterface> m_idleSink;

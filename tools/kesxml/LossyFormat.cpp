@@ -23,7 +23,7 @@ const DOMElement* FindMixedContent(const DOM& document)
 
 Diagnostics FindLosses(const DOM& document, InputSource& source)
 {
-    Diagnostics losses = FindSkippedEntities(source, false);
+    Diagnostics losses = DescribeSkippedEntities(document.GetSkippedEntities(), source.Id());
     if (const DOMElement* const mixed = FindMixedContent(document)) {
         const TString message =
             TString(u"text between child elements is written after them (in <") + mixed->GetName() +

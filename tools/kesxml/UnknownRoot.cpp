@@ -4,14 +4,13 @@
 #include "TextPosition.h"
 
 #include <kescorexml/Utf8InputSource.h>
+#include <kesplatform/EncodingTable.h>
 
 #include <set>
 #include <string>
 #include <string_view>
 
 namespace {
-
-constexpr std::string_view c_byteOrderMark = "\xEF\xBB\xBF";
 
 /// A name of no element, in no namespace.
 constexpr std::string_view c_nobody = "kesxml-nobody";
@@ -55,9 +54,7 @@ Diagnostics FindUnknownRoot(InputSource& source, DocumentReader& reader)
     source.ResetToStart();
     source.GetBytes(head, 1U << 20);
     source.ResetToStart();
-    if (head.starts_with(c_byteOrderMark))
-        head.erase(0, c_byteOrderMark.size());
-    const std::string_view tag = FindTag(head);
+    const std::string_view tag = FindTag(EncodingTable::SkipByteOrderMark(head));
     if (tag.empty())
         return {};
     const TString name = TString::fromStdString(std::string(NameOfTag(tag)));

@@ -84,20 +84,6 @@ constexpr std::string_view SkipByteOrderMark(std::string_view bytes) noexcept
 /// The scheme whose byte-order mark the bytes begin with; null when there is none.
 KESPLATFORM_EXPORT const Scheme* FindByByteOrderMark(std::string_view bytes) noexcept;
 
-/// The scheme of larger units than bytes by the byte-order mark, and without one the first of which
-/// `isBegin` says that the bytes begin so; null for single bytes.
-template <typename IsBegin>
-const Scheme* FindLargerUnits(std::string_view bytes, const IsBegin& isBegin)
-{
-    if (const Scheme* const marked = FindByByteOrderMark(bytes))
-        return marked->unitSize > 1 ? marked : nullptr;
-    for (const Scheme& scheme : c_schemes) {
-        if (scheme.unitSize > 1 && isBegin(scheme))
-            return &scheme;
-    }
-    return nullptr;
-}
-
 /// Whether a text is a name of an encoding as the grammar of XML has it: a letter, and then
 /// letters, digits, ".", "_" and "-".
 constexpr bool IsName(std::string_view text) noexcept
@@ -109,25 +95,16 @@ constexpr bool IsName(std::string_view text) noexcept
            });
 }
 
-/// Whether a name begins with this one, in any case; `upper` is written in capitals.
-constexpr bool StartsWithName(std::string_view name, std::string_view upper) noexcept
-{
-    return name.size() >= upper.size() &&
-           std::equal(upper.begin(), upper.end(), name.begin(), [](char expected, char c) {
-               return (c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c) == expected;
-           });
-}
-
-/// Whether it is this one.
+/// Whether a name is this one, in any case; `upper` is written in capitals.
 constexpr bool EqualsName(std::string_view name, std::string_view upper) noexcept
 {
-    return name.size() == upper.size() && StartsWithName(name, upper);
+    return std::equal(upper.begin(), upper.end(), name.begin(), name.end(),
+                      [](char expected, char c) {
+                          return (c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c) == expected;
+                      });
 }
 
 /// Whether a name, in any case, is one of UTF-8.
 KESPLATFORM_EXPORT bool NamesUtf8(std::string_view name) noexcept;
-
-/// Whether a name, in any case, is that of an encoding whose units have two or four bytes.
-KESPLATFORM_EXPORT bool NamesLargerUnits(std::string_view name) noexcept;
 
 } // namespace EncodingTable
