@@ -11,7 +11,8 @@ struct SkippedEntity
 {
     /// Without "&" and ";".
     TString name;
-    /// How often content and attribute values of the document refer to it.
+    /// How often content and attribute values of the document refer to it. What the text of an
+    /// entity refers to counts once, where the document refers to that entity first.
     std::uint64_t references;
     /// The line in which the first of these begins. Lines and columns count as in XMLDiagnostic.
     int line;

@@ -123,6 +123,9 @@ TEST_F(KesxmlCheck, SaysWhichEntitiesAreLeftOut)
     QByteArray allowed = document;
     allowed.replace("&nbsp;", "&known;").replace("&euro;", "");
     EXPECT_EQ(RunKesxml({"check", "--allow-entities", "-"}, allowed).err, "");
+    allowed.replace("'k'", "'&within;'");
+    EXPECT_THAT(RunKesxml({"check", "--allow-entities", "-"}, allowed).Reports(),
+                ElementsAre(StartsWith("-:2:7: warning: the entity 'within' is declared nowhere")));
 }
 
 TEST_F(KesxmlCheck, IsQuietWhenAskedTo)

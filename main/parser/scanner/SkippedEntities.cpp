@@ -5,7 +5,7 @@
 #include <kesplatform/EncodingTable.h>
 
 #include <algorithm>
-#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace {
@@ -101,32 +101,79 @@ bool IsPredefined(std::string_view name) noexcept
     return std::find(std::begin(c_names), std::end(c_names), name) != std::end(c_names);
 }
 
+/// Puts references together by the names of the entities.
+class Collector
+{
+public:
+    Collector(std::string_view document, const std::unordered_map<TString, TString>& declared)
+        : m_document(document), m_declared(declared)
+    {
+    }
+
+    std::vector<SkippedEntity> Collect()
+    {
+        References references(m_document);
+        for (std::string_view name = references.Next(); !name.empty(); name = references.Next()) {
+            m_at = references.GetOffset();
+            Add(name);
+            ReadEntities();
+        }
+        return std::move(m_found);
+    }
+
+private:
+    /// The texts of the entities that were referred to for the first time. They refer to others to
+    /// any depth, so this is a list and no recursion.
+    void ReadEntities()
+    {
+        while (!m_unread.empty()) {
+            const std::string text = m_unread.back()->toStdString();
+            m_unread.pop_back();
+            References references(text);
+            for (std::string_view name = references.Next(); !name.empty(); name = references.Next())
+                Add(name);
+        }
+    }
+    void Add(std::string_view name)
+    {
+        if (IsPredefined(name))
+            return;
+        const TString text = TString::fromUtf8(name);
+        const auto declared = m_declared.find(text);
+        if (declared == m_declared.end())
+            AddSkipped(text);
+        else if (m_read.insert(&declared->second).second)
+            m_unread.push_back(&declared->second);
+    }
+    void AddSkipped(const TString& name)
+    {
+        const auto [place, isNew] = m_places.try_emplace(name, m_found.size());
+        if (isNew) {
+            Utf8Faults::Pass(m_counter, m_document.substr(m_counted, m_at - m_counted));
+            m_counted = m_at;
+            m_found.push_back({name, 0, static_cast<int>(m_counter.Get().line),
+                               static_cast<int>(m_counter.Get().column)});
+        }
+        ++m_found[place->second].references;
+    }
+
+    std::string_view m_document;
+    const std::unordered_map<TString, TString>& m_declared;
+    std::unordered_set<const TString*> m_read;
+    std::vector<const TString*> m_unread;
+    std::unordered_map<TString, std::size_t> m_places;
+    std::vector<SkippedEntity> m_found;
+    /// Where the document's present reference begins.
+    std::size_t m_at = 0;
+    PositionCounter m_counter;
+    std::size_t m_counted = 0;
+};
+
 } // namespace
 
-std::vector<SkippedEntity> SkippedEntities::Find(std::string_view document,
-                                                 const std::unordered_set<TString>& declared)
+std::vector<SkippedEntity>
+SkippedEntities::Find(std::string_view document,
+                      const std::unordered_map<TString, TString>& declared)
 {
-    document = EncodingTable::SkipByteOrderMark(document);
-    std::vector<SkippedEntity> found;
-    std::unordered_map<TString, std::size_t> known;
-    References references(document);
-    PositionCounter counter;
-    std::size_t counted = 0;
-    for (std::string_view name = references.Next(); !name.empty(); name = references.Next()) {
-        if (IsPredefined(name))
-            continue;
-        const TString text = TString::fromUtf8(name);
-        if (declared.contains(text))
-            continue;
-        const auto [place, isNew] = known.try_emplace(text, found.size());
-        if (isNew) {
-            const std::size_t at = references.GetOffset();
-            Utf8Faults::Pass(counter, document.substr(counted, at - counted));
-            counted = at;
-            found.push_back({text, 0, static_cast<int>(counter.Get().line),
-                             static_cast<int>(counter.Get().column)});
-        }
-        ++found[place->second].references;
-    }
-    return found;
+    return Collector(EncodingTable::SkipByteOrderMark(document), declared).Collect();
 }

@@ -184,12 +184,12 @@ void XercesXMLHandler::elementDecl(const XMLCh* name, const XMLCh* model)
     m_budget.DeclareElement(ViewXMLCh(name), ViewXMLCh(model));
 }
 
-void XercesXMLHandler::internalEntityDecl(const XMLCh* name, const XMLCh* /*value*/)
+void XercesXMLHandler::internalEntityDecl(const XMLCh* name, const XMLCh* value)
 {
     const std::u16string_view text = ViewXMLCh(name);
     m_budget.DeclareEntity(text);
     if (!text.starts_with(u'%'))
-        m_declaredEntities.insert(TString(text));
+        m_declaredEntities.try_emplace(TString(text), ViewXMLCh(value));
 }
 
 void XercesXMLHandler::attributeDecl(const XMLCh* elementName, const XMLCh* name, const XMLCh* type,

@@ -12,6 +12,7 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -79,14 +80,15 @@ public:
     const std::vector<XMLDiagnostic>& GetWarnings() const noexcept { return m_warnings.GetKept(); }
     /// Errors and fatal errors.
     const std::vector<XMLDiagnostic>& GetErrors() const noexcept { return m_errors.GetKept(); }
-    /// The names of the entities that the document has declared, but for parameter entities.
-    const std::unordered_set<TString>& GetDeclaredEntities() const noexcept
+    /// The texts of the entities that the document has declared, by name; none of a parameter
+    /// entity.
+    const std::unordered_map<TString, TString>& GetDeclaredEntities() const noexcept
     {
         return m_declaredEntities;
     }
     void ForgetDeclaredEntities() noexcept
     {
-        std::unordered_set<TString>().swap(m_declaredEntities);
+        std::unordered_map<TString, TString>().swap(m_declaredEntities);
     }
     /// The parse need not or must not go on.
     bool IsDone() const noexcept { return m_sawFatalError || m_sink.IsDone(); }
@@ -162,7 +164,7 @@ private:
     MessageList m_errors{XMLDiagnostic::Kind::Error};
     /// Texts and identifiers that were recorded; one schema finds the same wrong again and again.
     std::unordered_set<TString> m_recorded;
-    std::unordered_set<TString> m_declaredEntities;
+    std::unordered_map<TString, TString> m_declaredEntities;
     bool m_sawFatalError = false;
     bool m_loadingSchema = false;
     bool m_keepsLocations = false;

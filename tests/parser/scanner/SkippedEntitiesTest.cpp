@@ -12,6 +12,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <unordered_map>
+
 namespace {
 
 using testing::ElementsAre;
@@ -94,6 +96,32 @@ TEST(SkippedEntities, AreNotDeclared)
     parser->Parse();
     EXPECT_THAT(parser->GetSkippedEntities(),
                 ElementsAre(testing::Field(&SkippedEntity::name, u"e")));
+}
+
+TEST(SkippedEntities, AreFoundInTheTextsOfEntities)
+{
+    const std::string bytes =
+        "<!DOCTYPE a SYSTEM 's' [<!ENTITY outer 'x&inner;&v;'><!ENTITY inner '<!--&no;--><b "
+        "c=\"&w;\"/>&#38;v;&amp;&#38;lt;'><!ENTITY outer '&second;'><!ENTITY unused '&no;'>]>\n"
+        "<a>&u;\n &outer;&inner;&outer;&w;</a>";
+    Utf8InputSource source(bytes, u"id", false);
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingSink>());
+    parser->AllowEntityExpansion_Insecure();
+    parser->Parse();
+    EXPECT_FALSE(parser->HasErrors());
+    EXPECT_THAT(parser->GetSkippedEntities(),
+                ElementsAre(SkippedEntity{u"u", 1, 2, 4}, SkippedEntity{u"v", 2, 3, 2},
+                            SkippedEntity{u"w", 2, 3, 2}));
+}
+
+TEST(SkippedEntities, AreFoundInEntitiesWithinEntitiesOfAnyDepth)
+{
+    constexpr int c_depth = 50'000;
+    std::unordered_map<TString, TString> declared;
+    for (int i = 0; i < c_depth; ++i)
+        declared.emplace(u"e" + TString::number(i), u"&e" + TString::number(i + 1) + u";");
+    EXPECT_THAT(SkippedEntities::Find("<a>&e0;</a>", declared),
+                ElementsAre(SkippedEntity{u"e50000", 1, 1, 4}));
 }
 
 TEST(SkippedEntities, AreErrorsWhereNothingElseCanDeclareThem)
