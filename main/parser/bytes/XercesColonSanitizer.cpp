@@ -8,7 +8,6 @@
 
 #include <kescorexml/XMLRangeTable.h>
 #include <kescorexml/XMLUtils.h>
-#include <kesplatform/Metrics.h>
 
 #include <optional>
 #include <string_view>
@@ -181,12 +180,6 @@ namespace XercesColonSanitizer {
 
 std::shared_ptr<const std::string>
 EncodeColonAttributeNames(const std::shared_ptr<const std::string>& input)
-{
-    const Metrics::Scope scope("XercesColonSanitizer");
-    return EncodeUnmeasured(input);
-}
-
-std::shared_ptr<const std::string> EncodeUnmeasured(const std::shared_ptr<const std::string>& input)
 {
     XercesColonSanitizerImpl sanitizer(input);
     std::size_t idx = sanitizer.FindNextColonAttribute(0);

@@ -58,6 +58,7 @@ XercesInputSource::XercesInputSource(std::shared_ptr<const std::string>&& data, 
 {
     if (encoding == XercesEncoding::Declared)
         Decode();
+    // Whether the sanitizer will be needed is not known yet, and metrics are not to show it.
     if (mode == ColonProcessingMode::EncodeColonAttributes)
         const Metrics::Scope scope("XercesColonSanitizer");
 }
@@ -77,7 +78,7 @@ void XercesInputSource::Decode()
 void XercesInputSource::Sanitize() const
 {
     if (m_mode == ColonProcessingMode::EncodeColonAttributes)
-        m_data = XercesColonSanitizer::EncodeUnmeasured(m_data);
+        m_data = XercesColonSanitizer::EncodeColonAttributeNames(m_data);
     m_mode = ColonProcessingMode::None;
 }
 

@@ -3,7 +3,6 @@
 #include "support/ColonModel.h"
 #include "support/Effort.h"
 #include "support/RandomBytes.h"
-#include "support/RecordingMetrics.h"
 #include "support/Repeat.h"
 #include "support/XercesEvents.h"
 
@@ -258,14 +257,6 @@ TEST(XercesColonSanitizer, RestoresNoOtherNames)
          {u"", u"a", u":a", u"IllegalColon", u"illegalcolon:a", u"p:IllegalColon:a", u"xmlns",
           u"xmlns:Illegal", u"XMLNS:IllegalColon", u"xmlns:p"})
         EXPECT_EQ(Restore(name), name);
-}
-
-TEST(XercesColonSanitizer, MeasuresItsWork)
-{
-    const RecordingMetrics metrics;
-    Encode("<r/>");
-    EXPECT_EQ(metrics.GetLines(),
-              (std::vector<std::string>{"+XercesColonSanitizer", "-XercesColonSanitizer"}));
 }
 
 TEST(XercesColonSanitizer, PassesAMillionCandidatesThatAreNoneInLinearTime)

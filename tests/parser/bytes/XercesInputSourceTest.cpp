@@ -1,5 +1,6 @@
 #include "bytes/XercesInputSource.h"
 #include "support/ParseOutcome.h"
+#include "support/RecordingMetrics.h"
 #include "support/TemporaryFile.h"
 
 #include <kescorexml/BinaryInputSource.h>
@@ -273,6 +274,23 @@ TEST(XercesInputSource, EncodesColonAttributesInDocumentsOnly)
     EXPECT_EQ(ReadBuffer(schema), text);
     EXPECT_THAT(ReadBuffer(document), HasSubstr(" IllegalColon:b='c'"));
     EXPECT_EQ(source.GetOwners(), 2);
+}
+
+TEST(XercesInputSource, ShowsMetricsTheSanitizerOnceForEachDocument)
+{
+    ParseUtf8("<a/>");
+    for (const char* const text : {"<a/>", "<a :b='c'/>"}) {
+        OpenSource source(text, u"id", true);
+        const RecordingMetrics metrics;
+        ReadBuffer(source.GetXercesInputSource(ColonProcessingMode::None));
+        EXPECT_THAT(metrics.GetLines(), IsEmpty());
+        const XercesInputSource document =
+            source.GetXercesInputSource(ColonProcessingMode::EncodeColonAttributes);
+        const auto lines = ElementsAre("+XercesColonSanitizer", "-XercesColonSanitizer");
+        EXPECT_THAT(metrics.GetLines(), lines) << "before anybody knows whether it is needed";
+        ReadBuffer(document);
+        EXPECT_THAT(metrics.GetLines(), lines);
+    }
 }
 
 TEST(XercesInputSource, LeavesATextWithoutRootTagToTheScanner)
