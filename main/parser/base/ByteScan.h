@@ -40,7 +40,7 @@ inline unsigned ToBits(Bytes16 matches) noexcept
 
 #endif
 
-/// One byte. For runs that are short as a rule; FindByte is better for long ones.
+/// One byte. For ways that are short as a rule; FindByte is better for long ones.
 struct Byte
 {
     char c;
@@ -80,7 +80,7 @@ struct AnyOf
 
 /// `first` with `second` so many bytes behind it, which must be readable for every address looked
 /// at.
-struct Pair
+struct BytePair
 {
     char first;
     char second;
@@ -224,7 +224,7 @@ inline std::size_t FindText(std::string_view text, std::string_view sub, std::si
         return sub.empty() ? from : FindByte(text, sub.front(), from);
     const std::size_t end = text.size() - sub.size() + 1;
     // Neighbours often go together in many places; what stands far apart does more rarely.
-    const Pair ends{sub.front(), sub.back(), sub.size() - 1};
+    const BytePair ends{sub.front(), sub.back(), sub.size() - 1};
     const std::string_view between = sub.substr(1, sub.size() - 2);
     std::size_t comparedInVain = 0;
     for (std::size_t pos = from;; ++pos) {

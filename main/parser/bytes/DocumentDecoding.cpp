@@ -24,7 +24,7 @@ TString Describe(const TextDecoding::Undecodable& undecodable)
         .Format(undecodable.encoding);
 }
 
-TextPosition LocateBehindDeclaration(std::string_view bytes)
+ScanPosition LocateBehindDeclaration(std::string_view bytes)
 {
     for (const EncodingTable::Scheme& scheme : EncodingTable::c_schemes) {
         if (!scheme.IsBeginOf(bytes, XmlDeclaration::c_start))

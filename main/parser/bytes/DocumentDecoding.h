@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bytes/TextPosition.h"
+#include "bytes/ScanPosition.h"
 
 #include <kesplatform/TString.h>
 
@@ -13,7 +13,7 @@
 namespace DocumentDecoding {
 
 /// A document that nobody can read, for the reason in the message.
-struct Refusal : TextPosition
+struct Refusal : ScanPosition
 {
     TString message;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bytes/TextPosition.h"
+#include "bytes/ScanPosition.h"
 
 #include <optional>
 #include <string_view>
@@ -10,7 +10,7 @@
 /// end of the bytes has cut off.
 namespace OverlookedFaults {
 
-struct Fault : TextPosition
+struct Fault : ScanPosition
 {
     const char16_t* message;
 };

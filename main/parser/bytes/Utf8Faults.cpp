@@ -67,7 +67,7 @@ void Utf8Faults::Pass(PositionCounter& counter, std::string_view bytes) noexcept
     }
 }
 
-TextPosition Utf8Faults::LocateEnd(std::string_view bytes) noexcept
+ScanPosition Utf8Faults::LocateEnd(std::string_view bytes) noexcept
 {
     PositionCounter counter;
     Pass(counter, EncodingTable::SkipByteOrderMark(bytes));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bytes/TextPosition.h"
+#include "bytes/ScanPosition.h"
 
 #include <kesplatform/TString.h>
 
@@ -13,7 +13,7 @@
 /// document ends too early.
 namespace Utf8Faults {
 
-struct InvalidBytes : TextPosition
+struct InvalidBytes : ScanPosition
 {
     /// What to say in place of the scanner's words; empty where these are right.
     TString message;
@@ -34,6 +34,6 @@ std::size_t FindCut(std::string_view bytes) noexcept;
 void Pass(PositionCounter& counter, std::string_view bytes) noexcept;
 
 /// Where that stands which follows these bytes, the first of a document in UTF-8.
-TextPosition LocateEnd(std::string_view bytes) noexcept;
+ScanPosition LocateEnd(std::string_view bytes) noexcept;
 
 } // namespace Utf8Faults

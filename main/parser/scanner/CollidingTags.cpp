@@ -152,7 +152,7 @@ std::size_t FindTag(const Bytes& bytes, std::uint64_t maximum, bool hasNamespace
 
 } // namespace
 
-std::optional<TextPosition> CollidingTags::FindFirst(const XercesInputSource& document,
+std::optional<ScanPosition> CollidingTags::FindFirst(const XercesInputSource& document,
                                                      std::uint64_t maximum, bool hasNamespaces,
                                                      std::size_t& reach)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bytes/TextPosition.h"
+#include "bytes/ScanPosition.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,7 +20,7 @@ namespace CollidingTags {
 /// make of it. With `hasNamespaces`, it is the parts of names behind their prefixes that collide.
 ///
 /// Takes little time for a document whose tags are short: it looks at a few bytes in a thousand.
-std::optional<TextPosition> FindFirst(const XercesInputSource& document, std::uint64_t maximum,
+std::optional<ScanPosition> FindFirst(const XercesInputSource& document, std::uint64_t maximum,
                                       bool hasNamespaces, std::size_t& reach);
 
 } // namespace CollidingTags

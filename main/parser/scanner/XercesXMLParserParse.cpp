@@ -270,7 +270,7 @@ bool XercesXMLParserImpl::ScanDirectly(const XercesInputSource& document)
                 {document.GetBytes(), m_budget.GetOutputLimit(), m_budget.GetScannerWorkLimit()},
                 *m_sink);
             if (verdict != Verdict::Accepted)
-                m_sink->Rewind();
+                m_sink->Restart();
         };
         RecordFailures(scan);
         if (verdict == Verdict::ColonName && !m_sink->PassesOn()) {

@@ -13,8 +13,6 @@ constexpr std::size_t c_textRoomKept = 0x10000;
 
 } // namespace
 
-ScanSink::~ScanSink() = default;
-
 SAXSink::~SAXSink() = default;
 
 SAXInterfaceExtension* SAXSink::GetExtension() const noexcept
@@ -51,7 +49,7 @@ void SAXSink::BeginDocument()
     m_eventsToSkip = 0;
 }
 
-void SAXSink::Rewind()
+void SAXSink::Restart()
 {
     DropText();
     m_eventsToSkip = std::exchange(m_eventsPassed, 0);

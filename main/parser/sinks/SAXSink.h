@@ -29,7 +29,7 @@ public:
     void EndElement() override;
     bool IsDone() const noexcept override { return m_isDone; }
     void BeginDocument() override;
-    void Rewind() override;
+    void Restart() override;
     bool PassesOn() const noexcept override { return true; }
     bool AsksForLocations() const noexcept override { return true; }
 
@@ -37,7 +37,7 @@ public:
     SAXInterfaceExtension* GetExtension() const noexcept;
 
 private:
-    /// Whether the next event is one that was passed on before the sink was rewound.
+    /// Whether the next event is one that was passed on before the sink was restarted.
     bool IsRepeated() noexcept;
     bool HasText() const noexcept { return m_onlyPiece != nullptr || !m_text.empty(); }
     void DropText() noexcept;

@@ -25,7 +25,7 @@ struct StartTag
 class ScanSink
 {
 public:
-    virtual ~ScanSink();
+    virtual ~ScanSink() = default;
 
     virtual void StartElement(const StartTag& tag) = 0;
     /// `piece` is copied.
@@ -43,7 +43,7 @@ public:
     virtual void BeginDocument() {}
     /// The events of the document will come again from the first one on, more of them. What grew of
     /// them is dropped; a sink that has passed them on passes on only those that follow them.
-    virtual void Rewind() = 0;
+    virtual void Restart() = 0;
     /// Whether events are passed on at once to somebody from whom they cannot be taken back; where
     /// a tree grows, they are not.
     virtual bool PassesOn() const noexcept { return false; }

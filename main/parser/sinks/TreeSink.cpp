@@ -70,7 +70,7 @@ void TreeSink::CloseTop()
     }
 }
 
-void TreeSink::Rewind()
+void TreeSink::Restart()
 {
     m_text.Drop();
     m_waiting.clear();

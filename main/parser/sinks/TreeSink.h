@@ -35,7 +35,7 @@ public:
     }
     void EndElement() override;
     bool IsDone() const noexcept override { return false; }
-    void Rewind() override;
+    void Restart() override;
     bool AsksForLocations() const noexcept override { return m_location != nullptr; }
 
     /// Closes what a parse that stopped early has left open; text after the last tag is forgotten.

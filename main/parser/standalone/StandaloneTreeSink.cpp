@@ -54,7 +54,7 @@ void StandaloneTreeSink::CloseTop()
     }
 }
 
-void StandaloneTreeSink::Rewind()
+void StandaloneTreeSink::Restart()
 {
     m_text.Drop();
     m_waiting.clear();

@@ -3,7 +3,7 @@
 #include <kescorexml/DOM.h>
 
 #include "tree/DiagnosticsAccess.h"
-#include "tree/RegistryEntries.h"
+#include "tree/RegistryMessages.h"
 #include "tree/RegistrySearch.h"
 
 #include <kescorexml/DOMElement.h>
@@ -101,8 +101,9 @@ void DiagnosticsAccess::PushErrors(DOMElement& element, const std::vector<XMLDia
     DOM& document = *element.GetDOMManager();
     const ScopedLock lock(document.m_lock);
     MessageSequence<DOM::RecordedError> messages;
-    if (const auto entry = FindEntry(document.m_errors, element); entry != document.m_errors.end())
-        messages = entry->second.messages;
+    const auto place = FindMessages(document.m_errors, element);
+    if (place != document.m_errors.end())
+        messages = place->second.messages;
     for (std::size_t i = 0; i < errors.size(); ++i)
         messages.PushBack(DOM::MakeError(errors[i], infos[i], false, false));
     GetListOrDefaultForNode(element, document.m_errors) = std::move(messages);
@@ -340,8 +341,8 @@ void DOM::ClearWarnings()
 void DOM::EraseErrorsAndWarningsForNode(const DOMElement& element)
 {
     const ScopedLock lock(m_lock);
-    EraseEntry(m_errors, element);
-    EraseEntry(m_warnings, element);
+    EraseMessages(m_errors, element);
+    EraseMessages(m_warnings, element);
 }
 
 void DOM::ClearAllErrorsAndWarnings()

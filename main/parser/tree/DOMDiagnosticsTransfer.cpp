@@ -4,7 +4,7 @@
 #include <kescorexml/DOM.h>
 
 #include "tree/LockedPair.h"
-#include "tree/RegistryEntries.h"
+#include "tree/RegistryMessages.h"
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/DOMElementTraversal.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tree/ElementLife.h"
-#include "tree/RegistryEntries.h"
+#include "tree/RegistryMessages.h"
 #include "tree/TreeWalk.h"
 
 #include <kescorexml/DOMElement.h>
@@ -34,10 +34,10 @@ private:
     std::unordered_set<const DOMElement*> m_elements;
 };
 
-/// Whether an entry that qualifies belongs to the subtree of `top`, which has a parent. Goes down
-/// through the subtree and up from the entries in turns, step by step: whichever has an end first
-/// gives the answer. On the way down there are no elements that were removed from there, which
-/// belong to the subtree as their entries tell; so that way is left where there are some.
+/// Whether messages that qualify belong to the subtree of `top`, which has a parent. Goes down
+/// through the subtree and up from the elements of the registry in turns, step by step: whichever
+/// has an end first gives the answer. On the way down there are no elements that were removed from
+/// there, which belong to the subtree as seen from below; so that way is left where there are some.
 template <typename Message, typename Qualifies>
 bool AnyBelow(const DiagnosticsRegistry<Message>& registry, const DOMElement& top,
               Qualifies&& qualifies)
@@ -54,18 +54,18 @@ bool AnyBelow(const DiagnosticsRegistry<Message>& registry, const DOMElement& to
         walk.Enter(element);
         next = walk.Next();
         isWalking = !ElementLife::HasRemovedChildren(element);
-        const auto own = FindEntry(registry, element);
+        const auto own = FindMessages(registry, element);
         if (own != registry.end() && qualifies(own->second.messages))
             return true;
         return std::nullopt;
     };
     MetElements met;
-    for (const auto& [key, entry] : registry) {
+    for (const auto& [key, held] : registry) {
         if (const std::optional<bool> answer = stepDown())
             return *answer;
         // One that is gone lies in no subtree.
-        const DOMElement* element = entry.identity.Element();
-        if (element == nullptr || !qualifies(entry.messages))
+        const DOMElement* element = held.identity.Element();
+        if (element == nullptr || !qualifies(held.messages))
             continue;
         while (element != nullptr && element != &top && met.Meet(*element)) {
             element = ElementLife::Parent(*element);
@@ -78,8 +78,8 @@ bool AnyBelow(const DiagnosticsRegistry<Message>& registry, const DOMElement& to
     return false;
 }
 
-/// Whether an entry that qualifies belongs to the subtree of `top`; for a `top` without parent,
-/// whether there is one at all, of whichever tree and even of an element that is gone.
+/// Whether messages that qualify belong to the subtree of `top`; for a `top` without parent,
+/// whether there are some at all, of whichever tree and even of an element that is gone.
 template <typename Message, typename Qualifies>
 bool AnyInSubtree(const DiagnosticsRegistry<Message>& registry, const DOMElement& top,
                   Qualifies&& qualifies)
@@ -87,7 +87,7 @@ bool AnyInSubtree(const DiagnosticsRegistry<Message>& registry, const DOMElement
     if (!top.IsRootNode())
         return AnyBelow(registry, top, qualifies);
     return std::any_of(registry.begin(), registry.end(),
-                       [&](const auto& entry) { return qualifies(entry.second.messages); });
+                       [&](const auto& place) { return qualifies(place.second.messages); });
 }
 
 /// The same for a message that matches.
@@ -109,13 +109,13 @@ void VisitSubtree(const DiagnosticsRegistry<Message>& registry, const DOMElement
         return;
     DOMElementTraversal::ConstPreorderGenerator elements(top);
     while (const DOMElement* element = elements.Next()) {
-        const auto entry = FindEntry(registry, *element);
-        if (entry != registry.end())
-            entry->second.messages.ForEach(visit);
+        const auto place = FindMessages(registry, *element);
+        if (place != registry.end())
+            place->second.messages.ForEach(visit);
     }
 }
 
-/// Erases the entries of the subtree of `top`; all there are when that has no parent.
+/// Erases the messages of the subtree of `top`; all there are when that has no parent.
 template <typename Message>
 void ClearSubtree(DiagnosticsRegistry<Message>& registry, const DOMElement& top)
 {
@@ -125,5 +125,5 @@ void ClearSubtree(DiagnosticsRegistry<Message>& registry, const DOMElement& top)
         return;
     DOMElementTraversal::ConstPreorderGenerator elements(top);
     while (const DOMElement* element = elements.Next())
-        EraseEntry(registry, *element);
+        EraseMessages(registry, *element);
 }

@@ -333,7 +333,7 @@ XMLFormatter::Indenter::~Indenter()
         m_formatter.Undent();
         m_formatter.OutputCloseTag(m_name);
     } catch (...) {
-        // Whoever needs to know hears of a broken sink from its own next call.
+        // Whoever needs to know hears of a broken OutputString from its own next call.
     }
 }
 

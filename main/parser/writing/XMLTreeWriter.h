@@ -13,8 +13,8 @@
 
 class AttributeBlock;
 
-/// Writes an element tree into a string: what XMLFormatter::OutputDOMElement hands to its sink in
-/// many pieces, in one go and without recursion.
+/// Writes an element tree into a string: what XMLFormatter::OutputDOMElement hands to OutputString
+/// in many pieces, in one go and without recursion.
 class XMLTreeWriter
 {
 public:

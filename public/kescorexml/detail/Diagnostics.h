@@ -40,9 +40,9 @@ private:
     std::vector<Message> m_pushed;
 };
 
-/// The messages of one element, which may be gone by now.
+/// What a registry holds for one element, which may be gone by now.
 template <typename Message>
-struct DiagnosticsEntry
+struct ElementMessages
 {
     /// Keeps the key alive.
     ElementIdentityRef identity;
@@ -53,4 +53,4 @@ struct DiagnosticsEntry
 /// another one that has come to live at its address. Const operations may run side by side; the
 /// lock of its document guards a registry.
 template <typename Message>
-using DiagnosticsRegistry = std::unordered_map<const ElementIdentity*, DiagnosticsEntry<Message>>;
+using DiagnosticsRegistry = std::unordered_map<const ElementIdentity*, ElementMessages<Message>>;

@@ -11,7 +11,7 @@
 namespace {
 
 /// What follows this text, counted in the text as Qt has decoded it.
-TextPosition LocateBehind(const std::string& utf8)
+ScanPosition LocateBehind(const std::string& utf8)
 {
     QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
     text.replace("\r\n", "\n").replace('\r', '\n');
@@ -60,7 +60,7 @@ TEST(Utf8Faults, AreCountedInCodeUnitsAndLinesOfAnyText)
         std::string text = TString(std::u16string_view(units)).toStdString();
         if (round % 3 == 0)
             text += "\xF0\x9F\x98\x80";
-        const TextPosition expected = LocateBehind(text);
+        const ScanPosition expected = LocateBehind(text);
         ExpectFaultAt(text + "\xFFxyz", expected.line, expected.column);
         EXPECT_FALSE(Utf8Faults::FindFirst(text));
     }

@@ -105,7 +105,7 @@ TEST(SAXSink, ForgetsTheTextOfADocumentThatWasAbandoned)
     EXPECT_THAT(events.recorded->events, ElementsAre("<a>", "<b>", "</>"));
 }
 
-TEST(SAXSink, RewoundPassesOnOnlyWhatIsNew)
+TEST(SAXSink, RestartedPassesOnOnlyWhatIsNew)
 {
     Events events;
     for (int round = 0; round < 2; ++round) {
@@ -114,7 +114,7 @@ TEST(SAXSink, RewoundPassesOnOnlyWhatIsNew)
         events.Start(u"b");
         events.sink.AppendText(u"pending");
         if (round == 0)
-            events.sink.Rewind();
+            events.sink.Restart();
     }
     events.sink.EndElement();
     events.sink.EndElement();
@@ -126,7 +126,7 @@ TEST(SAXSink, PassesOnAllOfTheNextDocument)
 {
     Events events;
     events.Start(u"a");
-    events.sink.Rewind();
+    events.sink.Restart();
     events.recorded->events.clear();
     events.Start(u"a");
     EXPECT_THAT(events.recorded->events, IsEmpty());
@@ -149,14 +149,14 @@ TEST(SAXSink, IsAskedOnceBehindEachTagAndStaysDone)
     EXPECT_EQ(enough->questions, 3);
 }
 
-TEST(SAXSink, RewoundIsDoneWhereItWas)
+TEST(SAXSink, RestartedIsDoneWhereItWas)
 {
     const auto enough = std::make_shared<SecondIsEnough>();
     SAXSink sink(enough);
     ParsedNames names;
     sink.StartElement({names, names.Find(u"a"), {}, {}});
     sink.EndElement();
-    sink.Rewind();
+    sink.Restart();
     EXPECT_FALSE(sink.IsDone());
     sink.StartElement({names, names.Find(u"a"), {}, {}});
     EXPECT_FALSE(sink.IsDone());

@@ -7,12 +7,12 @@
 
 #include <utility>
 
-// The entries of the registries of errors and of warnings, which are alike. The caller holds the
-// lock of the document whose registry it is.
+// What the registries of errors and of warnings, which are alike, hold for each element. The caller
+// holds the lock of the document whose registry it is.
 
-/// The entry of an element, or the end.
+/// The element's place in a registry, or the end.
 template <typename Registry>
-auto FindEntry(Registry& registry, const DOMElement& element)
+auto FindMessages(Registry& registry, const DOMElement& element)
 {
     const ElementIdentity* identity = ElementLife::Identity(element);
     return identity == nullptr ? registry.end() : registry.find(identity);
@@ -24,9 +24,9 @@ MessageSequence<Message>& GetListOrDefaultForNode(const DOMElement& element,
                                                   DiagnosticsRegistry<Message>& registry)
 {
     ElementIdentity& identity = ElementLife::MakeIdentity(element);
-    const auto [entry, isNew] = registry.try_emplace(
-        &identity, DiagnosticsEntry<Message>{ElementIdentityRef(identity), {}});
-    return entry->second.messages;
+    const auto [place, isNew] =
+        registry.try_emplace(&identity, ElementMessages<Message>{ElementIdentityRef(identity), {}});
+    return place->second.messages;
 }
 
 /// Adds a message to those of an element, in front of them or behind.
@@ -42,13 +42,14 @@ void Record(DiagnosticsRegistry<Message>& registry, const DOMElement& element, M
             messages.PushBack(std::move(message));
     } catch (...) {
         if (messages.IsEmpty())
-            registry.erase(FindEntry(registry, element));
+            registry.erase(FindMessages(registry, element));
         throw;
     }
 }
 
+/// With the element's place.
 template <typename Message>
-void EraseEntry(DiagnosticsRegistry<Message>& registry, const DOMElement& element) noexcept
+void EraseMessages(DiagnosticsRegistry<Message>& registry, const DOMElement& element) noexcept
 {
     if (const ElementIdentity* identity = ElementLife::Identity(element))
         registry.erase(identity);
@@ -58,17 +59,17 @@ void EraseEntry(DiagnosticsRegistry<Message>& registry, const DOMElement& elemen
 template <typename Message>
 using Pending = DiagnosticsRegistry<Message>;
 
-/// Copies the entry of `node`, if it has one, for `key`, unless that has one waiting already.
+/// Copies the messages of `node`, if it has a place, for `key`, unless that has some waiting.
 template <typename Message>
 void AddCopy(Pending<Message>& pending, const DiagnosticsRegistry<Message>& from,
              const DOMElement& node, const DOMElement& key)
 {
-    const auto entry = FindEntry(from, node);
-    if (entry == from.end())
+    const auto place = FindMessages(from, node);
+    if (place == from.end())
         return;
     ElementIdentity& identity = ElementLife::MakeIdentity(key);
     pending.try_emplace(
-        &identity, DiagnosticsEntry<Message>{ElementIdentityRef(identity), entry->second.messages});
+        &identity, ElementMessages<Message>{ElementIdentityRef(identity), place->second.messages});
 }
 
 /// What Merge needs so as not to fail.
@@ -78,7 +79,7 @@ void MakeRoomFor(DiagnosticsRegistry<Message>& registry, const Pending<Message>&
     registry.reserve(registry.size() + pending.size());
 }
 
-/// Moves everything pending into the registry; entries that are there stay as they are.
+/// Moves everything pending into the registry; elements that have a place there keep what it holds.
 template <typename Message>
 void Merge(DiagnosticsRegistry<Message>& registry, Pending<Message>& pending) noexcept
 {

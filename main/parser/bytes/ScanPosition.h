@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/// Where a character stands in a document, as the scanner counts.
-struct TextPosition
+/// Where a character stands in a document, as the scanner counts and messages say.
+struct ScanPosition
 {
     /// From 1; CR LF ends one line, as CR and LF alone do.
     unsigned long long line = 1;
@@ -28,9 +28,9 @@ public:
         }
         m_previous = unit;
     }
-    const TextPosition& Get() const noexcept { return m_position; }
+    const ScanPosition& Get() const noexcept { return m_position; }
 
 private:
-    TextPosition m_position;
+    ScanPosition m_position;
     std::uint32_t m_previous = 0;
 };
