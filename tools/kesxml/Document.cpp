@@ -39,14 +39,11 @@ QByteArray ReadStandardInput()
 /// that do not decode: the parser finds what is wrong and where.
 bool Decode(std::string_view bytes, std::string& text)
 {
-    try {
-        const TextDecoding::Encoding encoding = TextDecoding::FindEncoding(bytes);
-        return !TextDecoding::IsUtf8AsItIs(bytes, encoding) &&
-               !TextDecoding::AppendUtf8(bytes, encoding, text) &&
-               !text.starts_with(EncodingTable::c_utf8.byteOrderMark);
-    } catch (const TextDecoding::Failure&) {
-        return false;
-    }
+    TextDecoding::Encoding encoding;
+    return !TextDecoding::FindEncoding(bytes, encoding) &&
+           !TextDecoding::IsUtf8AsItIs(bytes, encoding) &&
+           !TextDecoding::AppendUtf8(bytes, encoding, text) &&
+           !text.starts_with(EncodingTable::c_utf8.byteOrderMark);
 }
 
 /// For who wants to know nothing but what is wrong.

@@ -56,21 +56,22 @@ TString DescribeUnknown(std::string_view name)
 Result DocumentDecoding::Decode(std::string_view bytes)
 {
     Result result;
-    try {
-        const TextDecoding::Encoding encoding = TextDecoding::FindEncoding(bytes);
-        if (TextDecoding::IsUtf8AsItIs(bytes, encoding))
-            return result;
-        std::string& utf8 = result.utf8.emplace();
-        if (encoding.byteOrderMarkLength > 0)
-            utf8 = EncodingTable::c_utf8.byteOrderMark;
-        if (const auto fault = TextDecoding::AppendUtf8(bytes, encoding, utf8)) {
-            utf8.append(c_undecodable);
-            result.fault = Describe(*fault);
-        }
-    } catch (const TextDecoding::Failure& failure) {
-        const bool isUnknown = !failure.unknownName.empty();
-        result.refusal = Refusal{LocateBehindDeclaration(bytes),
-                                 isUnknown ? DescribeUnknown(failure.unknownName) : failure.reason};
+    TextDecoding::Encoding encoding;
+    if (const auto failure = TextDecoding::FindEncoding(bytes, encoding)) {
+        const bool isUnknown = !failure->unknownName.empty();
+        result.refusal =
+            Refusal{LocateBehindDeclaration(bytes),
+                    isUnknown ? DescribeUnknown(failure->unknownName) : failure->reason};
+        return result;
+    }
+    if (TextDecoding::IsUtf8AsItIs(bytes, encoding))
+        return result;
+    std::string& utf8 = result.utf8.emplace();
+    if (encoding.byteOrderMarkLength > 0)
+        utf8 = EncodingTable::c_utf8.byteOrderMark;
+    if (const auto fault = TextDecoding::AppendUtf8(bytes, encoding, utf8)) {
+        utf8.append(c_undecodable);
+        result.fault = Describe(*fault);
     }
     return result;
 }

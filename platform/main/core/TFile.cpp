@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <system_error>
 
 namespace TIO {
@@ -101,17 +102,18 @@ std::string LoadBytes(const TPath& path)
     return ReadAll(file);
 }
 
-/// What `decode` gives; what it throws becomes an exception about the file.
-template <typename Decode>
-auto NamingFile(const TPath& path, Decode&& decode)
+TextDecoding::Encoding FindEncoding(const TPath& path, std::string_view bytes)
 {
-    try {
-        return decode();
-    } catch (const TextDecoding::Undecodable& undecodable) {
-        throw TIO::DecodingException(path, undecodable.encoding, undecodable.offset);
-    } catch (const TextDecoding::Failure& failure) {
-        throw TIO::Exception(path, failure.reason);
-    }
+    TextDecoding::Encoding encoding;
+    if (const auto failure = TextDecoding::FindEncoding(bytes, encoding))
+        throw TIO::Exception(path, failure->reason);
+    return encoding;
+}
+
+void RequireDecoded(const TPath& path, const std::optional<TextDecoding::Undecodable>& fault)
+{
+    if (fault)
+        throw TIO::DecodingException(path, fault->encoding, fault->offset);
 }
 
 } // namespace
@@ -180,8 +182,9 @@ std::int64_t TFile::Size() const
 TString TFile::LoadTextFile(const TPath& path, int /*flag*/)
 {
     const std::string bytes = LoadBytes(path);
-    return NamingFile(
-        path, [&] { return TextDecoding::ToText(bytes, TextDecoding::FindEncoding(bytes)); });
+    TString text;
+    RequireDecoded(path, TextDecoding::ToText(bytes, FindEncoding(path, bytes), text));
+    return text;
 }
 
 std::string TFile::LoadTextFileAsUtf8(const TPath& path, int flag)
@@ -193,11 +196,11 @@ std::string TFile::LoadTextFileAsUtf8(const TPath& path, int flag)
 std::string TFile::LoadTextFileAsUtf8(const TPath& path, int /*flag*/, bool& hadByteOrderMark)
 {
     std::string bytes = LoadBytes(path);
-    return NamingFile(path, [&] {
-        const TextDecoding::Encoding encoding = TextDecoding::FindEncoding(bytes);
-        hadByteOrderMark = encoding.byteOrderMarkLength > 0;
-        return TextDecoding::ToUtf8(std::move(bytes), encoding);
-    });
+    const TextDecoding::Encoding encoding = FindEncoding(path, bytes);
+    hadByteOrderMark = encoding.byteOrderMarkLength > 0;
+    std::string utf8;
+    RequireDecoded(path, TextDecoding::ToUtf8(std::move(bytes), encoding, utf8));
+    return utf8;
 }
 
 std::int64_t GetFileSize(const TPath& path)

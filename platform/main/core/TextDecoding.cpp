@@ -22,10 +22,9 @@ TString NameOf(const Encoding& encoding)
     return encoding.name.empty() ? TString(u"UTF-8") : TString::fromStdString(encoding.name);
 }
 
-[[noreturn]] void FailAtUnknown(std::string_view name)
+Failure MakeUnknown(std::string_view name)
 {
-    throw Failure{u"the encoding \"" + TString::fromUtf8(name) + u"\" is not known",
-                  std::string(name)};
+    return {u"the encoding \"" + TString::fromUtf8(name) + u"\" is not known", std::string(name)};
 }
 
 bool IsAscii(std::string_view bytes) noexcept
@@ -97,26 +96,29 @@ std::string GetConverterName(const EncodingTable::Scheme& scheme)
 }
 
 /// What a text is encoded in whose declaration, read in these units, names `name`.
-Encoding ResolveDeclaredName(std::string_view name, const std::string& declaration,
-                             const EncodingTable::Scheme& scheme)
+std::optional<Failure> ResolveDeclaredName(std::string_view name, const std::string& declaration,
+                                           const EncodingTable::Scheme& scheme, Encoding& encoding)
 {
+    encoding = {GetConverterName(scheme), 0};
     if (EncodingTable::NamesUtf8(name))
-        return {GetConverterName(scheme), 0};
+        return std::nullopt;
     StrictConverter converter(name);
     if (!converter.IsKnown())
-        FailAtUnknown(name);
+        return MakeUnknown(name);
     if (scheme.unitSize > 1)
-        return {GetConverterName(scheme), 0};
+        return std::nullopt;
     // Only an encoding that agrees with ASCII on the declaration can be the true one.
     const bool isTrue =
         !converter.IsUtf8() &&
         Agrees(converter, declaration, std::u16string(declaration.begin(), declaration.end()));
-    return isTrue ? Encoding{std::string(name), 0} : Encoding();
+    if (isTrue)
+        encoding.name = name;
+    return std::nullopt;
 }
 
 /// The encoding of EBCDIC that a text names which begins with a declaration in one. What a
 /// declaration is made of lies at the same bytes in all of them, but for white space.
-Encoding FindOfEbcdic(std::string_view bytes)
+std::optional<Failure> FindOfEbcdic(std::string_view bytes, Encoding& encoding)
 {
     constexpr char c_greaterThan = '\x6E';
     const std::string_view declaration = bytes.substr(0, bytes.find(c_greaterThan)).substr(0, 1000);
@@ -127,13 +129,24 @@ Encoding FindOfEbcdic(std::string_view bytes)
         ascii += unit < 0x80 ? static_cast<char>(unit) : ' ';
     const std::string_view name = XmlDeclaration::FindEncoding(ascii);
     if (name.empty())
-        throw Failure{u"the text is in EBCDIC, and does not say in which encoding of it", {}};
+        return Failure{u"the text is in EBCDIC, and does not say in which encoding of it", {}};
     StrictConverter converter(name);
     if (!converter.IsKnown())
-        FailAtUnknown(name);
+        return MakeUnknown(name);
     if (!Agrees(converter, declaration, text))
-        throw Failure{u"the text is in EBCDIC, and not in the encoding that it names", {}};
-    return {std::string(name), 0};
+        return Failure{u"the text is in EBCDIC, and not in the encoding that it names", {}};
+    encoding.name = name;
+    return std::nullopt;
+}
+
+/// The first byte of a text in UTF-8 that is none.
+std::optional<Undecodable> CheckUtf8(std::string_view bytes, const Encoding& encoding)
+{
+    const std::string_view text = bytes.substr(encoding.byteOrderMarkLength);
+    const std::size_t bad = Utf8Bytes::FindInvalid(text);
+    if (bad == text.size())
+        return std::nullopt;
+    return Undecodable{NameOf(encoding), encoding.byteOrderMarkLength + bad};
 }
 
 /// Whether nothing needs to be looked up to know that the text is UTF-8. Most are, and short.
@@ -148,14 +161,17 @@ bool IsPlainUtf8(std::string_view bytes) noexcept
 
 } // namespace
 
-Encoding TextDecoding::FindEncoding(std::string_view bytes)
+std::optional<Failure> TextDecoding::FindEncoding(std::string_view bytes, Encoding& encoding)
 {
+    encoding = {};
     if (IsPlainUtf8(bytes))
-        return {};
-    if (const EncodingTable::Scheme* const marked = EncodingTable::FindByByteOrderMark(bytes))
-        return {GetConverterName(*marked), marked->byteOrderMark.size()};
+        return std::nullopt;
+    if (const EncodingTable::Scheme* const marked = EncodingTable::FindByByteOrderMark(bytes)) {
+        encoding = {GetConverterName(*marked), marked->byteOrderMark.size()};
+        return std::nullopt;
+    }
     if (bytes.starts_with(EncodingTable::c_ebcdicDeclaration))
-        return FindOfEbcdic(bytes);
+        return FindOfEbcdic(bytes, encoding);
     for (const EncodingTable::Scheme& scheme : EncodingTable::c_schemes) {
         const std::string declaration = ReadDeclaration(bytes, scheme);
         // Whoever reads the text is to say that other white space is wrong there.
@@ -164,43 +180,38 @@ Encoding TextDecoding::FindEncoding(std::string_view bytes)
         std::replace(spaced.begin(), spaced.end(), '\f', ' ');
         const std::string_view name = XmlDeclaration::FindEncoding(spaced);
         if (!name.empty())
-            return ResolveDeclaredName(name, declaration, scheme);
-        if (scheme.unitSize > 1 && scheme.IsBeginOf(bytes, "<"))
-            return {GetConverterName(scheme), 0};
+            return ResolveDeclaredName(name, declaration, scheme, encoding);
+        if (scheme.unitSize > 1 && scheme.IsBeginOf(bytes, "<")) {
+            encoding.name = GetConverterName(scheme);
+            break;
+        }
     }
-    return {};
+    return std::nullopt;
 }
 
-TString TextDecoding::ToText(std::string_view bytes, const Encoding& encoding)
+std::optional<Undecodable> TextDecoding::ToText(std::string_view bytes, const Encoding& encoding,
+                                                TString& text)
 {
-    if (IsUtf8AsItIs(bytes, encoding)) {
-        const std::string_view text = bytes.substr(encoding.byteOrderMarkLength);
-        const std::size_t bad = Utf8Bytes::FindInvalid(text);
-        if (bad != text.size())
-            throw Undecodable{NameOf(encoding), encoding.byteOrderMarkLength + bad};
-        return TString::fromUtf8(text);
-    }
-    TString text;
-    const auto append = [&text](std::u16string_view piece) { text.append(piece); };
-    if (const auto fault = Convert(bytes, encoding, append))
-        throw Undecodable(*fault);
-    return text;
+    text.clear();
+    if (!IsUtf8AsItIs(bytes, encoding))
+        return Convert(bytes, encoding, [&](std::u16string_view piece) { text.append(piece); });
+    if (auto fault = CheckUtf8(bytes, encoding))
+        return fault;
+    text = TString::fromUtf8(bytes.substr(encoding.byteOrderMarkLength));
+    return std::nullopt;
 }
 
-std::string TextDecoding::ToUtf8(std::string&& bytes, const Encoding& encoding)
+std::optional<Undecodable> TextDecoding::ToUtf8(std::string&& bytes, const Encoding& encoding,
+                                                std::string& utf8)
 {
-    if (IsUtf8AsItIs(bytes, encoding)) {
-        const std::string_view text = std::string_view(bytes).substr(encoding.byteOrderMarkLength);
-        const std::size_t bad = Utf8Bytes::FindInvalid(text);
-        if (bad != text.size())
-            throw Undecodable{NameOf(encoding), encoding.byteOrderMarkLength + bad};
-        bytes.erase(0, encoding.byteOrderMarkLength);
-        return std::move(bytes);
-    }
-    std::string utf8;
-    if (const auto fault = AppendUtf8(bytes, encoding, utf8))
-        throw Undecodable(*fault);
-    return utf8;
+    utf8.clear();
+    if (!IsUtf8AsItIs(bytes, encoding))
+        return AppendUtf8(bytes, encoding, utf8);
+    if (auto fault = CheckUtf8(bytes, encoding))
+        return fault;
+    bytes.erase(0, encoding.byteOrderMarkLength);
+    utf8 = std::move(bytes);
+    return std::nullopt;
 }
 
 bool TextDecoding::IsUtf8AsItIs(std::string_view bytes, const Encoding& encoding)

@@ -9,9 +9,9 @@
 #include <string_view>
 
 /// Decodes the bytes of texts, strictly: what means no character is told, never replaced or
-/// dropped. All converters come with ICU's library; none is looked for on the disk
-/// unless the environment says where (ICU_DATA). Safe to use from
-/// several threads.
+/// dropped. All converters come with ICU's library; none is looked for on the disk unless the
+/// environment says where (ICU_DATA). What cannot be decoded is returned, nothing of it is thrown.
+/// Safe to use from several threads.
 namespace TextDecoding {
 
 /// How the bytes of a text are to be read: past `byteOrderMarkLength` bytes, in the encoding
@@ -23,8 +23,8 @@ struct Encoding
     std::size_t byteOrderMarkLength = 0;
 };
 
-/// A text that cannot be decoded.
-struct KESPLATFORM_EXPORT Failure
+/// Why nobody can tell the encoding of a text.
+struct Failure
 {
     /// A phrase for people.
     TString reason;
@@ -33,7 +33,7 @@ struct KESPLATFORM_EXPORT Failure
 };
 
 /// A byte that does not decode.
-struct KESPLATFORM_EXPORT Undecodable
+struct Undecodable
 {
     TString encoding;
     std::size_t offset = 0;
@@ -47,13 +47,16 @@ struct KESPLATFORM_EXPORT Undecodable
 /// read the way it was (UTF-16 in a text of single bytes, or the other way round) is overruled by
 /// the bytes. A text in EBCDIC that does not say in which is a Failure, and so is a declared name
 /// that nobody knows; that includes encodings with states in which something may get lost
-/// unnoticed, as in SCSU.
-KESPLATFORM_EXPORT Encoding FindEncoding(std::string_view bytes);
+/// unnoticed, as in SCSU. With a Failure `encoding` means nothing.
+[[nodiscard]] KESPLATFORM_EXPORT std::optional<Failure> FindEncoding(std::string_view bytes,
+                                                                     Encoding& encoding);
 
-/// The text without its byte-order mark. Throws Undecodable for the first byte that is.
-TString ToText(std::string_view bytes, const Encoding& encoding);
+/// Gives the text without its byte-order mark, or else the first byte that does not decode.
+[[nodiscard]] std::optional<Undecodable> ToText(std::string_view bytes, const Encoding& encoding,
+                                                TString& text);
 /// The same as UTF-8. What is UTF-8 already is checked and moved.
-std::string ToUtf8(std::string&& bytes, const Encoding& encoding);
+[[nodiscard]] std::optional<Undecodable> ToUtf8(std::string&& bytes, const Encoding& encoding,
+                                                std::string& utf8);
 
 /// Whether the bytes are UTF-8 as they stand, byte-order mark included: the encoding is UTF-8, or
 /// it agrees with US-ASCII, of which all bytes are. UTF-8 itself is not checked.
@@ -61,7 +64,7 @@ KESPLATFORM_EXPORT bool IsUtf8AsItIs(std::string_view bytes, const Encoding& enc
 
 /// Appends the text without its byte-order mark, in UTF-8, up to the first byte that does not
 /// decode; nothing when all do. REQUIRES: the encoding is not UTF-8.
-KESPLATFORM_EXPORT std::optional<Undecodable>
+[[nodiscard]] KESPLATFORM_EXPORT std::optional<Undecodable>
 AppendUtf8(std::string_view bytes, const Encoding& encoding, std::string& utf8);
 
 } // namespace TextDecoding
