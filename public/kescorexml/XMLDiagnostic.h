@@ -8,7 +8,6 @@
 
 /// One message about a document, taken apart: what GetErrors and GetWarnings of a parser or of a
 /// document put into one text. A plain value of a few pointers, whose copies share their texts.
-/// Different objects may be used from different threads.
 ///
 /// @code
 /// const auto document = DOMParser().ParseXmlString("<a>\n<b>tea</a>", "a.xml");
@@ -51,6 +50,13 @@ public:
         return std::move(*this);
     }
 
+    /// The same as IsEntityRefused.
+    XMLDiagnostic AsEntityRefused() &&
+    {
+        m_source.isEntityRefused = true;
+        return std::move(*this);
+    }
+
     /// How bad it is. Errors that a program attached to an element are no fatal ones.
     Kind GetKind() const noexcept { return m_source.kind; }
     /// From 1, as elements count them; 0 where no position is known, as for messages of programs.
@@ -66,9 +72,12 @@ public:
     /// Whether bytes there are not UTF-8, which does not mean a character that the end cuts off.
     /// Scanners decode ahead of what they read: elements that stand before them may be missing.
     bool IsInvalidUtf8() const noexcept { return m_source.isInvalidUtf8; }
+    /// Whether there is a reference to an entity that the document declares, and whoever parses has
+    /// not allowed its expansion.
+    bool IsEntityRefused() const noexcept { return m_source.isEntityRefused; }
 
 private:
-    // A document keeps the text and its source apart.
+    // In a document the text is a member of its public DOMErrorMessage, and nothing is kept twice.
     friend class DOM;
 
     /// What the message is made of.
@@ -91,6 +100,7 @@ private:
         Kind kind = Kind::Error;
         Form form = Form::Text;
         bool isInvalidUtf8 = false;
+        bool isEntityRefused = false;
     };
 
     XMLDiagnostic(TString text, Source source) noexcept

@@ -240,7 +240,7 @@ void TraceDiagnostics(ParseTrace& trace, const std::vector<XMLDiagnostic>& diagn
     for (const XMLDiagnostic& diagnostic : diagnostics) {
         trace.Line("diagnostic").Number(static_cast<int>(diagnostic.GetKind()));
         trace.Number(diagnostic.GetLine()).Number(diagnostic.GetColumn());
-        trace.Number(diagnostic.IsInvalidUtf8());
+        trace.Number(diagnostic.IsInvalidUtf8()).Number(diagnostic.IsEntityRefused());
         trace.Text(diagnostic.GetId()).Text(diagnostic.GetText()).Text(diagnostic.GetMessage());
     }
 }

@@ -3,7 +3,9 @@
 #include "bytes/XercesInputSource.h"
 #include "bytes/XercesText.h"
 
+#include <xercesc/framework/XMLErrorCodes.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLExceptMsgs.hpp>
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -55,6 +57,18 @@ bool LocatingReader::IsInput(const XMLCh* systemId) const
     return m_input != nullptr && XMLString::equals(systemId, (*m_input)().getSystemId());
 }
 
+/// Whether an error is that of a document which refers to more entities than it may, while that is
+/// none.
+bool LocatingReader::IsRefusal(unsigned int code, const XMLCh* domain) const
+{
+    if (code != xercesc::XMLErrs::EntityExpansionLimitExceeded ||
+        !XMLString::equals(domain, xercesc::XMLUni::fgXMLErrDomain))
+        return false;
+    const auto* const limits = static_cast<const xercesc::SecurityManager*>(
+        getProperty(xercesc::XMLUni::fgXercesSecurityManager));
+    return limits != nullptr && limits->getEntityExpansionLimit() == 0;
+}
+
 std::optional<Utf8Faults::InvalidBytes> LocatingReader::FindFault() const
 {
     if (m_input == nullptr)
@@ -86,6 +100,11 @@ void LocatingReader::error(unsigned int code, const XMLCh* domain,
     if (isInvalidUtf8 && getErrorHandler() != nullptr) {
         getErrorHandler()->fatalError(
             InvalidUtf8(text, publicId, systemId, line, column, m_manager));
+        return;
+    }
+    if (IsRefusal(code, domain) && getErrorHandler() != nullptr) {
+        getErrorHandler()->fatalError(
+            EntityRefused(text, publicId, systemId, line, column, m_manager));
         return;
     }
     SAX2XMLReaderImpl::error(code, domain, type, text, systemId, publicId, line, column);

@@ -17,11 +17,20 @@ public:
     using SAXParseException::SAXParseException;
 };
 
+/// The scanner came upon a reference to an entity that the document declares, and may not expand
+/// it.
+class EntityRefused final : public xercesc::SAXParseException
+{
+public:
+    using SAXParseException::SAXParseException;
+};
+
 /// The reader of Xerces, reporting bytes that are no UTF-8 where they stand. The scanner decodes
 /// ahead of what it reads and would report where it was then; of a character that the end of the
 /// document cuts off it would say that the document ended. The former are an InvalidUtf8 to the
-/// error handler. It also tells the budget which attributes do not stand in their tag, and whether
-/// a schema declares the element, which no handler can see.
+/// error handler, and entities that are not expanded an EntityRefused. It also tells the budget
+/// which attributes do not stand in their tag, and whether a schema declares the element, which no
+/// handler can see.
 class LocatingReader final : public xercesc::SAX2XMLReaderImpl
 {
 public:
@@ -57,6 +66,7 @@ public:
                       XMLSize_t count, bool isEmpty, bool isRoot) override;
 
 private:
+    bool IsRefusal(unsigned int code, const XMLCh* domain) const;
     /// Of what the reader is given, not of what that refers to.
     bool IsInput(const XMLCh* systemId) const;
 

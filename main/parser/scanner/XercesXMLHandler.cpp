@@ -281,6 +281,8 @@ void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
                      exception.getColumnNumber());
     if (dynamic_cast<const InvalidUtf8*>(&exception) != nullptr)
         m_errors.Last() = std::move(m_errors.Last()).AsInvalidUtf8();
+    if (dynamic_cast<const EntityRefused*>(&exception) != nullptr)
+        m_errors.Last() = std::move(m_errors.Last()).AsEntityRefused();
 }
 
 void XercesXMLHandler::CloseMessages()

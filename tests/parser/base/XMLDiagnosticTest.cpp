@@ -35,6 +35,7 @@ TEST(XMLDiagnostic, TellsItsPartsApart)
     EXPECT_EQ(diagnostic.GetId(), u"id");
     EXPECT_EQ(diagnostic.GetText(), u"text");
     EXPECT_FALSE(diagnostic.IsInvalidUtf8());
+    EXPECT_FALSE(diagnostic.IsEntityRefused());
 }
 
 TEST(XMLDiagnostic, TheMessageOfAProgramIsItsTextAndHasNoPosition)

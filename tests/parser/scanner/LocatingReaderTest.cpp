@@ -254,3 +254,27 @@ TEST(LocatingReader, KnowsWhereADeclarationCannotBeDecodedWhoseMessageHasNoPosit
     EXPECT_EQ(error.GetColumn(), 21);
     EXPECT_TRUE(error.IsInvalidUtf8());
 }
+
+TEST(LocatingReader, TellsRefusedEntitiesFromThoseThatAreTooMany)
+{
+    const std::string declared = "<!DOCTYPE a [<!ENTITY e 'x'><!ENTITY f '&e;'>]>";
+    std::string many = declared + "<a>";
+    for (int i = 0; i <= 50000; ++i)
+        many += "&e;";
+    const auto read = [](const std::string& text, bool allowed) {
+        StandaloneDOMParser parser;
+        if (allowed)
+            parser.AllowEntityExpansion_Insecure();
+        const auto result = parser.ParseXmlString(text, u"id");
+        EXPECT_EQ(result.diagnostics.size(), 1u) << text.substr(0, 60);
+        return result.diagnostics.front();
+    };
+    for (const char* const content : {"<a>&e;</a>", "<a b='&e;'/>", "<a>&f;</a>", "<a>&e;&e;"})
+        EXPECT_TRUE(read(declared + content, false).IsEntityRefused()) << content;
+    EXPECT_FALSE(read(declared + "<a>&g;</a>", false).IsEntityRefused());
+    EXPECT_FALSE(read(declared + "<a>", false).IsEntityRefused());
+    EXPECT_FALSE(read(many, true).IsEntityRefused());
+    const auto document = DOMParser().ParseXmlString(declared + "<a>&e;</a>", u"id");
+    ASSERT_EQ(document->GetErrorDiagnostics().size(), 1u);
+    EXPECT_TRUE(document->GetErrorDiagnostics().front().IsEntityRefused());
+}
