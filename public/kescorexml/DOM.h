@@ -25,9 +25,11 @@ class DOMElement;
 /// Every listing of diagnostics comes in the order of DOMElementTraversal: an element's own
 /// messages in their order, then those of its children's subtrees from the last child to the first.
 ///
-/// One re-entrant read-write lock guards all state but the tree itself: diagnostics and renames may
-/// be written and read from several threads as long as nobody changes the tree. Operations on two
-/// documents lock the one at the higher address first.
+/// Different objects may be used from different threads. Of one, diagnostics and renames may be
+/// written and read from several threads as long as nobody changes the tree: one re-entrant
+/// read-write lock guards all state but the tree itself, and every call takes it but for those that
+/// look at the tree alone or say so. Operations on two documents lock the one at the higher address
+/// first.
 ///
 /// @code
 /// const auto document = DOMParser().ParseXmlString("<a>\n<b>tea</a>", "a.xml");
@@ -83,14 +85,15 @@ public:
     /// The root's first child, or null.
     DOMElement* GetDocumentRoot() noexcept;
     const DOMElement* GetDocumentRoot() const noexcept;
-    /// The first element with that name in document order, at most 1000 levels below the root.
+    /// The first element with that name in document order, at most 1000 levels below the root;
+    /// null when there is none.
     DOMElement* GetElement(const TString& name);
     const DOMElement* GetElement(const TString& name) const;
 
     /// The entities to which the text refers that this document was parsed from, although nobody
     /// declares them, in the order of their first references: the tree lacks what they stand for.
-    /// Empty for other documents, and when the text was not read to its end. The reference is read
-    /// without the lock; a DeepCopy to this document ends it.
+    /// Empty for other documents, and when the text was not read to its end. The reference, valid
+    /// until a DeepCopy to this document, is read without the lock.
     const std::vector<SkippedEntity>& GetSkippedEntities() const noexcept
     {
         return m_skippedEntities;
@@ -101,11 +104,13 @@ public:
     int GetDSValidationCancelType() const;
     /// The data source whose name RenameField keeps.
     void SetProtectedDataSourceName(const TString& name);
-    /// The reference is read without the lock; do not race it with the setter.
+    /// The reference, valid as long as this document, is read without the lock; do not race it with
+    /// the setter.
     const TString& GetProtectedDataSourceName() const;
     /// Keeps a copy of the renames.
     void SetPathRenames(const PathRenames& renames);
-    /// The reference is read without the lock; do not race it with the setter.
+    /// The reference, valid as long as this document, is read without the lock; do not race it with
+    /// the setter.
     const PathRenames& GetPathRenames() const;
 
     /// Adds an error of an element after those that it has.
@@ -124,7 +129,7 @@ public:
     // Each of these asks about an element and its descendants; about the whole registry when the
     // element has no parent, and without element. The whole registry holds messages of elements of
     // other trees, too, even of such as are gone (see MoveErrorsAndWarningsTo). Takes time for each
-    // element of the subtree or, if they are fewer, for each entry of the registry and its
+    // element of the subtree or, if they are fewer, for each element in the registry and its
     // ancestors.
 
     /// Whether there is an error, cancellations included.
@@ -139,8 +144,9 @@ public:
     /// No error that is not a cancellation: true without any error, too.
     bool HasOnlyCancelErrors(const DOMElement& element) const;
     bool HasOnlyCancelErrors() const;
-    /// Unlike HasErrors this asks for entries: an element whose messages were adopted away has
-    /// none, and a parentless element has warnings as soon as any entry exists.
+    /// Unlike HasErrors this asks which elements the registry has a list for: not one whose
+    /// messages were adopted away, and a parentless element has warnings as soon as there is any
+    /// list.
     bool HasWarnings(const DOMElement& element) const;
     bool HasWarnings() const;
 
@@ -166,8 +172,8 @@ public:
     /// All messages joined with line feeds.
     TString GetConcatenatedWarnings() const;
 
-    /// Appends to a list of TString, a list of TError::ErrorInfo or a vector of TString. Does not
-    /// take the lock.
+    /// Appends to a list of TString, a list of TError::ErrorInfo or a vector of TString. Takes no
+    /// lock: do not race it with who records or clears messages.
     template <typename Container>
     void GetErrors(const DOMElement& element, Container& out) const;
     /// The same for warnings.

@@ -178,7 +178,8 @@ public:
     bool HasAttribute(const TString& name) const noexcept;
     /// The value, or an empty text.
     TString GetAttribute(const TString& name) const { return m_attributes.Get(name); }
-    /// The entry; a DOMException with the name as message when there is none.
+    /// The attribute's place in the map; a DOMException with the name as message when there is
+    /// none.
     AttributeMap::const_iterator RequireAttribute(const TString& name) const;
     /// Inserts or overwrites.
     void SetAttribute(const TString& name, const TString& value);

@@ -14,7 +14,8 @@
 class ParseLimits
 {
 public:
-    /// A count may exceed `factor` times the bytes of the document only up to `threshold`.
+    /// A count may exceed `factor` times the bytes of the document only up to `threshold`. A plain
+    /// value.
     struct Growth
     {
         /// How often each byte of the document counts.
@@ -101,8 +102,8 @@ public:
 
     /// What the errors and warnings of a parse take together: the code units of their texts, and 64
     /// for each message. From the first on that does not fit in, they are counted and not kept, but
-    /// for fatal errors. A list of which some are missing ends with one entry more, an error or a
-    /// warning as those are, which names the limit and says how many are missing, at the place of
+    /// for fatal errors. A list of which some are missing ends with one message more, an error or
+    /// a warning as those are, which names the limit and says how many are missing, at the place of
     /// the first of them. At first 20 times the bytes, 16 Mi at least: 100,000 messages of ordinary
     /// length. A few bytes for each element can otherwise yield a message of two thousand units for
     /// each.

@@ -43,8 +43,8 @@ public:
     const std::vector<TString>& GetErrors() const;
     /// Valid until the next parse or record. The messages are put together when they are asked for.
     const std::vector<TString>& GetWarnings() const;
-    /// The errors taken apart, one entry for each message, in the same order. Valid until the next
-    /// parse or record.
+    /// The errors taken apart, one for each message, in the same order. Valid until the next parse
+    /// or record.
     const std::vector<XMLDiagnostic>& GetErrorDiagnostics() const noexcept
     {
         return m_errors.GetDiagnostics();
@@ -61,9 +61,9 @@ public:
     {
         return m_skippedEntities;
     }
-    /// One entry for each message, in the same order.
+    /// One record for each message, in the same order.
     std::vector<TError::ErrorInfo> GetMetadataForErrors() const { return m_errors.GetMetadata(); }
-    /// One entry for each message, in the same order.
+    /// One record for each message, in the same order.
     std::vector<TError::ErrorInfo> GetMetadataForWarnings() const
     {
         return m_warnings.GetMetadata();

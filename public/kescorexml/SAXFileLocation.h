@@ -4,8 +4,8 @@
 
 /// Tells where a parser stands in its document: during an event behind the tag that brought it (a
 /// text is told when the next tag has been read), and after a parse, however it ended, where the
-/// last event was. To be asked from the thread on which the parse runs; different parsers may be
-/// asked from different threads.
+/// last event was. An object is for one thread at a time, that on which the parse runs. Different
+/// objects may be used from different threads.
 class KESCOREXML_EXPORT SAXFileLocation
 {
 public:

@@ -6,25 +6,28 @@
 
 #include <unordered_map>
 
-/// Receives the events of one parse, on the thread that parses. What an operation throws abandons
-/// the parse and is recorded by the parser as an error.
+/// Receives the events of one parse, one after the other on the thread that parses; the parser
+/// keeps it alive until it is given another one or ends itself. What an operation throws abandons
+/// the parse and is recorded by the parser as an error. Different objects may be used from
+/// different threads.
 class KESCOREXML_EXPORT SAXInterface
 {
 public:
     virtual ~SAXInterface();
 
-    /// Names are qualified names as written, prefix included.
+    /// Names are qualified names as written, prefix included. Both arguments may be taken.
     virtual void StartElement(TString&& name,
                               std::unordered_map<TString, TString>&& attributes) = 0;
     /// The element that was started last, and not ended yet, ends.
     virtual void EndElement() = 0;
-    /// One run of text up to the next tag, never empty.
+    /// One run of text up to the next tag, never empty; valid during the call, copies share it.
     virtual void TextContent(const TString& text) = 0;
     /// Asked after each tag. True stops the parse without an error. False unless overridden.
     virtual bool IsDone();
 };
 
-/// A sink that also supplies the schema documents which a schema imports or includes.
+/// A sink that also supplies the schema documents which a schema imports or includes, while a
+/// schema is loaded, on the thread that loads it.
 class KESCOREXML_EXPORT SAXInterfaceExtension : public SAXInterface
 {
 public:

@@ -33,7 +33,7 @@ public:
     StandaloneDOMElement(const StandaloneDOMElement&) = delete;
     StandaloneDOMElement& operator=(const StandaloneDOMElement&) = delete;
 
-    /// A deep copy, the encoded marks and the load factors of the attribute maps included.
+    /// A deep copy, the encoded flags and the load factors of the attribute maps included.
     [[nodiscard]] std::unique_ptr<StandaloneDOMElement> Clone() const;
 
     /// The name as it is written, prefix included.
@@ -41,7 +41,7 @@ public:
     void SetName(const TString& name) noexcept { m_name = name; }
 
     /// Whether names, attributes in whatever order, and content in this order are the same all the
-    /// way down. The encoded marks do not matter.
+    /// way down. The encoded flags do not matter.
     bool operator==(const StandaloneDOMElement& other) const;
     bool operator!=(const StandaloneDOMElement& other) const { return !(*this == other); }
 
@@ -76,10 +76,10 @@ public:
                    const std::function<void(const TString&)>& onText) const;
 
     /// Appends to the text at the end of the content, or adds a text node when the content is
-    /// empty or ends in an element. The encoded mark of the element becomes `encoded`, whatever it
+    /// empty or ends in an element. The encoded flag of the element becomes `encoded`, whatever it
     /// was before. Amortised constant time a UTF-16 unit.
     void AppendText(const TString& text, bool encoded);
-    /// AppendText(text, false): clears the encoded mark.
+    /// AppendText(text, false): clears the encoded flag.
     void AppendText(const TString& text) { AppendText(text, false); }
     /// Whether the texts of this element stand as they are to be written.
     bool IsEncoded() const noexcept { return m_encoded; }

@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-/// What a parse gave.
+/// What a parse gave; owns all of it. Const operations may run side by side.
 struct StandaloneParseResult
 {
     /// An element "Document" that holds what the document has at its top level; never null. After
@@ -25,7 +25,7 @@ struct StandaloneParseResult
     std::unique_ptr<StandaloneDOMElement> root;
     /// The messages of the parse, in order; empty on success.
     std::vector<TString> errors;
-    /// The same taken apart, one entry for each message.
+    /// The same taken apart, one for each message.
     std::vector<XMLDiagnostic> diagnostics;
     /// The entities to which the document refers although nobody declares them, in the order of
     /// their first references: the tree lacks what they stand for. Empty when the document was not
@@ -40,7 +40,8 @@ struct StandaloneParseResult
 /// example) or a schema while it is loaded; no statistics are reported then. External entities fail
 /// the parse, and so do references to internal ones unless expansion is allowed. What a parse may
 /// cost is limited. Text that is white space alone is dropped unless a call says otherwise, other
-/// text is kept whole. Different objects may be used from different threads.
+/// text is kept whole. An object is for one thread at a time, its const operations too.
+/// Different objects may be used from different threads.
 ///
 /// @code
 /// const auto result = StandaloneDOMParser().ParseXmlString("<p>some <b>bold</b> text</p>", u"p");

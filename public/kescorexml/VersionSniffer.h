@@ -15,7 +15,7 @@
 /// Reads 512 bytes at a time from where `document` stands, which is its start unless the caller
 /// moved it, and no further than the root start tag; whatever happens, `document` is back at its
 /// start afterwards. Costs time and memory linear in the bytes read. What the source throws, this
-/// throws. Different sources may be sniffed from different threads.
+/// throws. Safe to use from several threads, each with a source of its own.
 ///
 /// REQUIRES: `document` can be rewound. Else the process ends, as InputSourceResetter states: do
 /// not sniff a FileInputSource of a pipe, but read the pipe into memory first.

@@ -79,10 +79,10 @@ public:
     [[nodiscard]] TString GetOutput(FormatMode mode);
     /// Writes an element and all below it to `target`, without recursion. The text of an element
     /// that has children is indented as this formatter stands, not as `target` does. What `target`
-    /// throws leaves the call; every tag that is open by then is closed, but
-    /// one whose Indent threw. `target` may build on the
-    /// tree that is written, as this very formatter does: children that were not there when the
-    /// call began are left out. It is a logic assertion when children change otherwise.
+    /// throws leaves the call; every tag that is open by then is closed, but one whose Indent
+    /// threw. `target` may build on the tree that is written, as this very formatter does: children
+    /// that were not there when the call began are left out. It is a logic assertion when children
+    /// change otherwise.
     void Format(XMLFormatter& target, const DOMElement& element);
 
     /// The text of a document or of an element and all below it, indented by two blanks a level,

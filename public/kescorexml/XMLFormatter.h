@@ -23,14 +23,15 @@ enum class FormatMode : std::int32_t
 };
 
 /// Turns tags, attributes, text, comments, bytes and whole element trees into XML text and hands
-/// every piece, in order, to one sink: OutputString.
+/// every piece, in order, to one operation: OutputString.
 ///
 /// Names are written as given, neither escaped nor checked. Callers keep open and close tags and
-/// Indent and Undent balanced, normally with an Indenter. What the sink throws leaves every call.
+/// Indent and Undent balanced, normally with an Indenter. What OutputString throws leaves every
+/// call.
 ///
-/// A sink, or another operation that a subclass replaces, may add children to an element that is
-/// being written: they are left out. It is a logic assertion when the children of such an element
-/// change otherwise. What is being written must not be destroyed.
+/// OutputString, or another operation that a subclass replaces, may add children to an element that
+/// is being written: they are left out. It is a logic assertion when the children of such an
+/// element change otherwise. What is being written must not be destroyed.
 ///
 /// Different objects may be used from different threads.
 class KESCOREXML_EXPORT XMLFormatter
@@ -38,6 +39,8 @@ class KESCOREXML_EXPORT XMLFormatter
 public:
     /// Attribute values by name; always written in the order of the names.
     using AttributeMap = std::unordered_map<TString, TString>;
+
+    // These live as long as the library.
 
     /// What an open tag begins with: "<".
     static const TString& prefixOpen;
@@ -87,9 +90,9 @@ public:
     virtual void Indent();
     /// One level back.
     virtual void Undent();
-    /// What stands before each line at present.
+    /// What stands before each line at present. The reference is valid as long as this formatter.
     virtual const TString& GetIndent() const;
-    /// For sinks that buffer; does nothing here.
+    /// For subclasses that buffer; does nothing here.
     virtual void Flush();
 
     /// One piece a pair: a blank, the name, "=" and the escaped value in single quotes.
@@ -165,7 +168,7 @@ public:
                           bool header);
 
 protected:
-    /// Whether a piece that reaches the sink is the indentation, and no other text that is the
+    /// Whether a piece that reaches OutputString is the indentation, and no other text that is the
     /// same.
     bool IsIndent(const TString& piece) const noexcept { return &piece == &m_indent; }
 

@@ -13,7 +13,8 @@ class DOMElement;
 /// tree. With `header` the XML declaration comes first.
 ///
 /// std::length_error for a tree deeper than XMLFormatter::c_maxIndentLength allows. Safe to use
-/// from several threads, which must not write to the same place.
+/// from several threads, which must not write to the same place, as long as nobody changes the
+/// tree.
 ///
 /// @code
 /// const auto document = DOMParser().ParseXmlString("<list><item>tea</item></list>", "list.xml");

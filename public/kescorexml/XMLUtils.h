@@ -15,7 +15,7 @@
 /// more than time linear in the text it looks at. Safe to use from several threads.
 namespace XmlUtils {
 
-/// A piece of a string. A `start` of npos means "none".
+/// A piece of a string. A `start` of npos means "none". A plain value.
 struct StringRange
 {
     /// The first position; npos when there is none.
@@ -72,8 +72,8 @@ KESCOREXML_EXPORT std::size_t FindInRange(const TString& s, const TString& sub, 
 KESCOREXML_EXPORT std::size_t AdvanceFromOpenToCloseBrace(const std::string& xml,
                                                           std::size_t start);
 
-/// True when every quoted run that opens in [`from`, `to`] also closes there. The range is closed
-/// at both ends and cut at the end of the text. A quote of the other kind inside a run is text.
+/// True when every quote that opens in [`from`, `to`] also closes there. The range is closed at
+/// both ends and cut at the end of the text. A quote of the other kind inside quotes is text.
 KESCOREXML_EXPORT bool AreQuotesMatchingInRange(const std::string& xml, std::size_t from,
                                                 std::size_t to) noexcept;
 

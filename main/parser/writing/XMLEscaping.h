@@ -10,7 +10,7 @@ namespace XMLEscaping {
 
 inline constexpr std::u16string_view c_cdataOpen = u"<![CDATA[";
 inline constexpr std::u16string_view c_cdataClose = u"]]>";
-/// Ends a section in the middle of its end mark and begins the next one.
+/// Ends a section in the middle of its "]]>" and begins the next one.
 inline constexpr std::u16string_view c_cdataSplitter = u"]]]]><![CDATA[>";
 inline constexpr std::u16string_view c_quote = u"&quot;";
 
@@ -28,7 +28,7 @@ constexpr bool IsLongContent(std::u16string_view text) noexcept
     return text.size() >= 32;
 }
 
-/// The position of the first end mark of a CDATA section, or npos.
+/// The position of the first "]]>", which would end a CDATA section, or npos.
 std::size_t FindCDataClose(std::u16string_view text) noexcept;
 
 /// Hands the pieces of the CDATA form of a text to `append`, in order.

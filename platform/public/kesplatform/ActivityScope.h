@@ -11,10 +11,10 @@
 
 namespace art {
 
-/// One finished activity.
+/// One finished activity. A plain value, but for the name.
 struct ActivityRecord
 {
-    /// What was done.
+    /// What was done; valid during the call of the sink.
     std::string_view name;
     /// In the order added; numbers as decimal text.
     std::vector<std::pair<TString, TString>> attributes;
@@ -35,11 +35,12 @@ public:
 };
 
 /// Installs a sink for the whole process; null switches tracing off. Activities keep the sink that
-/// they opened with. Safe to use from several threads.
+/// they opened with, and keep it alive. Safe to use from several threads.
 KESPLATFORM_EXPORT void SetActivitySink(std::shared_ptr<ActivitySink> sink);
 
-/// Traces one activity. Open, and more than one atomic load, only while a sink is installed. What
-/// a sink throws is dropped.
+/// Traces one activity, on the thread that makes and ends it. Open, and more than one atomic load,
+/// only while a sink is installed. What a sink throws is dropped. Different objects may be used
+/// from different threads.
 class KESPLATFORM_EXPORT ActivityScope
 {
 public:

@@ -10,8 +10,8 @@
 #include <vector>
 
 /// Base of the suite's exceptions: a message for people, an error record for programs, and
-/// optionally the exception that caused this one. Copyable; copies share the causes.
-/// Different objects may be used from different threads, also copies of one.
+/// optionally the exception that caused this one. Copies share the causes, which never change.
+/// Different objects may be used from different threads. Const operations may run side by side.
 class KESPLATFORM_EXPORT CorvinaException : public std::exception
 {
 public:
@@ -38,7 +38,7 @@ public:
     /// One line for a log: every message with its error identifier where there is one.
     virtual TString CollateMessagesForLog() const;
 
-    /// The record for programs.
+    /// The record for programs; lives as long as this exception.
     const TError::ErrorInfo& GetErrorInfo() const noexcept { return m_info; }
     /// Null when nothing caused this exception; lives as long as this exception.
     const CorvinaException* GetCause() const noexcept { return m_cause.get(); }

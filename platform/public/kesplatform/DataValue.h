@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <variant>
 
-/// A calendar date (proleptic Gregorian), month and day from 1.
+/// A calendar date (proleptic Gregorian), month and day from 1. A plain value.
 struct DataDate
 {
     /// The year.
@@ -18,7 +18,7 @@ struct DataDate
     friend bool operator==(const DataDate&, const DataDate&) noexcept = default;
 };
 
-/// A date and a time of day without time zone.
+/// A date and a time of day without time zone. A plain value.
 struct DataDateTime
 {
     /// The day.
@@ -69,7 +69,7 @@ private:
 
 namespace DataValueFormatter {
 
-/// How values are written.
+/// How values are written. A plain value.
 struct FormatOptions
 {
     /// Texts for machines: no locale, and each reads back as the same value. Without it the texts

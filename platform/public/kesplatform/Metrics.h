@@ -14,23 +14,26 @@ class KESPLATFORM_EXPORT Sink
 {
 public:
     virtual ~Sink();
+    // What views show is valid during the call.
+
     /// A scope begins; `flags` are those of its maker.
     virtual void ScopeOpened(std::string_view name, std::uint64_t flags) = 0;
     /// A number that belongs to an open scope.
     virtual void ValueEmitted(std::string_view scope, std::string_view key, std::int64_t value) = 0;
-    /// Bytes that belong to an open scope, valid during the call.
+    /// Bytes that belong to an open scope.
     virtual void BytesEmitted(std::string_view scope, std::string_view key,
                               std::string_view bytes) = 0;
-    /// The scope that was opened last, and not closed yet, closes.
+    /// The scope that was opened last on this thread, and not closed yet, closes.
     virtual void ScopeClosed(std::string_view name, std::int64_t nanoseconds) = 0;
 };
 
 /// Installs a sink for the whole process; null switches metrics off. Scopes keep the sink that
-/// they opened with. Safe to use from several threads.
+/// they opened with, and keep it alive. Safe to use from several threads.
 KESPLATFORM_EXPORT void SetSink(std::shared_ptr<Sink> sink);
 
-/// Measures one piece of work. Open, and more than one atomic load, only while a sink is
-/// installed. What a sink throws is dropped.
+/// Measures one piece of work, on the thread that begins and ends it. Open, and more than one
+/// atomic load, only while a sink is installed. What a sink throws is dropped. Different objects
+/// may be used from different threads.
 class KESPLATFORM_EXPORT Scope
 {
 public:

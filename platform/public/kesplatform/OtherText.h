@@ -11,7 +11,8 @@
 class TString;
 
 /// The kinds of text that go wherever a TString goes, are compared with it and added to it. They
-/// are told by what they can do, so that no header of Qt is needed here.
+/// are told by what they can do, so that no header of Qt is needed here. Safe to use from several
+/// threads.
 namespace OtherText {
 
 /// A pointer to text that ends with a zero, or an array that holds one. Null is the empty text.

@@ -21,10 +21,10 @@ public:
 
     /// Both parts are empty.
     bool IsEmpty() const noexcept { return m_root.IsEmpty() && m_field.IsEmpty(); }
-    /// The root, empty for a local name.
+    /// The root, empty for a local name; valid until this object changes or ends.
     const TString& GetRootValue() const noexcept { return m_root; }
     void SetRootValue(const TString& root) noexcept { m_root = root; }
-    /// The field.
+    /// The field; valid until this object changes or ends.
     const TString& GetFieldValue() const noexcept { return m_field; }
     /// The written form; that of a name without root is the field alone.
     TString GetFullValue() const;
@@ -38,7 +38,8 @@ private:
     TString m_field;
 };
 
-/// The qualified name of a field; the root is its data source.
+/// The qualified name of a field; the root is its data source. A plain value. What is static is
+/// safe to use from several threads, a cache from one at a time.
 class KESPLATFORM_EXPORT FieldName : public QualifiedName
 {
 public:
@@ -69,7 +70,7 @@ public:
     friend std::strong_ordering operator<=>(const FieldName&, const FieldName&) noexcept = default;
 };
 
-/// `name` under the data source `root`.
+/// `name` under the data source `root`. Safe to use from several threads.
 KESPLATFORM_EXPORT FieldName MakeGlobalName(const TString& root, FieldName&& name);
-/// `name` without its data source.
+/// `name` without its data source. Safe to use from several threads.
 KESPLATFORM_EXPORT FieldName MakeLocalName(FieldName&& name);

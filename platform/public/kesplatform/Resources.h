@@ -9,7 +9,7 @@
 
 /// A compiled-in resource, found by the name that an alias resolves to: a path of Qt's resource
 /// system, which begins with ":", or else the bare name of one of the platform's own resources.
-/// Different objects may be used from different threads.
+/// A plain value.
 class KESPLATFORM_EXPORT TResource
 {
 public:
@@ -27,7 +27,7 @@ private:
     TString m_name;
 };
 
-/// A compiled-in resource read as UTF-8 text.
+/// A compiled-in resource read as UTF-8 text. A plain value.
 class KESPLATFORM_EXPORT UTF8StringTResource
 {
 public:

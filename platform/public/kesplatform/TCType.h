@@ -1,6 +1,6 @@
 #pragma once
 
-/// Character classes of the platform. All functions are safe to use from several threads.
+/// Character classes of the platform. Safe to use from several threads.
 namespace TCType {
 
 /// U+0009 to U+000D and U+0020, nothing else: a no-break space is text.

@@ -12,7 +12,7 @@
 namespace TIO {
 
 /// A file that cannot be opened, read, decoded or written. The message names the file and the
-/// reason.
+/// reason. For threads and copies see CorvinaException.
 class KESPLATFORM_EXPORT Exception : public CorvinaException
 {
 public:
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] Exception* Clone() const override;
     [[noreturn]] void Throw() const override;
 
-    /// The file, as it was named.
+    /// The file, as it was named; valid as long as this exception.
     const TPath& GetPath() const noexcept { return m_path; }
 
 private:
@@ -46,7 +46,7 @@ public:
     [[noreturn]] void Throw() const override;
 
     /// The encoding that the file is in by its byte-order mark, else by its declaration, else
-    /// "UTF-8".
+    /// "UTF-8"; valid as long as this exception.
     const TString& GetEncoding() const noexcept { return m_encoding; }
     /// Of the first byte that does not decode, from the start of the file.
     std::uint64_t GetOffset() const noexcept { return m_offset; }
@@ -58,8 +58,8 @@ private:
 
 } // namespace TIO
 
-/// A file open for reading. Closed at the end of the object's life.
-/// Different objects may be used from different threads.
+/// A file open for reading. Closed at the end of the object's life. Different objects may be used
+/// from different threads; what is static is safe to use from several.
 class KESPLATFORM_EXPORT TFile
 {
 public:
@@ -69,7 +69,7 @@ public:
     TFile(const TFile&) = delete;
     TFile& operator=(const TFile&) = delete;
 
-    /// The path that it was made with.
+    /// The path that it was made with; valid as long as this object.
     const TPath& GetPath() const noexcept { return m_path; }
 
     /// Opens for reading. A directory, or anything that cannot be opened, is a TIO::Exception.
@@ -101,7 +101,7 @@ private:
 };
 
 /// The size of a file in bytes; TIO::Exception when there is no such file or it is a directory.
-/// What has no size, a pipe or a device, counts as 0.
+/// What has no size, a pipe or a device, counts as 0. Safe to use from several threads.
 KESPLATFORM_EXPORT std::int64_t GetFileSize(const TPath& path);
 
 /// Whether a file of so many bytes is read as a whole where it could be read in pieces; what tells

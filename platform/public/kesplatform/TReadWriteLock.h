@@ -10,7 +10,8 @@
 
 /// A lock held by one writer or by any number of readers, re-entrant for the thread that holds it:
 /// write in write, read in write and read in read. A reader cannot become a writer (deadlock).
-/// Every lock call needs its unlock call of the same kind on the same thread.
+/// Every lock call needs its unlock call of the same kind on the same thread. Nobody may hold the
+/// lock when it ends. Safe to use from several threads.
 class KESPLATFORM_EXPORT TReadWriteLock
 {
 public:
@@ -37,7 +38,8 @@ private:
     std::uint32_t m_depth = 0;
 };
 
-/// Holds a lock exclusively from construction to destruction.
+/// Holds a lock, which must live longer, exclusively from construction to destruction. An object is
+/// for the thread that made it.
 class ScopedLock
 {
 public:
@@ -51,7 +53,8 @@ private:
     TReadWriteLock& m_lock;
 };
 
-/// Holds a lock shared from construction to destruction.
+/// Holds a lock, which must live longer, shared from construction to destruction. An object is for
+/// the thread that made it.
 class ScopedReadLock
 {
 public:
@@ -65,4 +68,5 @@ private:
     TReadWriteLock& m_lock;
 };
 
+/// A lock that the thread which holds it may take again. Safe to use from several threads.
 using TRecursiveMutex = std::recursive_mutex;

@@ -32,7 +32,8 @@ class QString;
 /// part of no well-formed sequence becomes one U+FFFD. The way back is view(), toStdString() and,
 /// in programs that include its header, the conversion to QString.
 ///
-/// Different objects may be used from different threads, even when they share a text.
+/// Different objects may be used from different threads, even when they share a text. Const
+/// operations may run side by side.
 /// Memory exhaustion is std::bad_alloc, a text of more than c_maxLength units std::length_error.
 class KESPLATFORM_EXPORT TString
 {

@@ -10,7 +10,8 @@
 #include <string_view>
 
 /// std::format writes the text as UTF-8 and takes the format specifications of strings. It stands
-/// in a header of its own, because the one that it needs is large.
+/// in a header of its own, because the one that it needs is large. Different objects may be used
+/// from different threads.
 template <>
 struct std::formatter<TString> : std::formatter<std::string_view>
 {

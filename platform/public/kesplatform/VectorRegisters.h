@@ -17,7 +17,7 @@
 /// libraries that do not, the hashes of Qt 6.4 among them. All 128-bit instructions of the thread
 /// then wait for whatever wrote the same register before, and a parse takes up to half as long
 /// again. To be called at the beginning of long work and behind such code; takes a few nanoseconds,
-/// and does nothing where there are no such registers.
+/// and does nothing where there are no such registers. Acts on the calling thread alone.
 inline void ClearUpperVectorHalves() noexcept
 {
 #if defined(__GNUC__) && defined(__x86_64__)
