@@ -105,7 +105,7 @@ std::vector<Structure> Attributes()
     };
 }
 
-std::vector<Structure> Content()
+std::vector<Structure> Children()
 {
     const std::string bAndC = Sequence(Element("b") + Element("c"));
     const std::string twoOrThree = Sequence(Element("b", "minOccurs='2' maxOccurs='3'"));
@@ -142,6 +142,12 @@ std::vector<Structure> Content()
          "<a><b/></a>",
          "<a><c/></a>",
          {{8, "no declaration found for element 'c'"}, {12, "element 'c' is not allowed"}}},
+    };
+}
+
+std::vector<Structure> TextAndWildcards()
+{
+    return {
         {"Empty",
          Root(""),
          "<a/>",
@@ -261,7 +267,9 @@ TEST_P(Structures, AreViolatedByDocumentsThatDoNot)
 }
 
 INSTANTIATE_TEST_SUITE_P(Attribute, Structures, testing::ValuesIn(Attributes()), NameOf);
-INSTANTIATE_TEST_SUITE_P(Content, Structures, testing::ValuesIn(Content()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Children, Structures, testing::ValuesIn(Children()), NameOf);
+INSTANTIATE_TEST_SUITE_P(TextAndWildcards, Structures, testing::ValuesIn(TextAndWildcards()),
+                         NameOf);
 INSTANTIATE_TEST_SUITE_P(Derivation, Structures, testing::ValuesIn(Derivation()), NameOf);
 
 TEST(ValidationStructure, AddsTheAttributesThatTheSchemaGivesByDefault)
