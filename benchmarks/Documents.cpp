@@ -120,7 +120,7 @@ void AddFile(std::vector<Document>& documents, const char* name, const char* pat
 
 const std::vector<Document>& GetDocuments()
 {
-    static const std::vector<Document> documents = [] {
+    static const std::vector<Document> s_documents = [] {
         std::vector<Document> made;
         made.push_back({"attributes", MakeAttributeHeavy(12'400'000)});
         made.push_back({"text", MakeTextHeavy(8'000'000)});
@@ -130,7 +130,7 @@ const std::vector<Document>& GetDocuments()
         AddFile(made, "te", "/usr/share/unicode/cldr/common/annotations/te.xml");
         return made;
     }();
-    return documents;
+    return s_documents;
 }
 
 const Document& GetDocument(const std::string& name)

@@ -119,11 +119,11 @@ Figures Measure(const std::string& bytes, Heap heap)
         return (GetProcessorSeconds() - start) / size * 1e9;
     };
     if (heap == Heap::Warm) {
-        constexpr std::size_t c_most = 12'000'000'000;
+        constexpr std::size_t c_maximum = 12'000'000'000;
         // Indentation makes forty bytes of text from a byte of a deep document, and while the text
         // grows there may be two.
-        constexpr std::size_t c_mostPerByte = 100;
-        WarmHeap(std::min(c_most, c_mostPerByte * bytes.size()));
+        constexpr std::size_t c_maximumPerByte = 100;
+        WarmHeap(std::min(c_maximum, c_maximumPerByte * bytes.size()));
     }
     Figures figures;
     BareReader reader;
@@ -204,8 +204,8 @@ int PrintSizes(const char* name, std::string (*make)(std::size_t), Heap heap)
         const bool hasLargest = !std::isnan(sizes[2].*perByte);
         const double growth = sizes[hasLargest ? 2 : 1].*perByte / (sizes[0].*perByte);
         std::printf(" | %.2f%s", growth, hasLargest ? "" : " (100 MB)");
-        constexpr double c_mostGrowth = 1.3;
-        grown += isOurs && !(growth <= c_mostGrowth) ? 1 : 0;
+        constexpr double c_maximumGrowth = 1.3;
+        grown += isOurs && !(growth <= c_maximumGrowth) ? 1 : 0;
     }
     std::printf(" |\n");
     return grown;

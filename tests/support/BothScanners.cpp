@@ -71,10 +71,10 @@ std::string_view GetName(BothScanners::Source source)
 std::string Describe(const SinkPlan& plan)
 {
     std::string text;
-    if (plan.stopFrom != SinkPlan::never)
+    if (plan.stopFrom != SinkPlan::c_never)
         text +=
             (plan.stopsOnce ? ", stops once at " : ", stops at ") + std::to_string(plan.stopFrom);
-    if (plan.throwFrom != SinkPlan::never) {
+    if (plan.throwFrom != SinkPlan::c_never) {
         text += plan.throwsWhenAsked ? ", throws when asked after " : ", throws in ";
         text += std::to_string(plan.throwFrom);
     }

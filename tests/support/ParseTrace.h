@@ -41,7 +41,7 @@ std::string ToReadable(std::string_view bytes);
 /// How a TracingSink behaves. Events are counted from 1: start tags, end tags and texts.
 struct SinkPlan
 {
-    static constexpr std::size_t never = std::numeric_limits<std::size_t>::max();
+    static constexpr std::size_t c_never = std::numeric_limits<std::size_t>::max();
 
     enum class Thrown
     {
@@ -52,11 +52,11 @@ struct SinkPlan
     };
 
     /// Done when it is asked after this event, or a later one.
-    std::size_t stopFrom = never;
+    std::size_t stopFrom = c_never;
     /// Done only the first time that it is asked then.
     bool stopsOnce = false;
     /// Throws in this event and in all later ones.
-    std::size_t throwFrom = never;
+    std::size_t throwFrom = c_never;
     /// Throws instead when it is asked, after that event or a later one, whether it is done.
     bool throwsWhenAsked = false;
     Thrown thrown = Thrown::StandardException;

@@ -15,7 +15,7 @@
 namespace {
 
 /// Enough for documents of tests; more could take for ever.
-constexpr XMLSize_t c_mostEntities = 100;
+constexpr XMLSize_t c_maximumEntities = 100;
 
 using Restore = std::function<std::u16string(const std::u16string&)>;
 
@@ -74,7 +74,7 @@ std::optional<std::u16string> ReadEvents(const std::string& xml, const Restore& 
         (xercesc::XMLPlatformUtils::Initialize(), true);
     EventWriter writer(restore);
     xercesc::SecurityManager security;
-    security.setEntityExpansionLimit(c_mostEntities);
+    security.setEntityExpansionLimit(c_maximumEntities);
     const std::unique_ptr<xercesc::SAX2XMLReader> reader(
         xercesc::XMLReaderFactory::createXMLReader());
     reader->setFeature(xercesc::XMLUni::fgSAX2CoreNameSpaces, false);

@@ -51,8 +51,7 @@ private:
 };
 
 /// What Xerces calls back during a parse. It passes elements and text on to a sink, keeps Xerces's
-/// diagnostics, refuses external entities and serves schema documents that
-/// the caller supplies.
+/// diagnostics, refuses external entities and serves schema documents that the caller supplies.
 class XercesXMLHandler : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver
 {
 public:

@@ -82,6 +82,8 @@ std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::Clone() const
 
 bool StandaloneDOMElement::operator==(const StandaloneDOMElement& other) const
 {
+    // Two trees at once, in any order, and nothing to do behind an element: a list of pairs is all
+    // that it takes.
     std::vector<std::pair<const StandaloneDOMElement*, const StandaloneDOMElement*>> pending;
     const StandaloneDOMElement* left = this;
     const StandaloneDOMElement* right = &other;

@@ -54,7 +54,7 @@ inline char16_t* PutEscape(const EscapeTable& table, char16_t unit, char16_t* to
 template <MappingTableType type>
 char16_t* CopyEscaped(std::u16string_view text, char16_t* to) noexcept
 {
-    constexpr const EscapeTable& table = c_escapeTable<type>;
+    constexpr const EscapeTable& c_table = c_escapeTable<type>;
     const auto endsText = [](char16_t unit) {
         return type == MappingTableType::LongContent && unit == u'<';
     };
@@ -70,7 +70,7 @@ char16_t* CopyEscaped(std::u16string_view text, char16_t* to) noexcept
             continue;
         if (endsText(*from))
             return nullptr;
-        to = PutEscape(table, *from++, to);
+        to = PutEscape(c_table, *from++, to);
     }
     const auto rest = static_cast<std::size_t>(end - from);
     if (rest >= EightUnits::c_count / 2) {
@@ -81,12 +81,12 @@ char16_t* CopyEscaped(std::u16string_view text, char16_t* to) noexcept
         }
     }
     for (; from != end; ++from) {
-        if (!NeedsEscape(table, *from))
+        if (!NeedsEscape(c_table, *from))
             *to++ = *from;
         else if (endsText(*from))
             return nullptr;
         else
-            to = PutEscape(table, *from, to);
+            to = PutEscape(c_table, *from, to);
     }
     return to;
 }
