@@ -8,8 +8,8 @@
 #include <functional>
 
 /// The work throws a DOMException about missing data with this message and record.
-inline void ExpectMissing(const std::function<void()>& work, const char* message, std::uint32_t code,
-                   const char* identifier)
+inline void ExpectMissing(const std::function<void()>& work, const char* message,
+                          std::uint32_t code, const char* identifier)
 {
     try {
         work();
