@@ -29,6 +29,7 @@ Diagnostic ToDiagnostic(const XMLDiagnostic& recorded, const TString& file)
     diagnostic.column = recorded.GetColumn();
     diagnostic.message = recorded.GetText();
     diagnostic.isInvalidUtf8 = recorded.IsInvalidUtf8();
+    diagnostic.isEntityRefused = recorded.IsEntityRefused();
     return diagnostic;
 }
 

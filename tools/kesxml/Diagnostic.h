@@ -28,6 +28,8 @@ struct Diagnostic
     /// Whether it is about bytes that are not UTF-8, up to which the document was not read, so that
     /// the element is not known.
     bool isInvalidUtf8 = false;
+    /// Whether it is about a reference to an entity that is not allowed.
+    bool isEntityRefused = false;
     /// The name of the attribute that it is about, and the value that the document gives it; empty
     /// when that is not known.
     TString attribute{};

@@ -23,7 +23,7 @@ Diagnostics DescribeSkippedEntities(const std::vector<SkippedEntity>& entities, 
 void NameEntityOption(Diagnostics& diagnostics)
 {
     for (Diagnostic& diagnostic : diagnostics) {
-        if (diagnostic.message.contains(u"more than '0' entity expansions"))
+        if (diagnostic.isEntityRefused)
             diagnostic.message += u"; --allow-entities lifts it";
     }
 }
