@@ -57,7 +57,7 @@ void CheckReplaceable(const QString& name)
         Fail(name, file.errorString());
     const QByteArray head = file.read(static_cast<qint64>(qstrlen(c_doctype)));
     if (!head.isEmpty() && head.compare(c_doctype, Qt::CaseInsensitive) != 0)
-        Fail(name, "what is there is no page of HTML and is not replaced");
+        Fail(name, "what is there is not a page of HTML and is not replaced");
 }
 
 std::size_t CountErrors(const Diagnostics& diagnostics)

@@ -44,9 +44,8 @@ double Measure(const std::string& source, const Parse& parse)
 
 double OfDOMParser(const std::string& source)
 {
-    return Measure(source, [](const std::string& text) {
-        return DOMParser().ParseXmlString(text, u"id");
-    });
+    return Measure(source,
+                   [](const std::string& text) { return DOMParser().ParseXmlString(text, u"id"); });
 }
 
 double OfDOMBuilder(const std::string& source)
@@ -87,8 +86,8 @@ std::string Catalogue()
     std::string text = "<catalogue>\n";
     for (int i = 10000; text.size() < c_bytes; ++i) {
         const std::string number = std::to_string(i);
-        text += "  <item id='" + number + "'>\n    <name>Thing " + number +
-                "</name>\n    <price>" + number + "</price>\n  </item>\n";
+        text += "  <item id='" + number + "'>\n    <name>Thing " + number + "</name>\n    <price>" +
+                number + "</price>\n  </item>\n";
     }
     return text + "</catalogue>\n";
 }
