@@ -25,8 +25,6 @@ struct DOMBuilder::State
         arena.ShareBeforeClosing();
     }
 
-    AttributeStorage Pack(const TString& element, DOMElement::AttributeMap&& attributes);
-
     bool keepWhitespaceText;
     ParseArena arena;
     ParsedNames names;
@@ -42,11 +40,9 @@ bool HasNull(const DOMElement::AttributeMap& attributes) noexcept
     });
 }
 
-} // namespace
-
-/// What is packed is only read, so that who made the map can use it again.
-AttributeStorage DOMBuilder::State::Pack(const TString& element,
-                                         DOMElement::AttributeMap&& attributes)
+/// What is packed is only read, so that whoever made the map can use it again.
+AttributeStorage Pack(ParseArena& arena, ParsedNames& names, const TString& element,
+                      DOMElement::AttributeMap&& attributes)
 {
     AttributeStorage storage;
     const std::size_t count = attributes.size();
@@ -76,6 +72,8 @@ AttributeStorage DOMBuilder::State::Pack(const TString& element,
     return storage;
 }
 
+} // namespace
+
 DOMBuilder::DOMBuilder(DOM& dom, bool keepWhitespaceText)
     : m_stack{dom.GetRoot()}, m_state(std::make_unique<State>(keepWhitespaceText))
 {
@@ -85,7 +83,7 @@ DOMBuilder::~DOMBuilder() = default;
 
 void DOMBuilder::StartElement(TString&& name, std::unordered_map<TString, TString>&& attributes)
 {
-    AttributeStorage packed = m_state->Pack(name, std::move(attributes));
+    AttributeStorage packed = Pack(m_state->arena, m_state->names, name, std::move(attributes));
     std::unique_ptr<DOMElement> element =
         ParsedElements::New(m_state->arena, std::move(name), std::move(packed));
     if (m_location != nullptr) {
