@@ -2,6 +2,7 @@
 
 #include <kescorexml/SAXInterface.h>
 
+#include <memory>
 #include <vector>
 
 class DOM;
@@ -32,7 +33,9 @@ public:
     void TextContent(const TString& text) override;
 
 private:
+    struct State;
+
     std::vector<DOMElement*> m_stack;
-    bool m_keepWhitespaceText;
+    std::unique_ptr<State> m_state;
     SAXFileLocation* m_location = nullptr;
 };

@@ -15,16 +15,16 @@
 /// Turns XML into documents.
 ///
 /// Whatever is wrong with a document, or with a schema that it is checked against, becomes an error
-/// on the root element of the DOM that is returned, in the order reported; nothing of it is thrown.
+/// on the root element of the DOM that is returned, in the order reported; none of it is thrown.
 /// The tree then holds what came before the parse stopped. Warnings are dropped. The caller owns
 /// the DOM. Where a document type is declared elsewhere, a reference to an entity that the document
 /// does not declare itself is no error: nothing is read in its place, and the DOM lists it among
-/// its skipped entities. What a parse may cost is limited. White space alone between tags is
-/// dropped unless stated. With schemas, attributes that they give by default are added, and texts
-/// and attributes have their white space as their types have it.
+/// its skipped entities. There are limits on what a parse may cost. White space alone between tags
+/// is dropped unless stated. With schemas, attributes with default values are added, and the white
+/// space of texts and attributes is treated as their types demand.
 ///
 /// Parsing many documents with one object is cheaper than with many, unless schemas are in use.
-/// An object is for one thread at a time, its const operations too.
+/// An object is for one thread at a time, even for const operations.
 /// Different objects may be used from different threads.
 ///
 /// @code

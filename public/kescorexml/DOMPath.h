@@ -26,11 +26,11 @@
 /// first child of "a" and then sees its later children.
 ///
 /// Elements come in document order, each at most once. A subtree in which the path cannot match is
-/// not entered. Nothing recurses, and no element visited costs an allocation of its own. A visit
-/// compares the element with each step that may come next there, so time is at most proportional
-/// to the elements visited times the steps of the path. For each level that it is in, a walk keeps
-/// which steps may come next: 16 bytes for up to 64 neighbours among them, beside the same 40 bytes
-/// for each level.
+/// not entered. Nothing recurses, and visiting an element takes no allocation of its own. A visit
+/// compares the element with each step that may come next there, so the time is at most
+/// proportional to the elements visited times the steps of the path. For each level that it is in,
+/// a walk takes 40 bytes, and for the steps that may come next there, 16 bytes for up to 64
+/// neighbours among them.
 ///
 /// T is DOMElement or DOMElement const. Different objects may be used from different threads.
 ///
@@ -127,7 +127,7 @@ private:
     std::vector<PathNode<T>> m_stack;
     std::vector<TString> m_tokens;
     std::vector<Tokens> m_kinds;
-    /// The position behind the last token: who gets there has matched the path.
+    /// The position behind the last token: whatever gets there has matched the path.
     Positions m_end{};
     /// Of all levels, what their nodes have no room for, level by level, each in ascending order.
     std::vector<Positions> m_others;

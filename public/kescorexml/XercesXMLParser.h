@@ -8,10 +8,10 @@
 ///
 /// Nothing is read but the source: external DTDs are not loaded, external entity declarations fail
 /// the parse, and so do references to internal entities unless expansion is allowed. A sink that is
-/// done stops the parse where it stands. What a parse may cost is limited; limits that are set take
-/// part from the next parse or load of a schema on. No problem of a document is thrown; what a
-/// source throws while it is read passes through. Different objects may be used from different
-/// threads.
+/// done stops the parse where it is. There are limits on what a parse may cost; one that is set
+/// applies from the next parse or load of a schema on. Problems of a document are never thrown;
+/// what a source throws while it is read passes through. Different objects may be used from
+/// different threads.
 class KESCOREXML_EXPORT XercesXMLParser : public AbstractXMLParser, public ParseLimits
 {
 public:

@@ -103,7 +103,7 @@ TEST_F(KesxmlEdit, RefusesWhatItCannotDo)
     const KesxmlOutcome none = Edit({"--remove"}, "//none");
     EXPECT_EQ(none.status, 1);
     EXPECT_EQ(none.out, "");
-    EXPECT_EQ(none.err, "kesxml: -: no element is found by '//none', nothing is written\n");
+    EXPECT_EQ(none.err, "kesxml: -: '//none' finds no element; nothing is written\n");
     for (const QStringList& options : {QStringList{},
                                        {"--remove", "--rename", "a"},
                                        {"--set-attribute", "a"},

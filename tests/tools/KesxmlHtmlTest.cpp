@@ -352,6 +352,37 @@ TEST_F(KesxmlHtml, ShowsThousandsOfFilesInLessThanAMegabyte)
     EXPECT_THAT(page.source, HasSubstr("<caption>Elements by name</caption>"));
 }
 
+TEST_F(KesxmlHtml, ShowsThousandsOfBadFilesInLessThanAMegabyte)
+{
+    const QString folder = QString("documents-of-a-project/%1").arg("", 40, 'x');
+    ASSERT_TRUE(QDir(m_directory.path()).mkpath(folder));
+    QStringList files;
+    for (int i = 0; i < 2000; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        files += folder + "/" + QString::number(i) + ".xml";
+        Write(files.back(), "<list>\n  <item id='" + number + "'>text of " + number +
+                                "</item>\n  <item id='more'>text</item>\n</lists>\n");
+    }
+    const KesxmlOutcome outcome = RunKesxml(
+        QStringList{"check", "--quiet", "--html", PagePath()} + files, {}, m_directory.path());
+    EXPECT_EQ(outcome.status, 1);
+    const HtmlPage page = HtmlPage::Read(PagePath());
+    EXPECT_LT(page.source.size(), 1'000'000U);
+    // All are in the table, and those with a section are linked to it.
+    EXPECT_THAT(page.Texts("td", "result errors"), SizeIs(2000));
+    const std::size_t shown = page.Texts("p", "message error").size();
+    EXPECT_GT(shown, 300U);
+    EXPECT_THAT(page.Texts("section", "document"), SizeIs(shown));
+    const std::vector<std::string> links = page.Texts("a");
+    for (std::size_t i = 0; i < 2000; ++i) {
+        const std::string file = files.at(static_cast<qsizetype>(i)).toStdString();
+        EXPECT_EQ(std::count(links.begin(), links.end(), file), i < shown ? 1 : 0) << file;
+    }
+    const std::string leftOut = "What was found in 1," + std::to_string(2000 - shown - 1000) +
+                                " more documents is left out";
+    EXPECT_THAT(page.Texts("p", "omitted"), Contains(StartsWith(leftOut)));
+}
+
 TEST_F(KesxmlHtml, WorksTogetherWithSchemasAndJson)
 {
     const QString schema = WriteSchema();

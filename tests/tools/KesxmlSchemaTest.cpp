@@ -354,7 +354,7 @@ TEST_F(KesxmlSchema, FetchesNothingFromElsewhere)
     EXPECT_EQ(outcome.err,
               main.toStdString() +
                   ": warning: the schema 'http://far.invalid/schemas/far.xsd' is not "
-                  "read because it is no local file; give a copy of it with an --xsd before "
+                  "read because it is not a local file; give a copy of it with an --xsd before "
                   "this one\n");
     // A copy that is given before takes its place.
     const QString copy = Write("far.xsd", Schema("<xs:simpleType name='t'><xs:restriction "

@@ -46,6 +46,18 @@ TEST_F(KesxmlVersion, ReadsNoFurtherThanTheFirstTag)
     EXPECT_EQ(RunKesxml({"version", file}).out, "3.1\n");
 }
 
+TEST_F(KesxmlVersion, DecodesNoFurtherThanTheFirstTag)
+{
+    // What follows is half of a character, again and again.
+    const QByteArray tag = "\xFF\xFE" + QByteArray("<\0a\0 \0", 6) +
+                           QByteArray("v\0e\0r\0s\0i\0o\0n\0=\0'\0003\0.\0002\0'\0>\0", 28);
+    const QByteArray rest =
+        QByteArray("\x20\0", 2).repeated(100'000) + QByteArray("\x00\xD8", 2).repeated(100'000);
+    EXPECT_EQ(RunKesxml({"version", Write("a.xml", tag + rest)}).out, "3.2\n");
+    // Without a tag, what is wrong is what was wrong.
+    EXPECT_EQ(RunKesxml({"version", Write("b.xml", "\xFF\xFE" + rest)}).status, 2);
+}
+
 TEST_F(KesxmlVersion, WaitsForNoMoreThanTheFirstTag)
 {
     // Whoever writes goes on until nobody reads any more.

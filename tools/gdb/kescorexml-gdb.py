@@ -1,7 +1,7 @@
 # Lets gdb show elements of kescorexml as a tag with the children below, and documents as their
 # elements. gdb loads this by itself for an installed library; otherwise: source kescorexml-gdb.py
-# Attributes are shown where the library has its debugging information; those that a program has
-# changed, or asked for as a map, where gdb has the printers of the standard library.
+# Documents and attributes are shown where the library has its debugging information; attributes that
+# a program has changed, or asked for as a map, where gdb has the printers of the standard library.
 
 import gdb
 import gdb.printing
@@ -11,6 +11,16 @@ import gdb.types
 def shown(text):
     """A TString as its own printer shows it."""
     return text.format_string()
+
+
+def unquoted(text):
+    """A name as its printer shows it, without the quotes."""
+    return text.strip('"') if text.endswith('"') else text.replace('"', "")
+
+
+def without_type(value):
+    """What there is to say of an object when nobody knows what is in it."""
+    return "%s at %s <no type information>" % (gdb.types.get_basic_type(value.type), value.address)
 
 
 def children_of(element):
@@ -24,6 +34,14 @@ def children_of(element):
     for index in range(int(header["size"])):
         child = (owner + index).dereference()
         yield "[%d]" % index, child.dereference() if child else child
+
+
+def as_far_as_known(children):
+    """The children up to one that cannot be had, and then why."""
+    try:
+        yield from children
+    except gdb.error as error:
+        yield "...", "<%s>" % error
 
 
 def packed_attributes(block):
@@ -60,7 +78,7 @@ def attributes_of(element):
         else:
             block = gdb.lookup_type("AttributeBlock").pointer()
             attributes = packed_attributes(gdb.Value(state).cast(block))
-        return "".join(" %s=%s" % (name[1:-1], value) for name, value in sorted(attributes))
+        return "".join(" %s=%s" % (unquoted(name), value) for name, value in sorted(attributes))
     except (gdb.error, AttributeError):
         return " ..."
 
@@ -70,26 +88,38 @@ class ElementPrinter:
         self.value = value
 
     def to_string(self):
-        tag = "<" + shown(self.value["m_name"])[1:-1] + attributes_of(self.value) + ">"
-        text = shown(self.value["m_text"])
+        try:
+            tag = "<" + unquoted(shown(self.value["m_name"])) + attributes_of(self.value) + ">"
+            text = shown(self.value["m_text"])
+        except gdb.MemoryError:
+            raise
+        except gdb.error:
+            return without_type(self.value)
         return tag if text == '""' else tag + " " + text
 
     def children(self):
-        return children_of(self.value)
+        known = gdb.types.has_field(self.value.type, "m_children")
+        return as_far_as_known(children_of(self.value)) if known else iter(())
 
 
 class DocumentPrinter:
     def __init__(self, value):
         self.value = value
+        # Programs leave it to the library to tell what is in a document.
+        self.known = gdb.types.has_field(value.type, "m_root")
 
     def to_string(self):
-        return "DOM"
+        return "DOM" if self.known else without_type(self.value)
 
     def children(self):
+        return as_far_as_known(self.elements()) if self.known else iter(())
+
+    def elements(self):
         # A std::unique_ptr is nothing but its pointer, however that is wrapped.
         pointer = gdb.lookup_type("DOMElement").pointer()
         root = self.value["m_root"].address.cast(pointer.pointer()).dereference()
-        return children_of(root.dereference()) if root else iter(())
+        if root:
+            yield from children_of(root.dereference())
 
 
 def make_printers():

@@ -25,7 +25,13 @@ class StringPrinter:
         self.value = value
 
     def to_string(self):
-        return text_of(self.value["m_rep"])
+        try:
+            return text_of(self.value["m_rep"])
+        except gdb.MemoryError:
+            raise
+        except gdb.error:
+            # The program was compiled such that it does not tell what is in a string.
+            return "TString at %s <no type information>" % self.value.address
 
 
 def make_printers():

@@ -131,8 +131,8 @@ int RunCheck(const QStringList& arguments)
     const QCommandLineOption allowEntities(
         "allow-entities", "Let documents use entities that they define themselves.");
     const QCommandLineOption quiet({"q", "quiet"}, "Print nothing but errors and warnings.");
-    const QCommandLineOption maxErrors("max-errors",
-                                       "Show so many errors and warnings of each document.", "N");
+    const QCommandLineOption maxErrors(
+        "max-errors", "Show at most this many errors and warnings of each document.", "N");
     const QCommandLineOption json = JsonOption();
     const QCommandLineOption html(
         "html",
@@ -154,7 +154,7 @@ int RunCheck(const QStringList& arguments)
         reporting.maxErrors = parser.value(maxErrors).toUInt(&isNumber);
         if (!isNumber)
             return FailUsage(arguments,
-                             "'" + parser.value(maxErrors) + "' is no number of errors.");
+                             "'" + parser.value(maxErrors) + "' is not a number of errors.");
     }
     if (!parser.isSet(html))
         return Check(options, reporting, nullptr);

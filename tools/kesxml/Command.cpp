@@ -11,7 +11,7 @@ std::span<const Command> GetCommands()
         Command{"format", "Write a document formatted to standard output.", RunFormat},
         Command{"check", "Report the errors and warnings of documents.", RunCheck},
         Command{"query", "Print the elements that a path finds.", RunQuery},
-        Command{"diff", "Print in what two documents differ.", RunDiff},
+        Command{"diff", "Print how two documents differ.", RunDiff},
         Command{"edit", "Change the elements that a path finds.", RunEdit},
         Command{"version", "Print the version that a document names.", RunVersion},
         Command{"stats", "Count what is in a document and what it costs.", RunStats},

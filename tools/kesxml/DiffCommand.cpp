@@ -75,7 +75,7 @@ int RunDiff(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Prints in what two documents differ, one difference a line: where the elements\n"
+        "Prints how two documents differ, one difference a line: where the elements\n"
         "are, their path, and the attribute or text. The order of attributes, white\n"
         "space between elements and comments make no difference.");
     parser.addPositionalArgument("FIRST", "A document, or - for standard input.");

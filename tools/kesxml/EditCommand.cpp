@@ -46,7 +46,7 @@ QString FindMistake(const QString& path, const MarkupEdit& edit)
     if (changes && edit.removes)
         return "--remove leaves nothing to change.";
     if (!changes && !edit.removes)
-        return "it is not said what to do.";
+        return "nothing to do: set, rename or remove something.";
     return {};
 }
 
@@ -70,8 +70,8 @@ std::optional<std::string> Edit(InputSource& source, const QString& path, const 
     std::sort(ends.begin(), ends.end());
     ends.erase(std::unique(ends.begin(), ends.end()), ends.end());
     if (ends.empty()) {
-        PrintError(u"kesxml: " + source.Id() + u": no element is found by '" + TString(path) +
-                   u"', nothing is written");
+        PrintError(u"kesxml: " + source.Id() + u": '" + TString(path) +
+                   u"' finds no element; nothing is written");
         return {};
     }
     const std::string text = ReadText(source);

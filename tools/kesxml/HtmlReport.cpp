@@ -26,6 +26,10 @@ constexpr std::size_t c_inAll = 5000;
 /// page that opens at once.
 constexpr qsizetype c_chartBytes = 64 * 1024;
 
+/// How many bytes the sections about documents take, beyond the first few.
+constexpr qsizetype c_sectionBytes = 384 * 1024;
+constexpr std::size_t c_fewSections = 50;
+
 /// So many documents that are fine need not be folded.
 constexpr std::size_t c_few = 20;
 
@@ -53,7 +57,7 @@ void CheckReplaceable(const QString& name)
         Fail(name, file.errorString());
     const QByteArray head = file.read(static_cast<qint64>(qstrlen(c_doctype)));
     if (!head.isEmpty() && head.compare(c_doctype, Qt::CaseInsensitive) != 0)
-        Fail(name, "what is there is no page of HTML and is not replaced");
+        Fail(name, "what is there is not a page of HTML and is not replaced");
 }
 
 std::size_t CountErrors(const Diagnostics& diagnostics)
@@ -135,26 +139,42 @@ HtmlReport::HtmlReport(const QString& file) : m_file(file), m_diagnosticsLeft(c_
 void HtmlReport::AddTo(Group& group, const QString& file, const QString& kind,
                        const QString& details, const QStringList& numbers, const QString& content)
 {
-    const QString id = "document-" + QString::number(++m_count);
-    const QString name = NameOf(file);
     const bool isFine = &group == &m_fine;
-    ++group.count;
-    QString row = "<tr><th scope=\"row\">" +
-                  (content.isEmpty() ? name : "<a href=\"#" + id + "\">" + name + "</a>") + "</th>";
+    Document document{++m_count, NameOf(file), {}, {}};
+    QString cells;
     if (!isFine)
-        row += "<td class=\"result " + kind + "\">" + kind + "</td>";
+        cells += "<td class=\"result " + kind + "\">" + kind + "</td>";
     const qsizetype columns = GetContents().size() + (isFine ? 0 : GetFindings().size());
     for (qsizetype i = 0; i < columns; ++i)
-        row += "<td>" + numbers.value(i) + "</td>";
-    group.rows += (row + "</tr>\n").toUtf8();
-    if (content.isEmpty())
-        return;
-    group.sections +=
-        ("<section class=\"document\" id=\"" + id + "\" aria-labelledby=\"" + id +
-         "-name\">\n<h2 id=\"" + id + "-name\">" + name + "</h2>\n<p class=\"result " + kind +
-         "\">" + details + "</p>\n" + content + "<p class=\"back\"><a href=\"" +
-         (isFine ? "#fine" : "#documents") + "\">All documents</a></p>\n</section>\n")
-            .toUtf8();
+        cells += "<td>" + numbers.value(i) + "</td>";
+    document.cells = cells.toUtf8();
+    if (!content.isEmpty())
+        document.section =
+            ("<section class=\"document\" id=\"d" + QString::number(document.number) + "\">\n<h2>" +
+             document.name + "</h2>\n<p class=\"result " + kind + "\">" + details + "</p>\n" +
+             content + "<p class=\"back\"><a href=\"" + (isFine ? "#fine" : "#documents") +
+             "\">All documents</a></p>\n</section>\n")
+                .toUtf8();
+    group.documents.push_back(std::move(document));
+}
+
+void HtmlReport::Draw(const Group& group, Drawing& drawing)
+{
+    for (const Document& document : group.documents) {
+        // A few have room, however large they are.
+        const bool hasRoom = drawing.sectionCount < c_fewSections ||
+                             drawing.sections.size() + document.section.size() <= c_sectionBytes;
+        QString name = document.name;
+        if (!document.section.isEmpty() && !hasRoom) {
+            ++drawing.leftOut;
+        } else if (!document.section.isEmpty()) {
+            drawing.sections += document.section;
+            ++drawing.sectionCount;
+            name = "<a href=\"#d" + QString::number(document.number) + "\">" + name + "</a>";
+        }
+        drawing.rows +=
+            "<tr><th scope=\"row\">" + name.toUtf8() + "</th>" + document.cells + "</tr>\n";
+    }
 }
 
 void HtmlReport::Add(const QString& file, const Diagnostics& diagnostics, InputSource& source,
@@ -246,28 +266,38 @@ QString HtmlReport::DrawHead() const
 
 QByteArray HtmlReport::DrawFound() const
 {
-    const QByteArray rows = m_bad.rows + m_doubtful.rows;
-    if (rows.isEmpty())
+    Drawing drawing;
+    Draw(m_bad, drawing);
+    Draw(m_doubtful, drawing);
+    if (drawing.rows.isEmpty())
         return {};
     const QStringList columns = QStringList{"Result"} + GetFindings() + GetContents();
+    QString leftOut;
+    if (drawing.leftOut > 0)
+        leftOut = "<p class=\"omitted\">What was found in " +
+                  ToHtml(drawing.leftOut, "more document") +
+                  " is left out: there are many. Check fewer of them to see it.</p>\n";
     return ("<section class=\"documents\" id=\"documents\">\n"
             "<h2>Documents with errors or warnings</h2>\n" +
-            DrawTable(columns, rows) + "</section>\n")
+            DrawTable(columns, drawing.rows) + "</section>\n")
                .toUtf8() +
-           m_bad.sections + m_doubtful.sections +
-           DrawOmission(m_bad.withoutCharts + m_doubtful.withoutCharts).toUtf8();
+           drawing.sections +
+           (leftOut + DrawOmission(m_bad.withoutCharts + m_doubtful.withoutCharts)).toUtf8();
 }
 
 QByteArray HtmlReport::DrawFine() const
 {
-    if (m_fine.count == 0)
+    if (m_fine.documents.empty())
         return {};
-    return ("<details id=\"fine\"" + QString(m_fine.count <= c_few ? " open=\"open\"" : "") +
-            ">\n<summary><h2>" + ToHtml(m_fine.count, "document") +
+    Drawing drawing;
+    Draw(m_fine, drawing);
+    const std::size_t count = m_fine.documents.size();
+    return ("<details id=\"fine\"" + QString(count <= c_few ? " open=\"open\"" : "") +
+            ">\n<summary><h2>" + ToHtml(count, "document") +
             " without errors or warnings</h2></summary>\n<div class=\"documents\">\n" +
-            DrawTable(GetContents(), m_fine.rows) + "</div>\n")
+            DrawTable(GetContents(), drawing.rows) + "</div>\n")
                .toUtf8() +
-           m_fine.sections + DrawOmission(m_fine.withoutCharts).toUtf8() + "</details>\n";
+           drawing.sections + DrawOmission(m_fine.withoutCharts).toUtf8() + "</details>\n";
 }
 
 void HtmlReport::Write()

@@ -11,11 +11,13 @@
 #include <QStringList>
 
 #include <cstddef>
+#include <vector>
 
 /// A page about a check, in one file that refers to nothing else and is well-formed XML too. What
 /// has errors stands first, what has warnings next, and what is fine, folded, at the end; within
-/// these the order is that of adding. It is written whole or not at all: until Write() a report of
-/// an earlier check stays as it is.
+/// these the order is that of adding. Where there are thousands of bad documents, those for which
+/// there is no room have no more than a line in a table. It is written whole or not at all: until
+/// Write() a report of an earlier check stays as it is.
 class HtmlReport
 {
 public:
@@ -33,23 +35,40 @@ public:
     void Write();
 
 private:
+    struct Document
+    {
+        std::size_t number;
+        QString name;
+        /// The line of a table, behind the name.
+        QByteArray cells;
+        /// What more there is to say; empty when that is nothing.
+        QByteArray section;
+    };
+
     /// Documents of which the same can be said.
     struct Group
     {
-        std::size_t count = 0;
-        /// Lines of a table.
-        QByteArray rows;
-        /// Sections about those of which there is more to say.
-        QByteArray sections;
+        std::vector<Document> documents;
         /// What numbers and charts take of the sections.
         qsizetype chartBytes = 0;
         /// The documents whose charts had no room.
         std::size_t withoutCharts = 0;
     };
 
-    /// Adds a line to a table, and a section unless `content` is empty.
+    /// Documents as they stand on the page.
+    struct Drawing
+    {
+        QByteArray rows;
+        QByteArray sections;
+        std::size_t sectionCount = 0;
+        /// How many had no room.
+        std::size_t leftOut = 0;
+    };
+
+    /// Adds a document, with a section unless `content` is empty.
     void AddTo(Group& group, const QString& file, const QString& kind, const QString& details,
                const QStringList& numbers, const QString& content);
+    static void Draw(const Group& group, Drawing& drawing);
     /// What is in a document, for a section, while there is room; adds it to `numbers` too.
     static QString DrawContents(Group& group, const DOM& dom, bool hasErrors, QStringList& numbers);
     QString DrawHead() const;

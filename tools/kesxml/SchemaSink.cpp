@@ -83,7 +83,7 @@ void SchemaSink::ReportRemote(const TString& baseUri, const QString& location)
         return;
     m_reported.insert(location);
     const QString message = "the schema '" + location +
-                            "' is not read because it is no local file; give a copy of it with "
+                            "' is not read because it is not a local file; give a copy of it with "
                             "an --xsd before this one";
     m_diagnostics.push_back({false, baseUri, 0, 0, message, {}});
 }

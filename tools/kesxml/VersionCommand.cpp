@@ -7,6 +7,7 @@
 #include <kescorexml/XMLUtils.h>
 #include <kesplatform/CorvinaException.h>
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
@@ -20,7 +21,7 @@ namespace {
 constexpr const char* c_examples = "  kesxml version workbook.xml\n"
                                    "  kesxml version --attribute schema-version workbook.xml\n";
 
-/// How much is read of standard input at a time, at most.
+/// How much is read at a time, at most.
 constexpr std::size_t c_pieceBytes = 65536;
 
 bool HasMore(int descriptor)
@@ -34,28 +35,43 @@ bool HoldsRootTag(InputSource& source)
     return XmlUtils::FindRootTag(ReadTextIfPossible(source)).start != std::string::npos;
 }
 
-/// Standard input up to the end of the first tag, and what came together with that.
-std::unique_ptr<InputSource> ReadFirstTag()
+/// The document up to the end of its first tag, and what came together with that; all of it when
+/// there is no such tag.
+std::unique_ptr<InputSource> ReadFirstTag(int descriptor, const QString& name)
 {
     QByteArray bytes;
     qsizetype looked = 0;
     for (;;) {
         QByteArray piece(c_pieceBytes, Qt::Uninitialized);
-        const ssize_t count = read(STDIN_FILENO, piece.data(), c_pieceBytes);
+        const ssize_t count = read(descriptor, piece.data(), c_pieceBytes);
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            throw CorvinaException(u"standard input: " + TString(std::strerror(errno)));
+            throw CorvinaException(TString(name + ": " + std::strerror(errno)));
         bytes += piece.first(count);
         // Looking at ever more of it costs linear time, unless it comes slowly.
         const bool isMuchMore = bytes.size() - looked > looked / 4;
-        if (count > 0 && !isMuchMore && HasMore(STDIN_FILENO))
+        if (count > 0 && !isMuchMore && HasMore(descriptor))
             continue;
         looked = bytes.size();
-        std::unique_ptr<InputSource> source = MakeDocument(bytes, "-");
+        std::unique_ptr<InputSource> source = MakeDocument(bytes, name);
         if (count == 0 || HoldsRootTag(*source))
             return source;
     }
+}
+
+std::unique_ptr<InputSource> ReadFirstTag(const QString& file)
+{
+    if (file == "-")
+        return ReadFirstTag(STDIN_FILENO, "standard input");
+    QFile opened(file);
+    if (QFileInfo(file).isFile() && opened.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        std::unique_ptr<InputSource> source = ReadFirstTag(opened.handle(), file);
+        if (HoldsRootTag(*source))
+            return source;
+    }
+    // Says what is wrong with it.
+    return OpenDocument(file);
 }
 
 std::optional<VersionNumber> Sniff(const QString& file, const QString& attribute)
@@ -68,11 +84,10 @@ std::optional<VersionNumber> Sniff(const QString& file, const QString& attribute
         } catch (const TIO::Exception&) {
             throw;
         } catch (const CorvinaException&) {
-            // It is not UTF-8. The whole of it is decoded below.
+            // It is not UTF-8, and is decoded as far as it is read below.
         }
     }
-    const std::unique_ptr<InputSource> source = file == "-" ? ReadFirstTag() : OpenDocument(file);
-    return VersionSniffer(*source, attribute);
+    return VersionSniffer(*ReadFirstTag(file), attribute);
 }
 
 } // namespace

@@ -73,7 +73,7 @@ void ParseArena::OpenSlab(std::size_t bytes)
     m_next = slab->Begin();
     m_end = slab->End();
     m_references = static_cast<std::size_t>(m_end - m_next) / c_smallestObject;
-    // What the parse makes is not seen by other threads before the arena is closed.
+    // Nobody else has seen it yet.
     slab->RetainUnshared(m_references);
     if (m_expectedBytes > 0)
         m_expectedBytes -= std::min(m_expectedBytes, static_cast<std::size_t>(m_end - m_next));
@@ -83,8 +83,12 @@ void ParseArena::OpenSlab(std::size_t bytes)
 
 void ParseArena::Close() noexcept
 {
-    if (ParseSlab* slab = std::exchange(m_slab, nullptr))
-        slab->ReleaseUnshared(m_references + 1);
+    if (ParseSlab* slab = std::exchange(m_slab, nullptr)) {
+        if (m_isShared)
+            slab->Release(m_references + 1);
+        else
+            slab->ReleaseUnshared(m_references + 1);
+    }
     ++m_slabNumber.slab;
     m_next = nullptr;
     m_end = nullptr;

@@ -63,7 +63,7 @@ private:
 
 /// Hands out memory from slabs, each bigger than the one before up to ParseSlab::c_maxBytes. One
 /// parse uses one arena, on one thread, and what comes out of it stays there until the arena is
-/// closed; from then on it may end on any.
+/// closed, unless it is told otherwise; from then on it may end on any.
 class ParseArena
 {
 public:
@@ -78,6 +78,9 @@ public:
     ParseArena(const ParseArena&) = delete;
     ParseArena& operator=(const ParseArena&) = delete;
     ~ParseArena() { Close(); }
+
+    /// For an arena whose things other threads may see, and end, before it is closed.
+    void ShareBeforeClosing() noexcept { m_isShared = true; }
 
     /// What an object takes.
     static constexpr std::size_t RoundUp(std::size_t bytes) noexcept
@@ -157,4 +160,5 @@ private:
     std::size_t m_nextSlabBytes = c_firstSlabBytes;
     /// What is expected beyond the slab in use; 0 when nobody knows.
     std::size_t m_expectedBytes = 0;
+    bool m_isShared = false;
 };

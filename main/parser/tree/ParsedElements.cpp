@@ -10,14 +10,21 @@
 #include <utility>
 
 std::unique_ptr<DOMElement> ParsedElements::New(ParseArena& arena, TString name,
-                                                AttributeStorage&& attributes, DOM* dom,
-                                                DOMElement& parent)
+                                                AttributeStorage&& attributes)
 {
     ParseSlab* slab = nullptr;
     std::byte* memory = arena.Allocate(sizeof(DOMElement), slab);
     std::unique_ptr<DOMElement> element(::new (memory) DOMElement(std::move(name)));
     element->m_slabOffset = slab->OffsetOf(memory);
     element->m_attributes.Take(std::move(attributes));
+    return element;
+}
+
+std::unique_ptr<DOMElement> ParsedElements::New(ParseArena& arena, TString name,
+                                                AttributeStorage&& attributes, DOM* dom,
+                                                DOMElement& parent)
+{
+    std::unique_ptr<DOMElement> element = New(arena, std::move(name), std::move(attributes));
     element->m_dom = dom;
     element->m_parent = &parent;
     return element;

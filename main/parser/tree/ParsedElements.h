@@ -14,6 +14,9 @@
 class ParsedElements
 {
 public:
+    /// A new element that is attached to nothing.
+    static std::unique_ptr<DOMElement> New(ParseArena& arena, TString name,
+                                           AttributeStorage&& attributes);
     /// A new element, attached to `dom`, in no list yet; `parent` is its parent to be.
     static std::unique_ptr<DOMElement> New(ParseArena& arena, TString name,
                                            AttributeStorage&& attributes, DOM* dom,

@@ -3,7 +3,14 @@
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/SAXFileLocation.h>
 
+#include "support/FailingAllocations.h"
+
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <new>
+#include <thread>
 
 namespace {
 
@@ -135,4 +142,95 @@ TEST(DOMBuilder, IsNeverDone)
     DOM dom;
     DOMBuilder builder(dom, false);
     EXPECT_FALSE(builder.IsDone());
+}
+
+TEST(DOMBuilder, TakesAttributesOfAllNamesInAnyNumber)
+{
+    const std::unordered_map<TString, TString> odd{{u"a", u"1"},
+                                                   {TString(std::u16string(u"a\0b", 3)), u"2"},
+                                                   {u"", u"3"},
+                                                   {u"IllegalColon:x", u"4"},
+                                                   {u"xmlns:IllegalColon", u"5"}};
+    const std::unordered_map<TString, TString> plain{{u"a", u"1"}};
+    const std::unordered_map<TString, TString> large{{u"a", TString(100000, u'x')}, {u"b", u""}};
+    std::unordered_map<TString, TString> many;
+    for (int i = 0; i < 40; ++i)
+        many[u"n" + TString::number(i)] = TString::number(i);
+    DOM dom;
+    DOMBuilder builder(dom, false);
+    for (const auto& attributes : {plain, odd, plain, many, large, {}}) {
+        builder.StartElement(u"e", std::unordered_map(attributes));
+        EXPECT_EQ(builder.PeekStack()->HasAttributes(), !attributes.empty());
+        EXPECT_EQ(builder.PeekStack()->HasAttribute(u"b"), attributes.contains(u"b"));
+        EXPECT_EQ(builder.PeekStack()->GetAttributes(), attributes);
+    }
+}
+
+TEST(DOMBuilder, LetsPartsOfTheTreeBeTakenOutMeanwhile)
+{
+    std::unique_ptr<DOMElement> taken;
+    {
+        DOM dom;
+        DOMBuilder builder(dom, false);
+        builder.StartElement(u"list", {});
+        for (int i = 0; i < 1000; ++i) {
+            builder.StartElement(u"item", {{u"number", TString::number(i)}});
+            builder.TextContent(u"text of " + TString::number(i));
+            builder.EndElement();
+            taken = builder.PeekStack()->RemoveChild(u"item");
+        }
+        EXPECT_FALSE(builder.PeekStack()->HasChildren());
+    }
+    EXPECT_EQ(taken->GetText(), u"text of 999");
+    EXPECT_EQ(taken->GetAttribute(u"number"), u"999");
+}
+
+TEST(DOMBuilder, LetsOtherThreadsShareTextsMeanwhile)
+{
+    DOM dom;
+    auto builder = std::make_unique<DOMBuilder>(dom, false);
+    builder->StartElement(u"list", {});
+    builder->TextContent(u"shared");
+    const TString shared = builder->PeekStack()->GetText();
+    std::atomic<bool> isOver = false;
+    std::thread other([&] {
+        while (!isOver) {
+            const TString copy = shared;
+            EXPECT_EQ(copy, u"shared");
+        }
+    });
+    for (int i = 0; i < 10000; ++i) {
+        builder->StartElement(u"item", {});
+        builder->TextContent(u"own");
+        builder->EndElement();
+    }
+    builder.reset();
+    isOver = true;
+    other.join();
+    EXPECT_EQ(dom.GetDocumentRoot()->GetText(), u"shared");
+}
+
+TEST(DOMBuilder, KeepsTreeAndOpenElementsTogetherWhenMemoryRunsOut)
+{
+    bool hasFailed = true;
+    for (std::size_t allowed = 0; hasFailed; ++allowed) {
+        DOM dom;
+        DOMBuilder builder(dom, false);
+        try {
+            const FailingAllocations failing(allowed);
+            builder.StartElement(u"a", {{u"x", u"1"}});
+            builder.TextContent(u"text");
+            builder.StartElement(u"b", {{u"y", u"2"}});
+            builder.StartElement(u"c", {});
+            hasFailed = false;
+        } catch (const std::bad_alloc&) {
+        }
+        // What is open is the last of what there is.
+        const DOMElement* last = dom.GetRoot();
+        while (last->HasChildren())
+            last = &last->GetChildren()[0];
+        EXPECT_EQ(builder.PeekStack(), last) << allowed;
+        builder.StartElement(u"d", {});
+        EXPECT_EQ(builder.PeekStack()->GetParent(), last) << allowed;
+    }
 }
