@@ -278,6 +278,15 @@ void TraceDocument(ParseTrace& trace, const DOM& document)
         }
         std::reverse(open.begin() + static_cast<std::ptrdiff_t>(first), open.end());
     }
+void TraceSkipped(ParseTrace& trace, const std::vector<SkippedEntity>& entities)
+{
+    for (const SkippedEntity& entity : entities) {
+        trace.Line("skipped").Text(entity.name);
+        trace.Number(static_cast<long long>(entity.references));
+        trace.Number(entity.line).Number(entity.column);
+    }
+}
+
     trace.Line("flags").Number(document.HasErrors()).Number(document.HasWarnings());
     trace.Number(document.HasUnreportedErrors()).Number(document.HasCancelErrors());
     trace.Number(document.GetDocumentRoot() != nullptr);
@@ -294,7 +303,11 @@ void TraceResult(ParseTrace& trace, const StandaloneParseResult& result)
         open.pop_back();
         TraceElement(trace, element, open);
     }
+    TraceSkipped(trace, parser.GetSkippedEntities());
     for (const TString& error : result.errors)
         trace.Line("error").Text(error);
     TraceDiagnostics(trace, result.diagnostics);
 }
+    TraceDiagnostics(trace, document.GetWarningDiagnostics());
+    TraceSkipped(trace, document.GetSkippedEntities());
+    TraceSkipped(trace, result.skippedEntities);
