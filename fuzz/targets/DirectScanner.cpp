@@ -40,7 +40,7 @@ SinkPlan ReadPlan(ByteReader& reader)
         plan.throwFrom = event;
     plan.stopsOnce = behaviour == 5;
     plan.throwsWhenAsked = behaviour == 7;
-    plan.thrown = static_cast<SinkPlan::Thrown>(event % 4);
+    plan.thrown = static_cast<SinkPlan::Thrown>(event % SinkPlan::c_kindsThrown);
     return plan;
 }
 

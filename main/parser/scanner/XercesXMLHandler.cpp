@@ -13,7 +13,6 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/Attributes.hpp>
-#include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
@@ -82,12 +81,12 @@ void XercesXMLHandler::RememberLocation()
 }
 
 template <typename Event>
-void XercesXMLHandler::Tell(Event&& event)
+auto XercesXMLHandler::Tell(Event&& event)
 {
     try {
-        event();
-    } catch (const xercesc::XMLException& exception) {
-        throw SinkException{GetTStringFromXMLChPtr(exception.getMessage(), -1)};
+        return event();
+    } catch (...) {
+        throw SinkException{std::current_exception()};
     }
 }
 
@@ -342,11 +341,12 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
     }
     if (m_extension == nullptr)
         return nullptr;
-    const TString path =
-        m_extension->ResolveSchemaLocation(GetTStringFromXMLChPtr(id->getBaseURI(), -1),
-                                           GetTStringFromXMLChPtr(id->getSystemId(), -1));
+    const TString base = GetTStringFromXMLChPtr(id->getBaseURI(), -1);
+    const TString location = GetTStringFromXMLChPtr(id->getSystemId(), -1);
+    const TString path = Tell([&] { return m_extension->ResolveSchemaLocation(base, location); });
     if (path.IsEmpty())
         return nullptr;
-    const TString text = m_extension->FilterSchemaText(TFile::LoadTextFile(TPath(path), 1), path);
+    const TString loaded = TFile::LoadTextFile(TPath(path), 1);
+    const TString text = Tell([&] { return m_extension->FilterSchemaText(loaded, path); });
     return MakeSchemaSource(text, path).release();
 }

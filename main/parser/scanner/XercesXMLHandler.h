@@ -12,15 +12,16 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 
+#include <exception>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
-/// What a sink threw of the kind that Xerces throws itself and would take for its own.
+/// What a sink threw, on its way through Xerces, which would take some of it for its own.
 struct SinkException
 {
-    TString message;
+    std::exception_ptr thrown;
 };
 
 /// A document may not say what stands in other files. Knows where it did.
@@ -140,9 +141,9 @@ public:
 private:
     /// The locator knows nothing before and after a scan, and must not be asked then.
     void RememberLocation();
-    /// Calls `event`, which tells the sink.
+    /// Calls `event`, which tells the sink, and returns what it returns.
     template <typename Event>
-    static void Tell(Event&& event);
+    static auto Tell(Event&& event);
     void Record(XMLDiagnostic::Kind kind, const TString& message, const TString& systemId,
                 unsigned long long line, unsigned long long column);
     /// The same text, sharing its units with what was recorded before where it can.

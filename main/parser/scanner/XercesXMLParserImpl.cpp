@@ -190,7 +190,11 @@ void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& schema)
 {
     WithXercesMemory([&] {
         const LocatingReader::Scope located(*m_reader, schema);
-        m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
+        try {
+            m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
+        } catch (const SinkException& exception) {
+            std::rethrow_exception(exception.thrown);
+        }
     });
 }
 

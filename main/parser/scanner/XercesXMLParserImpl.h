@@ -101,6 +101,8 @@ private:
     void RecordFailures(Scan&& scan);
     void ScanDocument(const XercesInputSource& document);
     bool ScanProlog(const XercesInputSource& document, xercesc::XMLPScanToken& token);
+    /// As the error that stands for it.
+    void RecordThrown(const std::exception_ptr& thrown);
     void ForgetXmlVersion();
     void CheckEnd(const XercesInputSource& document);
     /// Opens the accounts of a parse or of a load of a schema.
