@@ -90,20 +90,30 @@ auto XercesXMLHandler::Tell(Event&& event)
     }
 }
 
+void XercesXMLHandler::EndText()
+{
+    if (!m_hasText)
+        return;
+    m_hasText = false;
+    RememberLocation();
+    Tell([this] { m_sink.EndText(); });
+}
+
 // Elements and text
 
 void XercesXMLHandler::characters(const XMLCh* chars, XMLSize_t length)
 {
     m_budget.AddText(length);
+    m_hasText |= length != 0;
     m_sink.AppendText(ViewXMLCh(chars, length));
 }
 
 void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qName,
                                     const xercesc::Attributes& attributes)
 {
-    RememberLocation();
-    // A limit that the tag exceeds leaves the text before it with the sink.
-    Tell([this] { m_sink.EndText(); });
+    // A limit that the tag exceeds leaves the text before it with the sink, and the location where
+    // the last event was.
+    EndText();
     m_names.ForgetIfLarge();
     ParsedNames::Entry& name = m_names.FindElement(reinterpret_cast<const char16_t*>(qName));
     const XMLSize_t count = attributes.getLength();
@@ -119,6 +129,7 @@ void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, co
     m_budget.CheckAttributeNames(m_attributeNames);
     if (m_budget.IsValidating())
         MeetIdentifiers(attributes);
+    RememberLocation();
     Tell([&] { m_sink.StartElement({m_names, name, m_attributeNames, m_attributeValues}); });
 }
 
@@ -156,9 +167,9 @@ void XercesXMLHandler::MeetEachIdentifier(std::u16string_view names)
 void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
                                   const XMLCh* /*qName*/)
 {
-    RememberLocation();
-    Tell([this] { m_sink.EndText(); });
+    EndText();
     m_budget.EndElement();
+    RememberLocation();
     Tell([this] { m_sink.EndElement(); });
 }
 

@@ -65,8 +65,13 @@ public:
 
     /// Of the last event whose location was kept; leaves both as they are before the first one.
     void GetCurrentLocationHandler(int& line, int& column) const;
-    /// Whether the locations of events are kept, which they are not at first: somebody may ask.
-    void SetKeepsLocations(bool keeps) noexcept { m_keepsLocations = keeps; }
+    /// A document begins. Whether the locations of its events are kept, which they are not at
+    /// first: somebody may ask.
+    void BeginDocument(bool keepsLocations) noexcept
+    {
+        m_keepsLocations = keepsLocations;
+        m_hasText = false;
+    }
     /// That of an event which came from elsewhere.
     void SetLocation(int line, int column) noexcept
     {
@@ -141,6 +146,8 @@ public:
 private:
     /// The locator knows nothing before and after a scan, and must not be asked then.
     void RememberLocation();
+    /// A tag is there: the text before it, if there is any, is an event.
+    void EndText();
     /// Calls `event`, which tells the sink, and returns what it returns.
     template <typename Event>
     static auto Tell(Event&& event);
@@ -169,6 +176,8 @@ private:
     bool m_sawFatalError = false;
     bool m_loadingSchema = false;
     bool m_keepsLocations = false;
+    /// Since the last tag.
+    bool m_hasText = false;
     ParsedNames& m_names;
     ParseBudget& m_budget;
 };

@@ -156,7 +156,7 @@ void XercesXMLParserImpl::DoXercesParse()
     const ParseInProgress inProgress(m_isParsing);
     DirectScanning::SetLastVerdict(DirectScanning::Verdict::None);
     m_handler->resetErrors();
-    m_handler->SetKeepsLocations(m_sink->AsksForLocations());
+    m_handler->BeginDocument(m_sink->AsksForLocations());
     m_sink->BeginDocument();
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
     if (xercesableSource == nullptr)
