@@ -15,6 +15,7 @@ void Base64(Bytes bytes);
 void DirectScanner(Bytes bytes);
 void FormatterCalls(Bytes bytes);
 void ParseAndWrite(Bytes bytes);
+void ParserCalls(Bytes bytes);
 void Paths(Bytes bytes);
 void RangeTable(Bytes bytes);
 void Sanitizer(Bytes bytes);
@@ -36,6 +37,7 @@ inline constexpr std::array c_all{
     Target{"DirectScanner", DirectScanner},
     Target{"FormatterCalls", FormatterCalls},
     Target{"ParseAndWrite", ParseAndWrite},
+    Target{"ParserCalls", ParserCalls},
     Target{"Paths", Paths},
     Target{"RangeTable", RangeTable},
     Target{"Sanitizer", Sanitizer},

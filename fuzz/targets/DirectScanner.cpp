@@ -8,10 +8,11 @@
 
 namespace {
 
-constexpr BothScanners::Source c_memorySources[] = {
+constexpr BothScanners::Source c_sources[] = {
     BothScanners::Source::Utf8,           BothScanners::Source::Binary,
     BothScanners::Source::String,         BothScanners::Source::Utf8Skipping,
-    BothScanners::Source::StringSkipping, BothScanners::Source::BinarySkipping};
+    BothScanners::Source::StringSkipping, BothScanners::Source::BinarySkipping,
+    BothScanners::Source::File,           BothScanners::Source::OpenFile};
 
 /// One document after the other; a record separator, which no document may hold, parts them.
 constexpr char c_separator = '\x1E';
@@ -20,7 +21,9 @@ BothScanners::Settings ReadSettings(ByteReader& reader)
 {
     BothScanners::Settings settings;
     const std::size_t choice = reader.Below(8);
-    settings.expandsEntities = choice == 6;
+    settings.expandsEntities = choice >= 5 && choice <= 6;
+    if (choice == 5)
+        settings.limits.SetExpansionLimit(reader.Below(3), 4U * reader.Byte());
     if (choice == 7)
         settings.limits.SetAmplificationLimit(reader.Below(3), reader.Byte());
     return settings;
@@ -37,7 +40,7 @@ SinkPlan ReadPlan(ByteReader& reader)
         plan.throwFrom = event;
     plan.stopsOnce = behaviour == 5;
     plan.throwsWhenAsked = behaviour == 7;
-    plan.thrown = static_cast<SinkPlan::Thrown>(event % 4);
+    plan.thrown = static_cast<SinkPlan::Thrown>(event % SinkPlan::c_kindsThrown);
     return plan;
 }
 
@@ -72,7 +75,7 @@ void FuzzTargets::DirectScanner(Bytes bytes)
 {
     ByteReader reader(bytes);
     const std::size_t how = reader.Below(6);
-    const BothScanners::Source source = reader.Pick(c_memorySources);
+    const BothScanners::Source source = reader.Pick(c_sources);
     const BothScanners::Settings settings = ReadSettings(reader);
     const SinkPlan plan = ReadPlan(reader);
     std::string rest = reader.Rest();

@@ -47,8 +47,8 @@ public:
     /// Leaves both as they are unless overridden.
     void GetCurrentLocation(int& line, int& column) override;
 
-    /// Binds another source and another sink for the next parse. This and loading a
-    /// schema are logic assertions in an event of the parser's own.
+    /// Binds another source and another sink for the next parse. This and loading a schema are
+    /// logic assertions in an event of the parser's own, and while it reads a schema.
     virtual void Reload(InputSource& source, std::shared_ptr<SAXInterface> sink);
 
 protected:

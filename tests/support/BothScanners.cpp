@@ -461,9 +461,6 @@ std::string BothScanners::CompareSome(const std::string& bytes, std::size_t turn
 
 std::string BothScanners::CompareSinks(const std::string& bytes, std::size_t maxEvents)
 {
-    constexpr std::array c_thrown{SinkPlan::Thrown::StandardException,
-                                  SinkPlan::Thrown::ParseException, SinkPlan::Thrown::OutOfMemory,
-                                  SinkPlan::Thrown::Number};
     std::string differences;
     for (std::size_t event = 1; event <= maxEvents && differences.empty(); ++event) {
         SinkPlan plan;
@@ -474,7 +471,7 @@ std::string BothScanners::CompareSinks(const std::string& bytes, std::size_t max
         differences += CompareNewParser(bytes, Source::Utf8, plan);
         plan = {};
         plan.throwFrom = event;
-        plan.thrown = c_thrown[event % c_thrown.size()];
+        plan.thrown = static_cast<SinkPlan::Thrown>(event % SinkPlan::c_kindsThrown);
         differences += CompareEvents(bytes, Source::Utf8, plan);
         differences += CompareNewParser(bytes, Source::Binary, plan);
         plan.throwsWhenAsked = true;

@@ -2,6 +2,15 @@
 
 #include <kescorexml/DOMElement.h>
 #include <kescorexml/XMLParseException.h>
+#include <kesplatform/LogicException.h>
+
+#include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/framework/XMLValidityCodes.hpp>
+#include <xercesc/internal/EndOfEntityException.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/RuntimeException.hpp>
+#include <xercesc/util/XMLExceptMsgs.hpp>
 
 #include <algorithm>
 #include <array>
@@ -221,16 +230,40 @@ void TracingSink::FinishEvent()
 void TracingSink::Throw() const
 {
     m_trace.Line("throws");
-    switch (m_plan.thrown) {
-    case SinkPlan::Thrown::StandardException:
+    ThrowAs(m_plan.thrown);
+}
+
+void ThrowAs(SinkPlan::Thrown kind)
+{
+    using Thrown = SinkPlan::Thrown;
+
+    switch (kind) {
+    case Thrown::StandardException:
         throw std::runtime_error("enough");
-    case SinkPlan::Thrown::ParseException:
+    case Thrown::ParseException:
         throw XMLParseException(u"enough");
-    case SinkPlan::Thrown::OutOfMemory:
+    case Thrown::OutOfMemory:
         throw std::bad_alloc();
-    case SinkPlan::Thrown::Number:
-        throw 1;
+    case Thrown::Number:
+        break;
+    case Thrown::LogicAssertion:
+        throw LogicException("enough", 1, u"enough", CorvinaError(1, "enough"));
+    case Thrown::XercesOutOfMemory:
+        throw xercesc::OutOfMemoryException();
+    case Thrown::XercesException:
+        throw xercesc::RuntimeException("enough", 1, xercesc::XMLExcepts::Gen_ParseInProgress);
+    case Thrown::XercesErrorCode:
+        throw xercesc::XMLErrs::ExpectedCommentOrCDATA;
+    case Thrown::XercesValidityCode:
+        throw xercesc::XMLValid::ElementNotDefined;
+    case Thrown::XercesSaxException:
+        throw xercesc::SAXException("enough");
+    case Thrown::XercesParseException:
+        throw xercesc::SAXParseException(u"enough", u"p", u"s", 7, 8);
+    case Thrown::XercesEndOfEntity:
+        throw xercesc::EndOfEntityException(nullptr, 0);
     }
+    throw 1;
 }
 
 // What is there after a parse
@@ -242,6 +275,15 @@ void TraceDiagnostics(ParseTrace& trace, const std::vector<XMLDiagnostic>& diagn
         trace.Number(diagnostic.GetLine()).Number(diagnostic.GetColumn());
         trace.Number(diagnostic.IsInvalidUtf8()).Number(diagnostic.IsEntityRefused());
         trace.Text(diagnostic.GetId()).Text(diagnostic.GetText()).Text(diagnostic.GetMessage());
+    }
+}
+
+void TraceSkipped(ParseTrace& trace, const std::vector<SkippedEntity>& entities)
+{
+    for (const SkippedEntity& entity : entities) {
+        trace.Line("skipped").Text(entity.name);
+        trace.Number(static_cast<long long>(entity.references));
+        trace.Number(entity.line).Number(entity.column);
     }
 }
 
@@ -261,6 +303,7 @@ void TraceMessages(ParseTrace& trace, const Parser& parser)
     TraceList(trace, "warnings", parser.GetWarnings(), parser.GetMetadataForWarnings());
     TraceDiagnostics(trace, parser.GetErrorDiagnostics());
     TraceDiagnostics(trace, parser.GetWarningDiagnostics());
+    TraceSkipped(trace, parser.GetSkippedEntities());
 }
 
 void TraceDocument(ParseTrace& trace, const DOM& document)
@@ -284,6 +327,8 @@ void TraceDocument(ParseTrace& trace, const DOM& document)
     TraceList(trace, "errors", document.GetErrors(), document.GetMetadataForErrors());
     TraceList(trace, "warnings", document.GetWarnings(), document.GetMetadataForWarnings());
     TraceDiagnostics(trace, document.GetErrorDiagnostics());
+    TraceDiagnostics(trace, document.GetWarningDiagnostics());
+    TraceSkipped(trace, document.GetSkippedEntities());
 }
 
 void TraceResult(ParseTrace& trace, const StandaloneParseResult& result)
@@ -297,4 +342,5 @@ void TraceResult(ParseTrace& trace, const StandaloneParseResult& result)
     for (const TString& error : result.errors)
         trace.Line("error").Text(error);
     TraceDiagnostics(trace, result.diagnostics);
+    TraceSkipped(trace, result.skippedEntities);
 }

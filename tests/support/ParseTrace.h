@@ -48,8 +48,19 @@ struct SinkPlan
         StandardException,
         ParseException,
         OutOfMemory,
-        Number
+        Number,
+        LogicAssertion,
+        // What Xerces throws itself, in part to tell its own scanner of something.
+
+        XercesOutOfMemory,
+        XercesException,
+        XercesErrorCode,
+        XercesValidityCode,
+        XercesSaxException,
+        XercesParseException,
+        XercesEndOfEntity
     };
+    static constexpr std::size_t c_kindsThrown = 12;
 
     /// Done when it is asked after this event, or a later one.
     std::size_t stopFrom = c_never;
@@ -61,6 +72,9 @@ struct SinkPlan
     bool throwsWhenAsked = false;
     Thrown thrown = Thrown::StandardException;
 };
+
+/// Throws something of that kind.
+[[noreturn]] void ThrowAs(SinkPlan::Thrown kind);
 
 /// Writes down all that a sink is told, and at each call where the parser says that it stands and
 /// what it has recorded so far. It takes names and attributes for its own and changes them.

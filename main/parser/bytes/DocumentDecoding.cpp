@@ -1,5 +1,7 @@
 #include "bytes/DocumentDecoding.h"
 
+#include "base/LeadingWhitespace.h"
+
 #include <kesplatform/EncodingTable.h>
 #include <kesplatform/TFormatString.h>
 #include <kesplatform/XmlDeclaration.h>
@@ -41,6 +43,13 @@ ScanPosition LocateBehindDeclaration(std::string_view bytes)
     return {};
 }
 
+/// Then the scanner does not look for an encoding, and says that the declaration comes too late.
+bool IsBehindWhitespace(std::string_view bytes)
+{
+    const std::size_t start = SkipLeadingWhitespace(bytes);
+    return start > 0 && bytes.substr(start).starts_with(XmlDeclaration::c_start);
+}
+
 /// The scanner speaks so of an encoding that it does not know, and with capitals.
 TString DescribeUnknown(std::string_view name)
 {
@@ -59,6 +68,8 @@ Result DocumentDecoding::Decode(std::string_view bytes)
     TextDecoding::Encoding encoding;
     if (const auto failure = TextDecoding::FindEncoding(bytes, encoding)) {
         const bool isUnknown = !failure->unknownName.empty();
+        if (isUnknown && IsBehindWhitespace(bytes))
+            return result;
         result.refusal =
             Refusal{LocateBehindDeclaration(bytes),
                     isUnknown ? DescribeUnknown(failure->unknownName) : failure->reason};

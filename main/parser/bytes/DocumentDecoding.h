@@ -31,7 +31,8 @@ struct Result
 };
 
 /// The encoding is that of the byte-order mark, or else that of the declaration, unless the bytes
-/// themselves show that it cannot be. `bytes` begins with the document. A document in UTF-8 takes
+/// themselves show that it cannot be. Of a declaration behind white space, which is one too late,
+/// an unknown name is passed over. `bytes` begins with the document. A document in UTF-8 takes
 /// no time.
 Result Decode(std::string_view bytes);
 

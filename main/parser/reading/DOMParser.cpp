@@ -58,7 +58,33 @@ public:
         Statistics
     };
 
-    XercesXMLParserImpl& CreateOrReuseExistingXercesParser(InputSource& source, ScanSink& sink);
+    /// The parser of one parse, which goes back to its place afterwards. Until then a source that
+    /// is read may have others parsed, which are not to touch it.
+    class Borrowed
+    {
+    public:
+        Borrowed(Impl& impl, InputSource& source, ScanSink& sink)
+            : m_impl(impl), m_parser(impl.CreateOrReuseExistingXercesParser(source, sink))
+        {
+        }
+        ~Borrowed()
+        {
+            // One that has schemas is not used again.
+            if (!m_parser->HasSchemas())
+                m_impl.m_cachedParser = std::move(m_parser);
+        }
+        Borrowed(const Borrowed&) = delete;
+        Borrowed& operator=(const Borrowed&) = delete;
+
+        XercesXMLParserImpl& Get() const noexcept { return *m_parser; }
+
+    private:
+        Impl& m_impl;
+        std::unique_ptr<XercesXMLParserImpl> m_parser;
+    };
+
+    std::unique_ptr<XercesXMLParserImpl> CreateOrReuseExistingXercesParser(InputSource& source,
+                                                                           ScanSink& sink);
 
     /// `stage` always tells where the parse is.
     std::unique_ptr<DOM> Parse(InputSource& source, bool keepWhitespaceText,
@@ -71,18 +97,15 @@ public:
     std::function<void(const DOMParserStatistics&)> m_statisticsEventHandler;
 };
 
-XercesXMLParserImpl& DOMParser::Impl::CreateOrReuseExistingXercesParser(InputSource& source,
-                                                                        ScanSink& sink)
+std::unique_ptr<XercesXMLParserImpl>
+DOMParser::Impl::CreateOrReuseExistingXercesParser(InputSource& source, ScanSink& sink)
 {
-    if (m_cachedParser != nullptr && m_cachedParser->GetXSDNames().empty()) {
-        m_cachedParser->Reload(source, sink);
-        m_cachedParser->ClearErrorsAndWarnings();
-        return *m_cachedParser;
+    if (std::unique_ptr<XercesXMLParserImpl> parser = std::move(m_cachedParser)) {
+        parser->Reload(source, sink);
+        parser->ClearErrorsAndWarnings();
+        return parser;
     }
-    m_cachedParser.reset();
-    m_cachedParser =
-        WithXercesMemory([&] { return std::make_unique<XercesXMLParserImpl>(source, sink); });
-    return *m_cachedParser;
+    return WithXercesMemory([&] { return std::make_unique<XercesXMLParserImpl>(source, sink); });
 }
 
 DOMParser::DOMParser() : m_impl(std::make_unique<Impl>())
@@ -150,7 +173,8 @@ std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhites
     auto dom = std::make_unique<DOM>(m_restrictExternalPaths);
     DOMElement& root = *dom->GetRoot();
     TreeSink tree(*dom, keepWhitespaceText);
-    XercesXMLParserImpl& parser = CreateOrReuseExistingXercesParser(source, tree);
+    const Borrowed borrowed(*this, source, tree);
+    XercesXMLParserImpl& parser = borrowed.Get();
     static_cast<ParseLimits&>(parser) = limits;
     if (m_enableLineNumbersOnElements)
         tree.SetLocationInterface(&parser);
@@ -164,14 +188,12 @@ std::unique_ptr<DOM> DOMParser::Impl::Parse(InputSource& source, bool keepWhites
     DiagnosticsAccess::SetSkippedEntities(*dom, parser.GetSkippedEntities());
     // The parser waits for the next document, which may never come.
     parser.ClearErrorsAndWarnings();
-    // One that has schemas is not used again.
-    if (!parser.GetXSDNames().empty())
-        m_cachedParser.reset();
-    if (m_statisticsEventHandler) {
+    // It may put another in its own place.
+    if (const auto handler = m_statisticsEventHandler) {
         const DOMParserStatistics statistics{static_cast<std::uint64_t>(source.Size()),
                                              source.Id()};
         stage = Stage::Statistics;
-        m_statisticsEventHandler(statistics);
+        handler(statistics);
     }
     return dom;
 }

@@ -7,6 +7,7 @@
 
 #include <kesplatform/Resources.h>
 
+#include <cstddef>
 #include <utility>
 
 void SchemaSources::Add(std::unique_ptr<InputSource> source)
@@ -23,10 +24,13 @@ void SchemaSources::AddResource(QtKesResourceId id)
 
 void SchemaSources::LoadInto(XercesXMLParserImpl& parser)
 {
-    for (Schema& schema : m_schemas) {
+    // A source may add others while it is read; these are for the next document.
+    const std::size_t count = m_schemas.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        InputSource& source = *m_schemas[i].source;
         // Not before the first time: a source may have no way back.
-        if (std::exchange(schema.wasRead, true))
-            schema.source->ResetToStart();
-        parser.LoadXSDSource(*schema.source);
+        if (std::exchange(m_schemas[i].wasRead, true))
+            source.ResetToStart();
+        parser.LoadXSDSource(source);
     }
 }

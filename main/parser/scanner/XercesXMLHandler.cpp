@@ -13,7 +13,6 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/Attributes.hpp>
-#include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
@@ -82,13 +81,22 @@ void XercesXMLHandler::RememberLocation()
 }
 
 template <typename Event>
-void XercesXMLHandler::Tell(Event&& event)
+auto XercesXMLHandler::Tell(Event&& event)
 {
     try {
-        event();
-    } catch (const xercesc::XMLException& exception) {
-        throw SinkException{GetTStringFromXMLChPtr(exception.getMessage(), -1)};
+        return event();
+    } catch (...) {
+        throw SinkException{std::current_exception()};
     }
+}
+
+void XercesXMLHandler::EndText()
+{
+    if (!m_hasText)
+        return;
+    m_hasText = false;
+    RememberLocation();
+    Tell([this] { m_sink.EndText(); });
 }
 
 // Elements and text
@@ -96,15 +104,16 @@ void XercesXMLHandler::Tell(Event&& event)
 void XercesXMLHandler::characters(const XMLCh* chars, XMLSize_t length)
 {
     m_budget.AddText(length);
+    m_hasText |= length != 0;
     m_sink.AppendText(ViewXMLCh(chars, length));
 }
 
 void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qName,
                                     const xercesc::Attributes& attributes)
 {
-    RememberLocation();
-    // A limit that the tag exceeds leaves the text before it with the sink.
-    Tell([this] { m_sink.EndText(); });
+    // A limit that the tag exceeds leaves the text before it with the sink, and the location where
+    // the last event was.
+    EndText();
     m_names.ForgetIfLarge();
     ParsedNames::Entry& name = m_names.FindElement(reinterpret_cast<const char16_t*>(qName));
     const XMLSize_t count = attributes.getLength();
@@ -120,6 +129,7 @@ void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, co
     m_budget.CheckAttributeNames(m_attributeNames);
     if (m_budget.IsValidating())
         MeetIdentifiers(attributes);
+    RememberLocation();
     Tell([&] { m_sink.StartElement({m_names, name, m_attributeNames, m_attributeValues}); });
 }
 
@@ -157,9 +167,9 @@ void XercesXMLHandler::MeetEachIdentifier(std::u16string_view names)
 void XercesXMLHandler::endElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/,
                                   const XMLCh* /*qName*/)
 {
-    RememberLocation();
-    Tell([this] { m_sink.EndText(); });
+    EndText();
     m_budget.EndElement();
+    RememberLocation();
     Tell([this] { m_sink.EndElement(); });
 }
 
@@ -344,11 +354,12 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
     }
     if (m_extension == nullptr)
         return nullptr;
-    const TString path =
-        m_extension->ResolveSchemaLocation(GetTStringFromXMLChPtr(id->getBaseURI(), -1),
-                                           GetTStringFromXMLChPtr(id->getSystemId(), -1));
+    const TString base = GetTStringFromXMLChPtr(id->getBaseURI(), -1);
+    const TString location = GetTStringFromXMLChPtr(id->getSystemId(), -1);
+    const TString path = Tell([&] { return m_extension->ResolveSchemaLocation(base, location); });
     if (path.IsEmpty())
         return nullptr;
-    const TString text = m_extension->FilterSchemaText(TFile::LoadTextFile(TPath(path), 1), path);
+    const TString loaded = TFile::LoadTextFile(TPath(path), 1);
+    const TString text = Tell([&] { return m_extension->FilterSchemaText(loaded, path); });
     return MakeSchemaSource(text, path).release();
 }

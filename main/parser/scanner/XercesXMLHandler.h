@@ -12,15 +12,16 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 
+#include <exception>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
-/// What a sink threw of the kind that Xerces throws itself and would take for its own.
+/// What a sink threw, on its way through Xerces, which would take some of it for its own.
 struct SinkException
 {
-    TString message;
+    std::exception_ptr thrown;
 };
 
 /// A document may not say what stands in other files. Knows where it did.
@@ -63,8 +64,13 @@ public:
 
     /// Of the last event whose location was kept; leaves both as they are before the first one.
     void GetCurrentLocationHandler(int& line, int& column) const;
-    /// Whether the locations of events are kept, which they are not at first: somebody may ask.
-    void SetKeepsLocations(bool keeps) noexcept { m_keepsLocations = keeps; }
+    /// A document begins. Whether the locations of its events are kept, which they are not at
+    /// first: somebody may ask.
+    void BeginDocument(bool keepsLocations) noexcept
+    {
+        m_keepsLocations = keepsLocations;
+        m_hasText = false;
+    }
     /// That of an event which came from elsewhere.
     void SetLocation(int line, int column) noexcept
     {
@@ -139,9 +145,11 @@ public:
 private:
     /// The locator knows nothing before and after a scan, and must not be asked then.
     void RememberLocation();
-    /// Calls `event`, which tells the sink.
+    /// A tag is there: the text before it, if there is any, is an event.
+    void EndText();
+    /// Calls `event`, which tells the sink, and returns what it returns.
     template <typename Event>
-    static void Tell(Event&& event);
+    static auto Tell(Event&& event);
     void Record(XMLDiagnostic::Kind kind, const TString& message, const TString& systemId,
                 unsigned long long line, unsigned long long column);
     /// The same text, sharing its units with what was recorded before where it can.
@@ -167,6 +175,8 @@ private:
     bool m_sawFatalError = false;
     bool m_loadingSchema = false;
     bool m_keepsLocations = false;
+    /// Since the last tag.
+    bool m_hasText = false;
     ParsedNames& m_names;
     ParseBudget& m_budget;
 };

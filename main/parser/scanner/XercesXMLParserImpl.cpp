@@ -190,7 +190,11 @@ void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& schema)
 {
     WithXercesMemory([&] {
         const LocatingReader::Scope located(*m_reader, schema);
-        m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
+        try {
+            m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
+        } catch (const SinkException& exception) {
+            std::rethrow_exception(exception.thrown);
+        }
     });
 }
 
@@ -207,13 +211,13 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
     if (xercesableSource == nullptr)
         ThrowAssertion(u"XercesXMLParser", PublishedLine(305), u"xercesableSource != nullptr",
                        KesErrorsError::LogicAssert_0xAB95E4EA());
-    const XercesInputSource schema =
-        xercesableSource->GetXercesInputSource(ColonProcessingMode::None);
     {
+        const ParseInProgress inProgress(m_isParsing);
+        const XercesInputSource schema =
+            xercesableSource->GetXercesInputSource(ColonProcessingMode::None);
         // What a schema that could not be loaded has left belongs to no other.
         m_handler->resetErrors();
         const LoadingSchemaScope loading(*m_handler);
-        const ParseInProgress inProgress(m_isParsing);
         BeginBudget(schema, false);
         try {
             if (schema.GetRefusal())

@@ -58,6 +58,8 @@ public:
     void Reload(InputSource& source, std::shared_ptr<SAXInterface> sink) override;
     std::vector<TString> GetXSDNames() const override { return m_xsdNames; }
     void AllowEntityExpansion_Insecure() override;
+    /// Whether GetXSDNames has any.
+    bool HasSchemas() const noexcept { return !m_xsdNames.empty(); }
 
 protected:
     void ParseImpl() override;
@@ -99,6 +101,8 @@ private:
     /// Calls `scan` and records what it throws.
     template <typename Scan>
     void RecordFailures(Scan&& scan);
+    /// As the error that stands for it.
+    void RecordThrown(const std::exception_ptr& thrown);
     void ScanDocument(const XercesInputSource& document);
     bool ScanProlog(const XercesInputSource& document, xercesc::XMLPScanToken& token);
     void ForgetXmlVersion();

@@ -156,7 +156,7 @@ void XercesXMLParserImpl::DoXercesParse()
     const ParseInProgress inProgress(m_isParsing);
     DirectScanning::SetLastVerdict(DirectScanning::Verdict::None);
     m_handler->resetErrors();
-    m_handler->SetKeepsLocations(m_sink->AsksForLocations());
+    m_handler->BeginDocument(m_sink->AsksForLocations());
     m_sink->BeginDocument();
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&GetSource());
     if (xercesableSource == nullptr)
@@ -198,9 +198,20 @@ void XercesXMLParserImpl::GiveBack() noexcept
 template <typename Scan>
 void XercesXMLParserImpl::RecordFailures(Scan&& scan)
 {
-    const auto noError = TError::ErrorInfo::NoError();
     try {
         scan();
+    } catch (const SinkException& exception) {
+        RecordThrown(exception.thrown);
+    } catch (...) {
+        RecordThrown(std::current_exception());
+    }
+}
+
+void XercesXMLParserImpl::RecordThrown(const std::exception_ptr& thrown)
+{
+    const auto noError = TError::ErrorInfo::NoError();
+    try {
+        std::rethrow_exception(thrown);
     } catch (const LimitExceeded& exceeded) {
         RecordLimit(exceeded, GetSource().Id());
         CollectHandlerErrors();
@@ -216,8 +227,6 @@ void XercesXMLParserImpl::RecordFailures(Scan&& scan)
         FatalError(messages, noError);
     } catch (const UndecodableDeclaration& exception) {
         Record(exception.ToDiagnostic(GetSource().Id()), noError);
-    } catch (const SinkException& exception) {
-        Error(exception.message, noError);
     } catch (const xercesc::XMLException& exception) {
         Error(GetTStringFromXMLChPtr(exception.getMessage(), -1), noError);
     } catch (...) {

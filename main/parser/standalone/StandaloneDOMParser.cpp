@@ -72,10 +72,9 @@ StandaloneParseResult StandaloneDOMParser::ParseXmlInputSource(InputSource& sour
         result.errors = parser->GetErrors();
         result.diagnostics = parser->GetErrorDiagnostics();
     }
-    if (m_state->statisticsHandler) {
-        m_state->statisticsHandler(
-            DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});
-    }
+    // It may put another in its own place.
+    if (const auto handler = m_state->statisticsHandler)
+        handler(DOMParserStatistics{static_cast<std::uint64_t>(source.Size()), source.Id()});
     result.skippedEntities = parser->GetSkippedEntities();
     result.root = tree.TakeRoot();
     return result;

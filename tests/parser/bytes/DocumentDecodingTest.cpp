@@ -53,6 +53,26 @@ TEST(DocumentDecoding, IsNotThatOfWhatAnInstructionNames)
     }
 }
 
+TEST(DocumentDecoding, OfAnUnknownEncodingIsRefusedBehindTheDeclarationAndNotForWhatComesTooLate)
+{
+    const std::string rest = "<?xml version='1.0' encoding='x-unknown'?><a/>";
+    EXPECT_THAT(ErrorsOfBytes(rest),
+                ElementsAre(u"Fatal Error(1,43): unable to create converter for 'X-UNKNOWN' "
+                            u"encoding (id: )"));
+    const TString late = u"XML or TEXT declaration must start at line 1, column 1 (id: )";
+    EXPECT_THAT(ErrorsOfBytes(" " + rest), ElementsAre(u"Fatal Error(1,8): " + late));
+    EXPECT_THAT(ErrorsOfBytes("\n \n" + rest), ElementsAre(u"Fatal Error(3,7): " + late));
+    // As with an encoding that is known, or not named.
+    for (const char* const other :
+         {"<?xml version='1.0' encoding='UTF-8'?><a/>",
+          "<?xml version='1.0' encoding='ISO-8859-1'?><a/>", "<?xml version='1.0'?><a/>"})
+        EXPECT_EQ(ErrorsOfBytes("\n \n" + std::string(other)), ErrorsOfBytes("\n \n" + rest));
+    // Where the white space is skipped, the declaration comes first.
+    BinaryInputSource skipping({rest.begin(), rest.end()}, u"", true);
+    EXPECT_THAT(DOMParser().ParseXmlInputSource(skipping, false)->GetErrors(),
+                testing::ContainerEq(ErrorsOfBytes(rest)));
+}
+
 TEST(DocumentDecoding, OfLargerUnitsShowsByTheUnits)
 {
     for (const char* const space : {" ", "\n", "\t", "\r"}) {

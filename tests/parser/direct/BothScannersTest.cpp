@@ -92,6 +92,17 @@ TEST(BothScanners, SeeWhatIsDifferentInTrees)
     EXPECT_NE(encoded, before);
 }
 
+TEST(BothScanners, SeeWhichEntitiesAreSkipped)
+{
+    const auto refer = [](const std::string& name) {
+        return "<!DOCTYPE a SYSTEM 'f'><a>&" + name + ";</a>";
+    };
+    EXPECT_EQ(TraceEvents(refer("x")), TraceEvents(refer("x")));
+    EXPECT_NE(TraceEvents(refer("x")), TraceEvents(refer("y")));
+    EXPECT_NE(TraceTree(refer("x"), false, false), TraceTree(refer("y"), false, false));
+    EXPECT_NE(TraceStandalone(refer("x")), TraceStandalone(refer("y")));
+}
+
 TEST(BothScanners, TellDifferencesReadably)
 {
     ParseTrace one;

@@ -168,3 +168,24 @@ TEST(DirectEquivalence, LowLimitsEndADocumentAtTheSamePlace)
         }
     }
 }
+
+TEST(DirectEquivalence, DeclarationsAndVeryManyNamesAreTheSame)
+{
+    // More than a parser keeps: 32 units each, beside their letters.
+    constexpr int c_names = 30000;
+    BothScanners both;
+    const std::string elements = "<a>" + Numbered("<n#/>", c_names) + "</a>";
+    const std::string attributes = "<a>" + Numbered("<n m#='1'/>", c_names) + "</a>";
+    for (const std::string& content : {elements, attributes}) {
+        EXPECT_TRUE(ExpectSame(both.CompareEvents(content)));
+        EXPECT_EQ(both.GetLastVerdict(), DirectScanning::Verdict::Accepted);
+        const std::string declared = "<!DOCTYPE a [<!ATTLIST a d CDATA 'x'>]>" + content;
+        EXPECT_TRUE(ExpectSame(both.CompareEvents(declared)));
+        EXPECT_EQ(both.GetLastVerdict(), DirectScanning::Verdict::DocumentType);
+        EXPECT_TRUE(
+            ExpectSame(both.CompareDom(declared, BothScanners::Source::Binary, {true, false})));
+        // It is no matter of declarations alone.
+        EXPECT_TRUE(ExpectSame(both.CompareEvents("<!DOCTYPE a [<!ATTLIST a d CDATA 'x'>]><a/>")));
+        EXPECT_EQ(both.GetLastVerdict(), DirectScanning::Verdict::Accepted);
+    }
+}

@@ -56,6 +56,23 @@ TEST(DirectEquivalence, ASinkThatStopsDoesNotSeeWhatIsWrongBehindIt)
     }
 }
 
+TEST(DirectEquivalence, WhateverASinkThrowsIsTheSame)
+{
+    BothScanners both;
+    for (const char* end : {"</a>", "</b>", "&x;</a>"}) {
+        const std::string bytes = std::string("<a>x<b/>y<c></c>z") + end;
+        for (std::size_t i = 0; i < 16 * SinkPlan::c_kindsThrown; ++i) {
+            SinkPlan plan;
+            plan.thrown = static_cast<SinkPlan::Thrown>(i / 16);
+            plan.throwFrom = 1 + i % 8;
+            plan.throwsWhenAsked = i % 16 >= 8;
+            ASSERT_TRUE(ExpectSame(both.CompareEvents(bytes, BothScanners::Source::Utf8, plan)));
+            ASSERT_TRUE(ExpectSame(both.CompareNewParser(bytes, BothScanners::Source::Utf8, plan)));
+            ASSERT_TRUE(ExpectSame(both.CompareEvents(bytes)));
+        }
+    }
+}
+
 TEST(DirectEquivalence, SinksThatParseInTheirEventsSeeTheSame)
 {
     /// Parses another document, in the same way, in each of its events.

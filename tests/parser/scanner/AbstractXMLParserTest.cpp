@@ -10,6 +10,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/util/RuntimeException.hpp>
+#include <xercesc/util/XMLExceptMsgs.hpp>
+
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -223,6 +227,37 @@ TEST(AbstractXMLParser, AsksASinkThatServesSchemasForImportsAndIncludes)
     };
     LoadServed(importer, SchemaWith("<xs:import namespace='urn:n' schemaLocation='n.xsd'/>"));
     EXPECT_THAT(importer->requests, ElementsAre("s.xsd asks for n.xsd"));
+}
+
+TEST(AbstractXMLParser, WhatASinkThrowsInsteadOfASchemaPassesThrough)
+{
+    const TemporaryFolder folder;
+    const TString path = folder.Write("types.xsd", c_types);
+    const std::function<void()> throwers[] = {
+        [] { throw 42; }, [] { throw std::runtime_error("x"); },
+        // Xerces would take these for its own, and the schema for read.
+        [] { throw xercesc::XMLErrs::ExpectedCommentOrCDATA; },
+        [] { throw xercesc::RuntimeException("f", 1, xercesc::XMLExcepts::CPtr_PointerIsZero); }};
+    for (const auto& thrower : throwers) {
+        for (const bool isAboutText : {false, true}) {
+            ParserSession session("<a>5</a>");
+            const auto sink = std::make_shared<ServingSink>();
+            sink->resolve = [&](const TString&) {
+                if (!isAboutText)
+                    thrower();
+                return path;
+            };
+            sink->filter = [&](const TString& text) {
+                if (isAboutText)
+                    thrower();
+                return text;
+            };
+            session.parser->Reload(session.source, sink);
+            EXPECT_ANY_THROW(session.parser->LoadXSDString(c_including, u"s.xsd"));
+            EXPECT_THAT(ToUtf8(session.parser->GetXSDNames()),
+                        ElementsAre(c_baseSchemas[0], c_baseSchemas[1]));
+        }
+    }
 }
 
 TEST(AbstractXMLParser, AsksNoSinkForAnythingElse)

@@ -119,6 +119,34 @@ TEST(CurrentLocation, IsThatOfTheLastEventWhereALimitEndedTheParse)
     }
 }
 
+TEST(CurrentLocation, IsNotThatOfATagAtWhichALimitEndedTheParse)
+{
+    for (const char* const firstLine : c_firstLines) {
+        SCOPED_TRACE(firstLine);
+        Session session(std::string(firstLine) + "<a>\n<bbbbbbbbbb/></a>");
+        session.parser->SetAmplificationLimit(0, 0);
+        session.parser->Parse();
+        EXPECT_TRUE(session.parser->HasFatallyErrored());
+        EXPECT_TRUE(session.sink->events.empty());
+        EXPECT_EQ(Ask(*session.parser), c_untouched);
+
+        session.parser->SetAmplificationLimit(0, 5);
+        session.parser->Reload(session.source, session.sink);
+        session.parser->Parse();
+        EXPECT_TRUE(session.parser->HasFatallyErrored());
+        // The text before the tag was delivered, when the tag had been read.
+        EXPECT_EQ(session.sink->events.size(), 2U);
+        EXPECT_EQ(Ask(*session.parser), Location(3, 14));
+
+        Utf8InputSource tags(std::string(firstLine) + "<a><bbbbbbbbbb/></a>", u"id", false);
+        session.parser->Reload(tags, session.sink);
+        session.parser->Parse();
+        EXPECT_TRUE(session.parser->HasFatallyErrored());
+        EXPECT_EQ(session.sink->events.size(), 3U);
+        EXPECT_EQ(Ask(*session.parser), Location(2, 4));
+    }
+}
+
 TEST(CurrentLocation, StaysThatOfTheLastEventWhereTheNextParseHasNone)
 {
     // A file is read from where it stands: the second parse finds its end.

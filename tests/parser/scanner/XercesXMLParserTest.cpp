@@ -13,6 +13,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/framework/XMLValidityCodes.hpp>
+#include <xercesc/internal/EndOfEntityException.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/RuntimeException.hpp>
 #include <xercesc/util/XMLExceptMsgs.hpp>
@@ -218,10 +222,20 @@ TEST(XercesXMLParser, RecordsOtherExceptionsOfTheSinkOnce)
         {[] { throw 42; }, "Unexpected exception"},
         {[] { throw CorvinaException(u"x"); }, "Unexpected exception"},
         {[] { throw xercesc::OutOfMemoryException(); }, "OutOfMemoryException"},
+        // With these Xerces tells its own scanner that enough was read, or not read.
+        {[] { throw xercesc::XMLErrs::ExpectedCommentOrCDATA; }, "Unexpected exception"},
+        {[] { throw xercesc::XMLValid::ElementNotDefined; }, "Unexpected exception"},
+        {[] { throw xercesc::EndOfEntityException(nullptr, 0); }, "Unexpected exception"},
+        {[] { throw xercesc::SAXException("x"); }, "Unexpected exception"},
+        {[] { throw xercesc::SAXParseException(u"x", u"p", u"s", 7, 8); }, "Unexpected exception"},
     };
     for (const char* const event : {"<a>", "'x'", "<b>", "</>"}) {
-        for (const Case& entry : cases) {
-            ParserSession session("<a>x<b></b></a>");
+        for (std::size_t i = 0; i < 2 * cases.size(); ++i) {
+            // Entities are read by Xerces.
+            const Case& entry = cases[i / 2];
+            SCOPED_TRACE(testing::Message() << event << " " << i / 2);
+            ParserSession session(std::string(i % 2 == 0 ? "" : "<!DOCTYPE a [<!ENTITY e 'x'>]>") +
+                                  "<a>x<b></b></a>");
             session.sink->onEvent = [&](const std::string& seen) {
                 if (seen == event)
                     entry.thrower();

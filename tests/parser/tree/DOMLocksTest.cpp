@@ -34,14 +34,28 @@ struct World
             AddError(Find(*dom, "a"), "e");
             AddWarning(Find(*dom, "a"), "w");
         }
+        AddChildren(*one.GetRoot(), "b,removed,moved");
+        AddError(Find(one, "removed"), "e");
+        removed = one.GetRoot()->RemoveChild(Find(one, "removed"));
+        moved = one.GetRoot()->RemoveChild(Find(one, "moved"));
+        copied.emplace(B());
     }
 
     const DOMElement& A() { return Find(one, "a"); }
+    /// Without messages, for which locks would be taken once more.
+    DOMElement& B() { return Find(one, "b"); }
 
     DOM one;
     DOM two;
-    /// Without messages, for which locks would be taken once more.
+    /// Without messages, too.
     DOM quiet;
+    // Of the first document.
+
+    std::unique_ptr<DOMElement> removed;
+    std::unique_ptr<DOMElement> moved;
+    std::optional<DOMElement> copied;
+    /// What an operation makes, whose end would take locks of its own.
+    std::optional<DOMElement> made;
 };
 
 struct Operation
@@ -119,6 +133,16 @@ const std::vector<Operation>& WritingOperations()
         {"AddDataSourceRename", [](World& w) { w.one.AddDataSourceRename(u"x", u"y"); }},
         {"AddDataConnectionRename", [](World& w) { w.one.AddDataConnectionRename(u"x", u"y"); }},
         {"AddMapSourceRename", [](World& w) { w.one.AddMapSourceRename(u"x", u"y"); }},
+        {"~DOMElement of one that was removed", [](World& w) { w.removed.reset(); }},
+        {"~DOMElement of a copy", [](World& w) { w.copied.reset(); }},
+        {"DOMElement(const DOMElement&)", [](World& w) { w.made.emplace(w.A()); }},
+        {"DOMElement(const DOMElement&), no messages", [](World& w) { w.made.emplace(w.B()); }},
+        {"DOMElement(DOMElement&&)", [](World& w) { w.made.emplace(std::move(w.B())); }},
+        {"RemoveChild, no messages",
+         [](World& w) { w.moved = w.one.GetRoot()->RemoveChild(w.B()); }},
+        {"AppendChild of one that was removed",
+         [](World& w) { w.one.GetRoot()->AppendChild(std::move(w.moved)); }},
+        {"= of messages within a document", [](World& w) { w.B() = w.A(); }},
     };
     return s_operations;
 }
@@ -134,6 +158,10 @@ const std::vector<Operation>& OperationsOnTwo()
         {"MoveErrorsAndWarningsTo", [](World& w) { w.one.MoveErrorsAndWarningsTo(w.two); }},
         {"DeepCopy", [](World& w) { w.two.DeepCopy(w.one); }},
         {"=", [](World& w) { Find(w.two, "a") = w.A(); }},
+        {"= of what moves", [](World& w) { Find(w.two, "a") = std::move(Find(w.one, "a")); }},
+        {"AppendChild", [](World& w) { w.two.GetRoot()->AppendChild(std::move(w.removed)); }},
+        {"AdoptChildren",
+         [](World& w) { w.two.GetRoot()->AdoptChildren(*w.one.GetRoot(), nullptr); }},
     };
     return s_operations;
 }

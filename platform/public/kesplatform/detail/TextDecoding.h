@@ -59,11 +59,13 @@ struct Undecodable
                                                 std::string& utf8);
 
 /// Whether the bytes are UTF-8 as they stand, byte-order mark included: the encoding is UTF-8, or
-/// it agrees with US-ASCII, of which all bytes are. UTF-8 itself is not checked.
+/// it agrees with US-ASCII, of which all bytes are. UTF-8 itself is not checked. REQUIRES: the
+/// encoding is what FindEncoding gives for the bytes.
 KESPLATFORM_EXPORT bool IsUtf8AsItIs(std::string_view bytes, const Encoding& encoding);
 
 /// Appends the text without its byte-order mark, in UTF-8, up to the first byte that does not
-/// decode; nothing when all do. REQUIRES: the encoding is not UTF-8.
+/// decode; nothing when all do. REQUIRES: the encoding is what FindEncoding gives for the bytes,
+/// and they are not UTF-8 as they stand.
 [[nodiscard]] KESPLATFORM_EXPORT std::optional<Undecodable>
 AppendUtf8(std::string_view bytes, const Encoding& encoding, std::string& utf8);
 
