@@ -35,14 +35,14 @@ private:
     std::size_t m_size;
 };
 
-/// Four units of which the last two share a byte with the first two.
+/// A pair and two others; those of two bytes have a byte in common with each of the pair.
 template <class Unit>
 std::vector<Unit> MakeAlphabet()
 {
     if constexpr (std::is_same_v<Unit, char>)
-        return {'<', '>', '\x3B', '\xFF'};
+        return {'<', '>', 'v', '\xFF'};
     else
-        return {u'<', u'>', u'\x3C00', u'\x3E3C'};
+        return {u'<', u'>', u'v', u'\x3C3E'};
 }
 
 template <class Unit>
