@@ -16,8 +16,8 @@ namespace {
 
 /// Those that share nothing: neither the switch of the scanners nor a file.
 constexpr void (*c_targets[])(FuzzTargets::Bytes) = {
-    FuzzTargets::Base64,    FuzzTargets::FormatterCalls, FuzzTargets::ParseAndWrite,
-    FuzzTargets::Paths,     FuzzTargets::RangeTable,     FuzzTargets::Sanitizer,
+    FuzzTargets::Base64,         FuzzTargets::FormatterCalls, FuzzTargets::ParseAndWrite,
+    FuzzTargets::Paths,          FuzzTargets::RangeTable,     FuzzTargets::Sanitizer,
     FuzzTargets::StandaloneTree, FuzzTargets::VersionSniffing};
 
 const char* const c_schema =

@@ -33,7 +33,7 @@ public:
     std::size_t GetFrom(std::size_t position) noexcept
     {
         if (!m_isKnown || m_found < position) {
-            m_found = ByteScan::FindByte(m_text, m_byte, position);
+            m_found = ByteScan::FindByteSoon(m_text, m_byte, position);
             m_isKnown = true;
         }
         return m_found;

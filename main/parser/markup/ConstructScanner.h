@@ -14,7 +14,7 @@ public:
     static constexpr std::string_view c_closeComment = "-->";
 
     /// `start` is the position of the construct's "<".
-    explicit ConstructScanner(std::size_t start) noexcept : m_start(start) {}
+    explicit ConstructScanner(std::size_t start) noexcept : m_start(start), m_next(start + 1) {}
 
     std::size_t GetStart() const noexcept { return m_start; }
 
@@ -22,15 +22,29 @@ public:
     /// text of the search before.
     std::size_t FindClose(std::string_view xml) noexcept;
 
+    /// After a search in vain, for a tag: the quote that opened the value in which the text ends,
+    /// or 0.
+    char GetOpenQuote() const noexcept { return m_openQuote; }
+
 private:
-    bool ChooseTerminator(std::string_view xml) noexcept;
+    enum class Kind : unsigned char
+    {
+        Unknown,
+        Tag,
+        Comment,
+        Section,
+        Instruction,
+        Declaration
+    };
+
+    static Kind FindKind(std::string_view construct) noexcept;
+    static std::string_view GetTerminator(Kind kind) noexcept;
     std::size_t FindCloseOfTag(std::string_view xml) noexcept;
 
     std::size_t m_start;
-    /// Where the next search goes on; 0 until the kind of construct is known.
-    std::size_t m_next = 0;
-    /// Empty for a tag.
-    std::string_view m_terminator;
+    /// Where the next search goes on.
+    std::size_t m_next;
+    Kind m_kind = Kind::Unknown;
     /// The quote that `m_next` is inside of, or 0.
     char m_openQuote = '\0';
 };
@@ -40,10 +54,16 @@ private:
 class QuoteState
 {
 public:
+    QuoteState() noexcept = default;
+    /// Inside a run that `open` opened, or outside when that is 0.
+    explicit QuoteState(char open) noexcept : m_open(open) {}
+
     /// Reads the next piece of the text.
     void Advance(std::string_view piece) noexcept;
 
     bool IsInside() const noexcept { return m_open != '\0'; }
+    /// The quote that opened the run; 0 outside.
+    char GetOpenQuote() const noexcept { return m_open; }
 
 private:
     char m_open = '\0';

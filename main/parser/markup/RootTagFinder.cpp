@@ -6,7 +6,7 @@ XmlUtils::StringRange RootTagFinder::Feed(const std::string& headSoFar) noexcept
 {
     while (m_rootTag.start == std::string::npos) {
         if (!m_construct) {
-            const std::size_t open = ByteScan::FindByte(headSoFar, '<', m_next);
+            const std::size_t open = ByteScan::FindByteSoon(headSoFar, '<', m_next);
             if (open == ByteScan::c_npos) {
                 m_next = headSoFar.size();
                 break;

@@ -48,30 +48,47 @@ std::size_t FindEndOfDoctype(std::string_view xml, std::size_t start) noexcept
 
 } // namespace
 
-std::size_t StartTagWalker::FindEndOfConstruct() const noexcept
+/// The ">" that closes the tag at `m_start`, or npos. On the way the quotes up to `position` are
+/// read, so that they need not be read again.
+std::size_t StartTagWalker::FindCloseOfTag(std::size_t position) noexcept
+{
+    ConstructScanner scanner(m_start);
+    const std::size_t close = scanner.FindClose(m_xml.substr(0, position));
+    if (close != ByteScan::c_npos)
+        return close;
+    if (position >= m_start + 3) {
+        m_quotes = QuoteState(scanner.GetOpenQuote());
+        m_quotesRead = position;
+    }
+    return scanner.FindClose(m_xml);
+}
+
+std::size_t StartTagWalker::FindEndOfConstruct(std::size_t position) noexcept
 {
     if (m_xml.substr(m_start).starts_with(c_openDoctype))
         return FindEndOfDoctype(m_xml, m_start);
-    const std::size_t close = FindClose(m_xml, m_start);
+    const std::size_t close = m_isStartTag ? FindCloseOfTag(position) : FindClose(m_xml, m_start);
     return close == ByteScan::c_npos ? ByteScan::c_npos : close + 1;
 }
 
-bool StartTagWalker::MoveToNextConstruct() noexcept
+bool StartTagWalker::MoveToNextConstruct(std::size_t position) noexcept
 {
-    const std::size_t open = ByteScan::FindByte(m_xml, '<', m_end);
+    const std::size_t open = ByteScan::FindByteSoon(m_xml, '<', m_end);
     m_isStartTag = false;
     m_start = m_end = m_xml.size();
-    if (open == ByteScan::c_npos)
+    if (open == ByteScan::c_npos || m_xml.size() - open < 2)
         return false;
     m_start = open;
-    const std::size_t end = FindEndOfConstruct();
-    if (end == ByteScan::c_npos)
-        return false;
-    m_end = end;
     m_quotes = QuoteState();
     m_quotesRead = m_start;
     const char kind = m_xml[m_start + 1];
     m_isStartTag = kind != '!' && kind != '?' && kind != '/';
+    const std::size_t end = FindEndOfConstruct(position);
+    if (end == ByteScan::c_npos) {
+        m_isStartTag = false;
+        return false;
+    }
+    m_end = end;
     if (m_isStartTag && m_rootTag.start == std::string::npos)
         m_rootTag = {m_start, m_end - m_start};
     return true;
@@ -80,7 +97,7 @@ bool StartTagWalker::MoveToNextConstruct() noexcept
 XmlUtils::StringRange StartTagWalker::GetStartTagAround(std::size_t position) noexcept
 {
     while (m_end <= position) {
-        if (!MoveToNextConstruct())
+        if (!MoveToNextConstruct(position))
             return {};
     }
     if (!m_isStartTag || position < m_start)

@@ -25,8 +25,9 @@ public:
     XmlUtils::StringRange GetRootTag() const noexcept { return m_rootTag; }
 
 private:
-    bool MoveToNextConstruct() noexcept;
-    std::size_t FindEndOfConstruct() const noexcept;
+    bool MoveToNextConstruct(std::size_t position) noexcept;
+    std::size_t FindEndOfConstruct(std::size_t position) noexcept;
+    std::size_t FindCloseOfTag(std::size_t position) noexcept;
 
     std::string_view m_xml;
     /// The current construct: its "<" and the first byte behind it.

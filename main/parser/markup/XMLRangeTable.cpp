@@ -5,8 +5,9 @@
 #include "base/KesErrors.h"
 
 #include <array>
+#include <cstdint>
+#include <deque>
 #include <string_view>
-#include <vector>
 
 namespace {
 
@@ -16,12 +17,23 @@ constexpr std::string_view c_commentStart = "<!--";
 /// The terminators, by type.
 constexpr std::array<std::string_view, 3> c_regionEnds = {"]]>", "-->", ">"};
 
-struct Range
+/// Small, for there may be as many as a text has bytes.
+class Range
 {
-    /// Index of the "<".
-    std::size_t start;
-    std::size_t end;
-    XMLRangeType type;
+public:
+    /// `start` is the index of the "<".
+    Range(std::size_t start, std::size_t end, XMLRangeType type) noexcept
+        : m_start(start), m_endAndType(std::uint64_t{end} << 2 | static_cast<std::uint64_t>(type))
+    {
+    }
+
+    std::size_t GetStart() const noexcept { return m_start; }
+    std::size_t GetEnd() const noexcept { return static_cast<std::size_t>(m_endAndType >> 2); }
+    XMLRangeType GetType() const noexcept { return static_cast<XMLRangeType>(m_endAndType & 3); }
+
+private:
+    std::size_t m_start;
+    std::uint64_t m_endAndType;
 };
 
 XMLRangeType GetType(std::string_view region) noexcept
@@ -38,8 +50,8 @@ struct KESCOREXML_NO_EXPORT XMLRangeTable::XMLRangeTableImpl
     /// Index of the first range that may still hold a position.
     std::size_t cursor = 0;
     std::size_t lastPosition = 0;
-    /// In text order, without overlap.
-    std::vector<Range> ranges;
+    /// In text order, without overlap. A vector would copy them again and again while it grows.
+    std::deque<Range> ranges;
 
     void Build(std::string_view xml);
 };
@@ -57,7 +69,7 @@ void XMLRangeTable::XMLRangeTableImpl::Build(std::string_view xml)
         const std::string_view terminator = c_regionEnds[static_cast<std::size_t>(type)];
         const std::size_t found = ByteScan::FindText(xml, terminator, start + 1);
         end = found == ByteScan::c_npos ? xml.size() : found + terminator.size();
-        ranges.push_back({start, end, type});
+        ranges.emplace_back(start, end, type);
     }
 }
 
@@ -99,10 +111,13 @@ XMLRangeType XMLRangeTable::GetRangeTypeAt(std::size_t position, std::size_t& en
                        u"GetRangeTypeAt must be called with increasing positions",
                        KesErrorsError::LogicAssert_0x1A238B43());
     table.lastPosition = position;
-    while (table.cursor < table.ranges.size() && table.ranges[table.cursor].end <= position)
+    while (table.cursor < table.ranges.size() && table.ranges[table.cursor].GetEnd() <= position)
         ++table.cursor;
-    if (table.cursor == table.ranges.size() || table.ranges[table.cursor].start > position)
+    if (table.cursor == table.ranges.size())
         return XMLRangeType::None;
-    end = table.ranges[table.cursor].end;
-    return table.ranges[table.cursor].type;
+    const Range& range = table.ranges[table.cursor];
+    if (range.GetStart() > position)
+        return XMLRangeType::None;
+    end = range.GetEnd();
+    return range.GetType();
 }

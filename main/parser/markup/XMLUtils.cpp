@@ -7,8 +7,6 @@
 #include "markup/ConstructScanner.h"
 #include "markup/RootTagFinder.h"
 
-#include <QStringView>
-
 #include <algorithm>
 #include <string_view>
 
@@ -36,9 +34,20 @@ bool IsRange(std::size_t from, std::size_t to, std::size_t size) noexcept
     return to > from && to < size;
 }
 
-QStringView ToQt(std::u16string_view text) noexcept
+std::size_t FindUnit(std::u16string_view s, char16_t c, std::size_t pos) noexcept
 {
-    return {text.data(), static_cast<qsizetype>(text.size())};
+    return ByteScan::FindFirst(s.data(), pos, s.size(), ByteScan::One<char16_t>{c});
+}
+
+/// The first position in [`from`, `end`) where `sub` starts and does not reach over `end`, or npos.
+std::size_t FindText(const TString& s, const TString& sub, std::size_t from,
+                     std::size_t end) noexcept
+{
+    const auto findPatiently = [&](std::u16string_view, std::u16string_view, std::size_t pos) {
+        return ToPosition(s.indexOf(sub, static_cast<TString::size_type>(pos),
+                                    static_cast<TString::size_type>(end)));
+    };
+    return ByteScan::FindText(s.view().substr(0, end), sub.view(), from, findPatiently);
 }
 
 std::size_t SkipWhitespace(std::string_view s, std::size_t pos) noexcept
@@ -47,6 +56,35 @@ std::size_t SkipWhitespace(std::string_view s, std::size_t pos) noexcept
         ++pos;
     return pos;
 }
+
+/// The quoted runs of a text from a position on, asked from front to back. What was read is not
+/// read again: a run may be full of what is asked for.
+class QuotedRuns
+{
+public:
+    QuotedRuns(std::string_view text, std::size_t from) noexcept : m_text(text), m_read(from) {}
+
+    /// Whether one of them holds `position`, which is not below the one asked before.
+    bool Hold(std::size_t position) noexcept
+    {
+        m_quotes.Advance(m_text.substr(m_read, position - m_read));
+        m_read = position;
+        return m_quotes.IsInside();
+    }
+
+    /// Goes on at the quote that closes the run that holds the last position asked, and returns its
+    /// place, or npos.
+    std::size_t MoveToClose() noexcept
+    {
+        m_read = ByteScan::FindByte(m_text, m_quotes.GetOpenQuote(), m_read);
+        return m_read;
+    }
+
+private:
+    std::string_view m_text;
+    std::size_t m_read;
+    QuoteState m_quotes;
+};
 
 } // namespace
 
@@ -104,16 +142,12 @@ std::size_t Find(const std::string& s, const std::string& sub, std::size_t pos) 
 
 std::size_t Find(const TString& s, char16_t c, std::size_t pos) noexcept
 {
-    if (pos >= s.view().size())
-        return std::string::npos;
-    return ToPosition(s.indexOf(c, static_cast<TString::size_type>(pos)));
+    return FindUnit(s.view(), c, pos);
 }
 
 std::size_t Find(const TString& s, const TString& sub, std::size_t pos) noexcept
 {
-    if (pos > s.view().size())
-        return std::string::npos;
-    return ToPosition(s.indexOf(sub, static_cast<TString::size_type>(pos)));
+    return FindText(s, sub, pos, s.view().size());
 }
 
 std::size_t FindInRange(const std::string& s, char c, std::size_t from, std::size_t to) noexcept
@@ -135,8 +169,7 @@ std::size_t FindInRange(const TString& s, char16_t c, std::size_t from, std::siz
 {
     if (!IsRange(from, to, s.view().size()))
         return std::string::npos;
-    return ToPosition(
-        ToQt(s.view().substr(0, to + 1)).indexOf(QChar(c), static_cast<qsizetype>(from)));
+    return FindUnit(s.view().substr(0, to + 1), c, from);
 }
 
 std::size_t FindInRange(const TString& s, const TString& sub, std::size_t from,
@@ -144,8 +177,7 @@ std::size_t FindInRange(const TString& s, const TString& sub, std::size_t from,
 {
     if (!IsRange(from, to, s.view().size()))
         return std::string::npos;
-    return ToPosition(s.indexOf(sub, static_cast<TString::size_type>(from),
-                                static_cast<TString::size_type>(to + 1)));
+    return FindText(s, sub, from, to + 1);
 }
 
 std::size_t AdvanceFromOpenToCloseBrace(const std::string& xml, std::size_t start)
@@ -192,30 +224,28 @@ std::optional<std::string> FindAttributeValue(const std::string& xml, const std:
         return std::nullopt;
 
     const std::string_view text = std::string_view(xml).substr(0, end + 1);
-    QuoteState quotes;
-    std::size_t quotesRead = idx;
+    QuotedRuns runs(text, idx);
+    const bool fitsInRun = name.find_first_of("\"'") == std::string::npos;
     // Nothing stands before the tag's "<" that could separate a name from it.
     std::size_t next = idx + 1;
-    for (;;) {
+    while (next <= text.size()) {
         // Stretch by stretch, so that the bytes whose quotes are read are still in the cache.
         constexpr std::size_t c_stretch = 16'384;
         const std::size_t stretchEnd = next + c_stretch + name.size();
         const std::size_t hit = ByteScan::FindText(text.substr(0, stretchEnd), name, next);
-        if (hit == std::string::npos) {
-            if (stretchEnd >= text.size())
-                return std::nullopt;
-            next += c_stretch;
-            quotes.Advance(text.substr(quotesRead, next - quotesRead));
-            quotesRead = next;
+        const bool isHit = hit != std::string::npos;
+        if (!isHit && stretchEnd >= text.size())
+            return std::nullopt;
+        next = isHit ? hit + std::max<std::size_t>(name.size(), 1) : next + c_stretch;
+        if (isHit && !CharacterClasses::IsWhitespace(text[hit - 1]))
+            continue;
+        if (runs.Hold(isHit ? hit : next)) {
+            // What is found in a run counts for nothing.
+            if (fitsInRun)
+                next = std::max(next, runs.MoveToClose());
             continue;
         }
-        next = hit + std::max<std::size_t>(name.size(), 1);
-        if (!CharacterClasses::IsWhitespace(text[hit - 1]))
-            continue;
-        // What was read before is not read again: a value may be full of this name.
-        quotes.Advance(text.substr(quotesRead, hit - quotesRead));
-        quotesRead = hit;
-        if (quotes.IsInside())
+        if (!isHit)
             continue;
         std::size_t pos = SkipWhitespace(text, hit + name.size());
         next = std::max(next, pos);
@@ -230,6 +260,7 @@ std::optional<std::string> FindAttributeValue(const std::string& xml, const std:
             return std::nullopt;
         return xml.substr(pos + 1, close - pos - 1);
     }
+    return std::nullopt;
 }
 
 } // namespace XmlUtils

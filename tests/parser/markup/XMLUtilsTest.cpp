@@ -455,6 +455,16 @@ TEST(XMLUtils, FindsAnAttributeBehindAValueOfAnyLength)
     }
 }
 
+TEST(XMLUtils, AnswersTheSameForANameWithAQuoteHoweverLongAValueIs)
+{
+    const auto find = [](std::size_t length) {
+        const std::string tag = "<r q='" + std::string(length, 'v') + "b' b' b='1'>";
+        return XmlUtils::FindAttributeValue(tag, "b' b", Whole(tag));
+    };
+    for (const std::size_t length : {16'000U, 17'000U, 40'000U})
+        EXPECT_EQ(find(length), find(1)) << length;
+}
+
 TEST(XMLUtils, PassesAMillionFalseNamesInLinearTime)
 {
     const std::string names = Repeat(" version", 1'000'000);
