@@ -2,11 +2,17 @@
 
 #include <kescorexml/Export.h>
 #include <kescorexml/detail/AttributeStorage.h>
+#include <kescorexml/detail/StandaloneContent.h>
 #include <kesplatform/TString.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <new>
 #include <vector>
+
+class SlabReferences;
 
 /// An element of the second, self-contained tree: a name, attributes in no order, and a list of
 /// content nodes, each a text or a child element, as they stood in the source. Two texts never
@@ -18,7 +24,7 @@
 ///
 /// A broken contract is a LogicException and leaves the element unchanged, as does exhausted
 /// memory. Const operations may run side by side.
-class KESCOREXML_EXPORT StandaloneDOMElement
+class KESCOREXML_EXPORT StandaloneDOMElement final
 {
 public:
     /// Attribute values by name.
@@ -32,6 +38,16 @@ public:
     ~StandaloneDOMElement();
     StandaloneDOMElement(const StandaloneDOMElement&) = delete;
     StandaloneDOMElement& operator=(const StandaloneDOMElement&) = delete;
+    /// Elements of a parse live in memory that they share, and give it back themselves when they
+    /// are deleted. That is why no class can derive from this one: its part would be left out.
+    static void* operator new(std::size_t bytes);
+    static void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept;
+    static void* operator new(std::size_t, void* memory) noexcept { return memory; }
+    /// The other half of that.
+    static void operator delete(void* memory) noexcept;
+    static void operator delete(void* memory, const std::nothrow_t&) noexcept;
+    static void operator delete(void*, void*) noexcept {}
+    static void operator delete(StandaloneDOMElement* element, std::destroying_delete_t) noexcept;
 
     /// A deep copy, the encoded flags and the load factors of the attribute maps included.
     [[nodiscard]] std::unique_ptr<StandaloneDOMElement> Clone() const;
@@ -123,18 +139,17 @@ public:
 private:
     friend class StandaloneTreeSink;
 
-    /// A content node: a text, or an element and no text.
-    struct TextOrElement
-    {
-        TString text;
-        bool isText;
-        std::unique_ptr<StandaloneDOMElement> element;
-    };
+    using Node = StandaloneContent::Node;
 
     void CopyOwnPartsTo(StandaloneDOMElement& copy) const;
+    /// Destroys a node whose element, if it is one, holds nothing, and leaves to `references` what
+    /// it referred to.
+    KESCOREXML_NO_EXPORT static void DestroyLeaf(Node&& node, SlabReferences& references) noexcept;
 
     TString m_name;
     AttributeStorage m_attributes;
-    std::vector<TextOrElement> m_children;
+    StandaloneContent m_children;
+    /// Where in a slab of a parse the element lies; 0 for one on the heap.
+    std::uint32_t m_slabOffset = 0;
     bool m_encoded = false;
 };

@@ -6,7 +6,10 @@
 
 #include <QString>
 
+#include <array>
+#include <random>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -68,6 +71,28 @@ TEST(Unicode, FindsTheFirstByteThatIsNoUtf8)
         for (const std::size_t before : {0U, 1U, 15U, 16U, 17U, 1000U})
             EXPECT_EQ(Unicode::findInvalidUtf8(std::string(before, 'x') + sequence), before);
         EXPECT_EQ(Unicode::findInvalidUtf8(std::string("\xE2\x82\xAC") + sequence + "\xFF"), 3U);
+    }
+}
+
+TEST(Unicode, FindsTheByteThatIsNoUtf8AmongLongStretchesOfAnyCharacters)
+{
+    constexpr std::array<std::string_view, 5> c_pieces{
+        "a stretch of ASCII that is longer than what is looked at in one step, by a word or two, ",
+        "word ", "\xC3\xA9", "\xE0\xB0\xA4", "\xF0\x9F\x98\x80"};
+    constexpr std::array<std::string_view, 7> c_faults{
+        "\x80", "\xC1\xBF", "\xC3x", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF"};
+    std::mt19937 random(20261122);
+    const auto draw = [&](std::size_t pieces) {
+        std::string text;
+        for (std::size_t i = 0; i < pieces; ++i)
+            text += c_pieces[random() % c_pieces.size()];
+        return text;
+    };
+    for (int round = 0; round < 3000; ++round) {
+        const std::string before = draw(random() % 40);
+        const std::string fault(c_faults[random() % c_faults.size()]);
+        ASSERT_EQ(Unicode::findInvalidUtf8(before), before.size());
+        ASSERT_EQ(Unicode::findInvalidUtf8(before + fault + draw(random() % 40)), before.size());
     }
 }
 

@@ -114,10 +114,9 @@ const char* DirectScanner::ScanCharacters(const char* at) noexcept
     const char16_t* const room = m_units.End() - c_slack / 2;
     char16_t* to = m_to;
     do {
-        if (const char16_t unit = m_end - at >= 4 ? Utf8Sequence::ReadThreeBytes(at) : u'\0') {
-            *to++ = unit;
-            at += 3;
-        } else {
+        if (static_cast<unsigned char>(*at) >= 0xE0)
+            at = Utf8Sequence::CopyThreeBytes(at, m_end, to, room);
+        if (to < room && !ByteClasses::IsAscii(*at)) {
             const char32_t character = Utf8Sequence::Read(at);
             if (character == Utf8Sequence::c_invalid)
                 return Decline(Verdict::Encoding);

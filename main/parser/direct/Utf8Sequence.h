@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -31,6 +32,24 @@ inline char16_t ReadThreeBytes(const char* at) noexcept
         (bytes & 0x0F) << 12 | (bytes & 0x3F00) >> 2 | (bytes & 0x3F0000) >> 16;
     const bool isCommon = character - 0x800 < 0xD000 && character != c_lineSeparator;
     return isCommon ? static_cast<char16_t>(character) : u'\0';
+}
+
+/// Copies such characters from `at` to `to`, which is moved behind them, up to another one, to
+/// `room` or to the last bytes before `end`, and returns where it stopped.
+inline const char* CopyThreeBytes(const char* at, const char* end, char16_t*& to,
+                                  const char16_t* room) noexcept
+{
+    char16_t* next = to;
+    // Behind each there is one more byte.
+    const std::ptrdiff_t most = std::min<std::ptrdiff_t>(room - next, (end - at - 1) / 3);
+    for (const char16_t* const last = next + most; next < last; at += 3) {
+        const char16_t unit = ReadThreeBytes(at);
+        if (unit == u'\0')
+            break;
+        *next++ = unit;
+    }
+    to = next;
+    return at;
 }
 
 /// Reads the sequence of two to four bytes at `at` and passes over it. c_invalid, and `at` is as it

@@ -31,7 +31,9 @@ bool HasSingleByteUnits(std::string_view bytes)
 
 BinaryInputSource::BinaryInputSource(const std::vector<unsigned char>& bytes, const TString& id,
                                      bool skipLeadingWhitespace)
-    : Utf8InputSource(std::string(bytes.begin(), bytes.end()), id, skipLeadingWhitespace)
+    // The parser needs a zero byte behind the document, which only a copy can have.
+    : Utf8InputSource(std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()), id,
+                      skipLeadingWhitespace)
 {
 }
 

@@ -2,6 +2,8 @@
 
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
+#include "slabs/AttributeBlock.h"
+#include "slabs/SlabReferences.h"
 
 #include <algorithm>
 #include <tuple>
@@ -19,11 +21,46 @@ StandaloneDOMElement::StandaloneDOMElement(TString&& name) : m_name(std::move(na
 
 StandaloneDOMElement::~StandaloneDOMElement()
 {
-    EraseAllChildNodes();
+    if (!m_children.empty())
+        EraseAllChildNodes();
+}
+
+// Not inline: compilers that see through to the global operators take those of this class for ones
+// that do not go together.
+void* StandaloneDOMElement::operator new(std::size_t bytes)
+{
+    return ::operator new(bytes);
+}
+
+void* StandaloneDOMElement::operator new(std::size_t bytes, const std::nothrow_t& nothrow) noexcept
+{
+    return ::operator new(bytes, nothrow);
+}
+
+void StandaloneDOMElement::operator delete(void* memory) noexcept
+{
+    ::operator delete(memory);
+}
+
+void StandaloneDOMElement::operator delete(void* memory, const std::nothrow_t&) noexcept
+{
+    ::operator delete(memory);
+}
+
+void StandaloneDOMElement::operator delete(StandaloneDOMElement* element,
+                                           std::destroying_delete_t) noexcept
+{
+    const std::uint32_t slabOffset = element->m_slabOffset;
+    element->~StandaloneDOMElement();
+    if (slabOffset != 0)
+        ParseSlab::At(element, slabOffset).Release();
+    else
+        ::operator delete(static_cast<void*>(element));
 }
 
 void StandaloneDOMElement::EraseAllChildNodes() noexcept
 {
+    SlabReferences references;
     // The way back up is kept in the tree itself: on the way down into the last child of an
     // element, the place of that child holds the element above instead. So the depth costs neither
     // stack nor memory, and nothing can fail.
@@ -33,7 +70,7 @@ void StandaloneDOMElement::EraseAllChildNodes() noexcept
         while (!current->m_children.empty()) {
             std::unique_ptr<StandaloneDOMElement>& last = current->m_children.back().element;
             if (last == nullptr || last->m_children.empty()) {
-                current->m_children.pop_back();
+                DestroyLeaf(current->m_children.PopBack(), references);
                 continue;
             }
             StandaloneDOMElement* child = last.release();
@@ -42,16 +79,34 @@ void StandaloneDOMElement::EraseAllChildNodes() noexcept
         }
         if (above == nullptr)
             return;
-        const std::unique_ptr<StandaloneDOMElement> emptied(std::exchange(current, above));
+        std::unique_ptr<StandaloneDOMElement> emptied(std::exchange(current, above));
         above = current->m_children.back().element.release();
+        current->m_children.back().element = std::move(emptied);
     }
+}
+
+void StandaloneDOMElement::DestroyLeaf(Node&& node, SlabReferences& references) noexcept
+{
+    references.Add(TStringBlock::TakeReference(node.text));
+    if (node.element == nullptr || node.element->m_slabOffset == 0) {
+        node.element.reset();
+        return;
+    }
+    StandaloneDOMElement* const leaf = node.element.release();
+    ParseSlab& slab = ParseSlab::At(leaf, leaf->m_slabOffset);
+    references.Add(TStringBlock::TakeReference(leaf->m_name));
+    if (const AttributeBlock* block = leaf->m_attributes.TakeBlock())
+        references.Add(&block->GetSlab());
+    references.Add(leaf->m_children.TakeSlab());
+    leaf->~StandaloneDOMElement();
+    references.Add(&slab);
 }
 
 void StandaloneDOMElement::CopyOwnPartsTo(StandaloneDOMElement& copy) const
 {
     copy.m_attributes.Take(copy.m_attributes.PrepareReplacement(m_attributes));
     copy.m_encoded = m_encoded;
-    copy.m_children.reserve(m_children.size());
+    copy.m_children.Reserve(m_children.size());
 }
 
 std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::Clone() const
@@ -68,13 +123,13 @@ std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::Clone() const
         const auto [from, to] = pending.back();
         pending.pop_back();
         from->CopyOwnPartsTo(*to);
-        for (const TextOrElement& node : from->m_children) {
+        for (const Node& node : from->m_children) {
             std::unique_ptr<StandaloneDOMElement> child;
             if (node.element != nullptr) {
                 child = std::make_unique<StandaloneDOMElement>(node.element->m_name);
                 pending.push_back({node.element.get(), child.get()});
             }
-            to->m_children.push_back({node.text, node.isText, std::move(child)});
+            to->m_children.PushBack({node.text, std::move(child)});
         }
     }
     return result;
@@ -94,11 +149,11 @@ bool StandaloneDOMElement::operator==(const StandaloneDOMElement& other) const
                 !left->m_attributes.Equals(right->m_attributes))
                 return false;
             for (std::size_t i = 0; i < left->m_children.size(); ++i) {
-                const TextOrElement& a = left->m_children[i];
-                const TextOrElement& b = right->m_children[i];
-                if (a.isText != b.isText || a.text != b.text)
+                const Node& a = left->m_children[i];
+                const Node& b = right->m_children[i];
+                if (a.IsText() != b.IsText() || a.text != b.text)
                     return false;
-                if (!a.isText)
+                if (!a.IsText())
                     pending.emplace_back(a.element.get(), b.element.get());
             }
         }
@@ -111,18 +166,18 @@ bool StandaloneDOMElement::operator==(const StandaloneDOMElement& other) const
 
 bool StandaloneDOMElement::HasText() const noexcept
 {
-    return std::ranges::any_of(m_children, [](const TextOrElement& node) { return node.isText; });
+    return std::ranges::any_of(m_children, [](const Node& node) { return node.IsText(); });
 }
 
 bool StandaloneDOMElement::HasChildren() const noexcept
 {
-    return std::ranges::any_of(m_children, [](const TextOrElement& node) { return !node.isText; });
+    return std::ranges::any_of(m_children, [](const Node& node) { return !node.IsText(); });
 }
 
 TString StandaloneDOMElement::GetAllText() const
 {
     TString result;
-    for (const TextOrElement& node : m_children)
+    for (const Node& node : m_children)
         result.append(node.text);
     return result;
 }
@@ -130,8 +185,8 @@ TString StandaloneDOMElement::GetAllText() const
 std::vector<std::reference_wrapper<const TString>> StandaloneDOMElement::GetTextNodes() const
 {
     std::vector<std::reference_wrapper<const TString>> result;
-    for (const TextOrElement& node : m_children) {
-        if (node.isText)
+    for (const Node& node : m_children) {
+        if (node.IsText())
             result.emplace_back(node.text);
     }
     return result;
@@ -141,8 +196,8 @@ std::vector<std::reference_wrapper<const StandaloneDOMElement>>
 StandaloneDOMElement::GetChildren() const
 {
     std::vector<std::reference_wrapper<const StandaloneDOMElement>> result;
-    for (const TextOrElement& node : m_children) {
-        if (!node.isText)
+    for (const Node& node : m_children) {
+        if (!node.IsText())
             result.emplace_back(*node.element);
     }
     return result;
@@ -150,8 +205,8 @@ StandaloneDOMElement::GetChildren() const
 
 const StandaloneDOMElement* StandaloneDOMElement::GetChild(const TString& name) const noexcept
 {
-    for (const TextOrElement& node : m_children) {
-        if (!node.isText && node.element->m_name == name)
+    for (const Node& node : m_children) {
+        if (!node.IsText() && node.element->m_name == name)
             return node.element.get();
     }
     return nullptr;
@@ -165,8 +220,8 @@ StandaloneDOMElement* StandaloneDOMElement::GetChild(const TString& name) noexce
 void StandaloneDOMElement::WalkNodes(const std::function<void(StandaloneDOMElement&)>& onElement,
                                      const std::function<void(TString&)>& onText)
 {
-    for (TextOrElement& node : m_children) {
-        if (node.isText)
+    for (Node& node : m_children) {
+        if (node.IsText())
             onText(node.text);
         else
             onElement(*node.element);
@@ -177,8 +232,8 @@ void StandaloneDOMElement::WalkNodes(
     const std::function<void(const StandaloneDOMElement&)>& onElement,
     const std::function<void(const TString&)>& onText) const
 {
-    for (const TextOrElement& node : m_children) {
-        if (node.isText)
+    for (const Node& node : m_children) {
+        if (node.IsText())
             onText(node.text);
         else
             onElement(*node.element);
@@ -187,8 +242,8 @@ void StandaloneDOMElement::WalkNodes(
 
 void StandaloneDOMElement::AppendText(const TString& text, bool encoded)
 {
-    if (m_children.empty() || !m_children.back().isText)
-        m_children.push_back({text, true, nullptr});
+    if (m_children.empty() || !m_children.back().IsText())
+        m_children.PushBack({text, nullptr});
     else
         m_children.back().text.append(text);
     m_encoded = encoded;
@@ -246,7 +301,7 @@ void StandaloneDOMElement::AppendChild(std::unique_ptr<StandaloneDOMElement> ele
     if (element == nullptr)
         ThrowAssertion(c_source, PublishedLine(295), u"element != nullptr",
                        KesErrorsError::LogicAssert_0xE9519449());
-    m_children.push_back({TString(), false, std::move(element)});
+    m_children.PushBack({TString(), std::move(element)});
 }
 
 void StandaloneDOMElement::InsertChildBefore(std::unique_ptr<StandaloneDOMElement> element,
@@ -255,37 +310,44 @@ void StandaloneDOMElement::InsertChildBefore(std::unique_ptr<StandaloneDOMElemen
     if (element == nullptr)
         ThrowAssertion(c_source, PublishedLine(302), u"element != nullptr",
                        KesErrorsError::LogicAssert_0x41228A24());
-    const auto place = std::ranges::find_if(m_children, [&before](const TextOrElement& node) {
-        return !node.isText && *node.element == before;
+    const auto place = std::ranges::find_if(m_children, [&before](const Node& node) {
+        return !node.IsText() && *node.element == before;
     });
     if (place == m_children.end())
         ThrowAssertion(c_source, PublishedLine(318), u"Can't insert child",
                        KesErrorsError::LogicAssert_0xAD7AC3BE());
-    m_children.insert(place, {TString(), false, std::move(element)});
+    m_children.Insert(static_cast<std::size_t>(place - m_children.begin()),
+                      {TString(), std::move(element)});
 }
 
 std::unique_ptr<StandaloneDOMElement>
 StandaloneDOMElement::RemoveChild(const StandaloneDOMElement& child)
 {
     const auto place = std::ranges::find_if(
-        m_children, [&child](const TextOrElement& node) { return node.element.get() == &child; });
+        m_children, [&child](const Node& node) { return node.element.get() == &child; });
     if (place == m_children.end())
         ThrowAssertion(c_source, PublishedLine(344), u"Can't remove child",
                        KesErrorsError::LogicAssert_0x108BF60C());
     std::unique_ptr<StandaloneDOMElement> removed = std::move(place->element);
-    m_children.erase(place);
+    m_children.Erase(place);
     return removed;
 }
 
 std::vector<std::unique_ptr<StandaloneDOMElement>> StandaloneDOMElement::RemoveChildren()
 {
     std::vector<std::unique_ptr<StandaloneDOMElement>> removed;
-    removed.reserve(static_cast<std::size_t>(std::ranges::count(
-        m_children, false, [](const TextOrElement& node) { return node.isText; })));
-    for (TextOrElement& node : m_children) {
-        if (!node.isText)
+    removed.reserve(static_cast<std::size_t>(
+        std::ranges::count(m_children, false, [](const Node& node) { return node.IsText(); })));
+    Node* kept = m_children.begin();
+    for (Node& node : m_children) {
+        if (!node.IsText()) {
             removed.push_back(std::move(node.element));
+            continue;
+        }
+        if (kept != &node)
+            *kept = std::move(node);
+        ++kept;
     }
-    std::erase_if(m_children, [](const TextOrElement& node) { return !node.isText; });
+    m_children.Truncate(static_cast<std::size_t>(kept - m_children.begin()));
     return removed;
 }

@@ -4,7 +4,8 @@
 
 #include <kesplatform/TScanString.h>
 
-#include <iterator>
+#include <cstddef>
+#include <new>
 #include <utility>
 
 StandaloneTreeSink::StandaloneTreeSink(bool keepWhitespaceText)
@@ -18,9 +19,14 @@ StandaloneTreeSink::~StandaloneTreeSink() = default;
 void StandaloneTreeSink::StartElement(const StartTag& tag)
 {
     EndText();
-    auto element =
-        std::make_unique<StandaloneDOMElement>(ParsedNames::GetNameIn(m_arena, tag.element));
-    element->m_attributes.Take(PackAttributes(m_arena, tag));
+    TString name = ParsedNames::GetNameIn(m_arena, tag.element);
+    AttributeStorage attributes = PackAttributes(m_arena, tag);
+    ParseSlab* slab = nullptr;
+    std::byte* const memory = m_arena.Allocate(sizeof(StandaloneDOMElement), slab);
+    std::unique_ptr<StandaloneDOMElement> element(::new (memory)
+                                                      StandaloneDOMElement(std::move(name)));
+    element->m_slabOffset = slab->OffsetOf(memory);
+    element->m_attributes.Take(std::move(attributes));
     m_open.push_back({std::move(element), m_waiting.size()});
 }
 
@@ -28,7 +34,7 @@ void StandaloneTreeSink::TakeText()
 {
     const std::u16string_view text = m_text.View();
     if (m_keepWhitespaceText || TScanString::skipWhitespace(text) < text.size())
-        m_waiting.push_back({m_text.Take(), true, nullptr});
+        m_waiting.push_back({m_text.Take(), nullptr});
     else
         m_text.Drop();
 }
@@ -38,7 +44,7 @@ void StandaloneTreeSink::EndElement()
     EndText();
     CloseTop();
     // Should there be no room for it among what waits, it is still open.
-    m_waiting.push_back({TString(), false, nullptr});
+    m_waiting.emplace_back();
     m_waiting.back().element = std::move(m_open.back().element);
     m_open.pop_back();
 }
@@ -46,11 +52,10 @@ void StandaloneTreeSink::EndElement()
 void StandaloneTreeSink::CloseTop()
 {
     UnfinishedElement& top = m_open.back();
-    const auto first = m_waiting.begin() + static_cast<std::ptrdiff_t>(top.firstNode);
-    if (first != m_waiting.end()) {
-        top.element->m_children.assign(std::make_move_iterator(first),
-                                       std::make_move_iterator(m_waiting.end()));
-        m_waiting.erase(first, m_waiting.end());
+    const std::size_t count = m_waiting.size() - top.firstNode;
+    if (count > 0) {
+        top.element->m_children.FillIn(m_arena, m_waiting.data() + top.firstNode, count);
+        m_waiting.resize(top.firstNode);
     }
 }
 

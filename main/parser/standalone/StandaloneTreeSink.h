@@ -10,7 +10,8 @@
 #include <string_view>
 #include <vector>
 
-/// Grows a StandaloneDOMElement tree. Texts and values of attributes lie in the slabs of one arena.
+/// Grows a StandaloneDOMElement tree. Elements, attributes, texts and lists of content lie in the
+/// slabs of one arena.
 ///
 /// What an element holds waits on a stack until the element ends and then moves into a list of just
 /// its length; so the tree is complete only once it is taken.
@@ -52,5 +53,5 @@ private:
     ArenaText m_text{m_arena};
     bool m_keepWhitespaceText;
     std::vector<UnfinishedElement> m_open;
-    std::vector<StandaloneDOMElement::TextOrElement> m_waiting;
+    std::vector<StandaloneContent::Node> m_waiting;
 };

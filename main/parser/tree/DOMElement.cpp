@@ -2,10 +2,10 @@
 
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
+#include "slabs/SlabReferences.h"
 #include "tree/ElementLife.h"
 #include "tree/ParsedElements.h"
 #include "tree/PrefetchElements.h"
-#include "tree/SlabReferences.h"
 #include "tree/TreeAssertions.h"
 
 #include <kescorexml/DOM.h>

@@ -4,9 +4,9 @@
 
 #include "slabs/AttributeBlock.h"
 #include "slabs/ParseArena.h"
+#include "slabs/SlabReferences.h"
 #include "tree/ElementLife.h"
 #include "tree/ParsedElements.h"
-#include "tree/SlabReferences.h"
 #include "tree/TreeWalk.h"
 
 #include <kescorexml/DOM.h>

@@ -2,7 +2,7 @@
 
 #include "slabs/ArenaText.h"
 #include "slabs/ParseArena.h"
-#include "tree/SlabReferences.h"
+#include "slabs/SlabReferences.h"
 
 #include <kescorexml/DOMElement.h>
 

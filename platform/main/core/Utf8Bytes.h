@@ -64,20 +64,16 @@ inline std::size_t FindInvalid(std::string_view text) noexcept
     std::size_t at = 0;
     char32_t character = 0;
     while (at < text.size()) {
+        std::size_t inStep = 0;
+        while (text.size() - at >= Utf8Steps::c_readable &&
+               (inStep = Utf8Steps::CountValid(text.data() + at)) != 0)
+            at += inStep;
         if (static_cast<unsigned char>(text[at]) < 0x80) {
             ++at;
             while (at + AsciiSteps::c_step <= text.size() && AsciiSteps::IsAscii(text.data() + at))
                 at += AsciiSteps::c_step;
             continue;
         }
-        std::size_t inStep = 0;
-        while (text.size() - at >= Utf8Steps::c_readable &&
-               (inStep = Utf8Steps::CountValid(text.data() + at)) != 0)
-            at += inStep;
-        if (at == text.size())
-            break;
-        if (static_cast<unsigned char>(text[at]) < 0x80)
-            continue;
         const std::size_t length = ReadSequence(text.substr(at), character);
         if (length == 0)
             return at;

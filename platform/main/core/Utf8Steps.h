@@ -50,11 +50,22 @@ inline __m128i FindForbidden(__m128i bytes, __m128i next) noexcept
     return _mm_or_si128(isNoLead, _mm_or_si128(isShort, isLarge));
 }
 
+inline bool IsAscii(const char* start) noexcept
+{
+    const auto* const vectors = reinterpret_cast<const __m128i*>(start);
+    const auto load = [vectors](int i) { return _mm_loadu_si128(vectors + i); };
+    const __m128i low = _mm_or_si128(load(0), load(1));
+    const __m128i high = _mm_or_si128(load(2), load(3));
+    return _mm_movemask_epi8(_mm_or_si128(low, high)) == 0;
+}
+
 /// How many of the bytes of a step are well-formed sequences, of which the first one begins with
 /// the step: all but a last one that goes on behind the step; 0 when anything is wrong.
 inline std::size_t CountValid(const char* start) noexcept
 {
     constexpr std::size_t c_step = sizeof(__m128i);
+    if (IsAscii(start))
+        return c_size;
     Leads leads;
     __m128i forbidden = _mm_setzero_si128();
     for (std::size_t at = 0; at < c_size; at += c_step) {

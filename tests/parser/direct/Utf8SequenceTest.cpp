@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
+#include <iterator>
+#include <random>
 #include <string>
 
 namespace {
@@ -90,5 +93,35 @@ TEST(Utf8Sequence, ReadsThreeBytesAtOnceAsItReadsThemOneByOne)
                 ASSERT_EQ(char32_t{unit}, isCommon ? character : 0) << lead << ' ' << second;
             }
         }
+    }
+}
+
+TEST(Utf8Sequence, CopiesCharactersOfThreeBytesAsItReadsThem)
+{
+    constexpr const char* c_pieces[] = {"\xE0\xB0\xA4",     "\xE0\xA0\x80", "\xED\x9F\xBF",
+                                        "\xE1\x80\x80",     "\xE2\x80\xA7", "\xE0\x9F\xBF",
+                                        "\xE2\x80\xA8",     "\xED\xA0\x80", "\xEE\x80\x80",
+                                        "\xF0\x9F\x98\x80", "\xC3\xA9",     "x"};
+    std::mt19937 random(20261122);
+    for (int round = 0; round < 5000; ++round) {
+        std::string text;
+        while (text.size() < 60)
+            text += c_pieces[random() % 10 == 0 ? random() % std::size(c_pieces) : random() % 5];
+        const std::size_t size = random() % text.size();
+        const std::size_t room = random() % 20;
+        const char* const end = text.data() + size;
+        std::u16string expected;
+        const char* at = text.data();
+        while (expected.size() < room && end - at >= 4) {
+            const char16_t unit = Utf8Sequence::ReadThreeBytes(at);
+            if (unit == u'\0')
+                break;
+            expected += unit;
+            at += 3;
+        }
+        std::array<char16_t, 20> units{};
+        char16_t* to = units.data();
+        EXPECT_EQ(Utf8Sequence::CopyThreeBytes(text.data(), end, to, to + room), at);
+        EXPECT_EQ(std::u16string(units.data(), to), expected);
     }
 }
