@@ -44,8 +44,8 @@ void StandaloneContent::Reallocate(std::size_t capacity)
     void* const memory = std::malloc(sizeof(Header) + capacity * sizeof(Node));
     if (memory == nullptr)
         throw std::bad_alloc();
-    auto* const header = new (memory) Header{static_cast<std::uint32_t>(size()),
-                                             static_cast<std::uint32_t>(capacity), 0};
+    auto* const header = new (memory)
+        Header{static_cast<std::uint32_t>(size()), static_cast<std::uint32_t>(capacity), 0};
     std::uninitialized_move_n(begin(), size(), reinterpret_cast<Node*>(header + 1));
     std::destroy_n(begin(), size());
     FreeMemory();

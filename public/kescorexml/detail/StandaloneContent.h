@@ -11,9 +11,10 @@ class ParseArena;
 class ParseSlab;
 class StandaloneDOMElement;
 
-/// What a StandaloneDOMElement holds: texts and child elements in order, a contiguous sequence behind
-/// one pointer, so that an element without content pays for nothing else. Not copyable. What is not
-/// inline serves the library alone and is not exported. Const operations may run side by side.
+/// What a StandaloneDOMElement holds: texts and child elements in order, a contiguous sequence
+/// behind one pointer, so that an element without content pays for nothing else. Not copyable. What
+/// is not inline serves the library alone and is not exported. Const operations may run side by
+/// side.
 class StandaloneContent
 {
 public:
