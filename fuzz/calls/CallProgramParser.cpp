@@ -99,8 +99,8 @@ void CallProgram::LoadSchema()
 
 void CallProgram::MakeParser()
 {
-    m_parser = XercesXMLParser::Create(MakeSource(std::string(ParserInputs::c_documents[0])),
-                                       MakeSink());
+    m_parser =
+        XercesXMLParser::Create(MakeSource(std::string(ParserInputs::c_documents[0])), MakeSink());
     m_lastEvent = c_unknown;
     m_isDone = false;
     m_expands = false;
@@ -171,8 +171,7 @@ void CallProgram::CheckParserIsUsable()
     const ParseTrace trace = TraceUsable(*m_parser);
     m_hasLimits = false;
     // It has no sink but the one that has gone.
-    m_parser->Reload(MakeSource(std::string(ParserInputs::c_documents[0])),
-                     MakeSink());
+    m_parser->Reload(MakeSource(std::string(ParserInputs::c_documents[0])), MakeSink());
     m_lastEvent = c_unknown;
     m_isDone = false;
     if (!m_loads)

@@ -195,10 +195,8 @@ void CallProgram::CheckTreeParsersAreUsable()
     if (!m_standaloneHasSchema) {
         static_cast<ParseLimits&>(*m_standalone) = ParseLimits();
         m_standalone->SetStatisticsEventHandler(nullptr);
-        const auto trace =
-            TraceTree(m_standalone->ParseXmlString(c_usable, u"x"));
-        Expect(trace == TraceTree(
-                            StandaloneDOMParser().ParseXmlString(c_usable, u"x")),
+        const auto trace = TraceTree(m_standalone->ParseXmlString(c_usable, u"x"));
+        Expect(trace == TraceTree(StandaloneDOMParser().ParseXmlString(c_usable, u"x")),
                "a parser of standalone trees is as good as a new one");
     }
 }
