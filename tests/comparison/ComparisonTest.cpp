@@ -182,14 +182,17 @@ TEST(Comparison, TellsTheMemoryOfTheWorstTree)
         document += "<a/>";
     document += "</a>";
     const double measured = MeasureHeap(*MakeKescorexml(), document);
-    for (const char* page : {README_PATH, SECURITY_PATH}) {
+    const auto find = [](const char* page, const char* sentence) {
         QFile file(page);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << page;
-        const QRegularExpression sentence(
-            "list of `<a/>`, takes (\\d+)|\\((\\d+) for a list of `<a/>`");
-        const QRegularExpressionMatch match = sentence.match(QString(file.readAll()));
-        ASSERT_TRUE(match.hasMatch()) << page;
-        const double told = (match.captured(1) + match.captured(2)).toDouble();
-        EXPECT_NEAR(measured, told, 0.05 * told) << page;
-    }
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << page;
+        const QRegularExpressionMatch match =
+            QRegularExpression(sentence).match(QString(file.readAll()));
+        EXPECT_TRUE(match.hasMatch()) << page;
+        return match.captured(1).toDouble();
+    };
+    const double told = find(SECURITY_PATH, "(\\d+) for\\s+a list of `<a/>`");
+    EXPECT_NEAR(measured, told, 0.05 * told);
+    // The worst of all, which HeapFigures measures.
+    EXPECT_EQ(find(README_PATH, "up to (\\d+), if it is nothing but short tags"),
+              find(SECURITY_PATH, "that are never closed take up to (\\d+)"));
 }
