@@ -186,11 +186,11 @@ TEST(Comparison, TellsTheMemoryOfTheWorstTree)
         QFile file(page);
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << page;
         const QRegularExpressionMatch match =
-            QRegularExpression(sentence).match(QString(file.readAll()));
+            QRegularExpression(sentence).match(QString(file.readAll()).simplified());
         EXPECT_TRUE(match.hasMatch()) << page;
         return match.captured(1).toDouble();
     };
-    const double told = find(SECURITY_PATH, "(\\d+) for\\s+a list of `<a/>`");
+    const double told = find(SECURITY_PATH, "(\\d+) for a list of `<a/>`");
     EXPECT_NEAR(measured, told, 0.05 * told);
     // The worst of all, which HeapFigures measures.
     EXPECT_EQ(find(README_PATH, "up to (\\d+), if it is nothing but short tags"),
