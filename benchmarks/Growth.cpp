@@ -364,7 +364,7 @@ int PrintGrowth()
 {
     constexpr std::size_t c_doublings = 4;
     constexpr double c_largestExponent = 1.5;
-    constexpr double c_leastSeconds = 0.05;
+    constexpr double c_minimumSeconds = 0.05;
     std::vector<Family> families;
     AddScannerFamilies(families);
     AddParseFamilies(families);
@@ -382,7 +382,7 @@ int PrintGrowth()
             seconds.push_back(Measure(family, size));
         }
         const double exponent = FitExponent(sizes, seconds);
-        exceeded += exponent > c_largestExponent && seconds.back() > c_leastSeconds;
+        exceeded += exponent > c_largestExponent && seconds.back() > c_minimumSeconds;
         std::printf("| %s | %zu | %.2f | %.2f |\n", family.name.c_str(), family.largest,
                     seconds.back() * 1e3, exponent);
         std::fflush(stdout);

@@ -17,7 +17,7 @@ namespace {
 using DirectScanning::Verdict;
 
 /// How much of the files of each folder is to be read directly.
-constexpr double c_least = 0.95;
+constexpr double c_minimumShare = 0.95;
 
 /// How many files came to each verdict.
 struct Counts
@@ -51,13 +51,13 @@ Counts Count(const char* folder)
 
 bool Print(const char* name, const Counts& counts)
 {
-    const bool areEnough = counts.Share(Verdict::Accepted) >= c_least;
+    const bool areEnough = counts.Share(Verdict::Accepted) >= c_minimumShare;
     for (const auto& [verdict, count] : counts.files) {
         const bool isAccepted = verdict == Verdict::Accepted;
         std::printf("| %s | %s | %zu | %.4g %%%s |", name, DirectScanning::GetName(verdict), count,
                     counts.Share(verdict) * 100, isAccepted && !areEnough ? " (below)" : "");
         if (isAccepted)
-            std::printf(" %.3g %%", c_least * 100);
+            std::printf(" %.3g %%", c_minimumShare * 100);
         std::printf(" |\n");
     }
     if (counts.all == 0)

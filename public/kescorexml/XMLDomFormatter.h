@@ -82,7 +82,7 @@ public:
     /// throws leaves the call; every tag that is open by then is closed, but one whose Indent
     /// threw. `target` may build on the tree that is written, as this very formatter does: children
     /// that were not there when the call began are left out. It is a logic assertion when children
-    /// change otherwise.
+    /// of an element that is being written change otherwise.
     void Format(XMLFormatter& target, const DOMElement& element);
 
     /// The text of a document or of an element and all below it, indented by two blanks a level,

@@ -29,9 +29,10 @@ enum class FormatMode : std::int32_t
 /// Indent and Undent balanced, normally with an Indenter. What OutputString throws leaves every
 /// call.
 ///
-/// OutputString, or another operation that a subclass replaces, may add children to an element that
-/// is being written: they are left out. It is a logic assertion when the children of such an
-/// element change otherwise. What is being written must not be destroyed.
+/// Each element is written as it is when its own turn comes. OutputString, or another operation
+/// that a subclass replaces, may add children to an element that is being written: they are left
+/// out. It is a logic assertion when the children of such an element change otherwise. What is
+/// being written must not be destroyed.
 ///
 /// Different objects may be used from different threads.
 class KESCOREXML_EXPORT XMLFormatter

@@ -80,7 +80,7 @@ public:
 
     bool SawErrors() const noexcept { return !m_errors.IsEmpty(); }
     bool SawFatalError() const noexcept { return m_sawFatalError; }
-    /// Ends both lists with an entry that tells how many messages are missing, if some are.
+    /// Ends both lists with a message that tells how many messages are missing, if some are.
     void CloseMessages();
     const std::vector<XMLDiagnostic>& GetWarnings() const noexcept { return m_warnings.GetKept(); }
     /// Errors and fatal errors.

@@ -34,9 +34,9 @@ struct Record
 using Sink = std::function<void(const Record&)>;
 
 /// Installs `sink` for the whole process and returns the one that was there, which may still be at
-/// work on other threads. An empty sink brings
-/// back the default, Qt's categorised logging under the category "kesplatform", where Fatal is
-/// reported as critical: logging never ends the process. Safe to use from several threads.
+/// work on other threads. An empty sink brings back the default, Qt's categorised logging under the
+/// category "kesplatform", where Fatal is reported as critical: logging never ends the process.
+/// Safe to use from several threads.
 KESPLATFORM_EXPORT Sink SetSink(Sink sink);
 
 } // namespace TLog

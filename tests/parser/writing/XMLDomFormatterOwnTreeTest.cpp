@@ -194,9 +194,15 @@ TEST(XMLDomFormatter, SaysSoWhenItsTargetChangesTheTreeOtherwise)
         },
         [](DOMElement& r) { return r.RemoveChild(*r.GetChild(u"d")); },
         [](DOMElement& r) { return r.GetChild(u"b")->RemoveChild(u"c"); },
+        // As many as before, and the last one where it was.
+        [](DOMElement& r) {
+            auto leaf = r.RemoveChild(*r.GetChild(u"leaf"));
+            r.AddNewChild(u"new", r.GetChild(u"b"));
+            return leaf;
+        },
     };
     for (const auto& change : changes) {
-        const std::unique_ptr<DOMElement> tree = MakeTree("r(a,b(c),d)");
+        const std::unique_ptr<DOMElement> tree = MakeTree("r(a,leaf,b(c),d)");
         std::unique_ptr<DOMElement> removed;
         bool isChanged = false;
         ChangingTarget target([&] {

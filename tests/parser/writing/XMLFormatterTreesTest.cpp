@@ -255,6 +255,11 @@ TEST(XMLFormatter, SaysSoWhenChildrenChangeOtherwiseWhileTheyAreWritten)
             for (auto& child : e.RemoveChildren())
                 removed.push_back(std::move(child));
         },
+        // As many as before, and the last one where it was.
+        [&](DOMElement& e) {
+            removed.push_back(e.RemoveChild(e.GetChildren()[1]));
+            e.AddNewChild(u"new", &e.GetChildren().back());
+        },
     };
     for (const auto& change : changes) {
         for (const bool ofList : {false, true}) {
