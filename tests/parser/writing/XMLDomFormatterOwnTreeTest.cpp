@@ -187,27 +187,34 @@ TEST(XMLDomFormatter, FormatsWithoutTheChildrenThatItsTargetAdds)
 
 TEST(XMLDomFormatter, SaysSoWhenItsTargetChangesTheTreeOtherwise)
 {
-    const std::function<std::unique_ptr<DOMElement>(DOMElement&)> changes[] = {
-        [](DOMElement& r) {
-            r.AddNewChild(u"new", &r.GetChildren().front());
-            return nullptr;
-        },
-        [](DOMElement& r) { return r.RemoveChild(*r.GetChild(u"d")); },
-        [](DOMElement& r) { return r.GetChild(u"b")->RemoveChild(u"c"); },
-        // As many as before, and the last one where it was.
-        [](DOMElement& r) {
-            auto leaf = r.RemoveChild(*r.GetChild(u"leaf"));
-            r.AddNewChild(u"new", r.GetChild(u"b"));
-            return leaf;
-        },
+    struct Case
+    {
+        const char* tree;
+        std::function<std::unique_ptr<DOMElement>(DOMElement&)> change;
     };
-    for (const auto& change : changes) {
-        const std::unique_ptr<DOMElement> tree = MakeTree("r(a,leaf,b(c),d)");
+    const Case cases[] = {
+        {"r(a,b(c),d)",
+         [](DOMElement& r) {
+             r.AddNewChild(u"new", &r.GetChildren().front());
+             return nullptr;
+         }},
+        {"r(a,b(c),d)", [](DOMElement& r) { return r.RemoveChild(*r.GetChild(u"d")); }},
+        {"r(a,b(c),d)", [](DOMElement& r) { return r.GetChild(u"b")->RemoveChild(u"c"); }},
+        // As many as before, and the last one where it was.
+        {"r(a,b,d)",
+         [](DOMElement& r) {
+             auto removed = r.RemoveChild(*r.GetChild(u"b"));
+             r.AddNewChild(u"new", r.GetChild(u"d"));
+             return removed;
+         }},
+    };
+    for (const Case& tried : cases) {
+        const std::unique_ptr<DOMElement> tree = MakeTree(tried.tree);
         std::unique_ptr<DOMElement> removed;
         bool isChanged = false;
         ChangingTarget target([&] {
             if (!std::exchange(isChanged, true))
-                removed = change(*tree);
+                removed = tried.change(*tree);
         });
         const auto assertion = CatchAssertion([&] { XMLDomFormatter().Format(target, *tree); });
         ASSERT_TRUE(assertion.has_value());
