@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cstdlib>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -25,7 +24,7 @@ void StandaloneContent::FreeMemory() noexcept
     if (m_header->slabOffset != 0)
         ParseSlab::At(m_header, static_cast<std::uint32_t>(m_header->slabOffset)).Release();
     else
-        std::free(m_header);
+        ::operator delete(m_header);
 }
 
 ParseSlab* StandaloneContent::TakeSlab() noexcept
@@ -41,9 +40,7 @@ void StandaloneContent::Reallocate(std::size_t capacity)
 {
     if (capacity > std::numeric_limits<std::uint32_t>::max())
         throw std::length_error("StandaloneDOMElement: too much content");
-    void* const memory = std::malloc(sizeof(Header) + capacity * sizeof(Node));
-    if (memory == nullptr)
-        throw std::bad_alloc();
+    void* const memory = ::operator new(sizeof(Header) + capacity * sizeof(Node));
     auto* const header = new (memory)
         Header{static_cast<std::uint32_t>(size()), static_cast<std::uint32_t>(capacity), 0};
     std::uninitialized_move_n(begin(), size(), reinterpret_cast<Node*>(header + 1));
