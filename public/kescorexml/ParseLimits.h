@@ -106,7 +106,8 @@ public:
     /// a warning as those are, which names the limit and says how many are missing, at the place of
     /// the first of them. At first 20 times the bytes, 16 Mi at least: 100,000 messages of ordinary
     /// length. A few bytes for each element can otherwise yield a message of two thousand units for
-    /// each.
+    /// each. Attributes that messages name where the sink asks for it take from the same, and are
+    /// not named where nothing is left.
     void SetMessageLimit(std::uint64_t factor, std::uint64_t threshold) noexcept
     {
         m_messages = {factor, threshold};

@@ -41,3 +41,18 @@ public:
     /// too, make it end too early.
     virtual TString FilterSchemaText(const TString& text, const TString& path) = 0;
 };
+
+/// A further base of a sink that wants to know which attributes a schema finds wrong: the errors of
+/// its parser then name them where the scanner knows (XMLDiagnostic::GetAttribute and GetValue).
+/// That is so for values that their type refuses, also the default ones of the schema, for others
+/// than the fixed one, and for attributes that the schema does not declare or wants with another
+/// namespace. Nothing is named of what is missing, of xsi:nil and xsi:type, of references, which
+/// are only checked at the end, and of any attribute in a tag that has a prohibited one.
+///
+/// Messages, their order and their positions are the same as for another sink. Names and values
+/// count as messages (ParseLimits::SetMessageLimit); where there is no room, none is kept.
+class KESCOREXML_EXPORT SAXAttributeErrors
+{
+public:
+    virtual ~SAXAttributeErrors();
+};

@@ -57,6 +57,14 @@ public:
         return std::move(*this);
     }
 
+    /// The same about an attribute, which is not to have an empty name.
+    XMLDiagnostic AboutAttribute(TString name, TString value) &&
+    {
+        m_source.attribute = std::move(name);
+        m_source.value = std::move(value);
+        return std::move(*this);
+    }
+
     /// How bad it is. Errors that a program attached to an element are no fatal ones.
     Kind GetKind() const noexcept { return m_source.kind; }
     /// From 1, as elements count them; 0 where no position is known, as for messages of programs.
@@ -75,6 +83,11 @@ public:
     /// Whether there is a reference to an entity that the document declares, and whoever parses has
     /// not allowed its expansion.
     bool IsEntityRefused() const noexcept { return m_source.isEntityRefused; }
+    /// The attribute that a schema finds wrong, with its prefix; empty where none is known, and
+    /// wherever the sink of the parse did not ask for it: see SAXAttributeErrors.
+    const TString& GetAttribute() const noexcept { return m_source.attribute; }
+    /// The value of that attribute as the sink is told of it.
+    const TString& GetValue() const noexcept { return m_source.value; }
 
 private:
     // In a document the text is a member of its public DOMErrorMessage, and nothing is kept twice.
@@ -95,6 +108,8 @@ private:
         TString id;
         /// Only when it has one of its own.
         TString message;
+        TString attribute;
+        TString value;
         int line = 0;
         int column = 0;
         Kind kind = Kind::Error;

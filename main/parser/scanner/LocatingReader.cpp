@@ -2,6 +2,7 @@
 
 #include "bytes/XercesInputSource.h"
 #include "bytes/XercesText.h"
+#include "scanner/AttributeErrors.h"
 
 #include <xercesc/framework/XMLErrorCodes.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
@@ -49,7 +50,17 @@ void LocatingReader::startElement(const xercesc::XMLElementDecl& declaration, un
     }
     if (m_budget.IsValidating())
         m_budget.SetElementTable(FindTable(declaration));
+    if (m_attributeErrors != nullptr)
+        m_attributeErrors->StartElement(attributes, count);
     SAX2XMLReaderImpl::startElement(declaration, uri, prefix, attributes, count, isEmpty, isRoot);
+}
+
+void LocatingReader::endElement(const xercesc::XMLElementDecl& declaration, unsigned int uri,
+                                bool isRoot, const XMLCh* prefix)
+{
+    if (m_attributeErrors != nullptr)
+        m_attributeErrors->EndElement();
+    SAX2XMLReaderImpl::endElement(declaration, uri, isRoot, prefix);
 }
 
 bool LocatingReader::IsInput(const XMLCh* systemId) const
@@ -107,5 +118,7 @@ void LocatingReader::error(unsigned int code, const XMLCh* domain,
             EntityRefused(text, publicId, systemId, line, column, m_manager));
         return;
     }
+    if (m_attributeErrors != nullptr)
+        m_attributeErrors->Meet(code, domain, type);
     SAX2XMLReaderImpl::error(code, domain, type, text, systemId, publicId, line, column);
 }

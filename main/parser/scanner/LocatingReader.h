@@ -8,6 +8,7 @@
 
 #include <optional>
 
+class AttributeErrors;
 class XercesInputSource;
 
 /// The scanner came upon bytes that are no UTF-8; the position is theirs.
@@ -54,6 +55,9 @@ public:
         LocatingReader& m_reader;
     };
 
+    /// Who is told of errors and of tags, each before the handlers are; null for nobody.
+    void SetAttributeErrors(AttributeErrors* errors) noexcept { m_attributeErrors = errors; }
+
     /// The first fault of the document or schema; nothing outside of a scope.
     std::optional<Utf8Faults::InvalidBytes> FindFault() const;
 
@@ -64,6 +68,8 @@ public:
     void startElement(const xercesc::XMLElementDecl& declaration, unsigned int uri,
                       const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
                       XMLSize_t count, bool isEmpty, bool isRoot) override;
+    void endElement(const xercesc::XMLElementDecl& declaration, unsigned int uri, bool isRoot,
+                    const XMLCh* prefix) override;
 
 private:
     bool IsRefusal(unsigned int code, const XMLCh* domain) const;
@@ -73,4 +79,5 @@ private:
     xercesc::MemoryManager* m_manager;
     ParseBudget& m_budget;
     const XercesInputSource* m_input = nullptr;
+    AttributeErrors* m_attributeErrors = nullptr;
 };

@@ -2,6 +2,7 @@
 
 #include <kescorexml/XMLDiagnostic.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -21,6 +22,8 @@ public:
     void Miss(const TString& id, unsigned long long line, unsigned long long column);
     /// REQUIRES: one is kept.
     XMLDiagnostic& Last() noexcept { return m_kept.back(); }
+    /// REQUIRES: so many are kept.
+    XMLDiagnostic& At(std::size_t index) noexcept { return m_kept[index]; }
     void Clear() noexcept;
 
     /// Those that were kept.

@@ -103,6 +103,14 @@ public:
         m_messages += units + ParseLimits::c_unitsOfMessage;
         return m_messages <= m_messageLimit;
     }
+    /// Puts so many units of what a message can do without on the same account, if they fit in.
+    bool AddToMessages(std::uint64_t units) noexcept
+    {
+        if (m_messages > m_messageLimit || units > m_messageLimit - m_messages)
+            return false;
+        m_messages += units;
+        return true;
+    }
     /// For people.
     TString DescribeMessageLimit() const;
 

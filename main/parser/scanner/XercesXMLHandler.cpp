@@ -1,5 +1,6 @@
 #include "scanner/XercesXMLHandler.h"
 
+#include "bytes/XercesColonSanitizer.h"
 #include "bytes/XercesText.h"
 #include "markup/CharacterClasses.h"
 #include "scanner/LocatingReader.h"
@@ -293,6 +294,21 @@ void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
         m_errors.Last() = std::move(m_errors.Last()).AsInvalidUtf8();
     if (dynamic_cast<const EntityRefused*>(&exception) != nullptr)
         m_errors.Last() = std::move(m_errors.Last()).AsEntityRefused();
+}
+
+void XercesXMLHandler::NameAttribute(std::size_t error, const XMLCh* name, const XMLCh* value)
+{
+    if (error >= m_errors.GetKept().size())
+        return;
+    TString written =
+        XercesColonSanitizer::RestoreEncodedAttributeNames(GetTStringFromXMLChPtr(name, -1));
+    TString units = GetTStringFromXMLChPtr(value, -1);
+    if (!m_budget.AddToMessages(static_cast<std::uint64_t>(written.length() + units.length())))
+        return;
+    written = Share(written);
+    units = Share(units);
+    m_errors.At(error) =
+        std::move(m_errors.At(error)).AboutAttribute(std::move(written), std::move(units));
 }
 
 void XercesXMLHandler::CloseMessages()

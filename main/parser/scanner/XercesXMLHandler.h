@@ -111,6 +111,10 @@ public:
     void RecordFatalError(const TString& message, const TString& systemId, unsigned long long line,
                           unsigned long long column);
 
+    /// The error of that index among all, if it is kept, is about an attribute of that qualified
+    /// name.
+    void NameAttribute(std::size_t error, const XMLCh* name, const XMLCh* value);
+
     /// Those of the last tag, if there were many.
     void ForgetAttributes() noexcept;
     /// The locator belongs to a scanner that is about to end.

@@ -5,6 +5,7 @@
 #include "bytes/OverlookedFaults.h"
 #include "bytes/XercesInputSource.h"
 #include "bytes/XercesText.h"
+#include "scanner/AttributeErrors.h"
 #include "scanner/CollidingTags.h"
 #include "scanner/SkippedEntities.h"
 #include "scanner/XmlVersionWatch.h"
@@ -22,6 +23,7 @@
 #include <xercesc/util/XMLExceptMsgs.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -303,9 +305,14 @@ void XercesXMLParserImpl::ScanDocument(const XercesInputSource& document)
     ClearUpperVectorHalves();
     const CountedMemoryScope counted(m_budget);
     const LocatingReader::Scope located(*m_reader, document);
+    std::optional<AttributeErrors> attributeErrors;
+    if (!m_noSchemaLoaded && m_sink->AsksForAttributeErrors())
+        attributeErrors.emplace(*m_reader, *m_handler);
     xercesc::XMLPScanToken token;
     if (!ScanProlog(document, token))
         return;
+    if (attributeErrors)
+        attributeErrors->BeginContent();
     ScanInProgress scan(*m_reader, token);
     while (!m_handler->IsDone()) {
         if (!scan.Next()) {

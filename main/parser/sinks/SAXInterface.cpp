@@ -10,4 +10,6 @@ bool SAXInterface::IsDone()
 
 SAXInterfaceExtension::~SAXInterfaceExtension() = default;
 
+SAXAttributeErrors::~SAXAttributeErrors() = default;
+
 SAXFileLocation::~SAXFileLocation() = default;

@@ -20,6 +20,11 @@ SAXInterfaceExtension* SAXSink::GetExtension() const noexcept
     return dynamic_cast<SAXInterfaceExtension*>(m_sink.get());
 }
 
+bool SAXSink::AsksForAttributeErrors() const noexcept
+{
+    return dynamic_cast<SAXAttributeErrors*>(m_sink.get()) != nullptr;
+}
+
 void SAXSink::StartElement(const StartTag& tag)
 {
     EndText();

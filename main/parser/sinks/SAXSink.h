@@ -32,6 +32,7 @@ public:
     void Restart() override;
     bool PassesOn() const noexcept override { return true; }
     bool AsksForLocations() const noexcept override { return true; }
+    bool AsksForAttributeErrors() const noexcept override;
 
     /// The interface as one that also supplies schemas; null when it does not.
     SAXInterfaceExtension* GetExtension() const noexcept;

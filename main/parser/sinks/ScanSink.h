@@ -49,4 +49,6 @@ public:
     virtual bool PassesOn() const noexcept { return false; }
     /// Whether the parser may be asked, now or later, where events were.
     virtual bool AsksForLocations() const noexcept = 0;
+    /// Whether errors of validation are to name the attributes that they are about.
+    virtual bool AsksForAttributeErrors() const noexcept { return false; }
 };
