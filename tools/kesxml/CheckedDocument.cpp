@@ -1,6 +1,5 @@
 #include "CheckedDocument.h"
 
-#include "AttributeErrors.h"
 #include "ElementLocator.h"
 #include "Entities.h"
 #include "Excerpt.h"
@@ -60,8 +59,6 @@ CheckedDocument CheckDocument(DocumentReader& reader, const QString& file, bool 
             ReadTree(reader, checked);
         // The reader reads more than this document for what follows.
         const std::vector<SkippedEntity> skipped = reader.GetSkippedEntities();
-        if (reader.HasSchema())
-            NameAttributes(diagnostics, *checked.source, reader);
         if (!HasErrors(diagnostics))
             AddWarnings(diagnostics, *checked.source, reader, skipped);
         if (!checked.dom && HasPositions(diagnostics))

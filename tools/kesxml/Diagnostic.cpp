@@ -30,6 +30,8 @@ Diagnostic ToDiagnostic(const XMLDiagnostic& recorded, const TString& file)
     diagnostic.message = recorded.GetText();
     diagnostic.isInvalidUtf8 = recorded.IsInvalidUtf8();
     diagnostic.isEntityRefused = recorded.IsEntityRefused();
+    diagnostic.attribute = recorded.GetAttribute();
+    diagnostic.value = recorded.GetValue();
     return diagnostic;
 }
 

@@ -30,8 +30,8 @@ struct Diagnostic
     bool isInvalidUtf8 = false;
     /// Whether it is about a reference to an entity that is not allowed.
     bool isEntityRefused = false;
-    /// The name of the attribute that it is about, and the value that the document gives it; empty
-    /// when that is not known.
+    /// The name of the attribute that it is about, and its value as it was validated; empty when
+    /// that is not known.
     TString attribute{};
     TString value{};
 };

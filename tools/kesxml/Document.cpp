@@ -47,7 +47,7 @@ bool Decode(std::string_view bytes, std::string& text)
 }
 
 /// For who wants to know nothing but what is wrong.
-class IdleSink : public SAXInterface
+class IdleSink : public SAXInterface, public SAXAttributeErrors
 {
 public:
     void StartElement(TString&& /*name*/,
@@ -56,6 +56,13 @@ public:
     }
     void EndElement() override {}
     void TextContent(const TString& /*text*/) override {}
+};
+
+/// For who wants to know that, and the tree.
+class AskingBuilder : public DOMBuilder, public SAXAttributeErrors
+{
+public:
+    using DOMBuilder::DOMBuilder;
 };
 
 /// The name of the first element without its prefix; empty when the first megabyte holds no whole
@@ -180,7 +187,7 @@ ReadDocument DocumentReader::Build(InputSource& source)
 {
     ReadDocument document;
     document.dom = std::make_unique<DOM>();
-    const auto builder = std::make_shared<DOMBuilder>(*document.dom, false);
+    const auto builder = std::make_shared<AskingBuilder>(*document.dom, false);
     if (m_options.lineNumbers)
         builder->SetLocationInterface(m_parser.get());
     document.diagnostics = Parse(source, builder);

@@ -78,11 +78,8 @@ void NameElements(Diagnostics& diagnostics, const TString& file, const DOM& docu
     Walk walk(*document.GetRoot());
     ElementPaths paths;
     for (Diagnostic* const diagnostic : inOrder) {
-        const DOMElement& element = walk.GoTo(PositionOf(*diagnostic));
-        diagnostic->path = paths.Get(element);
-        if (diagnostic->attribute.IsEmpty())
-            continue;
-        diagnostic->path += u"/@" + diagnostic->attribute;
-        diagnostic->value = element.GetAttribute(diagnostic->attribute);
+        diagnostic->path = paths.Get(walk.GoTo(PositionOf(*diagnostic)));
+        if (!diagnostic->attribute.IsEmpty())
+            diagnostic->path += u"/@" + diagnostic->attribute;
     }
 }

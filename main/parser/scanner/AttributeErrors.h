@@ -75,8 +75,9 @@ private:
     XercesXMLHandler& m_handler;
     /// Because of an error.
     bool m_isAsking = false;
-    /// Whether the scanner's list of attributes is empty where it is not asked. Another document may
-    /// have left some there; when it is asked before a tag, it empties the list, so it is until then.
+    /// Whether the scanner's list of attributes is empty where it is not asked. Another document
+    /// may have left some there; when it is asked before a tag, it empties the list, so it is until
+    /// then.
     bool m_isListEmpty = false;
     /// The scanner was asked too late to say so.
     bool m_isFirstInvalid = false;

@@ -149,8 +149,8 @@ TEST(ValidationAttributes, AreNamedWhereTheirTypeRefusesTheValue)
 {
     Session session(ManyTypes(), true);
     ASSERT_THAT(session.schemaErrors, IsEmpty());
-    for (const char* const wrong : {"int=x", "date=today", "few=green", "ints=1 x", "either=x",
-                                    "id=1", "int=", "five=6"}) {
+    for (const char* const wrong :
+         {"int=x", "date=today", "few=green", "ints=1 x", "either=x", "id=1", "int=", "five=6"}) {
         const std::string attribute = wrong;
         const std::string name = attribute.substr(0, attribute.find('='));
         const std::string written = name + "='" + attribute.substr(name.size() + 1) + "'";
@@ -180,9 +180,9 @@ TEST(ValidationAttributes, AreNamedForEachErrorOfTheSame)
 
 TEST(ValidationAttributes, AreNotNamedWhereItIsUncertainWhichAreMeant)
 {
-    const std::string schema = Attributes(Attribute("five", "type='xs:int' fixed='5'") +
-                                          Attribute("six", "type='xs:int' fixed='6'") +
-                                          Attribute("int", "type='xs:int'"));
+    const std::string schema =
+        Attributes(Attribute("five", "type='xs:int' fixed='5'") +
+                   Attribute("six", "type='xs:int' fixed='6'") + Attribute("int", "type='xs:int'"));
     // Whose value is no number either?
     EXPECT_THAT(Named(schema, "<a five='x' six='7' int='x'/>"), ElementsAre("-", "-", "-", "-"));
 }
@@ -257,8 +257,7 @@ TEST(ValidationAttributes, AreNamedBesideDefaults)
     const std::string schema = Attributes(Attribute("five", "type='xs:int' fixed='5'") +
                                           Attribute("date", "type='xs:date' default='2024-01-31'") +
                                           Attribute("int", "type='xs:int'"));
-    EXPECT_THAT(Named(schema, "<a xmlns:p='u' int='x' date='y'/>"),
-                ElementsAre("int=x", "date=y"));
+    EXPECT_THAT(Named(schema, "<a xmlns:p='u' int='x' date='y'/>"), ElementsAre("int=x", "date=y"));
     EXPECT_THAT(Named(schema, "<a><a xmlns:p='u' int='x'/></a>"), ElementsAre("int=x"));
 }
 
@@ -289,9 +288,9 @@ TEST(ValidationAttributes, AreNotNamedWhereTheErrorIsOfTheElement)
 
 TEST(ValidationAttributes, AreNotNamedInATagThatIsNilWithoutSayingSo)
 {
-    const std::string schema = SchemaOf(
-        "<xs:element name='a' nillable='true'><xs:complexType>" +
-        Attribute("int", "type='xs:int'") + "</xs:complexType></xs:element>");
+    const std::string schema =
+        SchemaOf("<xs:element name='a' nillable='true'><xs:complexType>" +
+                 Attribute("int", "type='xs:int'") + "</xs:complexType></xs:element>");
     const std::string open = std::string("<a") + c_instance + " xsi:nil='perhaps'";
     EXPECT_THAT(Named(schema, open + "/>"), AllOf(Not(IsEmpty()), Each("-")));
     EXPECT_THAT(Named(schema, open + " int='x'/>"), AllOf(SizeIs(testing::Gt(1U)), Each("-")));
@@ -304,9 +303,8 @@ TEST(ValidationAttributes, AreNotNamedInATagWithAProhibitedOne)
     for (const std::string form : {"qualified", "unqualified"}) {
         const std::string schema = Prohibited(form);
         for (const std::string prefix : {"", "q:"}) {
-            for (const std::string attributes :
-                 {"P='1'", "P='x'", "P='1' i='x'", "i='x' P='1'", "i='x' P='1' d='y'",
-                  "d='y' P='10' more='2'"}) {
+            for (const std::string attributes : {"P='1'", "P='x'", "P='1' i='x'", "i='x' P='1'",
+                                                 "i='x' P='1' d='y'", "d='y' P='10' more='2'"}) {
                 std::string tag = "<q:a xmlns:q='u' " + attributes + "/>";
                 tag.replace(tag.find('P'), 1, prefix + "p");
                 SCOPED_TRACE(tag);
@@ -404,8 +402,8 @@ TEST(ValidationAttributes, TakeFromTheAccountOfMessages)
     const std::string document = "<a>\n<a int='first'/><a int='second'/></a>";
     const std::vector<XMLDiagnostic> all = session.Parse(document);
     ASSERT_THAT(NamesOf(all), ElementsAre("int=first", "int=second"));
-    const std::uint64_t messages = static_cast<std::uint64_t>(
-        all[0].GetText().length() + all[1].GetText().length() + 2 * 64);
+    const std::uint64_t messages =
+        static_cast<std::uint64_t>(all[0].GetText().length() + all[1].GetText().length() + 2 * 64);
     const std::uint64_t first = 8;
     const std::uint64_t second = 9;
     const auto parse = [&](std::uint64_t limit) {
@@ -427,7 +425,8 @@ TEST(ValidationAttributes, TakeFromTheAccountOfMessages)
 TEST(ValidationAttributes, AreNamedOrTheParseSaysThatItFailedWhenMemoryRunsOut)
 {
     Session session(ManyTypes(), true);
-    const std::string document = "<a int='x'><a any='1' few='longer than the others' five='y'/></a>";
+    const std::string document =
+        "<a int='x'><a any='1' few='longer than the others' five='y'/></a>";
     const Names expected = NamesOf(session.Parse(document));
     ASSERT_THAT(expected, ElementsAre("int=x", "few=longer than the others", "five=y", "five=y"));
     for (std::size_t allowed = 0;; ++allowed) {
@@ -451,7 +450,8 @@ TEST(ValidationAttributes, AreNamedOrTheParseSaysThatItFailedWhenMemoryRunsOut)
 TEST(ValidationAttributes, OfADamagedSchemaNeverBringAParseDown)
 {
     const std::string schema = ManyTypes();
-    const std::string document = "<a int='x' date='1' five='x' more='1' few='z' ints='y'><a int='z'/></a>";
+    const std::string document =
+        "<a int='x' date='1' five='x' more='1' few='z' ints='y'><a int='z'/></a>";
     std::mt19937 random(1);
     for (int round = 0; round < 200; ++round) {
         std::string damaged = schema;
