@@ -43,11 +43,14 @@ public:
 };
 
 /// A further base of a sink that wants to know which attributes a schema finds wrong: the errors of
-/// its parser then name them where the scanner knows (XMLDiagnostic::GetAttribute and GetValue).
-/// That is so for values that their type refuses, also the default ones of the schema, for others
-/// than the fixed one, and for attributes that the schema does not declare or wants with another
-/// namespace. Nothing is named of what is missing, of xsi:nil and xsi:type, of references, which
-/// are only checked at the end, and of any attribute in a tag that has a prohibited one.
+/// its parser then name them (XMLDiagnostic::GetAttribute and GetValue). That is so for values that
+/// their type refuses, also the default ones of the schema, for others than the fixed one, and for
+/// attributes that the schema does not declare or wants with another namespace.
+///
+/// Nothing is named where it is not certain which attribute is meant, as where two have a fixed
+/// value and one of them two errors; in a tag with a prohibited attribute, with two identifiers or
+/// with a wrong value of xsi:nil; and in errors about what is missing, and about references, which
+/// are checked at the end of the document.
 ///
 /// Messages, their order and their positions are the same as for another sink. Names and values
 /// count as messages (ParseLimits::SetMessageLimit); where there is no room, none is kept.

@@ -8,11 +8,27 @@
 #include <xercesc/framework/psvi/PSVIAttributeList.hpp>
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
+#include <xercesc/validators/schema/SchemaSymbols.hpp>
 
+using xercesc::SchemaSymbols;
 using xercesc::XMLErrorReporter;
 using xercesc::XMLString;
 using xercesc::XMLUni;
 using xercesc::XMLValid;
+
+namespace {
+
+/// Whether it is xsi:nil or xsi:type, which the scanner never calls invalid, whatever it reports.
+bool IsNeverInvalid(xercesc::PSVIAttributeList& attributes, XMLSize_t index)
+{
+    const XMLCh* const name = attributes.getAttributeNameAtIndex(index);
+    return XMLString::equals(attributes.getAttributeNamespaceAtIndex(index),
+                             SchemaSymbols::fgURI_XSI) &&
+           (XMLString::equals(name, SchemaSymbols::fgATT_NILL) ||
+            XMLString::equals(name, SchemaSymbols::fgXSI_TYPE));
+}
+
+} // namespace
 
 AttributeErrors::AttributeErrors(LocatingReader& reader, XercesXMLHandler& handler)
     : m_reader(reader), m_handler(handler)
@@ -147,17 +163,19 @@ void AttributeErrors::NameAttributes(xercesc::PSVIAttributeList& attributes)
     if (listed > m_count)
         return;
     std::vector<XMLSize_t> invalid;
+    bool mayShare = true;
     for (XMLSize_t i = 0; i < listed; ++i) {
         const auto validity = attributes.getAttributePSVIAtIndex(i)->getValidity();
         if (validity == xercesc::PSVIItem::VALIDITY_INVALID || (i == 0 && m_isFirstInvalid))
             invalid.push_back(m_count - listed + i);
+        mayShare &= !IsNeverInvalid(attributes, i);
     }
     std::size_t separate = 1;
     for (std::size_t i = 1; i < m_errors.size(); ++i)
         separate += CanBeOfTheSame(m_errors[i - 1].fault, m_errors[i].fault) ? 0U : 1U;
     if (invalid.size() == m_errors.size())
         NameInOrder(invalid, false);
-    else if (invalid.size() == separate)
+    else if (mayShare && invalid.size() == separate)
         NameInOrder(invalid, true);
 }
 

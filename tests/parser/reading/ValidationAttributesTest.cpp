@@ -102,6 +102,37 @@ std::string ManyTypes()
                       Attribute("id", "type='xs:ID'") + Attribute("any", "type='xs:string'"));
 }
 
+/// A tag for that schema. Adds what its errors are to name.
+std::string RandomTag(std::mt19937& random, Names& expected)
+{
+    struct Choice
+    {
+        const char* name;
+        const char* good;
+        const char* bad;
+    };
+    std::vector<Choice> choices = {{"int", "1", "x"},           {"date", "2024-01-31", "today"},
+                                   {"few", "red", "green"},     {"ints", "1 2", "1 y"},
+                                   {"either", "true", "maybe"}, {"any", "1", nullptr},
+                                   {"xmlns:p", "u", nullptr},   {"more", nullptr, "1"},
+                                   {"other", nullptr, ""},      {"five", "5", "6"}};
+    if (random() % 2 == 0)
+        choices.back().bad = "x";
+    std::shuffle(choices.begin(), choices.end(), random);
+    choices.resize(random() % choices.size());
+    std::string tag = "<a";
+    for (const auto& [name, good, bad] : choices) {
+        const bool isBad = good == nullptr || (bad != nullptr && random() % 2 == 0);
+        const std::string value = isBad ? bad : good;
+        tag += std::string(" ") + name + "='" + value + "'";
+        // That is not the fixed value, and no number either.
+        const bool isTwice = name == std::string("five") && value == "x";
+        if (isBad)
+            expected.insert(expected.end(), isTwice ? 2 : 1, name + ("=" + value));
+    }
+    return tag + ">";
+}
+
 /// A type that restricts another with the attribute "p", which is to be qualified or is not.
 std::string Prohibited(const std::string& form)
 {
@@ -176,6 +207,21 @@ TEST(ValidationAttributes, AreNamedForEachErrorOfTheSame)
     EXPECT_THAT(NamesOf(session.Parse("<a five='6' int='x'/>")), ElementsAre("five=6", "int=x"));
     EXPECT_THAT(NamesOf(session.Parse("<a more='6' five='x' int='y' few='z'/>")),
                 ElementsAre("more=6", "five=x", "five=x", "int=y", "few=z"));
+}
+
+TEST(ValidationAttributes, AreNamedInWhateverCompanyTheyAre)
+{
+    Session session(ManyTypes(), true);
+    std::mt19937 random(1);
+    for (int round = 0; round < 2000; ++round) {
+        Names expected;
+        std::string document;
+        for (int depth = 0; depth < 4; ++depth)
+            document += RandomTag(random, expected);
+        for (int depth = 0; depth < 4; ++depth)
+            document += "</a>";
+        ASSERT_EQ(NamesOf(session.Parse(document)), expected) << document;
+    }
 }
 
 TEST(ValidationAttributes, AreNotNamedWhereItIsUncertainWhichAreMeant)
@@ -286,16 +332,25 @@ TEST(ValidationAttributes, AreNotNamedWhereTheErrorIsOfTheElement)
     EXPECT_THAT(Named(schema, "<other int='x'/>"), ElementsAre("-", "int=x"));
 }
 
-TEST(ValidationAttributes, AreNotNamedInATagThatIsNilWithoutSayingSo)
+TEST(ValidationAttributes, AreNotNamedForAnErrorOfAnAttributeOfTheInstanceNamespace)
 {
     const std::string schema =
-        SchemaOf("<xs:element name='a' nillable='true'><xs:complexType>" +
-                 Attribute("int", "type='xs:int'") + "</xs:complexType></xs:element>");
-    const std::string open = std::string("<a") + c_instance + " xsi:nil='perhaps'";
-    EXPECT_THAT(Named(schema, open + "/>"), AllOf(Not(IsEmpty()), Each("-")));
-    EXPECT_THAT(Named(schema, open + " int='x'/>"), AllOf(SizeIs(testing::Gt(1U)), Each("-")));
-    EXPECT_THAT(Named(schema, std::string("<a") + c_instance + " xsi:nil='true' int='x'/>"),
-                ElementsAre("int=x"));
+        SchemaOf("<xs:element name='a' nillable='true'><xs:complexType><xs:sequence>"
+                 "<xs:element ref='a' minOccurs='0'/></xs:sequence>" +
+                 Attribute("int", "type='xs:int'") + Attribute("five", "type='xs:int' fixed='5'") +
+                 "</xs:complexType></xs:element>");
+    const std::string open = std::string("<a") + c_instance;
+    for (const std::string wrong : {"xsi:nil='perhaps'", "xsi:type='a b'", "xsi:type='1'"}) {
+        for (const std::string attributes : {"", "int='x' ", "five='6' ", "five='6' more='1' "}) {
+            for (const std::string& tag : {open + " " + attributes + wrong + "/>",
+                                           open + " " + wrong + " " + attributes + "/>"}) {
+                SCOPED_TRACE(tag);
+                EXPECT_THAT(Named(schema, tag), AllOf(Not(IsEmpty()), Each("-")));
+                EXPECT_THAT(Named(schema, "<a>" + tag + "</a>"), AllOf(Not(IsEmpty()), Each("-")));
+            }
+        }
+    }
+    EXPECT_THAT(Named(schema, open + " xsi:nil='true' int='x'/>"), ElementsAre("int=x"));
 }
 
 TEST(ValidationAttributes, AreNotNamedInATagWithAProhibitedOne)
