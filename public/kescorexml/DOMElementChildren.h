@@ -29,7 +29,7 @@ class KESCOREXML_EXPORT DOMElementChildren
 {
 public:
     /// What generic code asks of a container.
-    using value_type = ElementList::Owner;
+    using value_type = ElementList::value_type;
     using iterator = ElementList::iterator;
     using const_iterator = ElementList::const_iterator;
     using reverse_iterator = std::reverse_iterator<iterator>;

@@ -139,7 +139,7 @@ public:
 private:
     friend class StandaloneTreeSink;
 
-    using Node = StandaloneContent::Node;
+    using Node = StandaloneNode;
 
     void CopyOwnPartsTo(StandaloneDOMElement& copy) const;
     /// Destroys a node whose element, if it is one, holds nothing, and leaves to `references` what

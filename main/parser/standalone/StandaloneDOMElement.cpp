@@ -106,7 +106,7 @@ void StandaloneDOMElement::CopyOwnPartsTo(StandaloneDOMElement& copy) const
 {
     copy.m_attributes.Take(copy.m_attributes.PrepareReplacement(m_attributes));
     copy.m_encoded = m_encoded;
-    copy.m_children.Reserve(m_children.size());
+    copy.m_children.ReserveExactly(m_children.size());
 }
 
 std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::Clone() const
@@ -242,10 +242,12 @@ void StandaloneDOMElement::WalkNodes(
 
 void StandaloneDOMElement::AppendText(const TString& text, bool encoded)
 {
-    if (m_children.empty() || !m_children.back().IsText())
+    if (m_children.empty() || !m_children.back().IsText()) {
+        m_children.ReserveMore(1);
         m_children.PushBack({text, nullptr});
-    else
+    } else {
         m_children.back().text.append(text);
+    }
     m_encoded = encoded;
 }
 
@@ -301,6 +303,7 @@ void StandaloneDOMElement::AppendChild(std::unique_ptr<StandaloneDOMElement> ele
     if (element == nullptr)
         ThrowAssertion(c_source, PublishedLine(295), u"element != nullptr",
                        KesErrorsError::LogicAssert_0xE9519449());
+    m_children.ReserveMore(1);
     m_children.PushBack({TString(), std::move(element)});
 }
 
@@ -316,8 +319,9 @@ void StandaloneDOMElement::InsertChildBefore(std::unique_ptr<StandaloneDOMElemen
     if (place == m_children.end())
         ThrowAssertion(c_source, PublishedLine(318), u"Can't insert child",
                        KesErrorsError::LogicAssert_0xAD7AC3BE());
-    m_children.Insert(static_cast<std::size_t>(place - m_children.begin()),
-                      {TString(), std::move(element)});
+    const auto index = static_cast<std::size_t>(place - m_children.begin());
+    m_children.ReserveMore(1);
+    m_children.Insert(index, {TString(), std::move(element)});
 }
 
 std::unique_ptr<StandaloneDOMElement>
@@ -329,7 +333,7 @@ StandaloneDOMElement::RemoveChild(const StandaloneDOMElement& child)
         ThrowAssertion(c_source, PublishedLine(344), u"Can't remove child",
                        KesErrorsError::LogicAssert_0x108BF60C());
     std::unique_ptr<StandaloneDOMElement> removed = std::move(place->element);
-    m_children.Erase(place);
+    m_children.Take(static_cast<std::size_t>(place - m_children.begin()));
     return removed;
 }
 

@@ -53,5 +53,5 @@ private:
     ArenaText m_text{m_arena};
     bool m_keepWhitespaceText;
     std::vector<UnfinishedElement> m_open;
-    std::vector<StandaloneContent::Node> m_waiting;
+    std::vector<StandaloneNode> m_waiting;
 };

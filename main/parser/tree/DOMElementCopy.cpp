@@ -56,7 +56,7 @@ std::size_t ElementCopy::CountBytes(const DOMElement& source)
     std::size_t bytes = 0;
     TreeWalk<const DOMElement> walk;
     const auto enter = [&](const DOMElement& element) {
-        const std::size_t list = (1 + element.m_children.size()) * sizeof(ElementList::Owner);
+        const std::size_t list = (1 + element.m_children.size()) * sizeof(ElementList::value_type);
         elements += element.m_children.size();
         if (list <= ParseArena::c_maxObjectBytes)
             bytes += list;

@@ -46,7 +46,7 @@ class ElementInsertion
 public:
     /// Puts elements of the document of `parent` that are in no list in front of `index`. REQUIRES:
     /// room for them.
-    static void PutIn(DOMElement& parent, std::size_t index, ElementList::Owner* children,
+    static void PutIn(DOMElement& parent, std::size_t index, ElementList::value_type* children,
                       std::size_t count) noexcept
     {
         ++s_insertions;

@@ -13,8 +13,6 @@
 
 namespace {
 
-using Node = StandaloneContent::Node;
-
 /// A list of texts, empty again in the end.
 class Texts
 {
@@ -27,7 +25,7 @@ public:
     std::string Describe() const
     {
         std::string text;
-        for (const Node& node : list)
+        for (const StandaloneNode& node : list)
             text += node.text.toStdString() + ' ';
         return text;
     }
@@ -35,14 +33,14 @@ public:
     StandaloneContent list;
 };
 
-Node MakeText(int number)
+StandaloneNode MakeText(int number)
 {
     return {TString::number(number), nullptr};
 }
 
-std::vector<Node> MakeTexts(int count)
+std::vector<StandaloneNode> MakeTexts(int count)
 {
-    std::vector<Node> nodes;
+    std::vector<StandaloneNode> nodes;
     for (int i = 0; i < count; ++i)
         nodes.push_back(MakeText(i));
     return nodes;
@@ -53,13 +51,14 @@ std::vector<Node> MakeTexts(int count)
 TEST(StandaloneContent, InsertsErasesAndPopsWhereverItIsAsked)
 {
     Texts texts;
+    texts.list.ReserveMore(5);
     for (const int number : {1, 2, 3})
         texts.list.PushBack(MakeText(number));
     texts.list.Insert(0, MakeText(0));
     texts.list.Insert(2, MakeText(9));
     EXPECT_EQ(texts.Describe(), "0 1 9 2 3 ");
-    texts.list.Erase(texts.list.begin() + 2);
-    texts.list.Erase(texts.list.begin());
+    EXPECT_EQ(texts.list.Take(2).text, u"9");
+    EXPECT_EQ(texts.list.Take(0).text, u"0");
     EXPECT_EQ(texts.Describe(), "1 2 3 ");
     EXPECT_EQ(texts.list.PopBack().text, u"3");
     texts.list.Truncate(1);
@@ -70,11 +69,12 @@ TEST(StandaloneContent, GrowsOutOfTheMemoryOfAParse)
 {
     for (const int count : {1, 5, 500}) {
         Texts texts;
-        std::vector<Node> nodes = MakeTexts(count);
+        std::vector<StandaloneNode> nodes = MakeTexts(count);
         {
             ParseArena arena;
             texts.list.FillIn(arena, nodes.data(), nodes.size());
         }
+        texts.list.ReserveMore(2);
         texts.list.PushBack(MakeText(-1));
         texts.list.Insert(0, MakeText(-2));
         ASSERT_EQ(texts.list.size(), nodes.size() + 2);
@@ -87,8 +87,7 @@ TEST(StandaloneContent, GrowsOutOfTheMemoryOfAParse)
 TEST(StandaloneContent, IsAsItWasWhenMemoryFails)
 {
     Texts texts;
-    std::vector<Node> nodes = MakeTexts(3);
-    Node last = MakeText(3);
+    std::vector<StandaloneNode> nodes = MakeTexts(3);
     ParseArena arena;
     {
         const FailingAllocations failing(0);
@@ -96,17 +95,16 @@ TEST(StandaloneContent, IsAsItWasWhenMemoryFails)
         // Sanitizers let only operator new fail, from which slabs do not come.
         EXPECT_THROW(texts.list.FillIn(arena, nodes.data(), nodes.size()), std::bad_alloc);
 #endif
-        EXPECT_THROW(texts.list.Reserve(1), std::bad_alloc);
+        EXPECT_THROW(texts.list.ReserveExactly(1), std::bad_alloc);
     }
     EXPECT_TRUE(texts.list.empty());
     EXPECT_EQ(nodes[2].text, u"2");
     texts.list.FillIn(arena, nodes.data(), nodes.size());
     {
         const FailingAllocations failing(0);
-        EXPECT_THROW(texts.list.Insert(1, std::move(last)), std::bad_alloc);
+        EXPECT_THROW(texts.list.ReserveMore(1), std::bad_alloc);
     }
     EXPECT_EQ(texts.Describe(), "0 1 2 ");
-    EXPECT_EQ(last.text, u"3");
 }
 
 TEST(StandaloneContent, LeavesASlabToTheCallerAndNothingElse)
@@ -115,10 +113,10 @@ TEST(StandaloneContent, LeavesASlabToTheCallerAndNothingElse)
     StandaloneContent none;
     EXPECT_EQ(none.TakeSlab(), nullptr);
     Texts onHeap;
-    onHeap.list.Reserve(3);
+    onHeap.list.ReserveExactly(3);
     EXPECT_EQ(onHeap.list.TakeSlab(), nullptr);
     Texts inSlab;
-    std::vector<Node> nodes = MakeTexts(2);
+    std::vector<StandaloneNode> nodes = MakeTexts(2);
     inSlab.list.FillIn(arena, nodes.data(), nodes.size());
     inSlab.list.Truncate(0);
     ParseSlab* const slab = inSlab.list.TakeSlab();

@@ -81,8 +81,8 @@ TEST(DOMElementChildren, OfAConstElementStayConst)
     static_assert(std::is_same_v<decltype(copy.back()), const DOMElement&>);
     static_assert(std::is_same_v<decltype(copy.at(0)), const DOMElement&>);
     static_assert(std::is_same_v<decltype(copy[0]), const DOMElement&>);
-    static_assert(std::is_same_v<decltype(*copy.begin()), const ElementList::Owner&>);
-    static_assert(std::is_same_v<decltype(*copy.rbegin()), const ElementList::Owner&>);
+    static_assert(std::is_same_v<decltype(*copy.begin()), const ElementList::value_type&>);
+    static_assert(std::is_same_v<decltype(*copy.rbegin()), const ElementList::value_type&>);
     using Const = decltype(view);
     static_assert(!std::is_constructible_v<DOMElementChildren, Const>);
     static_assert(!std::is_convertible_v<Const, DOMElementChildren>);
