@@ -2,6 +2,8 @@
 
 #include "Console.h"
 
+#include <QRegularExpression>
+
 #include <array>
 #include <cstdlib>
 
@@ -72,6 +74,16 @@ bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsi
     if (maximum > 0 && count > maximum)
         return fail("'" + parser.positionalArguments().at(maximum) + "' is one argument too many.");
     return true;
+}
+
+QString FindMistakeInPath(const QString& path)
+{
+    // No name holds these; they are taken for conditions and attributes, which paths do not have.
+    static const QRegularExpression s_other("[][@()='\"]");
+    const QRegularExpressionMatch match = s_other.match(path);
+    return match.hasMatch()
+               ? "'" + match.captured() + "' in the path: its steps are names, * or nothing."
+               : QString();
 }
 
 int FailUsage(const QStringList& arguments, const QString& reason)

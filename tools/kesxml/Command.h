@@ -34,6 +34,9 @@ std::span<const Command> GetCommands();
 bool ReadArguments(QCommandLineParser& parser, const QStringList& arguments, qsizetype minimum,
                    qsizetype maximum, const char* examples);
 
+/// What in the path of a query cannot be meant; empty when all is fine.
+QString FindMistakeInPath(const QString& path);
+
 /// Says what is wrong with the arguments of a subcommand; returns the status to end with.
 int FailUsage(const QStringList& arguments, const QString& reason);
 

@@ -9,8 +9,6 @@
 #include <kescorexml/DOMPath.h>
 #include <kescorexml/Utf8InputSource.h>
 
-#include <QRegularExpression>
-
 #include <algorithm>
 #include <optional>
 #include <vector>
@@ -38,9 +36,8 @@ QString ReadAttributes(const QStringList& settings, MarkupEdit& edit)
 
 QString FindMistake(const QString& path, const MarkupEdit& edit)
 {
-    static const QRegularExpression s_other("[][@()='\"]");
-    if (const auto match = s_other.match(path); match.hasMatch())
-        return "'" + match.captured() + "' in the path: its steps are names, * or nothing.";
+    if (QString mistake = FindMistakeInPath(path); !mistake.isEmpty())
+        return mistake;
     const bool changes =
         edit.text || edit.name || !edit.attributes.empty() || !edit.removedAttributes.empty();
     if (changes && edit.removes)

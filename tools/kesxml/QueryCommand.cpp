@@ -8,8 +8,6 @@
 #include <kescorexml/DOMPath.h>
 #include <kesplatform/CorvinaException.h>
 
-#include <QRegularExpression>
-
 #include <algorithm>
 #include <vector>
 
@@ -53,10 +51,8 @@ int QueryFiles(DocumentReader& reader, const QString& path, const QStringList& f
 /// What cannot be asked for; empty when all is fine.
 QString FindMistake(const QString& path, const QueryOutputOptions& options)
 {
-    // No name holds these; they are taken for conditions and attributes, which paths do not have.
-    static const QRegularExpression s_other("[][@()='\"]");
-    if (const auto match = s_other.match(path); match.hasMatch())
-        return "'" + match.captured() + "' in the path: its steps are names, * or nothing.";
+    if (QString mistake = FindMistakeInPath(path); !mistake.isEmpty())
+        return mistake;
     if (options.isCount + options.isText + !options.attribute.isEmpty() > 1)
         return "--count, --text and --attribute exclude each other.";
     if (options.isJson && (options.isText || !options.attribute.isEmpty()))

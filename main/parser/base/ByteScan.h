@@ -47,7 +47,7 @@ inline unsigned ToBits(Bytes16 matches) noexcept
 
 #endif
 
-/// One unit. For ways that are short as a rule; FindByte is better for long ones.
+/// One unit. For distances that are short as a rule; FindByte is better for long ones.
 template <class Unit>
 struct One
 {

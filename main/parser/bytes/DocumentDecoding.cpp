@@ -29,16 +29,13 @@ TString Describe(const TextDecoding::Undecodable& undecodable)
 ScanPosition LocateBehindDeclaration(std::string_view bytes)
 {
     for (const EncodingTable::Scheme& scheme : EncodingTable::c_schemes) {
-        if (!scheme.IsBeginOf(bytes, XmlDeclaration::c_start))
+        const std::string declaration = XmlDeclaration::Read(bytes, scheme);
+        if (declaration.empty())
             continue;
         PositionCounter counter;
-        std::size_t at = 0;
-        while (const char character = scheme.ReadAscii(bytes, at)) {
+        for (const char character : declaration)
             counter.Pass(static_cast<unsigned char>(character));
-            if (character == '>')
-                return counter.Get();
-            at += scheme.unitSize;
-        }
+        return counter.Get();
     }
     return {};
 }

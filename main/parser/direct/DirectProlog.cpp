@@ -14,7 +14,7 @@ using DirectScanning::Verdict;
 namespace {
 
 /// Xerces reads a declaration into a buffer of its own, which a longer one does not fit in.
-constexpr std::ptrdiff_t c_maxDeclaration = 4096;
+constexpr std::size_t c_maxDeclaration = 4096;
 
 bool IsPublicIdentifier(std::string_view text)
 {
@@ -34,22 +34,16 @@ const char* FindClosingQuote(const char* at, const char* end) noexcept
     return close == end ? nullptr : close;
 }
 
-/// Reads name="value" behind white space. False, with `at` as it was, when there is no such thing.
-bool ReadPseudoAttribute(const char*& at, const char* end, std::string_view name,
-                         std::string_view& value)
+/// Takes name="value" behind white space off the front of `text`. False, with `text` as it was,
+/// when it does not begin so.
+bool TakeNamed(std::string_view& text, std::string_view name, std::string_view& value) noexcept
 {
-    const char* next = SkipWhitespace(at);
-    if (next == at || !ShortText::StandsAt(next, end, name))
+    std::string_view rest = text;
+    std::string_view found;
+    if (text.empty() || XmlDeclaration::c_whitespace.find(text.front()) == std::string_view::npos ||
+        !XmlDeclaration::TakePseudoAttribute(rest, found, value) || found != name)
         return false;
-    next = SkipWhitespace(next + name.size());
-    if (*next != '=')
-        return false;
-    next = SkipWhitespace(next + 1);
-    const char* const close = FindClosingQuote(next, end);
-    if (close == nullptr)
-        return false;
-    value = {next + 1, static_cast<std::size_t>(close - next - 1)};
-    at = close + 1;
+    text = rest;
     return true;
 }
 
@@ -82,18 +76,20 @@ const char* DirectScanner::ScanXmlDeclaration(const char* at)
     // Of other white space, Xerces overlooks the declaration when it looks for the encoding.
     if (*at != ' ')
         return Decline(Verdict::Declaration);
-    const char* const begin = at;
+    constexpr std::string_view c_end = "?>";
+    std::string_view text(
+        at, std::min(static_cast<std::size_t>(m_end - at), c_maxDeclaration + c_end.size()));
     std::string_view value;
-    if (!ReadPseudoAttribute(at, m_end, "version", value) || value != "1.0")
+    if (!TakeNamed(text, "version", value) || value != "1.0")
         return Decline(Verdict::Declaration);
-    if (ReadPseudoAttribute(at, m_end, "encoding", value) && !EncodingTable::IsName(value))
+    if (TakeNamed(text, "encoding", value) && !EncodingTable::IsName(value))
         return Decline(Verdict::Declaration);
-    if (ReadPseudoAttribute(at, m_end, "standalone", value) && value != "yes" && value != "no")
+    if (TakeNamed(text, "standalone", value) && value != "yes" && value != "no")
         return Decline(Verdict::Declaration);
-    at = SkipWhitespace(at);
-    if (at[0] != '?' || at[1] != '>' || at - begin > c_maxDeclaration)
+    text.remove_prefix(std::min(text.find_first_not_of(XmlDeclaration::c_whitespace), text.size()));
+    if (!text.starts_with(c_end))
         return Decline(Verdict::Declaration);
-    return at + 2;
+    return text.data() + c_end.size();
 }
 
 const char* DirectScanner::ScanMisc(const char* at)

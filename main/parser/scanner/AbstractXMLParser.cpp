@@ -2,6 +2,7 @@
 
 #include <kescorexml/StringInputSource.h>
 
+#include <kesplatform/EncodingTable.h>
 #include <kesplatform/TFile.h>
 
 AbstractXMLParser::AbstractXMLParser(InputSource& source, std::shared_ptr<SAXInterface> sink)
@@ -30,11 +31,11 @@ void AbstractXMLParser::LoadXSDString(const char* utf8, const TString& id)
 
 void AbstractXMLParser::LoadXSDFile(const TString& path)
 {
-    constexpr char16_t c_byteOrderMark = u'\uFEFF';
+    const TString mark(1, EncodingTable::c_byteOrderMark);
     TString text = TFile::LoadTextFile(TPath(path), 1);
     // One was taken off. The parser takes off the first that it gets to see, and refuses a second.
-    if (text.startsWith(TString(1, c_byteOrderMark)))
-        text = TString(1, c_byteOrderMark) + text;
+    if (text.startsWith(mark))
+        text = mark + text;
     LoadXSDString(text, path);
 }
 

@@ -3,6 +3,7 @@
 #include "base/Assertion.h"
 #include "base/KesErrors.h"
 #include "base/Prefetch.h"
+#include "values/Base64Encoding.h"
 
 #include <kesplatform/TCType.h>
 #include <kesplatform/detail/TStringBlock.h>
@@ -18,74 +19,11 @@
 
 namespace {
 
-constexpr std::string_view c_alphabet =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr unsigned int c_maxGroups = 0x3FFFFFFF;
 constexpr unsigned int c_lineLength = 72;
 constexpr unsigned int c_bytesPerLine = c_lineLength / 4 * 3;
 
 // Encoding
-
-/// Two characters for each value of twelve bits.
-using EncodeTable = std::array<std::array<char16_t, 2>, 4096>;
-
-constexpr EncodeTable MakeEncodeTable()
-{
-    EncodeTable table{};
-    for (std::size_t i = 0; i < table.size(); ++i)
-        table[i] = {static_cast<char16_t>(c_alphabet[i >> 6]),
-                    static_cast<char16_t>(c_alphabet[i & 63])};
-    return table;
-}
-
-constexpr EncodeTable c_encode = MakeEncodeTable();
-
-char16_t* PutTwelveBits(char16_t* out, std::uint64_t bits) noexcept
-{
-    std::memcpy(out, c_encode[bits & 0xFFF].data(), 2 * sizeof(char16_t));
-    return out + 2;
-}
-
-std::uint64_t LoadBigEndian(const unsigned char* bytes) noexcept
-{
-    std::uint64_t value = 0;
-    for (int i = 0; i < 8; ++i)
-        value = value << 8 | bytes[i];
-    return value;
-}
-
-/// Writes four characters for each three of `count` bytes, the last ones padded. `readable` bytes
-/// may be read, `count` at least.
-void Encode(const unsigned char* bytes, std::size_t count, std::size_t readable,
-            char16_t* out) noexcept
-{
-    // Eight bytes are read for six that are used.
-    const unsigned char* const stepsEnd =
-        readable < 8 ? bytes : bytes + std::min(count / 6, (readable - 2) / 6) * 6;
-    count -= static_cast<std::size_t>(stepsEnd - bytes);
-    for (; bytes != stepsEnd; bytes += 6) {
-        const std::uint64_t bits = LoadBigEndian(bytes);
-        out = PutTwelveBits(out, bits >> 52);
-        out = PutTwelveBits(out, bits >> 40);
-        out = PutTwelveBits(out, bits >> 28);
-        out = PutTwelveBits(out, bits >> 16);
-    }
-    for (; count >= 3; bytes += 3, count -= 3) {
-        const unsigned int bits =
-            static_cast<unsigned int>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]);
-        out = PutTwelveBits(out, bits >> 12);
-        out = PutTwelveBits(out, bits);
-    }
-    if (count == 0)
-        return;
-    const unsigned int bits =
-        static_cast<unsigned int>(bytes[0] << 16 | (count == 2 ? bytes[1] << 8 : 0));
-    out = PutTwelveBits(out, bits >> 12);
-    PutTwelveBits(out, bits);
-    out[1] = u'=';
-    if (count == 1)
-        out[0] = u'=';
-}
 
 /// Lines that are made together share one allocation: one each would cost more than the encoding.
 constexpr unsigned int c_linesPerAllocation = 32;
@@ -115,7 +53,7 @@ public:
         for (unsigned int i = 0; i < lineCount; ++i) {
             char16_t* const units = TStringBlock::UnitsOfSlot(slot);
             PrefetchForWriting(slot + c_prefetchDistance, c_slotSize);
-            Encode(bytes, c_bytesPerLine, readable, units);
+            Base64Encoding::Encode(bytes, c_bytesPerLine, readable, units);
             units[c_lineLength] = u'\0';
             block->FinishSlot(slot, c_lineLength);
             lines.push_back(TStringBlock::AdoptSlot(slot));
@@ -133,7 +71,7 @@ TString EncodeLine(const unsigned char* bytes, unsigned int count)
 {
     TString line;
     const std::ptrdiff_t groups = count / 3 + (count % 3 != 0 ? 1 : 0);
-    Encode(bytes, count, count, line.resizeForOverwrite(groups * 4));
+    Base64Encoding::Encode(bytes, count, count, line.resizeForOverwrite(groups * 4));
     return line;
 }
 
@@ -162,8 +100,9 @@ constexpr std::array<unsigned char, 256> MakeValueTable()
 {
     std::array<unsigned char, 256> table{};
     table.fill(c_noValue);
-    for (std::size_t i = 0; i < c_alphabet.size(); ++i)
-        table[static_cast<unsigned char>(c_alphabet[i])] = static_cast<unsigned char>(i);
+    for (std::size_t i = 0; i < Base64Encoding::c_alphabet.size(); ++i)
+        table[static_cast<unsigned char>(Base64Encoding::c_alphabet[i])] =
+            static_cast<unsigned char>(i);
     return table;
 }
 

@@ -67,27 +67,13 @@ bool Agrees(StrictConverter& converter, std::string_view declaration, std::u16st
     return Decode(converter, declaration) == text && !converter.GetFault();
 }
 
-/// The text of an XML declaration up to its ">", as the ASCII characters that it is made of; empty
-/// when the bytes, read in these units, do not begin with one that is not endless.
+/// The XML declaration behind what may be taken for white space before it.
 std::string ReadDeclaration(std::string_view bytes, const EncodingTable::Scheme& scheme)
 {
     std::size_t at = 0;
     while (TCType::isSpace(static_cast<unsigned char>(scheme.ReadAscii(bytes, at))))
         at += scheme.unitSize;
-    bytes.remove_prefix(at);
-    if (!scheme.IsBeginOf(bytes, XmlDeclaration::c_start))
-        return {};
-    constexpr std::size_t c_maximumLength = 4096;
-    std::string text;
-    for (at = 0; text.size() < c_maximumLength; at += scheme.unitSize) {
-        const char character = scheme.ReadAscii(bytes, at);
-        if (character == '\0')
-            break;
-        text += character;
-        if (character == '>')
-            return text;
-    }
-    return {};
+    return XmlDeclaration::Read(bytes.substr(at), scheme);
 }
 
 std::string GetConverterName(const EncodingTable::Scheme& scheme)

@@ -71,6 +71,9 @@ inline constexpr Scheme c_schemes[] = {
 /// That of UTF-8.
 inline constexpr const Scheme& c_utf8 = c_schemes[4];
 
+/// What every byte-order mark is when its bytes have become text.
+inline constexpr char16_t c_byteOrderMark = u'\uFEFF';
+
 /// How "<?xm", the beginning of an XML declaration, is written in the encodings of EBCDIC.
 inline constexpr std::string_view c_ebcdicDeclaration = "\x4C\x6F\xA7\x94";
 
