@@ -81,8 +81,8 @@ constexpr std::size_t c_vectorReach = 28;
     for (; count - done >= c_vectorStep && readable - done >= c_vectorReach; done += c_vectorStep) {
         const auto* const in = reinterpret_cast<const __m128i*>(bytes + done);
         const auto* const upper = reinterpret_cast<const __m128i*>(bytes + done + 12);
-        const __m256i both = _mm256_inserti128_si256(
-            _mm256_castsi128_si256(_mm_loadu_si128(in)), _mm_loadu_si128(upper), 1);
+        const __m256i both = _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(in)),
+                                                     _mm_loadu_si128(upper), 1);
         const __m256i characters = LookUpCharacters(SplitIntoSixBits(both));
         auto* const to = reinterpret_cast<__m256i*>(out);
         _mm256_storeu_si256(to, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(characters)));
