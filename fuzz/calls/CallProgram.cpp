@@ -49,6 +49,12 @@ private:
     CallProgram& m_program;
 };
 
+/// Asks which attributes are wrong.
+class CallProgram::AskingSink : public Sink, public SAXAttributeErrors
+{
+    using Sink::Sink;
+};
+
 /// Calls, too, when it is read.
 class CallProgram::Source : public Utf8InputSource
 {
@@ -164,6 +170,9 @@ void CallProgram::MeetStatistics(const DOMParserStatistics& statistics)
 
 std::shared_ptr<SAXInterface> CallProgram::MakeSink()
 {
+    m_asks = !m_asks;
+    if (m_asks)
+        return std::make_shared<AskingSink>(*this);
     return std::make_shared<Sink>(*this);
 }
 

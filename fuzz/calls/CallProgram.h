@@ -52,6 +52,7 @@ public:
 
 private:
     class Sink;
+    class AskingSink;
     class Source;
 
     /// Within something that a parser calls, while it lives.
@@ -117,6 +118,8 @@ private:
     bool m_hasEventInParse = false;
     bool m_isDone = false;
     bool m_isDoneOnce = false;
+    /// The sink made last asks which attributes are wrong; every other one does.
+    bool m_asks = false;
     bool m_expands = false;
     bool m_hasLimits = false;
     /// All that the parser was told to load, while that is known.

@@ -159,8 +159,11 @@ void CallProgram::Look()
     Expect(parser.HasErrors() == !parser.GetErrors().empty(), "errors are known to be there");
     Expect(parser.HasWarnings() == !parser.GetWarnings().empty(), "warnings are known");
     bool hasFatalError = false;
-    for (const XMLDiagnostic& error : parser.GetErrorDiagnostics())
+    for (const XMLDiagnostic& error : parser.GetErrorDiagnostics()) {
         hasFatalError |= error.GetKind() == XMLDiagnostic::Kind::FatalError;
+        Expect(error.GetValue().IsEmpty() || !error.GetAttribute().IsEmpty(),
+               "a value is that of an attribute");
+    }
     Expect(!hasFatalError || parser.HasFatallyErrored(), "a fatal error is known to be there");
 }
 
