@@ -49,7 +49,7 @@ TEST(DirectEquivalence, DocumentsWithAnyByteReplacedAreTheSame)
     BothScanners both;
     std::size_t turn = 0;
     for (const std::string& document : OddDocuments::Small()) {
-        for (std::size_t i = 0; i < document.size(); ++i) {
+        for (std::size_t i = 0; i < document.size(); i += Effort::c_stride) {
             for (const char byte : c_nastyBytes) {
                 std::string changed = document;
                 changed[i] = byte;
@@ -64,7 +64,7 @@ TEST(DirectEquivalence, DocumentsWithAByteInsertedOrTakenAwayAreTheSame)
     BothScanners both;
     std::size_t turn = 0;
     for (const std::string& document : OddDocuments::Small()) {
-        for (std::size_t i = 0; i < document.size(); ++i) {
+        for (std::size_t i = 0; i < document.size(); i += Effort::c_stride) {
             std::string shorter = document;
             shorter.erase(i, 1);
             ASSERT_TRUE(ExpectSame(both.CompareSome(shorter, ++turn)));

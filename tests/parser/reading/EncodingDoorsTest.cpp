@@ -1,6 +1,7 @@
 // Whatever door the bytes of a document come in by, one decoder reads them and one rule says in
 // which encoding they are.
 
+#include "support/Effort.h"
 #include "support/ParseOutcome.h"
 #include "support/Repeat.h"
 #include "support/TemporaryFile.h"
@@ -28,6 +29,8 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 using namespace std::string_literals;
+
+constexpr int c_stride = static_cast<int>(Effort::c_stride);
 
 /// Encodings of single bytes, of several bytes, with states, in EBCDIC, of Unicode, and names that
 /// not everybody knows.
@@ -165,7 +168,7 @@ TEST(EncodingDoors, ReadEveryByteAlike)
 {
     const TemporaryFolder folder;
     for (const char* const encoding : AllEncodings()) {
-        for (int byte = 1; byte < 256; byte += byte < 0x7E ? 7 : 1) {
+        for (int byte = 1; byte < 256; byte += byte < 0x7E ? 7 : c_stride) {
             SCOPED_TRACE(std::string(encoding) + " " + std::to_string(byte));
             const std::string text(1, static_cast<char>(byte));
             for (const std::string& rest : {"<a>" + text + "</a>", "<a/>" + text}) {
@@ -185,7 +188,7 @@ TEST(EncodingDoors, ReadPairsOfBytesAlike)
          {"Big5", "Big5-HKSCS", "GB2312", "GBK", "GB18030", "EUC-JP", "EUC-KR", "EUC-TW",
           "Shift_JIS", "cp932", "ISO-2022-JP", "HZ", "UTF-7", "CESU-8", "windows-1258"}) {
         for (int first = 0x7E; first < 256; first += 3) {
-            for (int second = 0x21 + first % 13; second < 256; second += 13) {
+            for (int second = 0x21 + first % 13; second < 256; second += 13 * c_stride) {
                 SCOPED_TRACE(std::string(encoding) + " " + std::to_string(first * 256 + second));
                 const std::string text{static_cast<char>(first), static_cast<char>(second)};
                 const std::string bytes = Declare(encoding) + "<a>" + text + "</a>";
