@@ -71,13 +71,13 @@ std::shared_ptr<DOM> MakeWideDocument(std::size_t count)
 
 Work FindRootTag(std::string text)
 {
-    return [text = std::move(text)] { XmlUtils::FindRootTag(text); };
+    return [text = std::move(text)] { static_cast<void>(XmlUtils::FindRootTag(text)); };
 }
 
 Work SniffVersion(std::string text)
 {
     auto source = std::make_shared<Utf8InputSource>(std::move(text), u"id", false);
-    return [source] { VersionSniffer(*source, TString()); };
+    return [source] { static_cast<void>(VersionSniffer(*source, TString())); };
 }
 
 void AddScannerFamilies(std::vector<Family>& families)
@@ -104,7 +104,9 @@ void AddScannerFamilies(std::vector<Family>& families)
     families.push_back(
         {"attribute name before the match: FindAttributeValue", 1000000, [](std::size_t count) {
              const std::string text = "<a " + Repeat("xname ", count) + " name='value'>";
-             return Work([text] { XmlUtils::FindAttributeValue(text, "name", {0, text.size()}); });
+             return Work([text] {
+                 static_cast<void>(XmlUtils::FindAttributeValue(text, "name", {0, text.size()}));
+             });
          }});
     families.push_back({"'<!' runs: XMLRangeTable", c_bytes, [](std::size_t bytes) {
                             const std::string text = "<a>" + Repeat("<!", bytes / 2);
@@ -221,7 +223,7 @@ void AddDiagnosticsFamilies(std::vector<Family>& families)
                                 for (std::size_t i = 0; i < count; ++i)
                                     document->GetDocumentRoot()->Error(
                                         u"e", TError::ErrorInfo::NoError(), false, false);
-                                document->GetErrors();
+                                static_cast<void>(document->GetErrors());
                             });
                         }});
     families.push_back(
@@ -230,7 +232,7 @@ void AddDiagnosticsFamilies(std::vector<Family>& families)
              return Work([document] {
                  for (const auto& element : document->GetDocumentRoot()->GetChildren())
                      element->Error(u"e", TError::ErrorInfo::NoError(), false, false);
-                 document->GetErrors();
+                 static_cast<void>(document->GetErrors());
              });
          }});
     families.push_back({"HasErrors of each element without, half of them have some", 100000,
@@ -310,7 +312,8 @@ void AddTreeFamilies(std::vector<Family>& families)
                                     document->AddDataSourceRename(name, u"new" + name);
                                 }
                                 for (std::size_t i = 0; i < count; ++i)
-                                    document->RenameDataSource(TString::number(i));
+                                    static_cast<void>(
+                                        document->RenameDataSource(TString::number(i)));
                             });
                         }});
     families.push_back({"copies of a deep tree", 1000000, [](std::size_t count) {

@@ -20,20 +20,20 @@ namespace CoreXml {
 /// what was found, or that nothing was, is kept under that name as long as the process lives, so
 /// names should come from a list of languages and not from a document. Once the process ends and
 /// the library's static objects are gone, languages that were not used before have no texts.
-KESCOREXML_EXPORT TString LookupTStr(StringId id, const TString& language);
+[[nodiscard]] KESCOREXML_EXPORT TString LookupTStr(StringId id, const TString& language);
 
 /// The message in the language of the calling thread's session: that of the TLocale which
 /// CoreThreadContext holds under CoreXml::attrLocale. Without a session or its locale it is the
 /// built-in text, and no translation is looked at.
-KESCOREXML_EXPORT TString LookupTStr(StringId id);
+[[nodiscard]] KESCOREXML_EXPORT TString LookupTStr(StringId id);
 
 /// The message in the suite's default language.
-KESCOREXML_EXPORT TString LookupTStrDefaultLang(StringId id);
+[[nodiscard]] KESCOREXML_EXPORT TString LookupTStrDefaultLang(StringId id);
 
 /// The same messages, ready to have their placeholders replaced.
-KESCOREXML_EXPORT TFormatString LookupTFmtStr(StringId id);
-KESCOREXML_EXPORT TFormatString LookupTFmtStr(StringId id, const TString& language);
+[[nodiscard]] KESCOREXML_EXPORT TFormatString LookupTFmtStr(StringId id);
+[[nodiscard]] KESCOREXML_EXPORT TFormatString LookupTFmtStr(StringId id, const TString& language);
 /// The same in the suite's default language.
-KESCOREXML_EXPORT TFormatString LookupTFmtStrDefaultLang(StringId id);
+[[nodiscard]] KESCOREXML_EXPORT TFormatString LookupTFmtStrDefaultLang(StringId id);
 
 } // namespace CoreXml

@@ -69,49 +69,49 @@ public:
     virtual ~DOM();
 
     /// The flag that the document was made with.
-    bool GetRestrictExternalPaths() const;
+    [[nodiscard]] bool GetRestrictExternalPaths() const;
 
     /// Makes this document a copy of `other`: tree, diagnostics, renames and settings. From itself
     /// it keeps the tree and clears the diagnostics.
     void DeepCopy(const DOM& other);
 
     /// Compares the trees and nothing else.
-    bool operator==(const DOM& other) const;
-    bool operator!=(const DOM& other) const { return !(*this == other); }
+    [[nodiscard]] bool operator==(const DOM& other) const;
+    [[nodiscard]] bool operator!=(const DOM& other) const { return !(*this == other); }
 
     /// The synthetic element, which lives as long as this document.
-    DOMElement* GetRoot() noexcept { return m_root.get(); }
-    const DOMElement* GetRoot() const noexcept { return m_root.get(); }
+    [[nodiscard]] DOMElement* GetRoot() noexcept { return m_root.get(); }
+    [[nodiscard]] const DOMElement* GetRoot() const noexcept { return m_root.get(); }
     /// The root's first child, or null.
-    DOMElement* GetDocumentRoot() noexcept;
-    const DOMElement* GetDocumentRoot() const noexcept;
+    [[nodiscard]] DOMElement* GetDocumentRoot() noexcept;
+    [[nodiscard]] const DOMElement* GetDocumentRoot() const noexcept;
     /// The first element with that name in document order, at most 1000 levels below the root;
     /// null when there is none.
-    DOMElement* GetElement(const TString& name);
-    const DOMElement* GetElement(const TString& name) const;
+    [[nodiscard]] DOMElement* GetElement(const TString& name);
+    [[nodiscard]] const DOMElement* GetElement(const TString& name) const;
 
     /// The entities to which the text refers that this document was parsed from, although nobody
     /// declares them, in the order of their first references: the tree lacks what they stand for.
     /// Empty for other documents, and when the text was not read to its end. The reference, valid
     /// until a DeepCopy to this document, is read without the lock.
-    const std::vector<SkippedEntity>& GetSkippedEntities() const noexcept
+    [[nodiscard]] const std::vector<SkippedEntity>& GetSkippedEntities() const noexcept
     {
         return m_skippedEntities;
     }
 
     /// A number that is kept for the document's users.
     void SetDSValidationCancelType(int type);
-    int GetDSValidationCancelType() const;
+    [[nodiscard]] int GetDSValidationCancelType() const;
     /// The data source whose name RenameField keeps.
     void SetProtectedDataSourceName(const TString& name);
     /// The reference, valid as long as this document, is read without the lock; do not race it with
     /// the setter.
-    const TString& GetProtectedDataSourceName() const;
+    [[nodiscard]] const TString& GetProtectedDataSourceName() const;
     /// Keeps a copy of the renames.
     void SetPathRenames(const PathRenames& renames);
     /// The reference, valid as long as this document, is read without the lock; do not race it with
     /// the setter.
-    const PathRenames& GetPathRenames() const;
+    [[nodiscard]] const PathRenames& GetPathRenames() const;
 
     /// Adds an error of an element after those that it has.
     void PushError(const DOMElement& element, const TString& message, const TError::ErrorInfo& info,
@@ -152,25 +152,25 @@ public:
 
     /// Appends to `out`.
     void GetErrors(const DOMElement& element, std::list<TString>& out) const;
-    std::list<TString> GetErrors() const;
+    [[nodiscard]] std::list<TString> GetErrors() const;
     /// The same errors taken apart, in the same order: those of the parser with their positions in
     /// the document. They stay what they are when elements are copied or moved.
-    std::vector<XMLDiagnostic> GetErrorDiagnostics(const DOMElement& element) const;
-    std::vector<XMLDiagnostic> GetErrorDiagnostics() const;
+    [[nodiscard]] std::vector<XMLDiagnostic> GetErrorDiagnostics(const DOMElement& element) const;
+    [[nodiscard]] std::vector<XMLDiagnostic> GetErrorDiagnostics() const;
     /// One record for each error, in the same order.
-    std::list<TError::ErrorInfo> GetMetadataForErrors() const;
+    [[nodiscard]] std::list<TError::ErrorInfo> GetMetadataForErrors() const;
     /// All messages joined with line feeds.
-    TString GetConcatenatedErrors() const;
+    [[nodiscard]] TString GetConcatenatedErrors() const;
     /// Appends to `out`.
     void GetWarnings(const DOMElement& element, std::list<TString>& out) const;
-    std::list<TString> GetWarnings() const;
+    [[nodiscard]] std::list<TString> GetWarnings() const;
     /// The same warnings taken apart, in the same order.
-    std::vector<XMLDiagnostic> GetWarningDiagnostics(const DOMElement& element) const;
-    std::vector<XMLDiagnostic> GetWarningDiagnostics() const;
+    [[nodiscard]] std::vector<XMLDiagnostic> GetWarningDiagnostics(const DOMElement& element) const;
+    [[nodiscard]] std::vector<XMLDiagnostic> GetWarningDiagnostics() const;
     /// One record for each warning, in the same order.
-    std::list<TError::ErrorInfo> GetMetadataForWarnings() const;
+    [[nodiscard]] std::list<TError::ErrorInfo> GetMetadataForWarnings() const;
     /// All messages joined with line feeds.
-    TString GetConcatenatedWarnings() const;
+    [[nodiscard]] TString GetConcatenatedWarnings() const;
 
     /// Appends to a list of TString, a list of TError::ErrorInfo or a vector of TString. Takes no
     /// lock: do not race it with who records or clears messages.
@@ -213,18 +213,18 @@ public:
     void AddMapSourceRename(const TString& from, const TString& to);
     /// The data source first, then the field under its new data source. Names of the protected
     /// data source stay as they are.
-    FieldName RenameField(FieldName name) const;
+    [[nodiscard]] FieldName RenameField(FieldName name) const;
     /// The new name, or `name` itself.
-    TString RenameDataSource(const TString& name) const;
+    [[nodiscard]] TString RenameDataSource(const TString& name) const;
     /// The new name, or `name` itself.
-    TString RenameDataConnection(const TString& name) const;
+    [[nodiscard]] TString RenameDataConnection(const TString& name) const;
     /// The new name, or `name` itself.
-    TString RenameMapSource(const TString& name) const;
+    [[nodiscard]] TString RenameMapSource(const TString& name) const;
     /// The new caption, or `caption` itself.
-    TString GetCaptionRenameIfItExists(const TString& caption) const;
+    [[nodiscard]] TString GetCaptionRenameIfItExists(const TString& caption) const;
     /// The first old name, in ascending order, that was renamed to `newName`, or `newName`.
     /// Linear in the number of renames.
-    TString UnRenameDataSource(const TString& newName) const;
+    [[nodiscard]] TString UnRenameDataSource(const TString& newName) const;
 
 private:
     friend class DOMElement;
@@ -243,7 +243,7 @@ private:
     struct KESCOREXML_NO_EXPORT RecordedError
     {
         XMLDiagnostic GetDiagnostic() const { return {m_error.m_message, m_source}; }
-        TString GetMessage() const { return m_source.MakeMessage(m_error.m_message); }
+        [[nodiscard]] TString GetMessage() const { return m_source.MakeMessage(m_error.m_message); }
 
         /// Its message is only the text of the diagnostic, of which people read all.
         DOMErrorMessage m_error;

@@ -25,7 +25,7 @@ public:
     /// outlive the last event.
     void SetLocationInterface(SAXFileLocation* location) noexcept { m_location = location; }
     /// The innermost open element, at first the root.
-    DOMElement* PeekStack() const { return m_stack.back(); }
+    [[nodiscard]] DOMElement* PeekStack() const { return m_stack.back(); }
 
     void StartElement(TString&& name, std::unordered_map<TString, TString>&& attributes) override;
     /// The current element is complete; its parent becomes the current one.

@@ -98,11 +98,11 @@ public:
     ~DOMElement();
 
     /// The name as it is written, prefix included.
-    const TString& GetName() const noexcept { return m_name; }
+    [[nodiscard]] const TString& GetName() const noexcept { return m_name; }
     void SetName(const TString& name) noexcept { m_name = name; }
 
     /// All text of the element itself, without that of its children.
-    const TString& GetText() const noexcept { return m_text; }
+    [[nodiscard]] const TString& GetText() const noexcept { return m_text; }
     /// Sets the text and clears the encoded flag.
     void SetText(const TString& text) noexcept { SetText(text, false); }
     void SetText(const TString& text, bool encoded) noexcept
@@ -119,15 +119,15 @@ public:
         m_encoded = m_encoded && encoded;
     }
     /// The text is in escaped form already; formatters write it as it stands.
-    bool IsEncoded() const noexcept { return m_encoded; }
+    [[nodiscard]] bool IsEncoded() const noexcept { return m_encoded; }
     void SetEncoded(bool encoded) noexcept { m_encoded = encoded; }
 
     /// Whether the text is not empty.
-    bool HasText() const noexcept { return !m_text.IsEmpty(); }
+    [[nodiscard]] bool HasText() const noexcept { return !m_text.IsEmpty(); }
     /// Whether there is a child.
-    bool HasChildren() const noexcept { return !m_children.empty(); }
+    [[nodiscard]] bool HasChildren() const noexcept { return !m_children.empty(); }
     /// Whether there is an attribute.
-    bool HasAttributes() const noexcept { return !m_attributes.IsEmpty(); }
+    [[nodiscard]] bool HasAttributes() const noexcept { return !m_attributes.IsEmpty(); }
     /// No text, no children and no attributes.
     [[nodiscard]] bool IsEmpty() const noexcept
     {
@@ -137,24 +137,24 @@ public:
     /// The element whose child this is, or null. A removed element still names its former parent
     /// until it is inserted again; null once that parent is destroyed or is put below the removed
     /// element, so that the way upwards always ends.
-    DOMElement* GetParent() noexcept;
-    const DOMElement* GetParent() const noexcept;
+    [[nodiscard]] DOMElement* GetParent() noexcept;
+    [[nodiscard]] const DOMElement* GetParent() const noexcept;
     /// The element has no parent and was never removed from one.
-    bool IsRootNode() const noexcept { return m_parent == nullptr; }
+    [[nodiscard]] bool IsRootNode() const noexcept { return m_parent == nullptr; }
     /// The document that the element is attached to, or null.
-    DOM* GetDOMManager() noexcept { return m_dom; }
-    const DOM* GetDOMManager() const noexcept { return m_dom; }
+    [[nodiscard]] DOM* GetDOMManager() noexcept { return m_dom; }
+    [[nodiscard]] const DOM* GetDOMManager() const noexcept { return m_dom; }
     /// Whether `other` is met on the way from the parent upwards; no element is its own child.
-    bool IsChildOf(const DOMElement& other) const noexcept;
+    [[nodiscard]] bool IsChildOf(const DOMElement& other) const noexcept;
 
     /// A view that follows later changes; valid as long as this element.
-    DOMElementChildren GetChildren() noexcept { return *this; }
-    ConstDOMElementChildren GetChildren() const noexcept { return *this; }
+    [[nodiscard]] DOMElementChildren GetChildren() noexcept { return *this; }
+    [[nodiscard]] ConstDOMElementChildren GetChildren() const noexcept { return *this; }
     /// The first child with that name, or null. Linear in the number of children.
-    DOMElement* GetChild(const TString& name) noexcept;
-    const DOMElement* GetChild(const TString& name) const noexcept;
+    [[nodiscard]] DOMElement* GetChild(const TString& name) noexcept;
+    [[nodiscard]] const DOMElement* GetChild(const TString& name) const noexcept;
     /// The text of GetChild(name), or an empty text.
-    TString GetChildText(const TString& name) const noexcept;
+    [[nodiscard]] TString GetChildText(const TString& name) const noexcept;
     /// As GetChild; a DOMException with the name as message when there is none.
     DOMElement& GetRequiredChild(const TString& name);
     const DOMElement& GetRequiredChild(const TString& name) const;
@@ -164,20 +164,20 @@ public:
     const DOMElement& GetRequiredChildByAttr(const TString& attrName,
                                              const TString& attrValue) const;
     /// The position of `child`, by identity, among the children, or their end.
-    ChildIterator FindChild(const DOMElement& child) noexcept;
-    ConstChildIterator FindChild(const DOMElement& child) const noexcept;
+    [[nodiscard]] ChildIterator FindChild(const DOMElement& child) noexcept;
+    [[nodiscard]] ConstChildIterator FindChild(const DOMElement& child) const noexcept;
 
     /// The map itself, valid as long as this element. The first call builds it; HasAttribute and
     /// GetAttribute do without.
-    const AttributeMap& GetAttributes() const { return m_attributes.Map(); }
-    AttributeMap& GetAttributes() { return m_attributes.Map(); }
+    [[nodiscard]] const AttributeMap& GetAttributes() const { return m_attributes.Map(); }
+    [[nodiscard]] AttributeMap& GetAttributes() { return m_attributes.Map(); }
     /// Replaces all attributes.
     void SetAttributes(const AttributeMap& attributes);
     void SetAttributes(AttributeMap&& attributes);
     /// Whether there is an attribute of that name.
-    bool HasAttribute(const TString& name) const noexcept;
+    [[nodiscard]] bool HasAttribute(const TString& name) const noexcept;
     /// The value, or an empty text.
-    TString GetAttribute(const TString& name) const { return m_attributes.Get(name); }
+    [[nodiscard]] TString GetAttribute(const TString& name) const { return m_attributes.Get(name); }
     /// The attribute's place in the map; a DOMException with the name as message when there is
     /// none.
     AttributeMap::const_iterator RequireAttribute(const TString& name) const;
@@ -186,7 +186,7 @@ public:
     /// Does nothing when there is no such attribute.
     void RemoveAttribute(const TString& name);
     /// The value of this element or of the nearest ancestor that has the attribute, or empty.
-    TString GetParentAttr(const TString& name) const;
+    [[nodiscard]] TString GetParentAttr(const TString& name) const;
     /// "true", "yes" and "1" are true, "false", "no" and "0" are false, exactly so written; any
     /// other text returns false and leaves `out` alone.
     static bool StringToBool(const TString& text, bool& out) noexcept;
@@ -247,18 +247,18 @@ public:
         m_endColumn = column;
     }
     /// The line of the end of the start tag; 0 when unknown.
-    int GetStartLine() const noexcept { return m_startLine; }
+    [[nodiscard]] int GetStartLine() const noexcept { return m_startLine; }
     /// The column behind the start tag; 0 when unknown.
-    int GetStartColumn() const noexcept { return m_startColumn; }
+    [[nodiscard]] int GetStartColumn() const noexcept { return m_startColumn; }
     /// The line of the end of the end tag; 0 when unknown.
-    int GetEndLine() const noexcept { return m_endLine; }
+    [[nodiscard]] int GetEndLine() const noexcept { return m_endLine; }
     /// The column behind the end tag; 0 when unknown.
-    int GetEndColumn() const noexcept { return m_endColumn; }
+    [[nodiscard]] int GetEndColumn() const noexcept { return m_endColumn; }
 
     /// Names, texts, attributes regardless of order, and children in order. Documents, locations
     /// and the encoded flag are not compared.
-    bool operator==(const DOMElement& other) const { return !(*this != other); }
-    bool operator!=(const DOMElement& other) const;
+    [[nodiscard]] bool operator==(const DOMElement& other) const { return !(*this != other); }
+    [[nodiscard]] bool operator!=(const DOMElement& other) const;
 
     // Diagnostics of this element, kept by its document; see DOM. Each is a logic assertion on a
     // detached element.
@@ -307,26 +307,27 @@ public:
     /// See DOM::AddCaptionRename.
     void AddCaptionRename(const TString& from, const TString& to);
     /// See DOM::RenameField.
-    FieldName RenameField(const FieldName& name) const;
+    [[nodiscard]] FieldName RenameField(const FieldName& name) const;
     /// See DOM::RenameDataConnection.
-    TString RenameDataConnection(const TString& name) const;
+    [[nodiscard]] TString RenameDataConnection(const TString& name) const;
     /// See DOM::RenameDataSource.
-    TString RenameDataSource(const TString& name) const;
+    [[nodiscard]] TString RenameDataSource(const TString& name) const;
     /// See DOM::RenameMapSource.
-    TString RenameMapSource(const TString& name) const;
+    [[nodiscard]] TString RenameMapSource(const TString& name) const;
     /// Looks up the value of the attribute `attrName`. REQUIRES: an attached element.
-    TString GetCaptionRenameIfItExists(const TString& attrName) const;
+    [[nodiscard]] TString GetCaptionRenameIfItExists(const TString& attrName) const;
     /// The global field name that the attribute holds, renamed. `cache` is the caller's parse
     /// cache.
-    FieldName GetFieldName(const TString& attrName) const;
-    FieldName GetFieldName(const TString& attrName, FieldNameCache& cache) const;
+    [[nodiscard]] FieldName GetFieldName(const TString& attrName) const;
+    [[nodiscard]] FieldName GetFieldName(const TString& attrName, FieldNameCache& cache) const;
     /// The same for the element's text.
-    FieldName GetTextAsFieldName() const;
-    FieldName GetTextAsFieldName(FieldNameCache& cache) const;
+    [[nodiscard]] FieldName GetTextAsFieldName() const;
+    [[nodiscard]] FieldName GetTextAsFieldName(FieldNameCache& cache) const;
     /// The same for a local name of the field of `dataSource`; the result is local again.
-    FieldName GetLocalFieldName(const TString& attrName, const TString& dataSource) const;
-    FieldName GetLocalFieldName(const TString& attrName, const TString& dataSource,
-                                FieldNameCache& cache) const;
+    [[nodiscard]] FieldName GetLocalFieldName(const TString& attrName,
+                                              const TString& dataSource) const;
+    [[nodiscard]] FieldName GetLocalFieldName(const TString& attrName, const TString& dataSource,
+                                              FieldNameCache& cache) const;
 
 private:
     friend class DOM;
@@ -360,4 +361,5 @@ private:
 
 /// The value of the attribute on `start` or the nearest ancestor that has it, or empty; null gives
 /// an empty text.
-KESCOREXML_EXPORT TString GetParentAttrIteratively(DOMElement* start, const TString& name);
+[[nodiscard]] KESCOREXML_EXPORT TString GetParentAttrIteratively(DOMElement* start,
+                                                                 const TString& name);

@@ -42,36 +42,42 @@ public:
     DOMElementChildren& operator=(const ConstDOMElementChildren&) = delete;
 
     /// The number of children.
-    std::size_t size() const noexcept;
+    [[nodiscard]] std::size_t size() const noexcept;
     /// Whether there is none.
     [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
     /// std::out_of_range when `index` is not below size().
-    DOMElement& at(std::size_t index);
-    const DOMElement& at(std::size_t index) const;
+    [[nodiscard]] DOMElement& at(std::size_t index);
+    [[nodiscard]] const DOMElement& at(std::size_t index) const;
     /// REQUIRES: an index below size().
     DOMElement& operator[](std::size_t index) noexcept;
     const DOMElement& operator[](std::size_t index) const noexcept;
     /// REQUIRES: at least one child.
-    DOMElement& front() noexcept { return (*this)[0]; }
-    const DOMElement& front() const noexcept { return (*this)[0]; }
+    [[nodiscard]] DOMElement& front() noexcept { return (*this)[0]; }
+    [[nodiscard]] const DOMElement& front() const noexcept { return (*this)[0]; }
     /// REQUIRES: at least one child.
-    DOMElement& back() noexcept { return (*this)[size() - 1]; }
-    const DOMElement& back() const noexcept { return (*this)[size() - 1]; }
+    [[nodiscard]] DOMElement& back() noexcept { return (*this)[size() - 1]; }
+    [[nodiscard]] const DOMElement& back() const noexcept { return (*this)[size() - 1]; }
 
     /// The owners of the children; valid until a child is added or removed.
-    iterator begin() noexcept;
-    iterator end() noexcept;
-    const_iterator begin() const noexcept;
-    const_iterator end() const noexcept;
-    const_iterator cbegin() const noexcept { return begin(); }
-    const_iterator cend() const noexcept { return end(); }
-    reverse_iterator rbegin() noexcept { return reverse_iterator(end()); }
-    reverse_iterator rend() noexcept { return reverse_iterator(begin()); }
-    const_reverse_iterator rbegin() const noexcept { return const_reverse_iterator(end()); }
-    const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
-    const_reverse_iterator crbegin() const noexcept { return rbegin(); }
-    const_reverse_iterator crend() const noexcept { return rend(); }
+    [[nodiscard]] iterator begin() noexcept;
+    [[nodiscard]] iterator end() noexcept;
+    [[nodiscard]] const_iterator begin() const noexcept;
+    [[nodiscard]] const_iterator end() const noexcept;
+    [[nodiscard]] const_iterator cbegin() const noexcept { return begin(); }
+    [[nodiscard]] const_iterator cend() const noexcept { return end(); }
+    [[nodiscard]] reverse_iterator rbegin() noexcept { return reverse_iterator(end()); }
+    [[nodiscard]] reverse_iterator rend() noexcept { return reverse_iterator(begin()); }
+    [[nodiscard]] const_reverse_iterator rbegin() const noexcept
+    {
+        return const_reverse_iterator(end());
+    }
+    [[nodiscard]] const_reverse_iterator rend() const noexcept
+    {
+        return const_reverse_iterator(begin());
+    }
+    [[nodiscard]] const_reverse_iterator crbegin() const noexcept { return rbegin(); }
+    [[nodiscard]] const_reverse_iterator crend() const noexcept { return rend(); }
 
 private:
     DOMElement* m_element;
@@ -100,22 +106,25 @@ public:
     }
 
     /// std::out_of_range when `index` is not below size().
-    const DOMElement& at(std::size_t index) const { return DOMElementChildren::at(index); }
+    [[nodiscard]] const DOMElement& at(std::size_t index) const
+    {
+        return DOMElementChildren::at(index);
+    }
     /// REQUIRES: an index below size().
     const DOMElement& operator[](std::size_t index) const noexcept
     {
         return DOMElementChildren::operator[](index);
     }
     /// REQUIRES: at least one child.
-    const DOMElement& front() const noexcept { return DOMElementChildren::front(); }
+    [[nodiscard]] const DOMElement& front() const noexcept { return DOMElementChildren::front(); }
     /// REQUIRES: at least one child.
-    const DOMElement& back() const noexcept { return DOMElementChildren::back(); }
+    [[nodiscard]] const DOMElement& back() const noexcept { return DOMElementChildren::back(); }
 
     /// The owners of the children; valid until a child is added or removed.
-    const_iterator begin() const noexcept { return cbegin(); }
-    const_iterator end() const noexcept { return cend(); }
-    const_reverse_iterator rbegin() const noexcept { return crbegin(); }
-    const_reverse_iterator rend() const noexcept { return crend(); }
+    [[nodiscard]] const_iterator begin() const noexcept { return cbegin(); }
+    [[nodiscard]] const_iterator end() const noexcept { return cend(); }
+    [[nodiscard]] const_reverse_iterator rbegin() const noexcept { return crbegin(); }
+    [[nodiscard]] const_reverse_iterator rend() const noexcept { return crend(); }
 };
 
 /// @cond

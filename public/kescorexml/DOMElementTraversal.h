@@ -86,8 +86,8 @@ public:
     PreorderTraversalTemplate(T& start) : m_begin(start) {}
 
     /// For loops.
-    PreorderIteratorTemplate<T> begin() const { return m_begin; }
-    PreorderIteratorTemplate<T> end() const { return m_end; }
+    [[nodiscard]] PreorderIteratorTemplate<T> begin() const { return m_begin; }
+    [[nodiscard]] PreorderIteratorTemplate<T> end() const { return m_end; }
 
 private:
     PreorderIteratorTemplate<T> m_begin;

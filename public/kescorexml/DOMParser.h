@@ -54,13 +54,16 @@ public:
     /// Whether elements record line and column of the ends of their tags. Off at first; costs a few
     /// percent.
     void SetEnableLineNumbersOnElements(bool enable);
-    bool GetEnableLineNumbersOnElements() const;
+    [[nodiscard]] bool GetEnableLineNumbersOnElements() const;
     /// The flag that every DOM is made with; this class does not act on it. False at first.
     void SetRestrictExternalPaths(bool restrict);
-    bool GetRestrictExternalPaths() const;
+    [[nodiscard]] bool GetRestrictExternalPaths() const;
     /// Called at the end of every parse, on the thread that parses, within the parse's metrics;
     /// what it throws passes through. An empty function switches it off.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
+
+    // Not [[nodiscard]]: what is wrong with a document stands on its tree, and is gone with it,
+    // which does not matter to who parses for the statistics alone.
 
     /// Parses a source: one in memory from its start, a file from where it stands. What the source
     /// throws passes through.

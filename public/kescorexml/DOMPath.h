@@ -202,16 +202,16 @@ public:
     }
 
     /// Begins a walk.
-    IteratorTemplate<T> begin() { return IteratorTemplate<T>(*m_start, Path()); }
-    IteratorTemplate<DOMElement const> begin() const { return cbegin(); }
-    IteratorTemplate<DOMElement const> cbegin() const
+    [[nodiscard]] IteratorTemplate<T> begin() { return IteratorTemplate<T>(*m_start, Path()); }
+    [[nodiscard]] IteratorTemplate<DOMElement const> begin() const { return cbegin(); }
+    [[nodiscard]] IteratorTemplate<DOMElement const> cbegin() const
     {
         return IteratorTemplate<DOMElement const>(*m_start, Path());
     }
     /// The end of every walk.
-    IteratorTemplate<T> end() noexcept { return {}; }
-    IteratorTemplate<DOMElement const> end() const noexcept { return {}; }
-    IteratorTemplate<DOMElement const> cend() const noexcept { return {}; }
+    [[nodiscard]] IteratorTemplate<T> end() noexcept { return {}; }
+    [[nodiscard]] IteratorTemplate<DOMElement const> end() const noexcept { return {}; }
+    [[nodiscard]] IteratorTemplate<DOMElement const> cend() const noexcept { return {}; }
 
 private:
     const TString& Path() const noexcept { return m_path == nullptr ? m_ownPath : *m_path; }

@@ -26,7 +26,7 @@ public:
     bool GetBytes(std::string& out, unsigned int maxBytes) override;
     void ResetToStart() override;
     /// The size on disk.
-    std::int64_t Size() const override;
+    [[nodiscard]] std::int64_t Size() const override;
 
     /// Reads the rest of the file into memory and skips white space at its start. The parser reads
     /// these bytes in the encoding that their byte-order mark or their declaration names.

@@ -29,10 +29,10 @@ public:
     /// The only way back: the next read delivers the first byte again.
     virtual void ResetToStart() = 0;
     /// The length of the document in bytes, whatever has been read.
-    virtual std::int64_t Size() const = 0;
+    [[nodiscard]] virtual std::int64_t Size() const = 0;
 
     /// Valid as long as this object.
-    const TString& Id() const noexcept { return m_id; }
+    [[nodiscard]] const TString& Id() const noexcept { return m_id; }
 
 private:
     TString m_id;

@@ -12,7 +12,7 @@ namespace InputSourceUtils {
 ///
 /// TIO::Exception when the file cannot be examined, opened, read or decoded.
 /// Safe to use from several threads.
-KESCOREXML_EXPORT std::unique_ptr<InputSource> InputSourceFromFileName(const TString& fileName,
-                                                                       bool skipLeadingWhitespace);
+[[nodiscard]] KESCOREXML_EXPORT std::unique_ptr<InputSource>
+InputSourceFromFileName(const TString& fileName, bool skipLeadingWhitespace);
 
 } // namespace InputSourceUtils

@@ -10,15 +10,15 @@
 
 /// The alias of a resource, for example "KQRC_FILEFORMAT_ZAP_XSD"; empty for an id that this
 /// library does not know.
-KESCOREXML_EXPORT TString LookupResourceAlias(QtKesResourceId id);
+[[nodiscard]] KESCOREXML_EXPORT TString LookupResourceAlias(QtKesResourceId id);
 
 /// The path that the platform's ResourceRegistrationCache has for the alias of `id` without
 /// variant, which is the alias itself unless the application registered another one. An unknown id
 /// gives whatever is registered for the empty alias.
-KESCOREXML_EXPORT TString LookupResource(QtKesResourceId id);
+[[nodiscard]] KESCOREXML_EXPORT TString LookupResource(QtKesResourceId id);
 
 /// The same for one `variant` of the resource (a language, a resolution).
-KESCOREXML_EXPORT TString LookupResource(QtKesResourceId id, TString variant);
+[[nodiscard]] KESCOREXML_EXPORT TString LookupResource(QtKesResourceId id, TString variant);
 
 /// The same as LookupResource(id).
-KESCOREXML_EXPORT TString LookupDefaultQtKesRes(QtKesResourceId id);
+[[nodiscard]] KESCOREXML_EXPORT TString LookupDefaultQtKesRes(QtKesResourceId id);

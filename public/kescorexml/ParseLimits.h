@@ -39,7 +39,7 @@ public:
     {
         m_amplification = {factor, threshold};
     }
-    const Growth& GetAmplificationLimit() const noexcept { return m_amplification; }
+    [[nodiscard]] const Growth& GetAmplificationLimit() const noexcept { return m_amplification; }
 
     /// The work that the document type and large tags give to the scanner, whether anything of it
     /// reaches the sink or not. An entity of any kind, parameter entities and those in default
@@ -55,12 +55,15 @@ public:
     {
         m_expansion = {factor, threshold};
     }
-    const Growth& GetExpansionLimit() const noexcept { return m_expansion; }
+    [[nodiscard]] const Growth& GetExpansionLimit() const noexcept { return m_expansion; }
 
     /// The levels of nested elements while a parse validates; at first 10,000. Validation looks at
     /// all open elements for each tag. Without schemas depth is not limited.
     void SetValidationDepthLimit(std::uint64_t levels) noexcept { m_validationDepth = levels; }
-    std::uint64_t GetValidationDepthLimit() const noexcept { return m_validationDepth; }
+    [[nodiscard]] std::uint64_t GetValidationDepthLimit() const noexcept
+    {
+        return m_validationDepth;
+    }
 
     /// The work of a parse that validates, on two accounts.
     ///
@@ -84,7 +87,7 @@ public:
     {
         m_validationWork = {factor, threshold};
     }
-    const Growth& GetValidationWorkLimit() const noexcept { return m_validationWork; }
+    [[nodiscard]] const Growth& GetValidationWorkLimit() const noexcept { return m_validationWork; }
 
     /// How many names of one kind may lie in one bucket of the scanner's hash tables, which are not
     /// seeded; at first 1024. Names that nobody has chosen for it share one with a few others; of
@@ -98,7 +101,7 @@ public:
     /// ends the parse before its first event. What the library reads without the scanner is not
     /// limited, for its own table cannot be aimed at.
     void SetNameCollisionLimit(std::uint64_t names) noexcept { m_nameCollisions = names; }
-    std::uint64_t GetNameCollisionLimit() const noexcept { return m_nameCollisions; }
+    [[nodiscard]] std::uint64_t GetNameCollisionLimit() const noexcept { return m_nameCollisions; }
 
     /// What the errors and warnings of a parse take together: the code units of their texts, and 64
     /// for each message. From the first on that does not fit in, they are counted and not kept, but
@@ -112,7 +115,7 @@ public:
     {
         m_messages = {factor, threshold};
     }
-    const Growth& GetMessageLimit() const noexcept { return m_messages; }
+    [[nodiscard]] const Growth& GetMessageLimit() const noexcept { return m_messages; }
 
     /// What a message counts beside its text.
     static constexpr std::uint64_t c_unitsOfMessage = 64;

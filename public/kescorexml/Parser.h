@@ -40,31 +40,34 @@ public:
     /// Whether a fatal error was recorded.
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
     /// Valid until the next parse or record. The messages are put together when they are asked for.
-    const std::vector<TString>& GetErrors() const;
+    [[nodiscard]] const std::vector<TString>& GetErrors() const;
     /// Valid until the next parse or record. The messages are put together when they are asked for.
-    const std::vector<TString>& GetWarnings() const;
+    [[nodiscard]] const std::vector<TString>& GetWarnings() const;
     /// The errors taken apart, one for each message, in the same order. Valid until the next parse
     /// or record.
-    const std::vector<XMLDiagnostic>& GetErrorDiagnostics() const noexcept
+    [[nodiscard]] const std::vector<XMLDiagnostic>& GetErrorDiagnostics() const noexcept
     {
         return m_errors.GetDiagnostics();
     }
     /// The same for warnings.
-    const std::vector<XMLDiagnostic>& GetWarningDiagnostics() const noexcept
+    [[nodiscard]] const std::vector<XMLDiagnostic>& GetWarningDiagnostics() const noexcept
     {
         return m_warnings.GetDiagnostics();
     }
     /// The entities to which the document of the last parse refers although nobody declares them,
     /// in the order of their first references. Nothing was read in their place, which is no error
     /// and no warning. Empty when the document was not read to its end. Valid until the next parse.
-    const std::vector<SkippedEntity>& GetSkippedEntities() const noexcept
+    [[nodiscard]] const std::vector<SkippedEntity>& GetSkippedEntities() const noexcept
     {
         return m_skippedEntities;
     }
     /// One record for each message, in the same order.
-    std::vector<TError::ErrorInfo> GetMetadataForErrors() const { return m_errors.GetMetadata(); }
+    [[nodiscard]] std::vector<TError::ErrorInfo> GetMetadataForErrors() const
+    {
+        return m_errors.GetMetadata();
+    }
     /// One record for each message, in the same order.
-    std::vector<TError::ErrorInfo> GetMetadataForWarnings() const
+    [[nodiscard]] std::vector<TError::ErrorInfo> GetMetadataForWarnings() const
     {
         return m_warnings.GetMetadata();
     }

@@ -24,19 +24,19 @@ public:
     void SetCRC(const TPath& path, const TPath& target, int crc);
 
     /// The new path, or `path` itself.
-    TPath RenamePath(const TPath& path) const;
+    [[nodiscard]] TPath RenamePath(const TPath& path) const;
     /// The first old path, in ascending order, that goes to `path`; empty when none does.
-    TPath ReverseRenamePath(const TPath& path) const;
+    [[nodiscard]] TPath ReverseRenamePath(const TPath& path) const;
     /// The new path of the first old one, in ascending order, that is `path` when put under
     /// `base`; empty when there is none or when it goes to `path` itself.
-    TPath RenamePathAbsolute(const TPath& path, const TPath& base) const;
+    [[nodiscard]] TPath RenamePathAbsolute(const TPath& path, const TPath& base) const;
     /// Whether `path` begins with a new path (case-sensitive, forward slashes).
-    bool IsValidPath(const TPath& path) const;
+    [[nodiscard]] bool IsValidPath(const TPath& path) const;
     /// Forgets the paths and directories; the checksums stay.
     void ResetRenames() noexcept;
 
     /// All renames, valid until one is added.
-    const PathMap& GetPathMap() const noexcept { return m_paths; }
+    [[nodiscard]] const PathMap& GetPathMap() const noexcept { return m_paths; }
 
 private:
     PathMap m_paths;

@@ -53,13 +53,16 @@ public:
     [[nodiscard]] std::unique_ptr<StandaloneDOMElement> Clone() const;
 
     /// The name as it is written, prefix included.
-    const TString& GetName() const noexcept { return m_name; }
+    [[nodiscard]] const TString& GetName() const noexcept { return m_name; }
     void SetName(const TString& name) noexcept { m_name = name; }
 
     /// Whether names, attributes in whatever order, and content in this order are the same all the
     /// way down. The encoded flags do not matter.
-    bool operator==(const StandaloneDOMElement& other) const;
-    bool operator!=(const StandaloneDOMElement& other) const { return !(*this == other); }
+    [[nodiscard]] bool operator==(const StandaloneDOMElement& other) const;
+    [[nodiscard]] bool operator!=(const StandaloneDOMElement& other) const
+    {
+        return !(*this == other);
+    }
 
     /// No content and no attributes.
     [[nodiscard]] bool IsEmpty() const noexcept
@@ -67,21 +70,22 @@ public:
         return m_children.empty() && m_attributes.IsEmpty();
     }
     /// Whether there is any content.
-    bool HasTextOrChildren() const noexcept { return !m_children.empty(); }
+    [[nodiscard]] bool HasTextOrChildren() const noexcept { return !m_children.empty(); }
     /// Whether there is a text among the content.
-    bool HasText() const noexcept;
+    [[nodiscard]] bool HasText() const noexcept;
     /// Whether there is an element among the content.
-    bool HasChildren() const noexcept;
+    [[nodiscard]] bool HasChildren() const noexcept;
 
     /// This element's own texts in order, joined; the texts of descendants are not in it.
-    TString GetAllText() const;
+    [[nodiscard]] TString GetAllText() const;
     /// This element's own texts, in order.
-    std::vector<std::reference_wrapper<const TString>> GetTextNodes() const;
+    [[nodiscard]] std::vector<std::reference_wrapper<const TString>> GetTextNodes() const;
     /// The child elements, in order.
-    std::vector<std::reference_wrapper<const StandaloneDOMElement>> GetChildren() const;
+    [[nodiscard]] std::vector<std::reference_wrapper<const StandaloneDOMElement>>
+    GetChildren() const;
     /// The first child element of that name, or null.
-    StandaloneDOMElement* GetChild(const TString& name) noexcept;
-    const StandaloneDOMElement* GetChild(const TString& name) const noexcept;
+    [[nodiscard]] StandaloneDOMElement* GetChild(const TString& name) noexcept;
+    [[nodiscard]] const StandaloneDOMElement* GetChild(const TString& name) const noexcept;
 
     /// Hands this element's content nodes, one level, in order to the callback of their kind. An
     /// empty callback is std::bad_function_call once a node of its kind is reached. The callbacks
@@ -98,21 +102,21 @@ public:
     /// AppendText(text, false): clears the encoded flag.
     void AppendText(const TString& text) { AppendText(text, false); }
     /// Whether the texts of this element stand as they are to be written.
-    bool IsEncoded() const noexcept { return m_encoded; }
+    [[nodiscard]] bool IsEncoded() const noexcept { return m_encoded; }
     void SetEncoded(bool encoded) noexcept { m_encoded = encoded; }
 
     /// The map itself, valid as long as this element. The first call builds it, and so does the
     /// first GetAttribute; HasAttribute and TryGetAttribute do without.
-    AttributeMap& GetAttributes() { return m_attributes.Map(); }
-    const AttributeMap& GetAttributes() const { return m_attributes.Map(); }
+    [[nodiscard]] AttributeMap& GetAttributes() { return m_attributes.Map(); }
+    [[nodiscard]] const AttributeMap& GetAttributes() const { return m_attributes.Map(); }
     /// Copies the map, its load factor included.
     void SetAttributes(const AttributeMap& attributes);
     /// Takes the map over.
     void SetAttributes(AttributeMap&& attributes);
     /// Whether there is an attribute of that name.
-    bool HasAttribute(const TString& name) const noexcept;
+    [[nodiscard]] bool HasAttribute(const TString& name) const noexcept;
     /// The value of an attribute that must be there: its absence is a logic assertion.
-    const TString& GetAttribute(const TString& name) const;
+    [[nodiscard]] const TString& GetAttribute(const TString& name) const;
     /// False, and `value` left alone, when there is no such attribute.
     bool TryGetAttribute(const TString& name, TString& value) const;
     /// Inserts or overwrites.

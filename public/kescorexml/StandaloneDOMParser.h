@@ -73,6 +73,8 @@ public:
     /// way back.
     void AllowEntityExpansion_Insecure();
 
+    // Not [[nodiscard]], for the same reason as those of DOMParser.
+
     /// Parses a source: one in memory from its start, a file from where it stands.
     StandaloneParseResult ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const;
     /// Parses a file, white space at its start skipped.

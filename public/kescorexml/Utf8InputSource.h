@@ -21,7 +21,7 @@ public:
     bool GetNextLine(std::string& out) override;
     bool GetBytes(std::string& out, unsigned int maxBytes) override;
     void ResetToStart() override;
-    std::int64_t Size() const override;
+    [[nodiscard]] std::int64_t Size() const override;
 
     /// Starts at the first byte to deliver, wherever reading stands.
     XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override;

@@ -24,5 +24,5 @@
 /// StringInputSource source(u"<workbook version='18.1'> and so on", u"w", false);
 /// std::cout << VersionSniffer(source, u"version")->GetAsString() << '\n'; // 18.1
 /// @endcode
-KESCOREXML_EXPORT std::optional<VersionNumber> VersionSniffer(InputSource& document,
-                                                              const TString& attributeName);
+[[nodiscard]] KESCOREXML_EXPORT std::optional<VersionNumber>
+VersionSniffer(InputSource& document, const TString& attributeName);

@@ -37,28 +37,28 @@ public:
                   unsigned long long column);
 
     /// The same with another message.
-    XMLDiagnostic WithMessage(TString message) &&
+    [[nodiscard]] XMLDiagnostic WithMessage(TString message) &&
     {
         m_source.form = Form::Own;
         m_source.message = std::move(message);
         return std::move(*this);
     }
     /// The same as IsInvalidUtf8.
-    XMLDiagnostic AsInvalidUtf8() &&
+    [[nodiscard]] XMLDiagnostic AsInvalidUtf8() &&
     {
         m_source.isInvalidUtf8 = true;
         return std::move(*this);
     }
 
     /// The same as IsEntityRefused.
-    XMLDiagnostic AsEntityRefused() &&
+    [[nodiscard]] XMLDiagnostic AsEntityRefused() &&
     {
         m_source.isEntityRefused = true;
         return std::move(*this);
     }
 
     /// The same about an attribute, which is not to have an empty name.
-    XMLDiagnostic AboutAttribute(TString name, TString value) &&
+    [[nodiscard]] XMLDiagnostic AboutAttribute(TString name, TString value) &&
     {
         m_source.attribute = std::move(name);
         m_source.value = std::move(value);
@@ -66,28 +66,28 @@ public:
     }
 
     /// How bad it is. Errors that a program attached to an element are no fatal ones.
-    Kind GetKind() const noexcept { return m_source.kind; }
+    [[nodiscard]] Kind GetKind() const noexcept { return m_source.kind; }
     /// From 1, as elements count them; 0 where no position is known, as for messages of programs.
-    int GetLine() const noexcept { return m_source.line; }
+    [[nodiscard]] int GetLine() const noexcept { return m_source.line; }
     /// From 1, in UTF-16 units of the line; 0 where none is known.
-    int GetColumn() const noexcept { return m_source.column; }
+    [[nodiscard]] int GetColumn() const noexcept { return m_source.column; }
     /// The identifier of the document or schema; empty where none is known.
-    const TString& GetId() const noexcept { return m_source.id; }
+    [[nodiscard]] const TString& GetId() const noexcept { return m_source.id; }
     /// What is wrong, in words: the message without kind, position and identifier.
-    const TString& GetText() const noexcept { return m_text; }
+    [[nodiscard]] const TString& GetText() const noexcept { return m_text; }
     /// The message, as it is listed elsewhere. Put together at each call.
-    TString GetMessage() const;
+    [[nodiscard]] TString GetMessage() const;
     /// Whether bytes there are not UTF-8, which does not mean a character that the end cuts off.
     /// Scanners decode ahead of what they read: elements that stand before them may be missing.
-    bool IsInvalidUtf8() const noexcept { return m_source.isInvalidUtf8; }
+    [[nodiscard]] bool IsInvalidUtf8() const noexcept { return m_source.isInvalidUtf8; }
     /// Whether there is a reference to an entity that the document declares, and whoever parses has
     /// not allowed its expansion.
-    bool IsEntityRefused() const noexcept { return m_source.isEntityRefused; }
+    [[nodiscard]] bool IsEntityRefused() const noexcept { return m_source.isEntityRefused; }
     /// The attribute that a schema finds wrong, with its prefix; empty where none is known, and
     /// wherever the sink of the parse did not ask for it: see SAXAttributeErrors.
-    const TString& GetAttribute() const noexcept { return m_source.attribute; }
+    [[nodiscard]] const TString& GetAttribute() const noexcept { return m_source.attribute; }
     /// The value of that attribute as the sink is told of it.
-    const TString& GetValue() const noexcept { return m_source.value; }
+    [[nodiscard]] const TString& GetValue() const noexcept { return m_source.value; }
 
 private:
     // In a document the text is a member of its public DOMErrorMessage, and nothing is kept twice.

@@ -64,13 +64,13 @@ public:
     /// nothing may be written.
     [[nodiscard]] std::unique_ptr<DOM> TakeDocument() noexcept;
     /// The document and its parts are owned by this object. Null after TakeDocument.
-    DOM* GetDocument() const noexcept { return m_document.get(); }
+    [[nodiscard]] DOM* GetDocument() const noexcept { return m_document.get(); }
     /// DOM::GetRoot of the document.
-    DOMElement* GetRoot() const;
+    [[nodiscard]] DOMElement* GetRoot() const;
     /// DOM::GetDocumentRoot of the document.
-    DOMElement* GetDocumentRoot() const;
+    [[nodiscard]] DOMElement* GetDocumentRoot() const;
     /// DOM::GetElement of the document.
-    DOMElement* GetElement(const TString& name) const;
+    [[nodiscard]] DOMElement* GetElement(const TString& name) const;
 
     /// The text of what was built: the header if it was asked for, the comments in the order of
     /// their arrival, then the first child of the root. Changes nothing of what was built.

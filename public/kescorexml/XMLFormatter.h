@@ -92,7 +92,7 @@ public:
     /// One level back.
     virtual void Undent();
     /// What stands before each line at present. The reference is valid as long as this formatter.
-    virtual const TString& GetIndent() const;
+    [[nodiscard]] virtual const TString& GetIndent() const;
     /// For subclasses that buffer; does nothing here.
     virtual void Flush();
 

@@ -11,15 +11,15 @@
 namespace XMLValueParsers {
 
 /// True only for exactly "true".
-KESCOREXML_EXPORT bool ParseBool(const TString& text) noexcept;
+[[nodiscard]] KESCOREXML_EXPORT bool ParseBool(const TString& text) noexcept;
 /// `defaultValue` for the empty string.
-KESCOREXML_EXPORT bool ParseBool(const TString& text, bool defaultValue) noexcept;
+[[nodiscard]] KESCOREXML_EXPORT bool ParseBool(const TString& text, bool defaultValue) noexcept;
 
 /// 0 for bad text and for numbers that do not fit.
-KESCOREXML_EXPORT int ParseInt(const TString& text);
+[[nodiscard]] KESCOREXML_EXPORT int ParseInt(const TString& text);
 /// The low 32 bits of an unsigned 64-bit number; 0 for bad text and for numbers beyond that.
-KESCOREXML_EXPORT std::uint32_t ParseUInt32(const TString& text);
+[[nodiscard]] KESCOREXML_EXPORT std::uint32_t ParseUInt32(const TString& text);
 /// 0 for bad text and for numbers that do not fit.
-KESCOREXML_EXPORT double ParseFloat(const TString& text);
+[[nodiscard]] KESCOREXML_EXPORT double ParseFloat(const TString& text);
 
 } // namespace XMLValueParsers

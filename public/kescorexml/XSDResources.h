@@ -29,23 +29,24 @@ namespace XSDResources {
 
 /// Whether documents of that type and version can be validated. Only major and minor count; a type
 /// whose schema has no versions says yes to any, even where no schema is found for it below.
-KESCOREXML_EXPORT bool IsThereAnXSDResource(XmlFileType type, const VersionNumber& version);
+[[nodiscard]] KESCOREXML_EXPORT bool IsThereAnXSDResource(XmlFileType type,
+                                                          const VersionNumber& version);
 
 /// The name of the schema resource, for example "KQRC_FILEFORMAT_ZAP_XSD_10_2"; empty when there is
 /// none. A version other than the current one is mentioned in the log. A schema of the current
 /// version that is missing from the build is a logic assertion.
-KESCOREXML_EXPORT TString GetVersionedXsdResourceName(XmlFileType type,
-                                                      const VersionNumber& version);
+[[nodiscard]] KESCOREXML_EXPORT TString GetVersionedXsdResourceName(XmlFileType type,
+                                                                    const VersionNumber& version);
 
 /// That schema as a source for a parser, identified by the resource's name; null when there is
 /// none. Assertions as for the name.
-KESCOREXML_EXPORT std::unique_ptr<InputSource>
+[[nodiscard]] KESCOREXML_EXPORT std::unique_ptr<InputSource>
 GetVersionedXsdInputSource(XmlFileType type, const VersionNumber& version);
 
 /// The same for the version that `document` itself names in the attribute `versionAttributeName`
 /// ("version" when empty) of its root start tag; see VersionSniffer for how far it is read.
 /// A document that names no version is a DOMException.
-KESCOREXML_EXPORT std::unique_ptr<InputSource>
+[[nodiscard]] KESCOREXML_EXPORT std::unique_ptr<InputSource>
 GetVersionedXsdInputSourceForDocument(XmlFileType type, InputSource& document,
                                       const TString& versionAttributeName);
 

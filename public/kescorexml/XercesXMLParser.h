@@ -16,8 +16,8 @@ class KESCOREXML_EXPORT XercesXMLParser : public AbstractXMLParser, public Parse
 {
 public:
     /// See AbstractXMLParser for how long `source` must live.
-    static std::unique_ptr<XercesXMLParser> Create(InputSource& source,
-                                                   std::shared_ptr<SAXInterface> sink);
+    [[nodiscard]] static std::unique_ptr<XercesXMLParser>
+    Create(InputSource& source, std::shared_ptr<SAXInterface> sink);
     ~XercesXMLParser() override;
 
     /// Parsers are not compared; their limits can be.
@@ -25,7 +25,7 @@ public:
 
     /// The identifiers of the schemas loaded, in load order; the two base schemas, which the first
     /// schema brings with it, come first.
-    virtual std::vector<TString> GetXSDNames() const = 0;
+    [[nodiscard]] virtual std::vector<TString> GetXSDNames() const = 0;
     /// Lets a document expand up to 50000 internal entity references instead of none. Documents of
     /// unknown origin can then cost much time and memory.
     virtual void AllowEntityExpansion_Insecure() = 0;

@@ -170,8 +170,8 @@ void Worker::RecordAndExchange(const DOMElement& here, const DOMElement& there, 
     here.Error(u"an error of a text that is not short", info, false, false);
     here.PrefixWarning(u"a warning", info);
     second.AdoptErrorsAndWarningsForNode(here, &there);
-    first.GetErrors();
-    second.GetConcatenatedWarnings();
+    static_cast<void>(first.GetErrors());
+    static_cast<void>(second.GetConcatenatedWarnings());
     second.HasUnreportedErrors();
     second.AddDataSourceRename(u"one", u"other");
     RequireEqual(second.RenameDataSource(u"one"), TString(u"other"), "names are renamed");

@@ -137,7 +137,7 @@ TEST(TResource, ReadingWhatIsMissingNamesIt)
 {
     for (const TString& name : {TString(u"KQRC_NOTHING"), TString(), TString(u":/kesplatform")}) {
         try {
-            TResource(name).GetBytes();
+            static_cast<void>(TResource(name).GetBytes());
             ADD_FAILURE() << name;
         } catch (const CorvinaException& problem) {
             EXPECT_EQ(problem.GetMessagesFront(), u"Resource '" + name + u"' not found.");

@@ -40,9 +40,9 @@ private:
 std::vector<std::function<void(const TPath&)>> AllWays()
 {
     return {[](const TPath& path) { TFile(path).Open(); },
-            [](const TPath& path) { TFile::LoadTextFile(path, 1); },
-            [](const TPath& path) { TFile::LoadTextFileAsUtf8(path, 1); },
-            [](const TPath& path) { GetFileSize(path); },
+            [](const TPath& path) { static_cast<void>(TFile::LoadTextFile(path, 1)); },
+            [](const TPath& path) { static_cast<void>(TFile::LoadTextFileAsUtf8(path, 1)); },
+            [](const TPath& path) { static_cast<void>(GetFileSize(path)); },
             [](const TPath& path) { static_cast<void>(TFile(path).Size()); }};
 }
 
@@ -153,7 +153,7 @@ TEST(TFile, NamesAFileThatIsMissing)
         ExpectFailure(files.GetPath(u"broken"), "No such file or directory", act);
     }
     ExpectFailure(TPath(), "", [](const TPath& path) { TFile(path).Open(); });
-    ExpectFailure(TPath(), "", [](const TPath& path) { GetFileSize(path); });
+    ExpectFailure(TPath(), "", [](const TPath& path) { static_cast<void>(GetFileSize(path)); });
 }
 
 TEST(TFile, RefusesAFileThatMayNotBeRead)
@@ -169,10 +169,10 @@ TEST(TFile, RefusesAFileThatMayNotBeRead)
         const WithoutRights withoutRights;
         ExpectFailure(secret, "Permission denied", [](const TPath& path) { TFile(path).Open(); });
         ExpectFailure(secret, "Permission denied",
-                      [](const TPath& path) { TFile::LoadTextFile(path, 1); });
+                      [](const TPath& path) { static_cast<void>(TFile::LoadTextFile(path, 1)); });
         EXPECT_EQ(4, GetFileSize(secret)) << "a size is no secret";
         ExpectFailure(hidden / u"file", "Permission denied",
-                      [](const TPath& path) { GetFileSize(path); });
+                      [](const TPath& path) { static_cast<void>(GetFileSize(path)); });
         ExpectFailure(hidden / u"file", "Permission denied",
                       [](const TPath& path) { TFile(path).Open(); });
     }
@@ -184,7 +184,7 @@ TEST(TFile, ReportsFailuresWhileReading)
     // The first page of a process's memory is never mapped: the file opens, but does not read.
     const TPath path(u"/proc/self/mem");
     ExpectFailure(path, "Input/output error",
-                  [](const TPath& name) { TFile::LoadTextFile(name, 1); });
+                  [](const TPath& name) { static_cast<void>(TFile::LoadTextFile(name, 1)); });
     ExpectFailure(path, "Input/output error", [](const TPath& name) {
         TFile file(name);
         file.Open();

@@ -41,8 +41,10 @@ protected:
     std::string Failure(std::string_view bytes) const
     {
         const TPath path = m_files.Write(u"text", bytes);
-        const std::string first = MessageOf([&path] { TFile::LoadTextFile(path, 1); });
-        EXPECT_EQ(first, MessageOf([&path] { TFile::LoadTextFileAsUtf8(path, 1); }));
+        const std::string first =
+            MessageOf([&path] { static_cast<void>(TFile::LoadTextFile(path, 1)); });
+        EXPECT_EQ(first,
+                  MessageOf([&path] { static_cast<void>(TFile::LoadTextFileAsUtf8(path, 1)); }));
         const std::string prefix = path.GetString().toStdString() + ": ";
         EXPECT_THAT(first, testing::StartsWith(prefix));
         return first.substr(std::min(first.size(), prefix.size()));
@@ -147,8 +149,8 @@ TEST_F(TextDecoding, DoesNotReadADeclarationThatHasNoEnd)
         TFile::LoadTextFile(Write("<?xml version='1.0' encoding='" + longName + "'?><a/>"), 1);
     EXPECT_TRUE(text.endsWith(u"a'?><a/>"));
     EXPECT_THROW(
-        TFile::LoadTextFile(
-            Write("<?xml version='1.0' encoding='" + longName.substr(0, 3000) + "'?><a/>"), 1),
+        static_cast<void>(TFile::LoadTextFile(
+            Write("<?xml version='1.0' encoding='" + longName.substr(0, 3000) + "'?><a/>"), 1)),
         TIO::Exception);
 }
 
@@ -156,7 +158,7 @@ TEST_F(TextDecoding, NamesTheByteThatACodePageOfSingleBytesDoesNotHave)
 {
     const std::string start = "<?xml version='1.0' encoding='gsm-03.38-2009'?><r>";
     try {
-        TFile::LoadTextFile(Write(start + "\x80</r>"), 1);
+        static_cast<void>(TFile::LoadTextFile(Write(start + "\x80</r>"), 1));
         ADD_FAILURE() << "nothing was thrown";
     } catch (const TIO::DecodingException& exception) {
         EXPECT_EQ(exception.GetOffset(), start.size());
@@ -169,7 +171,7 @@ TEST_F(TextDecoding, TellsProgramsWhichByteDoesNotDecode)
                                const char16_t* encoding) {
         const TPath path = Write(bytes);
         try {
-            TFile::LoadTextFile(path, 1);
+            static_cast<void>(TFile::LoadTextFile(path, 1));
             ADD_FAILURE() << "nothing was thrown";
         } catch (const TIO::DecodingException& exception) {
             EXPECT_EQ(exception.GetOffset(), offset);
@@ -453,7 +455,7 @@ TEST_F(TextDecoding, TellsOfTheByteOrderMarkThatItTakesOff)
 {
     for (const std::string mark : {"", "\xEF\xBB\xBF"}) {
         bool hadByteOrderMark = mark.empty();
-        TFile::LoadTextFileAsUtf8(Write(mark + "a"), 1, hadByteOrderMark);
+        static_cast<void>(TFile::LoadTextFileAsUtf8(Write(mark + "a"), 1, hadByteOrderMark));
         EXPECT_EQ(hadByteOrderMark, !mark.empty());
     }
 }

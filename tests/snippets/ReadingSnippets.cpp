@@ -89,7 +89,7 @@ TEST(ReadingSnippets, ChildrenByIndex)
     EXPECT_EQ(names, u"abc");
     EXPECT_EQ(children.front().GetName(), u"a");
     EXPECT_EQ(children.back().GetName(), u"c");
-    EXPECT_THROW(children.at(3), std::out_of_range);
+    EXPECT_THROW(static_cast<void>(children.at(3)), std::out_of_range);
 }
 
 TEST(ReadingSnippets, Attributes)

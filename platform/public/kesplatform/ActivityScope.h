@@ -51,7 +51,7 @@ public:
     ActivityScope& operator=(const ActivityScope&) = delete;
 
     /// Whether no sink was installed when it began.
-    bool IsClosed() const noexcept { return m_sink == nullptr; }
+    [[nodiscard]] bool IsClosed() const noexcept { return m_sink == nullptr; }
     /// Nothing when closed.
     void AddAttribute(const TString& key, const TString& value);
     void AddAttribute(const TString& key, std::int64_t value);

@@ -12,16 +12,16 @@
 namespace CoreThreadContext {
 
 /// Whether a session id is set; without one the thread works for nobody in particular.
-KESPLATFORM_EXPORT bool HasSessionId() noexcept;
+[[nodiscard]] KESPLATFORM_EXPORT bool HasSessionId() noexcept;
 /// The id, or an empty text.
-KESPLATFORM_EXPORT TString GetSessionId();
+[[nodiscard]] KESPLATFORM_EXPORT TString GetSessionId();
 /// An empty id leaves the thread without session; its objects stay.
 KESPLATFORM_EXPORT void SetSessionId(const TString& id);
 /// Forgets the session id and every object.
 KESPLATFORM_EXPORT void Clear() noexcept;
 
 /// A copy of the object stored under a name, empty when there is none.
-KESPLATFORM_EXPORT boost::any GetObject(const TString& name);
+[[nodiscard]] KESPLATFORM_EXPORT boost::any GetObject(const TString& name);
 /// Stores an object under a name, in place of what is there.
 KESPLATFORM_EXPORT void SetObject(const TString& name, boost::any object);
 

@@ -32,18 +32,18 @@ public:
     /// Throws a copy of the dynamic type.
     [[noreturn]] virtual void Throw() const;
     /// The messages of this exception and of its causes, outermost first, joined with a line feed.
-    virtual TString GetConcatenatedMessages() const;
+    [[nodiscard]] virtual TString GetConcatenatedMessages() const;
     /// The message of this exception alone.
-    virtual TString GetMessagesFront() const;
+    [[nodiscard]] virtual TString GetMessagesFront() const;
     /// One line for a log: every message with its error identifier where there is one.
-    virtual TString CollateMessagesForLog() const;
+    [[nodiscard]] virtual TString CollateMessagesForLog() const;
 
     /// The record for programs; lives as long as this exception.
-    const TError::ErrorInfo& GetErrorInfo() const noexcept { return m_info; }
+    [[nodiscard]] const TError::ErrorInfo& GetErrorInfo() const noexcept { return m_info; }
     /// Null when nothing caused this exception; lives as long as this exception.
-    const CorvinaException* GetCause() const noexcept { return m_cause.get(); }
+    [[nodiscard]] const CorvinaException* GetCause() const noexcept { return m_cause.get(); }
     /// The concatenated messages as UTF-8; valid as long as this exception.
-    const char* what() const noexcept override { return m_what.c_str(); }
+    [[nodiscard]] const char* what() const noexcept override { return m_what.c_str(); }
 
 private:
     TString m_message;

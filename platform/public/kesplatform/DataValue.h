@@ -57,9 +57,9 @@ public:
     explicit DataValue(DataDateTime value) noexcept : m_value(value) {}
 
     /// Whether no value is held.
-    bool IsNull() const noexcept { return m_value.index() == 0; }
+    [[nodiscard]] bool IsNull() const noexcept { return m_value.index() == 0; }
     /// What is held, valid as long as this object.
-    const Variant& Get() const noexcept { return m_value; }
+    [[nodiscard]] const Variant& Get() const noexcept { return m_value; }
 
     friend bool operator==(const DataValue&, const DataValue&) noexcept = default;
 
@@ -83,6 +83,7 @@ struct FormatOptions
 /// digits; those beyond 9999 a sign "+", those before year 0 a "-". Doubles that are not finite
 /// are "nan", "inf" and "-inf". Fields of dates are written as they are, sensible or not.
 /// Safe to use from several threads.
-KESPLATFORM_EXPORT TString Format(const DataValue& value, const FormatOptions& options);
+[[nodiscard]] KESPLATFORM_EXPORT TString Format(const DataValue& value,
+                                                const FormatOptions& options);
 
 } // namespace DataValueFormatter

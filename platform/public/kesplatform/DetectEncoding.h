@@ -20,4 +20,4 @@ enum DetectedEncoding
 /// UTF-32, by byte-order mark or by the pattern of zero bytes around ASCII; 0 for what is none of
 /// these. No bytes are UTF-8.
 /// Safe to use from several threads.
-KESPLATFORM_EXPORT int DetectEncoding(const void* bytes, std::size_t length) noexcept;
+[[nodiscard]] KESPLATFORM_EXPORT int DetectEncoding(const void* bytes, std::size_t length) noexcept;

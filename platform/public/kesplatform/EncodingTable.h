@@ -29,7 +29,8 @@ struct Scheme
     std::size_t asciiAt;
 
     /// The unit at a byte offset; the whole of it must be there.
-    constexpr std::uint32_t ReadUnit(std::string_view bytes, std::size_t offset) const noexcept
+    [[nodiscard]] constexpr std::uint32_t ReadUnit(std::string_view bytes,
+                                                   std::size_t offset) const noexcept
     {
         std::uint32_t unit = 0;
         for (std::size_t i = 0; i < unitSize; ++i) {
@@ -40,7 +41,8 @@ struct Scheme
     }
     /// The ASCII character in the unit at a byte offset; zero where the bytes end before that unit
     /// does, or where it holds something else.
-    constexpr char ReadAscii(std::string_view bytes, std::size_t offset) const noexcept
+    [[nodiscard]] constexpr char ReadAscii(std::string_view bytes,
+                                           std::size_t offset) const noexcept
     {
         if (offset > bytes.size() || bytes.size() - offset < unitSize)
             return '\0';
@@ -48,7 +50,8 @@ struct Scheme
         return unit < 0x80 ? static_cast<char>(unit) : '\0';
     }
     /// Whether the bytes begin with these ASCII characters, without byte-order mark.
-    constexpr bool IsBeginOf(std::string_view bytes, std::string_view characters) const noexcept
+    [[nodiscard]] constexpr bool IsBeginOf(std::string_view bytes,
+                                           std::string_view characters) const noexcept
     {
         for (std::size_t i = 0; i < characters.size(); ++i) {
             if (ReadAscii(bytes, i * unitSize) != characters[i])
@@ -78,18 +81,18 @@ inline constexpr char16_t c_byteOrderMark = u'\uFEFF';
 inline constexpr std::string_view c_ebcdicDeclaration = "\x4C\x6F\xA7\x94";
 
 /// What stands behind the byte-order mark of UTF-8; the bytes themselves without one.
-constexpr std::string_view SkipByteOrderMark(std::string_view bytes) noexcept
+[[nodiscard]] constexpr std::string_view SkipByteOrderMark(std::string_view bytes) noexcept
 {
     return bytes.starts_with(c_utf8.byteOrderMark) ? bytes.substr(c_utf8.byteOrderMark.size())
                                                    : bytes;
 }
 
 /// The scheme whose byte-order mark the bytes begin with; null when there is none.
-KESPLATFORM_EXPORT const Scheme* FindByByteOrderMark(std::string_view bytes) noexcept;
+[[nodiscard]] KESPLATFORM_EXPORT const Scheme* FindByByteOrderMark(std::string_view bytes) noexcept;
 
 /// Whether a text is a name of an encoding as the grammar of XML has it: a letter, and then
 /// letters, digits, ".", "_" and "-".
-constexpr bool IsName(std::string_view text) noexcept
+[[nodiscard]] constexpr bool IsName(std::string_view text) noexcept
 {
     const auto isLetter = [](char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; };
     return !text.empty() && isLetter(text.front()) &&
@@ -99,7 +102,7 @@ constexpr bool IsName(std::string_view text) noexcept
 }
 
 /// Whether a name is this one, in any case; `upper` is written in capitals.
-constexpr bool EqualsName(std::string_view name, std::string_view upper) noexcept
+[[nodiscard]] constexpr bool EqualsName(std::string_view name, std::string_view upper) noexcept
 {
     return std::equal(upper.begin(), upper.end(), name.begin(), name.end(),
                       [](char expected, char c) {
@@ -108,6 +111,6 @@ constexpr bool EqualsName(std::string_view name, std::string_view upper) noexcep
 }
 
 /// Whether a name, in any case, is one of UTF-8.
-KESPLATFORM_EXPORT bool NamesUtf8(std::string_view name) noexcept;
+[[nodiscard]] KESPLATFORM_EXPORT bool NamesUtf8(std::string_view name) noexcept;
 
 } // namespace EncodingTable

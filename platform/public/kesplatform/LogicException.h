@@ -18,11 +18,11 @@ public:
     [[noreturn]] void Throw() const override;
 
     /// The source path without extension.
-    const TString& GetFile() const noexcept { return m_file; }
+    [[nodiscard]] const TString& GetFile() const noexcept { return m_file; }
     /// The line in that source.
-    int GetLine() const noexcept { return m_line; }
+    [[nodiscard]] int GetLine() const noexcept { return m_line; }
     /// The condition as it stands in the source, or a sentence.
-    const TString& GetText() const noexcept { return m_text; }
+    [[nodiscard]] const TString& GetText() const noexcept { return m_text; }
 
 private:
     TString m_file;

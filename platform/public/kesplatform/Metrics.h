@@ -44,7 +44,7 @@ public:
     Scope& operator=(const Scope&) = delete;
 
     /// Whether a sink listens to this scope.
-    bool IsOpen() const noexcept { return m_sink != nullptr; }
+    [[nodiscard]] bool IsOpen() const noexcept { return m_sink != nullptr; }
     /// Hands a number or bytes to the sink, if one listens.
     void Emit(std::string_view key, std::int64_t value) const noexcept;
     void Emit(std::string_view key, std::string_view bytes) const noexcept;

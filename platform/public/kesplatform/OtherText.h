@@ -68,7 +68,7 @@ concept Any = Utf16<T> || Utf8<T> || QtLatin1<T> || FilePath<T>;
 
 /// The units or bytes; valid as long as those of `text`.
 template <Utf16 T>
-std::u16string_view View(const T& text) noexcept
+[[nodiscard]] std::u16string_view View(const T& text) noexcept
 {
     if constexpr (ZeroTerminated<T, char16_t>) {
         const char16_t* const first = text;
@@ -81,7 +81,7 @@ std::u16string_view View(const T& text) noexcept
     }
 }
 template <Utf8 T>
-std::string_view View(const T& text) noexcept
+[[nodiscard]] std::string_view View(const T& text) noexcept
 {
     if constexpr (ZeroTerminated<T, char>) {
         const char* const first = text;
@@ -93,13 +93,13 @@ std::string_view View(const T& text) noexcept
     }
 }
 template <FilePath T>
-std::string_view View(const T& path) noexcept
+[[nodiscard]] std::string_view View(const T& path) noexcept
 {
     return View(path.native());
 }
 /// A copy: each byte of Latin-1 is the unit of the same number.
 template <QtLatin1 T>
-std::u16string View(const T& text)
+[[nodiscard]] std::u16string View(const T& text)
 {
     const auto* const first = reinterpret_cast<const unsigned char*>(text.latin1());
     return std::u16string(first, first + text.size());

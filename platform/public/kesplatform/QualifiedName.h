@@ -20,14 +20,14 @@ public:
     }
 
     /// Both parts are empty.
-    bool IsEmpty() const noexcept { return m_root.IsEmpty() && m_field.IsEmpty(); }
+    [[nodiscard]] bool IsEmpty() const noexcept { return m_root.IsEmpty() && m_field.IsEmpty(); }
     /// The root, empty for a local name; valid until this object changes or ends.
-    const TString& GetRootValue() const noexcept { return m_root; }
+    [[nodiscard]] const TString& GetRootValue() const noexcept { return m_root; }
     void SetRootValue(const TString& root) noexcept { m_root = root; }
     /// The field; valid until this object changes or ends.
-    const TString& GetFieldValue() const noexcept { return m_field; }
+    [[nodiscard]] const TString& GetFieldValue() const noexcept { return m_field; }
     /// The written form; that of a name without root is the field alone.
-    TString GetFullValue() const;
+    [[nodiscard]] TString GetFullValue() const;
 
     friend bool operator==(const QualifiedName&, const QualifiedName&) noexcept = default;
     friend std::strong_ordering operator<=>(const QualifiedName&,
@@ -58,19 +58,19 @@ public:
     /// Reads root.field; a text without an unquoted dot is a field without root. The first unquoted
     /// dot ends the root, further ones belong to the field. Text that is not well quoted is taken
     /// as it stands, as a field without root.
-    static FieldName ParseGlobal(const TString& text);
+    [[nodiscard]] static FieldName ParseGlobal(const TString& text);
     /// Looks `text` up in `cache` first and adds it there. A cache serves either global or local
     /// names: what it holds is returned whoever put it there.
-    static FieldName ParseGlobal(const TString& text, Cache& cache);
+    [[nodiscard]] static FieldName ParseGlobal(const TString& text, Cache& cache);
     /// Reads a field alone; unquoted dots belong to it.
-    static FieldName ParseLocal(const TString& text);
-    static FieldName ParseLocal(const TString& text, Cache& cache);
+    [[nodiscard]] static FieldName ParseLocal(const TString& text);
+    [[nodiscard]] static FieldName ParseLocal(const TString& text, Cache& cache);
 
     friend bool operator==(const FieldName&, const FieldName&) noexcept = default;
     friend std::strong_ordering operator<=>(const FieldName&, const FieldName&) noexcept = default;
 };
 
 /// `name` under the data source `root`. Safe to use from several threads.
-KESPLATFORM_EXPORT FieldName MakeGlobalName(const TString& root, FieldName&& name);
+[[nodiscard]] KESPLATFORM_EXPORT FieldName MakeGlobalName(const TString& root, FieldName&& name);
 /// `name` without its data source. Safe to use from several threads.
-KESPLATFORM_EXPORT FieldName MakeLocalName(FieldName&& name);
+[[nodiscard]] KESPLATFORM_EXPORT FieldName MakeLocalName(FieldName&& name);

@@ -17,11 +17,11 @@ public:
     explicit TResource(const TString& name);
 
     /// The name that it was made with.
-    const TString& GetName() const noexcept { return m_name; }
+    [[nodiscard]] const TString& GetName() const noexcept { return m_name; }
     /// Whether there is such a resource.
-    bool isValid() const;
+    [[nodiscard]] bool isValid() const;
     /// The bytes. A missing resource is a CorvinaException that names it.
-    std::string GetBytes() const;
+    [[nodiscard]] std::string GetBytes() const;
 
 private:
     TString m_name;
@@ -35,7 +35,7 @@ public:
     explicit UTF8StringTResource(const TString& name);
 
     /// The text.
-    const TString& GetString() const noexcept { return m_text; }
+    [[nodiscard]] const TString& GetString() const noexcept { return m_text; }
 
 private:
     TString m_text;
@@ -47,10 +47,10 @@ class KESPLATFORM_EXPORT ResourceRegistrationCache
 {
 public:
     /// The only one, which lives as long as the process.
-    static ResourceRegistrationCache& GetInstance();
+    [[nodiscard]] static ResourceRegistrationCache& GetInstance();
 
     /// The registered name, else that of the alias without variant, else the alias itself.
-    TString GetResourcePath(const TString& alias, const TString& variant) const;
+    [[nodiscard]] TString GetResourcePath(const TString& alias, const TString& variant) const;
     /// Registers or replaces a name.
     void Register(const TString& alias, const TString& variant, const TString& name);
     /// Forgets a name; does nothing when there is none.

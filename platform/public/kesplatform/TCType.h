@@ -4,7 +4,7 @@
 namespace TCType {
 
 /// U+0009 to U+000D and U+0020, nothing else: a no-break space is text.
-constexpr bool isSpace(char16_t unit) noexcept
+[[nodiscard]] constexpr bool isSpace(char16_t unit) noexcept
 {
     return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
 }

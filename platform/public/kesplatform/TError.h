@@ -19,9 +19,9 @@ public:
     }
 
     /// The code.
-    std::uint32_t GetCode() const noexcept { return m_code; }
+    [[nodiscard]] std::uint32_t GetCode() const noexcept { return m_code; }
     /// The identifier.
-    const TString& GetIdentifier() const noexcept { return m_identifier; }
+    [[nodiscard]] const TString& GetIdentifier() const noexcept { return m_identifier; }
 
     friend bool operator==(const CorvinaError&, const CorvinaError&) noexcept = default;
 
@@ -47,14 +47,14 @@ public:
     }
 
     /// A record that names no error; source and status are 0.
-    static ErrorInfo NoError() noexcept { return {}; }
+    [[nodiscard]] static ErrorInfo NoError() noexcept { return {}; }
 
     /// Which error it is.
-    const CorvinaError& GetError() const noexcept { return m_error; }
+    [[nodiscard]] const CorvinaError& GetError() const noexcept { return m_error; }
     /// Who is the source of it.
-    int GetErrorSource() const noexcept { return m_errorSource; }
+    [[nodiscard]] int GetErrorSource() const noexcept { return m_errorSource; }
     /// What state it leaves.
-    int GetStatusCode() const noexcept { return m_statusCode; }
+    [[nodiscard]] int GetStatusCode() const noexcept { return m_statusCode; }
 
     friend bool operator==(const ErrorInfo&, const ErrorInfo&) noexcept = default;
 

@@ -26,7 +26,7 @@ public:
     [[noreturn]] void Throw() const override;
 
     /// The file, as it was named; valid as long as this exception.
-    const TPath& GetPath() const noexcept { return m_path; }
+    [[nodiscard]] const TPath& GetPath() const noexcept { return m_path; }
 
 private:
     TPath m_path;
@@ -47,9 +47,9 @@ public:
 
     /// The encoding that the file is in by its byte-order mark, else by its declaration, else
     /// "UTF-8"; valid as long as this exception.
-    const TString& GetEncoding() const noexcept { return m_encoding; }
+    [[nodiscard]] const TString& GetEncoding() const noexcept { return m_encoding; }
     /// Of the first byte that does not decode, from the start of the file.
-    std::uint64_t GetOffset() const noexcept { return m_offset; }
+    [[nodiscard]] std::uint64_t GetOffset() const noexcept { return m_offset; }
 
 private:
     TString m_encoding;
@@ -70,7 +70,7 @@ public:
     TFile& operator=(const TFile&) = delete;
 
     /// The path that it was made with; valid as long as this object.
-    const TPath& GetPath() const noexcept { return m_path; }
+    [[nodiscard]] const TPath& GetPath() const noexcept { return m_path; }
 
     /// Opens for reading. A directory, or anything that cannot be opened, is a TIO::Exception.
     void Open();
@@ -79,19 +79,20 @@ public:
     /// Moves to a byte offset from the start. TIO::Exception.
     void Seek(std::int64_t offset);
     /// The size on disk in bytes. TIO::Exception when the file cannot be examined.
-    std::int64_t Size() const;
+    [[nodiscard]] std::int64_t Size() const;
 
     /// The whole file as text. Flag 1, the only one, decodes by byte-order mark, else by the
     /// encoding that an XML declaration names, else as UTF-8, unless the bytes themselves show that
     /// it cannot be that. One byte-order mark is not part of the text. Bytes that do not decode are
     /// a TIO::DecodingException; what tells no size, as pipes and devices do, and holds more than
     /// 1,073,741,823 bytes is a TIO::Exception.
-    static TString LoadTextFile(const TPath& path, int flag);
+    [[nodiscard]] static TString LoadTextFile(const TPath& path, int flag);
     /// The same text as UTF-8: what LoadTextFile(path, flag).toStdString() gives, without the
     /// detour through UTF-16 when the file is UTF-8 already.
-    static std::string LoadTextFileAsUtf8(const TPath& path, int flag);
+    [[nodiscard]] static std::string LoadTextFileAsUtf8(const TPath& path, int flag);
     /// The same; `hadByteOrderMark` is told whether a byte-order mark was taken off.
-    static std::string LoadTextFileAsUtf8(const TPath& path, int flag, bool& hadByteOrderMark);
+    [[nodiscard]] static std::string LoadTextFileAsUtf8(const TPath& path, int flag,
+                                                        bool& hadByteOrderMark);
 
 private:
     class Impl;
@@ -102,11 +103,11 @@ private:
 
 /// The size of a file in bytes; TIO::Exception when there is no such file or it is a directory.
 /// What has no size, a pipe or a device, counts as 0. Safe to use from several threads.
-KESPLATFORM_EXPORT std::int64_t GetFileSize(const TPath& path);
+[[nodiscard]] KESPLATFORM_EXPORT std::int64_t GetFileSize(const TPath& path);
 
 /// Whether a file of so many bytes is read as a whole where it could be read in pieces; what tells
 /// no size is never to hold more.
-constexpr bool FitsInMemory(std::int64_t fileSize) noexcept
+[[nodiscard]] constexpr bool FitsInMemory(std::int64_t fileSize) noexcept
 {
     return fileSize <= 0x3FFFFFFF;
 }

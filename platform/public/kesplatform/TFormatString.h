@@ -20,12 +20,12 @@ public:
     }
 
     /// The text as it was given.
-    const TString& GetFormat() const noexcept { return m_format; }
+    [[nodiscard]] const TString& GetFormat() const noexcept { return m_format; }
 
     /// The text with every placeholder replaced in one pass, so that an argument that contains
     /// "%1" is left alone. A placeholder without argument and any other "%" stay as they are.
     template <typename... Arguments>
-    TString Format(const Arguments&... arguments) const
+    [[nodiscard]] TString Format(const Arguments&... arguments) const
     {
         static_assert(sizeof...(Arguments) <= 9, "there are nine placeholders");
         const std::initializer_list<TString> texts{ToText(arguments)...};

@@ -12,9 +12,9 @@ public:
     explicit LanguageCode(TString isoString) noexcept : m_isoString(std::move(isoString)) {}
 
     /// The code.
-    const TString& GetISOString() const noexcept { return m_isoString; }
+    [[nodiscard]] const TString& GetISOString() const noexcept { return m_isoString; }
     /// The part before the first "_".
-    TString GetLanguage() const;
+    [[nodiscard]] TString GetLanguage() const;
 
     friend bool operator==(const LanguageCode&, const LanguageCode&) noexcept = default;
 
@@ -30,7 +30,7 @@ public:
     explicit TLocale(LanguageCode language) noexcept : m_language(std::move(language)) {}
 
     /// The language.
-    const LanguageCode& getLanguageCode() const noexcept { return m_language; }
+    [[nodiscard]] const LanguageCode& getLanguageCode() const noexcept { return m_language; }
 
 private:
     LanguageCode m_language;

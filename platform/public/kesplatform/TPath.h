@@ -18,13 +18,13 @@ public:
     }
 
     /// Whether it is the empty text.
-    bool IsEmpty() const noexcept { return m_path.IsEmpty(); }
+    [[nodiscard]] bool IsEmpty() const noexcept { return m_path.IsEmpty(); }
     /// The text.
-    const TString& GetString() const noexcept { return m_path; }
+    [[nodiscard]] const TString& GetString() const noexcept { return m_path; }
     /// The path without its last part: "a" of "a/x", empty of "x". The root stays: "/" of "/x".
-    TPath RemoveFilename() const;
+    [[nodiscard]] TPath RemoveFilename() const;
     /// The text with forward slashes.
-    TString GenericString() const;
+    [[nodiscard]] TString GenericString() const;
 
     /// One slash between the two; the other side when one is empty; `b` when it is absolute.
     friend KESPLATFORM_EXPORT TPath operator/(const TPath& a, const TPath& b);

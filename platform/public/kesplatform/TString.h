@@ -96,25 +96,31 @@ public:
     operator std::u16string_view() const noexcept { return view(); }
 
     /// Whether there is no unit.
-    bool IsEmpty() const noexcept { return m_rep == nullptr || m_rep->Length() == 0; }
+    [[nodiscard]] bool IsEmpty() const noexcept { return m_rep == nullptr || m_rep->Length() == 0; }
     /// The same, as Qt spells it.
-    bool isEmpty() const noexcept { return IsEmpty(); }
+    [[nodiscard]] bool isEmpty() const noexcept { return IsEmpty(); }
     /// The same, as the standard library spells it.
-    bool empty() const noexcept { return IsEmpty(); }
+    [[nodiscard]] bool empty() const noexcept { return IsEmpty(); }
     /// The number of units.
-    size_type length() const noexcept { return m_rep == nullptr ? 0 : m_rep->Length(); }
+    [[nodiscard]] size_type length() const noexcept
+    {
+        return m_rep == nullptr ? 0 : m_rep->Length();
+    }
     /// The same, as the standard library spells it.
-    size_type size() const noexcept { return length(); }
+    [[nodiscard]] size_type size() const noexcept { return length(); }
     /// The zero-terminated units; valid until this object changes or ends.
-    const char16_t* utf16() const noexcept { return m_rep == nullptr ? u"" : m_rep->Units(); }
+    [[nodiscard]] const char16_t* utf16() const noexcept
+    {
+        return m_rep == nullptr ? u"" : m_rep->Units();
+    }
     /// The units; valid until this object changes or ends.
-    std::u16string_view view() const noexcept
+    [[nodiscard]] std::u16string_view view() const noexcept
     {
         return {utf16(), static_cast<std::size_t>(length())};
     }
     /// The units; valid until this object changes or ends.
-    const_iterator begin() const noexcept { return utf16(); }
-    const_iterator end() const noexcept { return utf16() + length(); }
+    [[nodiscard]] const_iterator begin() const noexcept { return utf16(); }
+    [[nodiscard]] const_iterator end() const noexcept { return utf16() + length(); }
     /// Requires 0 <= index < length().
     char16_t operator[](size_type index) const noexcept { return utf16()[index]; }
 
@@ -150,39 +156,40 @@ public:
     /// fail and keeps the memory.
     char16_t* resize(size_type length);
     /// The length up to which a private text grows without a new allocation.
-    size_type capacity() const noexcept;
+    [[nodiscard]] size_type capacity() const noexcept;
 
     /// The first or last `count` units; a count that is negative or too large gives the whole text.
-    TString left(size_type count) const;
+    [[nodiscard]] TString left(size_type count) const;
     /// The last `count` units, with the same exceptions.
-    TString right(size_type count) const;
+    [[nodiscard]] TString right(size_type count) const;
     /// At most `count` units (a negative count: all) from `position` on; empty past the end.
-    TString mid(size_type position, size_type count = -1) const;
+    [[nodiscard]] TString mid(size_type position, size_type count = -1) const;
 
     /// Whether the text begins so; the empty text begins every text.
-    bool startsWith(const TString& text, int caseSensitivity = CaseSensitive) const;
+    [[nodiscard]] bool startsWith(const TString& text, int caseSensitivity = CaseSensitive) const;
     /// Whether the text ends so; the empty text ends every text.
-    bool endsWith(const TString& text, int caseSensitivity = CaseSensitive) const;
+    [[nodiscard]] bool endsWith(const TString& text, int caseSensitivity = CaseSensitive) const;
     /// Whether it occurs somewhere.
-    bool contains(const TString& text) const noexcept { return indexOf(text) >= 0; }
-    bool contains(char16_t unit) const noexcept { return indexOf(unit) >= 0; }
+    [[nodiscard]] bool contains(const TString& text) const noexcept { return indexOf(text) >= 0; }
+    [[nodiscard]] bool contains(char16_t unit) const noexcept { return indexOf(unit) >= 0; }
     /// First position not before `from`; an empty text is found at any `from` up to the length.
     /// A negative `from` counts as 0.
-    size_type indexOf(const TString& text, size_type from = 0) const noexcept;
+    [[nodiscard]] size_type indexOf(const TString& text, size_type from = 0) const noexcept;
     /// The same within what lies before `end`, the last unit of `text` included.
-    size_type indexOf(const TString& text, size_type from, size_type end) const noexcept;
-    size_type indexOf(char16_t unit, size_type from = 0) const noexcept;
+    [[nodiscard]] size_type indexOf(const TString& text, size_type from,
+                                    size_type end) const noexcept;
+    [[nodiscard]] size_type indexOf(char16_t unit, size_type from = 0) const noexcept;
 
     /// Replaces every occurrence of `before`, left to right and without overlap. An empty
     /// `before` changes nothing. Linear in the length of text and result.
     TString& replace(const TString& before, const TString& after);
     /// The parts between the separators, empty ones kept; the empty string gives one empty part.
-    std::vector<TString> split(char16_t separator) const;
+    [[nodiscard]] std::vector<TString> split(char16_t separator) const;
 
     /// White space is what TCType::isSpace says.
-    TString trimmed() const;
+    [[nodiscard]] TString trimmed() const;
     /// Without the white space at the start only.
-    TString trimLeft() const;
+    [[nodiscard]] TString trimLeft() const;
 
     /// Numbers in the C locale, blanks around them ignored. Bad text and overflow give 0 and false.
     /// Base 2 to 36, or 0 for the prefixes of C.
@@ -193,28 +200,28 @@ public:
     double toDouble(bool* ok = nullptr) const;
 
     /// The number in decimal digits.
-    static TString number(int value);
-    static TString number(unsigned int value);
-    static TString number(long value);
-    static TString number(unsigned long value);
-    static TString number(long long value);
-    static TString number(unsigned long long value);
+    [[nodiscard]] static TString number(int value);
+    [[nodiscard]] static TString number(unsigned int value);
+    [[nodiscard]] static TString number(long value);
+    [[nodiscard]] static TString number(unsigned long value);
+    [[nodiscard]] static TString number(long long value);
+    [[nodiscard]] static TString number(unsigned long long value);
     /// `format` is one of e, E, f, g, G with the meaning of printf in the C locale; a negative
     /// precision counts as 6. What is no number is "nan" without a sign.
-    static TString number(double value, char format = 'g', int precision = 6);
+    [[nodiscard]] static TString number(double value, char format = 'g', int precision = 6);
 
     /// UTF-8. A unit that is half of no pair becomes U+FFFD.
-    std::string toStdString() const;
+    [[nodiscard]] std::string toStdString() const;
     /// The text of UTF-8 bytes.
-    static TString fromStdString(const std::string& utf8) { return fromUtf8(utf8); }
+    [[nodiscard]] static TString fromStdString(const std::string& utf8) { return fromUtf8(utf8); }
     /// Decodes UTF-8. Each byte that is part of no well-formed sequence becomes one U+FFFD. A
     /// leading byte-order mark is a character like any other and stays as U+FEFF.
-    static TString fromUtf8(std::string_view utf8);
+    [[nodiscard]] static TString fromUtf8(std::string_view utf8);
 
     /// Seeded anew in each process, so that a document cannot be built to collide.
-    std::size_t Hash() const noexcept;
+    [[nodiscard]] std::size_t Hash() const noexcept;
 
-    friend bool operator==(const TString& a, const TString& b) noexcept
+    [[nodiscard]] friend bool operator==(const TString& a, const TString& b) noexcept
     {
         const size_type length = a.length();
         return a.m_rep == b.m_rep ||
@@ -223,46 +230,48 @@ public:
                             static_cast<std::size_t>(length) * sizeof(char16_t)) == 0);
     }
     template <OtherText::Any T>
-    friend bool operator==(const TString& a, const T& b) noexcept(noexcept(OtherText::View(b)))
+    [[nodiscard]] friend bool operator==(const TString& a,
+                                         const T& b) noexcept(noexcept(OtherText::View(b)))
     {
         return AreEqual(a.view(), OtherText::View(b));
     }
-    friend std::strong_ordering operator<=>(const TString& a, const TString& b) noexcept
+    [[nodiscard]] friend std::strong_ordering operator<=>(const TString& a,
+                                                          const TString& b) noexcept
     {
         return a.m_rep == b.m_rep ? std::strong_ordering::equal : Compare(a.view(), b.view());
     }
     template <OtherText::Any T>
-    friend std::strong_ordering operator<=>(const TString& a,
-                                            const T& b) noexcept(noexcept(OtherText::View(b)))
+    [[nodiscard]] friend std::strong_ordering
+    operator<=>(const TString& a, const T& b) noexcept(noexcept(OtherText::View(b)))
     {
         return Compare(a.view(), OtherText::View(b));
     }
 
-    friend TString operator+(const TString& a, const TString& b)
+    [[nodiscard]] friend TString operator+(const TString& a, const TString& b)
     {
         if (b.IsEmpty())
             return a;
         return a.IsEmpty() ? b : Concatenate(a.view(), b.view());
     }
-    friend TString operator+(TString&& a, const TString& b)
+    [[nodiscard]] friend TString operator+(TString&& a, const TString& b)
     {
         a.append(b);
         return std::move(a);
     }
     // Qt adds most of these to a QString; without operators of our own, calls were ambiguous.
     template <OtherText::Any T>
-    friend TString operator+(const TString& a, const T& b)
+    [[nodiscard]] friend TString operator+(const TString& a, const T& b)
     {
         return a + TString(b);
     }
     template <OtherText::Any T>
-    friend TString operator+(TString&& a, const T& b)
+    [[nodiscard]] friend TString operator+(TString&& a, const T& b)
     {
         a.append(b);
         return std::move(a);
     }
     template <OtherText::Any T>
-    friend TString operator+(const T& a, const TString& b)
+    [[nodiscard]] friend TString operator+(const T& a, const TString& b)
     {
         return TString(a) + b;
     }

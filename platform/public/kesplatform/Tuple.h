@@ -17,9 +17,15 @@ public:
     explicit Tuple(std::vector<DataValue> values) noexcept : m_values(std::move(values)) {}
 
     /// The number of values.
-    std::uint32_t GetSize() const noexcept { return static_cast<std::uint32_t>(m_values.size()); }
+    [[nodiscard]] std::uint32_t GetSize() const noexcept
+    {
+        return static_cast<std::uint32_t>(m_values.size());
+    }
     /// Zero-based; an index that is not below GetSize() is std::out_of_range.
-    const DataValue& GetDataValue(std::uint32_t index) const { return m_values.at(index); }
+    [[nodiscard]] const DataValue& GetDataValue(std::uint32_t index) const
+    {
+        return m_values.at(index);
+    }
 
 private:
     std::vector<DataValue> m_values;

@@ -15,9 +15,9 @@ public:
     VersionNumber(const TString& text, char16_t separator, char16_t suffixSeparator, int flags);
 
     /// The parts joined with the separator it was read with, and the suffix after its separator.
-    TString GetAsString() const;
+    [[nodiscard]] TString GetAsString() const;
     /// The first two parts joined with `separator`; a missing one is 0.
-    TString GetMajorAndMinorAsString(char16_t separator) const;
+    [[nodiscard]] TString GetMajorAndMinorAsString(char16_t separator) const;
 
     /// Part by part, a missing one counting as 0, and by suffix.
     KESPLATFORM_EXPORT friend bool operator==(const VersionNumber& a,

@@ -19,7 +19,7 @@ inline constexpr std::string_view c_whitespace = " \t\r\n";
 
 /// The declaration that `bytes` begin with, read in the units of a scheme, up to its ">", as the
 /// ASCII characters that it is made of. Empty when there is none that ends within 4,096 characters.
-inline std::string Read(std::string_view bytes, const EncodingTable::Scheme& scheme)
+[[nodiscard]] inline std::string Read(std::string_view bytes, const EncodingTable::Scheme& scheme)
 {
     constexpr std::size_t c_maximumLength = 4096;
     std::string text;
@@ -65,6 +65,6 @@ inline bool TakePseudoAttribute(std::string_view& text, std::string_view& name,
 /// The encoding that it names, as it stands between the quotes: a part of `text`, which begins with
 /// the document, in single bytes, without byte-order mark. Empty without declaration, when that
 /// names none, and where it breaks off before.
-KESPLATFORM_EXPORT std::string_view FindEncoding(std::string_view text) noexcept;
+[[nodiscard]] KESPLATFORM_EXPORT std::string_view FindEncoding(std::string_view text) noexcept;
 
 } // namespace XmlDeclaration

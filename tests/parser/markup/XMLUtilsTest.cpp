@@ -241,8 +241,8 @@ TEST(XMLUtils, FindsNoBraceForWhatIsNotClosed)
 
 TEST(XMLUtils, AdvancesFromAnOpenBraceOnly)
 {
-    ExpectAssertion([] { XmlUtils::AdvanceFromOpenToCloseBrace("a<b>", 0); }, u"XMLUtils", 0,
-                    u"xml[start] == c_openBrace", u"69F39DBB");
+    ExpectAssertion([] { static_cast<void>(XmlUtils::AdvanceFromOpenToCloseBrace("a<b>", 0)); },
+                    u"XMLUtils", 0, u"xml[start] == c_openBrace", u"69F39DBB");
 }
 
 TEST(XMLUtils, FindsClosingBracesAsAModelDoes)
@@ -406,16 +406,17 @@ TEST(XMLUtils, WantsATagInsideTheText)
     const char16_t* const text = u"idx < xml.size() && end < xml.size()";
     for (const StringRange tag : {StringRange(), StringRange{0, 0}, StringRange{0, 4},
                                   StringRange{3, 1}, StringRange{1, c_npos - 1}})
-        ExpectAssertion([tag] { XmlUtils::FindAttributeValue("<a>", "a", tag); }, u"XMLUtils", 0,
-                        text, u"A3E88D2C");
+        ExpectAssertion([tag] { static_cast<void>(XmlUtils::FindAttributeValue("<a>", "a", tag)); },
+                        u"XMLUtils", 0, text, u"A3E88D2C");
 }
 
 TEST(XMLUtils, WantsATagWithBothBraces)
 {
     const char16_t* const text = u"xml[idx] == c_openBrace && xml[end] == c_closeBrace";
     for (const StringRange tag : {StringRange{1, 4}, StringRange{0, 3}, StringRange{1, 2}})
-        ExpectAssertion([tag] { XmlUtils::FindAttributeValue("<a b>", "a", tag); }, u"XMLUtils", 0,
-                        text, u"C2D03F8A");
+        ExpectAssertion(
+            [tag] { static_cast<void>(XmlUtils::FindAttributeValue("<a b>", "a", tag)); },
+            u"XMLUtils", 0, text, u"C2D03F8A");
 }
 
 TEST(XMLUtils, FindsAttributesAsAModelDoes)

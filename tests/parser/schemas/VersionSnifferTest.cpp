@@ -143,7 +143,7 @@ TEST(VersionSniffer, LeavesTheDocumentAtItsStartWhenReadingFails)
 {
     ScriptedInputSource document("<!--" + std::string(2000, ' ') + "--><zap version='1'/>");
     document.FailAt(1024);
-    EXPECT_THROW(VersionSniffer(document, TString()), std::runtime_error);
+    EXPECT_THROW(static_cast<void>(VersionSniffer(document, TString())), std::runtime_error);
     EXPECT_EQ(document.Position(), 0U);
     EXPECT_EQ(document.Resets(), 1);
 }

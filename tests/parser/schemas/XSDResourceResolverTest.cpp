@@ -245,7 +245,8 @@ TEST_F(XSDResourceResolver, AreLookedForWithoutAWordToTheLog)
 {
     for (const int type : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}) {
         for (const char* version : {"18.1", "10.5", "10.2", "10.1", "19.0", "18.1-beta", ""})
-            IsThereAnXSDResource(static_cast<XmlFileType>(type), Version(version));
+            static_cast<void>(
+                IsThereAnXSDResource(static_cast<XmlFileType>(type), Version(version)));
     }
     EXPECT_TRUE(GetLog().Messages().empty());
 }
@@ -255,9 +256,12 @@ TEST_F(XSDResourceResolver, AssertThatTheCurrentSchemaWasBuiltIn)
     const auto current = Version("18.1");
     ScriptedInputSource document("<zil version='18.1'/>");
     const std::function<void()> calls[] = {
-        [&] { GetVersionedXsdResourceName(XmlFileType::Zil, current); },
-        [&] { GetVersionedXsdInputSource(XmlFileType::Zil, current); },
-        [&] { GetVersionedXsdInputSourceForDocument(XmlFileType::Zil, document, TString()); },
+        [&] { static_cast<void>(GetVersionedXsdResourceName(XmlFileType::Zil, current)); },
+        [&] { static_cast<void>(GetVersionedXsdInputSource(XmlFileType::Zil, current)); },
+        [&] {
+            static_cast<void>(
+                GetVersionedXsdInputSourceForDocument(XmlFileType::Zil, document, TString()));
+        },
     };
     for (const std::function<void()>& call : calls) {
         t_hideResources = true;
@@ -321,8 +325,8 @@ TEST_F(XSDResourceResolver, SniffTheDocumentBeforeTheyLookAtItsType)
 {
     for (const int type : c_typesWithoutSchema) {
         ScriptedInputSource without("<zap/>");
-        EXPECT_THROW(GetVersionedXsdInputSourceForDocument(static_cast<XmlFileType>(type), without,
-                                                           TString()),
+        EXPECT_THROW(static_cast<void>(GetVersionedXsdInputSourceForDocument(
+                         static_cast<XmlFileType>(type), without, TString())),
                      DOMException)
             << type;
         ScriptedInputSource with("<zap version='10.4'/>");
@@ -341,7 +345,8 @@ TEST_F(XSDResourceResolver, NeedADocumentThatNamesItsVersion)
     for (const char* text : {"<zap format='10.4'/>", "<?xml version='1.0'?>", ""}) {
         ScriptedInputSource document{std::string(text)};
         try {
-            GetVersionedXsdInputSourceForDocument(XmlFileType::Zap, document, TString());
+            static_cast<void>(
+                GetVersionedXsdInputSourceForDocument(XmlFileType::Zap, document, TString()));
             ADD_FAILURE() << "nothing was thrown for " << text;
         } catch (const DOMException& e) {
             EXPECT_EQ(e.GetMessagesFront(), u"Version attribute missing.");

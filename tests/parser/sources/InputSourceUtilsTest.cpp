@@ -76,8 +76,9 @@ TEST(InputSourceUtils, ReportsTheScopeOfItsWork)
     const TemporaryFolder folder;
     const TString path = folder.Write("a.xml", "<a/>");
     const RecordingMetrics metrics;
-    InputSourceFromFileName(path, false);
-    EXPECT_THROW(InputSourceFromFileName(folder.GetPath("missing.xml"), false), TIO::Exception);
+    static_cast<void>(InputSourceFromFileName(path, false));
+    EXPECT_THROW(static_cast<void>(InputSourceFromFileName(folder.GetPath("missing.xml"), false)),
+                 TIO::Exception);
     EXPECT_THAT(metrics.GetLines(),
                 ElementsAre("+InputSourceFromFileName", "-InputSourceFromFileName",
                             "+InputSourceFromFileName", "-InputSourceFromFileName"));
@@ -86,9 +87,12 @@ TEST(InputSourceUtils, ReportsTheScopeOfItsWork)
 TEST(InputSourceUtils, ThrowsForWhatIsNoReadableFile)
 {
     const TemporaryFolder folder;
-    EXPECT_THROW(InputSourceFromFileName(folder.GetPath("missing.xml"), false), TIO::Exception);
-    EXPECT_THROW(InputSourceFromFileName(folder.GetPath(), false), TIO::Exception);
-    EXPECT_THROW(InputSourceFromFileName(TString(), false), TIO::Exception);
-    EXPECT_THROW(InputSourceFromFileName(folder.Write("bad.xml", "<a>\xFF</a>"), false),
+    EXPECT_THROW(static_cast<void>(InputSourceFromFileName(folder.GetPath("missing.xml"), false)),
                  TIO::Exception);
+    EXPECT_THROW(static_cast<void>(InputSourceFromFileName(folder.GetPath(), false)),
+                 TIO::Exception);
+    EXPECT_THROW(static_cast<void>(InputSourceFromFileName(TString(), false)), TIO::Exception);
+    EXPECT_THROW(
+        static_cast<void>(InputSourceFromFileName(folder.Write("bad.xml", "<a>\xFF</a>"), false)),
+        TIO::Exception);
 }

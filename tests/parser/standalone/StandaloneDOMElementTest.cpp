@@ -333,8 +333,9 @@ TEST(StandaloneDOMElement, AttributesAreSetFoundAndRemoved)
 TEST(StandaloneDOMElement, AMissingAttributeIsAnAssertion)
 {
     StandaloneDOMElement element(TString(u"e"));
-    ExpectAssertion([&element] { element.GetAttribute(u"k"); }, 226, u"it != m_attributes.end()",
-                    0x16A1A876, u"LogicException_LogicAssert_0x16A1A876");
+    ExpectAssertion([&element] { static_cast<void>(element.GetAttribute(u"k")); }, 226,
+                    u"it != m_attributes.end()", 0x16A1A876,
+                    u"LogicException_LogicAssert_0x16A1A876");
 }
 
 TEST(StandaloneDOMElement, TheAttributeMapIsCopiedOrMovedWhole)

@@ -97,9 +97,11 @@ TEST(StandaloneDOMFailure, OfRemovingAllChildren)
 TEST(StandaloneDOMFailure, OfReadingChangesNothing)
 {
     ExpectAllOrNothing<World>([](World& world) { static_cast<void>(world.element->Clone()); });
-    ExpectAllOrNothing<World>([](World& world) { world.element->GetAllText(); });
-    ExpectAllOrNothing<World>([](World& world) { world.element->GetChildren(); });
-    ExpectAllOrNothing<World>([](World& world) { world.element->GetTextNodes(); });
+    ExpectAllOrNothing<World>([](World& world) { static_cast<void>(world.element->GetAllText()); });
+    ExpectAllOrNothing<World>(
+        [](World& world) { static_cast<void>(world.element->GetChildren()); });
+    ExpectAllOrNothing<World>(
+        [](World& world) { static_cast<void>(world.element->GetTextNodes()); });
     const World other;
     bool areEqual = false;
     ExpectAllOrNothing<World>([&](World& world) { areEqual = *world.element == *other.element; });

@@ -285,7 +285,7 @@ void LookUpWithoutMemoryForTheCache()
 {
     t_failNothrowAllocations = true;
     try {
-        CoreXml::LookupTStr(StringId::IDS_ERR_XML_ENTITY, u"de_DE");
+        static_cast<void>(CoreXml::LookupTStr(StringId::IDS_ERR_XML_ENTITY, u"de_DE"));
         std::_Exit(1);
     } catch (const LogicException& e) {
         t_failNothrowAllocations = false;

@@ -424,7 +424,7 @@ TEST_F(DOMDiagnostics, MayBeRecordedAndReadFromSeveralThreads)
                 std::list<TString> messages;
                 element.GetWarnings(messages);
                 m_dom.AddDataSourceRename(TString::number(round), u"x");
-                m_dom.RenameDataSource(u"1");
+                static_cast<void>(m_dom.RenameDataSource(u"1"));
             }
         });
     }

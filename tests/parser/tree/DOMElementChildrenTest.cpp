@@ -45,8 +45,8 @@ TEST(DOMElementChildren, OfALeafIsEmpty)
     EXPECT_EQ(view.begin(), view.end());
     EXPECT_EQ(children.rbegin(), children.rend());
     EXPECT_EQ(view.crbegin(), view.crend());
-    EXPECT_THROW(children.at(0), std::out_of_range);
-    EXPECT_THROW(view.at(0), std::out_of_range);
+    EXPECT_THROW(static_cast<void>(children.at(0)), std::out_of_range);
+    EXPECT_THROW(static_cast<void>(view.at(0)), std::out_of_range);
 }
 
 TEST(DOMElementChildren, IndexesInDocumentOrder)
@@ -97,7 +97,7 @@ TEST(DOMElementChildren, OfAConstElementStayConst)
     EXPECT_EQ(view.size(), 2U);
     EXPECT_FALSE(view.empty());
     EXPECT_EQ(&view[1], &view.at(1));
-    EXPECT_THROW(view.at(2), std::out_of_range);
+    EXPECT_THROW(static_cast<void>(view.at(2)), std::out_of_range);
 }
 
 TEST(DOMElementChildren, OfEitherKindServeWhereAConstViewIsWanted)
@@ -119,10 +119,11 @@ TEST(DOMElementChildren, OfEitherKindServeWhereAConstViewIsWanted)
 TEST(DOMElementChildren, AtOfTheSizeIsOutOfRange)
 {
     const auto root = MakeTree("r(a,b)");
-    EXPECT_NO_THROW(root->GetChildren().at(1));
-    EXPECT_THROW(root->GetChildren().at(2), std::out_of_range);
-    EXPECT_THROW(std::as_const(*root).GetChildren().at(2), std::out_of_range);
-    EXPECT_THROW(root->GetChildren().at(static_cast<std::size_t>(-1)), std::out_of_range);
+    EXPECT_NO_THROW(static_cast<void>(root->GetChildren().at(1)));
+    EXPECT_THROW(static_cast<void>(root->GetChildren().at(2)), std::out_of_range);
+    EXPECT_THROW(static_cast<void>(std::as_const(*root).GetChildren().at(2)), std::out_of_range);
+    EXPECT_THROW(static_cast<void>(root->GetChildren().at(static_cast<std::size_t>(-1))),
+                 std::out_of_range);
 }
 
 TEST(DOMElementChildren, IteratesBothWays)

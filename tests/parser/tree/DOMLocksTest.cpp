@@ -67,10 +67,13 @@ struct Operation
 const std::vector<Operation>& ReadingOperations()
 {
     static const std::vector<Operation> s_operations{
-        {"GetRestrictExternalPaths", [](World& w) { w.one.GetRestrictExternalPaths(); }},
-        {"GetDSValidationCancelType", [](World& w) { w.one.GetDSValidationCancelType(); }},
-        {"GetProtectedDataSourceName", [](World& w) { w.one.GetProtectedDataSourceName(); }},
-        {"GetPathRenames", [](World& w) { w.one.GetPathRenames(); }},
+        {"GetRestrictExternalPaths",
+         [](World& w) { static_cast<void>(w.one.GetRestrictExternalPaths()); }},
+        {"GetDSValidationCancelType",
+         [](World& w) { static_cast<void>(w.one.GetDSValidationCancelType()); }},
+        {"GetProtectedDataSourceName",
+         [](World& w) { static_cast<void>(w.one.GetProtectedDataSourceName()); }},
+        {"GetPathRenames", [](World& w) { static_cast<void>(w.one.GetPathRenames()); }},
         {"HasErrors(e)", [](World& w) { w.one.HasErrors(w.A()); }},
         {"HasErrors", [](World& w) { w.one.HasErrors(); }},
         {"HasUnreportedErrors(e)", [](World& w) { w.one.HasUnreportedErrors(w.A()); }},
@@ -86,27 +89,36 @@ const std::vector<Operation>& ReadingOperations()
              std::list<TString> out;
              w.one.GetErrors(w.A(), out);
          }},
-        {"GetErrors", [](World& w) { w.one.GetErrors(); }},
-        {"GetMetadataForErrors", [](World& w) { w.one.GetMetadataForErrors(); }},
-        {"GetConcatenatedErrors", [](World& w) { w.one.GetConcatenatedErrors(); }},
+        {"GetErrors", [](World& w) { static_cast<void>(w.one.GetErrors()); }},
+        {"GetMetadataForErrors", [](World& w) { static_cast<void>(w.one.GetMetadataForErrors()); }},
+        {"GetConcatenatedErrors",
+         [](World& w) { static_cast<void>(w.one.GetConcatenatedErrors()); }},
         {"GetWarnings(e)",
          [](World& w) {
              std::list<TString> out;
              w.one.GetWarnings(w.A(), out);
          }},
-        {"GetWarnings", [](World& w) { w.one.GetWarnings(); }},
-        {"GetMetadataForWarnings", [](World& w) { w.one.GetMetadataForWarnings(); }},
-        {"GetConcatenatedWarnings", [](World& w) { w.one.GetConcatenatedWarnings(); }},
-        {"GetErrorDiagnostics(e)", [](World& w) { w.one.GetErrorDiagnostics(w.A()); }},
-        {"GetErrorDiagnostics", [](World& w) { w.one.GetErrorDiagnostics(); }},
-        {"GetWarningDiagnostics(e)", [](World& w) { w.one.GetWarningDiagnostics(w.A()); }},
-        {"GetWarningDiagnostics", [](World& w) { w.one.GetWarningDiagnostics(); }},
-        {"RenameField", [](World& w) { w.one.RenameField(FieldName(u"d", u"f")); }},
-        {"RenameDataSource", [](World& w) { w.one.RenameDataSource(u"x"); }},
-        {"RenameDataConnection", [](World& w) { w.one.RenameDataConnection(u"x"); }},
-        {"RenameMapSource", [](World& w) { w.one.RenameMapSource(u"x"); }},
-        {"GetCaptionRenameIfItExists", [](World& w) { w.one.GetCaptionRenameIfItExists(u"x"); }},
-        {"UnRenameDataSource", [](World& w) { w.one.UnRenameDataSource(u"x"); }},
+        {"GetWarnings", [](World& w) { static_cast<void>(w.one.GetWarnings()); }},
+        {"GetMetadataForWarnings",
+         [](World& w) { static_cast<void>(w.one.GetMetadataForWarnings()); }},
+        {"GetConcatenatedWarnings",
+         [](World& w) { static_cast<void>(w.one.GetConcatenatedWarnings()); }},
+        {"GetErrorDiagnostics(e)",
+         [](World& w) { static_cast<void>(w.one.GetErrorDiagnostics(w.A())); }},
+        {"GetErrorDiagnostics", [](World& w) { static_cast<void>(w.one.GetErrorDiagnostics()); }},
+        {"GetWarningDiagnostics(e)",
+         [](World& w) { static_cast<void>(w.one.GetWarningDiagnostics(w.A())); }},
+        {"GetWarningDiagnostics",
+         [](World& w) { static_cast<void>(w.one.GetWarningDiagnostics()); }},
+        {"RenameField",
+         [](World& w) { static_cast<void>(w.one.RenameField(FieldName(u"d", u"f"))); }},
+        {"RenameDataSource", [](World& w) { static_cast<void>(w.one.RenameDataSource(u"x")); }},
+        {"RenameDataConnection",
+         [](World& w) { static_cast<void>(w.one.RenameDataConnection(u"x")); }},
+        {"RenameMapSource", [](World& w) { static_cast<void>(w.one.RenameMapSource(u"x")); }},
+        {"GetCaptionRenameIfItExists",
+         [](World& w) { static_cast<void>(w.one.GetCaptionRenameIfItExists(u"x")); }},
+        {"UnRenameDataSource", [](World& w) { static_cast<void>(w.one.UnRenameDataSource(u"x")); }},
     };
     return s_operations;
 }
@@ -186,7 +198,7 @@ const std::vector<Operation>& OperationsWithoutLock()
              w.one.GetErrors(w.A(), out);
          }},
         {"==", [](World& w) { static_cast<void>(w.one == w.two); }},
-        {"GetElement", [](World& w) { w.one.GetElement(u"a"); }},
+        {"GetElement", [](World& w) { static_cast<void>(w.one.GetElement(u"a")); }},
     };
     return s_operations;
 }
@@ -279,10 +291,10 @@ TEST(DOMLocks, WholeDocumentsCopiedInOppositeDirectionsDoNotDeadlock)
             to.AddDataSourceRename(u"x", u"y");
             to.SetProtectedDataSourceName(u"p");
             to.SetDSValidationCancelType(round);
-            to.RenameDataSource(u"x");
-            to.RenameField(FieldName(u"d", u"f"));
-            from.GetDSValidationCancelType();
-            from.UnRenameDataSource(u"y");
+            static_cast<void>(to.RenameDataSource(u"x"));
+            static_cast<void>(to.RenameField(FieldName(u"d", u"f")));
+            static_cast<void>(from.GetDSValidationCancelType());
+            static_cast<void>(from.UnRenameDataSource(u"y"));
         }
     };
     std::thread there([&] { work(world.two, world.one); });

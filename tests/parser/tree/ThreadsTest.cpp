@@ -77,8 +77,8 @@ TEST(Threads, RecordAskAndMoveDiagnosticsInOppositeDirections)
         documents.Get(second).AdoptErrorsAndWarningsForNode(here, &there);
         EXPECT_TRUE(documents.Get(second).HasErrors(there));
         documents.Get(first).CopyErrorsAndWarningsForNode(there, &here);
-        documents.Get(first).GetErrors();
-        documents.Get(second).GetConcatenatedWarnings();
+        static_cast<void>(documents.Get(first).GetErrors());
+        static_cast<void>(documents.Get(second).GetConcatenatedWarnings());
         documents.Get(second).HasUnreportedErrors();
         documents.Get(first).EraseErrorsAndWarningsForNode(here);
         documents.Get(second).EraseErrorsAndWarningsForNode(there);
@@ -104,7 +104,7 @@ TEST(Threads, HandAllDiagnosticsOverInOppositeDirections)
         documents.Own(thread, thread).Error(u"error", MakeInfo(1), false, false);
         documents.Get(thread).MoveErrorsAndWarningsTo(documents.Get(other));
         documents.Get(other).HasErrors();
-        documents.Get(other).GetErrors();
+        static_cast<void>(documents.Get(other).GetErrors());
         documents.Get(thread).ClearWarnings();
     });
     for (std::size_t document = 0; document < 3; ++document) {
