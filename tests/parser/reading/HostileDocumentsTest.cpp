@@ -1,5 +1,6 @@
-// Documents made to take time or memory, as large as somebody may send them: that each ends, and what
-// it takes, which are figures of SECURITY.md. What the limits count is tested in ParseLimitsTest.cpp.
+// Documents made to take time or memory, as large as somebody may send them: that each ends, and
+// what it takes, which are figures of SECURITY.md. What the limits count is tested in
+// ParseLimitsTest.cpp.
 
 #include "support/CollidingNames.h"
 #include "support/LimitedParse.h"
@@ -92,8 +93,8 @@ std::string CollidingEntities(unsigned count)
 /// Up to a megabyte each.
 std::vector<std::string> MakeHostileDocuments()
 {
-    const std::string names = Concatenate(
-        500, [](const std::string& i) { return (i == "0" ? "b" : ",b") + i + "?"; });
+    const std::string names =
+        Concatenate(500, [](const std::string& i) { return (i == "0" ? "b" : ",b") + i + "?"; });
     const std::string defaults =
         Concatenate(2000, [](const std::string& i) { return " x" + i + " CDATA ''"; });
     return {
@@ -166,6 +167,6 @@ TEST(HostileDocuments, EndWithAnErrorOrATree)
         }
     }
     std::cout << figures.documents << " hostile documents, at most "
-              << figures.worstTime / (CLOCKS_PER_SEC / 1000)
-              << " ms and " << (figures.worstMemory >> 20) << " MiB each\n";
+              << figures.worstTime / (CLOCKS_PER_SEC / 1000) << " ms and "
+              << (figures.worstMemory >> 20) << " MiB each\n";
 }
