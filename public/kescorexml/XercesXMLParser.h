@@ -12,6 +12,14 @@
 /// applies from the next parse or load of a schema on. Problems of a document are never thrown;
 /// what a source throws while it is read passes through. Different objects may be used from
 /// different threads.
+///
+/// When memory runs out while a schema is loaded, std::bad_alloc is thrown and the parser is as
+/// before: it has the schemas that it had, and one that had none does not validate. When memory
+/// runs out while it validates, or a limit ends that in the middle of a tag, the next parse or load
+/// of a schema compiles the schemas once more, from their texts, which the parser keeps; a sink
+/// that supplies imports and includes is asked for them again then. Should a schema not compile as
+/// it did before, nothing is read and a fatal error says so, until it does: no document passes
+/// unvalidated.
 class KESCOREXML_EXPORT XercesXMLParser : public AbstractXMLParser, public ParseLimits
 {
 public:

@@ -6,6 +6,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/validators/common/ContentSpecNode.hpp>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -24,6 +25,19 @@ namespace {
 /// which only a deep one needs more.
 constexpr XMLSize_t c_destructionStackSize = 10 * sizeof(void*);
 
+/// What is put aside for each node of a model, in bytes. At worst all of them lie on the stack,
+/// which grows by a quarter each time, and what it had before is of no use until the last one is
+/// back: five times the last one, which has room for five quarters of the nodes.
+constexpr XMLSize_t c_reserveForModelNode = 8 * sizeof(void*);
+constexpr XMLSize_t c_reserveForModel = 16 * 1024;
+
+/// The next stack after one of that size, or the same.
+constexpr XMLSize_t GrowStack(XMLSize_t size) noexcept
+{
+    const XMLSize_t pointers = size / sizeof(void*);
+    return std::max(pointers + 1, pointers + pointers / 4) * sizeof(void*);
+}
+
 /// What a block begins with: the address of its manager.
 XMLSize_t GetHeaderSize() noexcept
 {
@@ -36,10 +50,9 @@ XMLSize_t GetBlockSize() noexcept
     return GetHeaderSize() + sizeof(Type);
 }
 
-/// Readers are accounted for as entities, and destructors must not fail.
-bool CountsAsMemory(XMLSize_t size) noexcept
+bool IsOfModelNode(XMLSize_t size) noexcept
 {
-    return size != GetBlockSize<xercesc::XMLReader>() && size != c_destructionStackSize;
+    return size == GetBlockSize<xercesc::ContentSpecNode>();
 }
 
 /// The address of a polymorphic object's type information, which objects begin with.
@@ -72,6 +85,7 @@ ScannerMemory::~ScannerMemory()
 void ScannerMemory::Reset() noexcept
 {
     m_hasFailed = false;
+    m_hasRefused = false;
     m_readers.clear();
     m_topReader = nullptr;
     m_budget.SetReaders(0);
@@ -90,47 +104,85 @@ void* ScannerMemory::allocate(XMLSize_t size)
     const bool isReader = size == GetBlockSize<xercesc::XMLReader>();
     if (isReader) [[unlikely]]
         OpenReader();
-    if (CountsAsMemory(size))
-        m_budget.AddMemory(size);
-    if (size == GetBlockSize<xercesc::ContentSpecNode>())
-        m_budget.AddModelNode();
-    void* const block = AllocateBlock(size);
+    // Readers are accounted for as entities, and destructors must not fail.
+    const bool isStack = IsDestructionStack(size);
+    const bool isCounted = !isReader && !isStack;
+    if (isCounted)
+        AddToBudget(size);
+    if (IsOfModelNode(size))
+        ReserveForModelNode();
+    void* const block = AllocateBlock(size, isCounted);
     if (isReader) [[unlikely]]
         NoteReader(block);
     m_latest = block;
     m_latestSize = size;
+    m_latestIsStack = isStack;
     return block;
 }
 
-void* ScannerMemory::AllocateBlock(XMLSize_t size)
+bool ScannerMemory::IsDestructionStack(XMLSize_t size) const noexcept
+{
+    // A destructor allocates nothing between one stack and the next.
+    return size == c_destructionStackSize ||
+           (m_latestIsStack && m_latest != nullptr && size == GrowStack(m_latestSize));
+}
+
+void ScannerMemory::AddToBudget(XMLSize_t size)
 {
     try {
-        void* const block = AllocateLinked(size);
-        // Readers are large, come once for each entity, and initialise themselves.
-        if (m_clears && size != GetBlockSize<xercesc::XMLReader>())
-            std::memset(block, 0, size);
-        return block;
-    } catch (const xercesc::OutOfMemoryException&) {
-        void* const block =
-            m_hasFailed || size == c_destructionStackSize ? m_reserve.Allocate(size) : nullptr;
-        if (block != nullptr)
-            return block;
-        m_hasFailed = true;
-        m_budget.EndMemory();
+        m_budget.AddMemory(size);
+    } catch (...) {
+        m_hasRefused = true;
         throw;
     }
 }
 
-void* ScannerMemory::AllocateLinked(XMLSize_t size)
+void ScannerMemory::ReserveForModelNode()
+{
+    m_budget.AddModelNode();
+    try {
+        m_reserve.Require(c_reserveForModel + (m_modelNodes + 1) * c_reserveForModelNode);
+    } catch (const std::bad_alloc&) {
+        FailMemory();
+    }
+}
+
+void* ScannerMemory::AllocateBlock(XMLSize_t size, bool isCounted)
+{
+    try {
+        void* const block = AllocateLinked(size, isCounted);
+        // Readers are large, come once for each entity, and initialise themselves.
+        if (m_hasSchemas && size != GetBlockSize<xercesc::XMLReader>())
+            std::memset(block, 0, size);
+        return block;
+    } catch (const xercesc::OutOfMemoryException&) {
+        void* const block =
+            m_hasFailed || IsDestructionStack(size) ? m_reserve.Allocate(size) : nullptr;
+        if (block != nullptr)
+            return block;
+        FailMemory();
+    }
+}
+
+void ScannerMemory::FailMemory()
+{
+    m_hasFailed = true;
+    m_hasRefused = true;
+    m_budget.EndMemory();
+    throw xercesc::OutOfMemoryException();
+}
+
+void* ScannerMemory::AllocateLinked(XMLSize_t size, bool isCounted)
 {
     if (size > std::numeric_limits<XMLSize_t>::max() - sizeof(Link))
         throw xercesc::OutOfMemoryException();
     auto* const link =
         static_cast<Link*>(XMLPlatformUtils::fgMemoryManager->allocate(sizeof(Link) + size));
-    *link = {&m_blocks, m_blocks.next, size};
+    *link = {&m_blocks, m_blocks.next, size, isCounted, false};
     link->next->previous = link;
     m_blocks.next = link;
     m_held += size;
+    m_modelNodes += IsOfModelNode(size) ? 1U : 0U;
     return link + 1;
 }
 
@@ -140,12 +192,16 @@ void ScannerMemory::FreeLinked(void* block) noexcept
     link->previous->next = link->next;
     link->next->previous = link->previous;
     m_held -= link->size;
+    m_modelNodes -= IsOfModelNode(link->size) ? 1U : 0U;
     XMLPlatformUtils::fgMemoryManager->deallocate(link);
 }
 
 void ScannerMemory::deallocate(void* block)
 {
     if (block == nullptr || m_reserve.Deallocate(block))
+        return;
+    Link& link = *(static_cast<Link*>(block) - 1);
+    if (link.isReturned) [[unlikely]]
         return;
     if (block == m_latest)
         m_latest = nullptr;
@@ -156,10 +212,12 @@ void ScannerMemory::deallocate(void* block)
         m_topReader = m_readers.empty() ? nullptr : m_readers.back();
         m_budget.SetReaders(m_readers.size());
     }
-    const XMLSize_t size = (static_cast<Link*>(block) - 1)->size;
-    if (CountsAsMemory(size))
-        m_budget.ReturnMemory(size);
-    FreeLinked(block);
+    if (link.isCounted)
+        m_budget.ReturnMemory(link.size);
+    if (m_hasRefused && m_hasSchemas) [[unlikely]]
+        link.isReturned = true;
+    else
+        FreeLinked(block);
 }
 
 bool ScannerMemory::IsStreamOfEntity() const noexcept
@@ -187,9 +245,7 @@ void ScannerMemory::NoteReader(void* block)
         m_readers.push_back(block);
     } catch (const std::bad_alloc&) {
         deallocate(block);
-        m_hasFailed = true;
-        m_budget.EndMemory();
-        throw xercesc::OutOfMemoryException();
+        FailMemory();
     }
     m_topReader = block;
     m_budget.SetReaders(m_readers.size());

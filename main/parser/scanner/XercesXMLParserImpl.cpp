@@ -7,7 +7,6 @@
 #include "bytes/XercesText.h"
 
 #include <kescorexml/IXercesInputSourceProvider.h>
-#include <kescorexml/LookupResource.h>
 
 #include <kesplatform/Metrics.h>
 
@@ -50,21 +49,6 @@ void SetFeatures(xercesc::SAX2XMLReader& reader, const Feature (&features)[count
     for (const Feature& feature : features)
         reader.setFeature(feature.name, feature.value);
 }
-
-class LoadingSchemaScope
-{
-public:
-    explicit LoadingSchemaScope(XercesXMLHandler& handler) noexcept : m_handler(handler)
-    {
-        m_handler.SetLoadingSchema(true);
-    }
-    ~LoadingSchemaScope() { m_handler.SetLoadingSchema(false); }
-    LoadingSchemaScope(const LoadingSchemaScope&) = delete;
-    LoadingSchemaScope& operator=(const LoadingSchemaScope&) = delete;
-
-private:
-    XercesXMLHandler& m_handler;
-};
 
 } // namespace
 
@@ -111,7 +95,12 @@ void XercesXMLParserImpl::MakeReader()
                           {XMLUni::fgXercesDisableDefaultEntityResolution, true},
                           {XMLUni::fgXercesLoadSchema, false},
                           {XMLUni::fgXercesDynamic, false}});
-    PrepareParserState(*reader);
+    // Those of a reader that does not validate.
+    SetFeatures(*reader, {{XMLUni::fgSAX2CoreNameSpaces, false},
+                          {XMLUni::fgSAX2CoreValidation, false},
+                          {XMLUni::fgXercesSkipDTDValidation, true},
+                          {XMLUni::fgXercesSchemaFullChecking, false},
+                          {XMLUni::fgXercesHandleMultipleImports, false}});
     m_handler->ForgetLocator();
     // The last reader goes before its memory.
     m_reader = std::move(reader);
@@ -121,6 +110,14 @@ void XercesXMLParserImpl::MakeReader()
 }
 
 XercesXMLParserImpl::~XercesXMLParserImpl() = default;
+
+void XercesXMLParserImpl::DropReader() noexcept
+{
+    m_handler->ForgetLocator();
+    m_budget.SetLocator(nullptr);
+    m_reader.reset();
+    m_memory.reset();
+}
 
 void XercesXMLParserImpl::SetXercesXMLHandler(xercesc::SAX2XMLReader& reader,
                                               XercesXMLHandler& handler)
@@ -140,96 +137,6 @@ void XercesXMLParserImpl::SetEntityResolver(xercesc::SAX2XMLReader& reader,
                        u"xmlEntityResolver && sax2readerImpl",
                        KesErrorsError::LogicAssert_0x9D18F6F8());
     sax2readerImpl->setXMLEntityResolver(handler);
-}
-
-void XercesXMLParserImpl::PrepareParserState(xercesc::SAX2XMLReader& reader)
-{
-    reader.resetCachedGrammarPool();
-    if (m_noSchemaLoaded) {
-        SetFeatures(reader, {{XMLUni::fgSAX2CoreNameSpaces, false},
-                             {XMLUni::fgSAX2CoreValidation, false},
-                             {XMLUni::fgXercesSkipDTDValidation, true},
-                             {XMLUni::fgXercesSchemaFullChecking, false},
-                             {XMLUni::fgXercesHandleMultipleImports, false}});
-        return;
-    }
-    LoadXSDResource(LookupResource(QtKesResourceId::FileformatXmlXsd));
-    LoadXSDResource(LookupResource(QtKesResourceId::FileformatUserXsd));
-    SetFeatures(reader, {{XMLUni::fgSAX2CoreNameSpaces, true},
-                         {XMLUni::fgSAX2CoreNameSpacePrefixes, true},
-                         {XMLUni::fgSAX2CoreValidation, true},
-                         {XMLUni::fgXercesIdentityConstraintChecking, true},
-                         {XMLUni::fgXercesSkipDTDValidation, false},
-                         {XMLUni::fgXercesSchemaFullChecking, true},
-                         {XMLUni::fgXercesHandleMultipleImports, true},
-                         {XMLUni::fgXercesSchema, true},
-                         {XMLUni::fgXercesUseCachedGrammarInParse, true},
-                         {XMLUni::fgXercesValidationErrorAsFatal, false}});
-}
-
-void XercesXMLParserImpl::SwitchToValidating()
-{
-    if (m_reader == nullptr || m_remains == Remains::Damage)
-        MakeReader();
-    m_memory->PrepareForSchemas();
-    m_noSchemaLoaded = false;
-    const Metrics::Scope scope("XercesXMLParser_PrepareParserState");
-    try {
-        PrepareParserState(*m_reader);
-    } catch (...) {
-        // A parser that went on without the base schemas would not validate, and say nothing.
-        m_noSchemaLoaded = true;
-        m_xsdNames.clear();
-        // Where memory failed, the reader takes itself to be still at it.
-        m_remains = Remains::Damage;
-        throw;
-    }
-}
-
-void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& schema)
-{
-    WithXercesMemory([&] {
-        const LocatingReader::Scope located(*m_reader, schema);
-        try {
-            m_reader->loadGrammar(schema(), xercesc::Grammar::SchemaGrammarType, true);
-        } catch (const SinkException& exception) {
-            std::rethrow_exception(exception.thrown);
-        }
-    });
-}
-
-void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
-{
-    RequireOutsideOfEvents();
-    const Metrics::Scope scope("XercesXMLParser_LoadXSDSource");
-    if (m_noSchemaLoaded)
-        WithXercesMemory([this] { SwitchToValidating(); });
-    if (xsdSource.Id().IsEmpty())
-        ThrowAssertion(u"XercesXMLParser", PublishedLine(302), u"!xsdSource.Id().IsEmpty()",
-                       KesErrorsError::LogicAssert_0xC83A570E());
-    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&xsdSource);
-    if (xercesableSource == nullptr)
-        ThrowAssertion(u"XercesXMLParser", PublishedLine(305), u"xercesableSource != nullptr",
-                       KesErrorsError::LogicAssert_0xAB95E4EA());
-    {
-        const ParseInProgress inProgress(m_isParsing);
-        const XercesInputSource schema =
-            xercesableSource->GetXercesInputSource(ColonProcessingMode::None);
-        // What a schema that could not be loaded has left belongs to no other.
-        m_handler->resetErrors();
-        const LoadingSchemaScope loading(*m_handler);
-        BeginBudget(schema, false);
-        try {
-            if (schema.GetRefusal())
-                RecordRefusal(schema, xsdSource.Id());
-            else
-                LoadGrammar(schema);
-        } catch (const LimitExceeded& exceeded) {
-            RecordLimit(exceeded, xsdSource.Id());
-        }
-    }
-    m_xsdNames.push_back(xsdSource.Id());
-    CollectHandlerErrors();
 }
 
 void XercesXMLParserImpl::RequireOutsideOfEvents() const

@@ -14,6 +14,8 @@
 #include <xercesc/sax2/SAX2XMLReader.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 
+#include <span>
+
 class IXercesInputSourceProvider;
 class XercesInputSource;
 
@@ -56,24 +58,33 @@ public:
     void LoadXSDSource(InputSource& xsdSource) override;
     void GetCurrentLocation(int& line, int& column) override;
     void Reload(InputSource& source, std::shared_ptr<SAXInterface> sink) override;
-    std::vector<TString> GetXSDNames() const override { return m_xsdNames; }
+    std::vector<TString> GetXSDNames() const override;
     void AllowEntityExpansion_Insecure() override;
     /// Whether GetXSDNames has any.
-    bool HasSchemas() const noexcept { return !m_xsdNames.empty(); }
+    bool HasSchemas() const noexcept { return !m_schemas.empty(); }
 
 protected:
     void ParseImpl() override;
 
 private:
-    /// What a document, or schemas that could not be loaded, may have left in the scanner.
+    /// What a document may have left in the scanner.
     enum class Remains
     {
         Nothing,
         /// It holds on to the version of the document.
         Version,
-        /// That, and it has forgotten memory in a document type that is wrong, or that it is no
-        /// longer at work: the reader is to be made anew when that is possible.
+        /// That, and it has forgotten memory in a document type that is wrong: the reader is to be
+        /// made anew when that is possible.
         Damage
+    };
+
+    /// What it takes to load one again.
+    struct Schema
+    {
+        TString id;
+        /// UTF-8. Null for what was no text.
+        std::shared_ptr<const std::string> text;
+        std::size_t errors = 0;
     };
 
     // In these, `extension`, which supplies schemas, may be null.
@@ -89,14 +100,23 @@ private:
     static void SetEntityResolver(xercesc::SAX2XMLReader& reader, XercesXMLHandler* handler);
     /// Logic assertion while the parser calls its sink.
     void RequireOutsideOfEvents() const;
-    void PrepareParserState(xercesc::SAX2XMLReader& reader);
     void SwitchToValidating();
+    void LoadSchema(InputSource& source);
+    /// Tells the handler what is wrong with it.
+    void CompileSchema(const XercesInputSource& schema, const TString& id);
+    /// Makes a reader that knows the schemas which were loaded. False when the handler has an error
+    /// that says why there is none; there is none, either, when this throws.
+    bool RestoreSchemas();
+    bool CompileAgain(std::span<const Schema> schemas);
+    /// Reader and memory. A parser with schemas restores them when it needs them.
+    void DropReader() noexcept;
     void DoXercesParse();
     /// Reads the document without Xerces, if it is plain. False when Xerces is to read it.
     bool ScanDirectly(const XercesInputSource& document);
     DirectScanning::Verdict FindReasonForXerces() const;
     void ScanWithXerces(const XercesInputSource& document);
     /// What an unusual document has made the parser take.
+    /// So does the reader itself where it was refused memory and has schemas.
     void GiveBack() noexcept;
     /// Calls `scan` and records what it throws.
     template <typename Scan>
@@ -123,7 +143,8 @@ private:
     ParseBudget m_budget;
     DocumentTypeGuard m_documentType{m_budget};
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
-    // Null while no document and no schema was left to Xerces, and after a large one.
+    // Null while no document and no schema was left to Xerces, after a large one, and after one for
+    // which memory failed if there are schemas.
 
     std::unique_ptr<ScannerMemory> m_memory;
     std::unique_ptr<LocatingReader> m_reader;
@@ -131,7 +152,8 @@ private:
     std::unique_ptr<SAXSink> m_saxSink;
     ScanSink* m_sink = nullptr;
     std::unique_ptr<XercesXMLHandler> m_handler;
-    std::vector<TString> m_xsdNames;
+    /// In load order.
+    std::vector<Schema> m_schemas;
     bool m_noSchemaLoaded = true;
     Remains m_remains = Remains::Nothing;
 };

@@ -174,8 +174,13 @@ void XercesXMLParserImpl::DoXercesParse()
     if (ScanDirectly(document))
         return;
     static_cast<void>(document());
+    // Also when memory runs out for what is to be recorded.
+    struct GivingBack
+    {
+        XercesXMLParserImpl& parser;
+        ~GivingBack() { parser.GiveBack(); }
+    } const givingBack{*this};
     RecordFailures([&] { ScanWithXerces(document); });
-    GiveBack();
 }
 
 /// Xerces keeps what it holds of a document until it reads the next one, which may never come: most
@@ -189,12 +194,10 @@ void XercesXMLParserImpl::GiveBack() noexcept
     m_handler->ForgetAttributes();
     m_handler->ForgetDeclaredEntities();
     m_budget.ForgetNames();
-    if (!m_noSchemaLoaded || m_memory == nullptr || m_memory->GetHeld() <= c_maxKept)
+    if (m_memory == nullptr)
         return;
-    m_handler->ForgetLocator();
-    m_budget.SetLocator(nullptr);
-    m_reader.reset();
-    m_memory.reset();
+    if (m_noSchemaLoaded ? m_memory->GetHeld() > c_maxKept : m_memory->HasRefused())
+        DropReader();
 }
 
 template <typename Scan>
@@ -240,8 +243,15 @@ void XercesXMLParserImpl::ScanWithXerces(const XercesInputSource& document)
 {
     // A new one would have to load all schemas again: what one that has them forgot stays until
     // the parser ends.
-    if (m_reader == nullptr || (m_remains == Remains::Damage && m_noSchemaLoaded))
+    if (m_noSchemaLoaded && (m_reader == nullptr || m_remains == Remains::Damage))
         MakeReader();
+    if (m_reader == nullptr) {
+        if (!RestoreSchemas()) {
+            CollectHandlerErrors();
+            return;
+        }
+        BeginBudget(document, true);
+    }
     if (const auto tag = CollidingTags::FindFirst(document, GetNameCollisionLimit(),
                                                   !m_noSchemaLoaded, m_budget.GetTagReach()))
         m_budget.FailAtTag(tag->line, tag->column);

@@ -37,6 +37,49 @@ TEST(MemoryReserve, IsWholeAgainWhenAllIsBack)
     }
 }
 
+TEST(MemoryReserve, GivesOutAgainWhatLiesBehindTheLastBlockThatIsNotBack)
+{
+    MemoryReserve reserve;
+    void* const first = reserve.Allocate(100);
+    for (int round = 0; round < 1000; ++round) {
+        // As the stack of a destructor grows.
+        void* const small = reserve.Allocate(1000);
+        void* const large = reserve.Allocate(2000);
+        ASSERT_NE(large, nullptr);
+        EXPECT_TRUE(reserve.Deallocate(small));
+        EXPECT_TRUE(reserve.Deallocate(large));
+    }
+    EXPECT_TRUE(reserve.Deallocate(first));
+    EXPECT_EQ(reserve.Allocate(1), first);
+}
+
+TEST(MemoryReserve, TakesABlockBackTwice)
+{
+    MemoryReserve reserve;
+    void* const first = reserve.Allocate(100);
+    void* const second = reserve.Allocate(100);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_TRUE(reserve.Deallocate(first));
+    EXPECT_NE(reserve.Allocate(100), first);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_TRUE(reserve.Deallocate(second));
+}
+
+TEST(MemoryReserve, GrowsWhileNothingOfItIsInUse)
+{
+    constexpr std::size_t c_large = 100'000;
+    MemoryReserve reserve;
+    void* const block = reserve.Allocate(100);
+    reserve.Require(c_large);
+    EXPECT_EQ(reserve.Allocate(c_large - 100), nullptr);
+    EXPECT_TRUE(reserve.Deallocate(block));
+    reserve.Require(c_large);
+    void* const large = reserve.Allocate(c_large - 100);
+    ASSERT_NE(large, nullptr);
+    std::memset(large, 1, c_large - 100);
+    EXPECT_TRUE(reserve.Deallocate(large));
+}
+
 TEST(MemoryReserve, KnowsItsOwnBlocks)
 {
     MemoryReserve reserve;
