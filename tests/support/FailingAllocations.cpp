@@ -1,5 +1,6 @@
 #include "support/FailingAllocations.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -24,6 +25,7 @@ constexpr std::size_t c_unlimited = std::numeric_limits<std::size_t>::max();
 thread_local std::size_t s_allowed = c_unlimited;
 thread_local std::size_t s_failures = 0;
 thread_local bool s_hasFailed = false;
+std::atomic<std::size_t> s_failed = 0;
 thread_local std::ptrdiff_t s_live = 0;
 
 /// What PlacedAllocation hands over.
@@ -52,6 +54,7 @@ bool Allow() noexcept
         return true;
     --s_failures;
     s_hasFailed = true;
+    ++s_failed;
     return false;
 }
 
@@ -72,6 +75,11 @@ FailingAllocations::~FailingAllocations()
 bool FailingAllocations::HasFailed() noexcept
 {
     return s_hasFailed;
+}
+
+std::size_t CountFailedAllocations() noexcept
+{
+    return s_failed;
 }
 
 std::ptrdiff_t CountLiveAllocations() noexcept

@@ -22,6 +22,9 @@ public:
     static bool HasFailed() noexcept;
 };
 
+/// How many allocations have failed in the process.
+std::size_t CountFailedAllocations() noexcept;
+
 /// How many allocations of the calling thread are not freed yet, as far as they can be counted: a
 /// difference of two calls tells of leaks. Always 0 with sanitizers, which look for leaks
 /// themselves.
