@@ -31,11 +31,11 @@ void AbstractXMLParser::LoadXSDString(const char* utf8, const TString& id)
 
 void AbstractXMLParser::LoadXSDFile(const TString& path)
 {
-    const TString mark(1, EncodingTable::c_byteOrderMark);
+    const TString byteOrderMark(1, EncodingTable::c_byteOrderMark);
     TString text = TFile::LoadTextFile(TPath(path), 1);
     // One was taken off. The parser takes off the first that it gets to see, and refuses a second.
-    if (text.startsWith(mark))
-        text = mark + text;
+    if (text.startsWith(byteOrderMark))
+        text = byteOrderMark + text;
     LoadXSDString(text, path);
 }
 

@@ -115,8 +115,8 @@ private:
     bool ScanDirectly(const XercesInputSource& document);
     DirectScanning::Verdict FindReasonForXerces() const;
     void ScanWithXerces(const XercesInputSource& document);
-    /// What an unusual document has made the parser take.
-    /// So does the reader itself where it was refused memory and has schemas.
+    /// What an unusual document has made the parser take, and the reader itself where it was
+    /// refused memory while it has schemas.
     void GiveBack() noexcept;
     /// Calls `scan` and records what it throws.
     template <typename Scan>
@@ -131,7 +131,6 @@ private:
     void BeginBudget(const XercesInputSource& input, bool isValidating);
     void RecordLimit(const LimitExceeded& exceeded, const TString& id);
     void RecordRefusal(const XercesInputSource& input, const TString& id);
-    void LoadGrammar(const XercesInputSource& schema);
     void CollectHandlerErrors();
 
     ParsedNames m_names;
