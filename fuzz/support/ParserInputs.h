@@ -143,7 +143,8 @@ inline void ReadLimit(ByteReader& reader, ParseLimits& limits)
     case 3:
         return limits.SetValidationWorkLimit(factor, threshold * 64);
     case 4:
-        return limits.SetNameCollisionLimit(threshold);
+        // The direct scanner has no such limit: no more names may collide than do so by chance.
+        return limits.SetNameCollisionLimit(64 + threshold);
     case 5:
         return limits.SetMessageLimit(factor, threshold);
     default:
