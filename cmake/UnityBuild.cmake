@@ -1,6 +1,17 @@
-# Compiling many sources at once takes a third of the time that compiling each takes. It is for builds
-# that are made whole and seldom edited, such as those with sanitizers: CMAKE_UNITY_BUILD=ON asks for
-# it. The other builds show that every source stands by itself.
+# Compiling many sources at once takes a third of the time that compiling each takes. Test programs
+# always are; the libraries and the tool in builds that are made whole and seldom edited, such as those
+# with sanitizers: CMAKE_UNITY_BUILD=ON asks for it. Headers that nearly every source includes are
+# compiled once where there are tests. Builds of what is installed do neither: they show that every
+# source of the libraries and of the tool stands by itself.
+option(KESCOREXML_PRECOMPILE "Compile the headers that nearly every source includes only once"
+  ${KESCOREXML_TESTS})
+
+# kescorexml_precompile(TARGET HEADER...)
+function(kescorexml_precompile target)
+  if(KESCOREXML_PRECOMPILE)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
+endfunction()
 
 # Compiles the sources of each folder together: kescorexml_unite_folders(SOURCE...)
 function(kescorexml_unite_folders)
@@ -14,9 +25,6 @@ endfunction()
 # Compiles sources together that define nothing for each other, such as tests, each in a namespace of
 # its own, so that they may use the same names: kescorexml_unite_apart(TARGET SOURCE...)
 function(kescorexml_unite_apart target)
-  if(NOT CMAKE_UNITY_BUILD)
-    return()
-  endif()
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${ARGN})
   # What they include must not land in these namespaces.
   set(includes)
@@ -31,6 +39,7 @@ function(kescorexml_unite_apart target)
   file(CONFIGURE OUTPUT ${header} CONTENT "#pragma once\n${includes}\n" @ONLY)
   target_precompile_headers(${target} PRIVATE ${header})
   set_target_properties(${target} PROPERTIES
+    UNITY_BUILD ON
     UNITY_BUILD_UNIQUE_ID KESCOREXML_SOURCE
     UNITY_BUILD_CODE_BEFORE_INCLUDE "namespace KESCOREXML_SOURCE {"
     UNITY_BUILD_CODE_AFTER_INCLUDE "}")

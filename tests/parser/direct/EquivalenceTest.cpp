@@ -1,6 +1,7 @@
 // Documents that cover every construct, with the direct scanner and without: nobody can tell.
 
 #include "support/BothScanners.h"
+#include "support/Effort.h"
 #include "support/ExpectSame.h"
 #include "support/OddDocuments.h"
 
@@ -53,8 +54,9 @@ TEST(DirectEquivalence, TheDocumentsAreWhatTheySayTheyAre)
 TEST(DirectEquivalence, OddDocumentsGiveTheSameThroughEveryDoor)
 {
     BothScanners both;
-    for (const OddDocuments::Document& document : OddDocuments::All())
-        ASSERT_TRUE(ExpectSame(both.CompareAll(document.bytes)));
+    const auto& documents = OddDocuments::All();
+    for (std::size_t i = 0; i < documents.size(); i += Effort::c_stride)
+        ASSERT_TRUE(ExpectSame(both.CompareAll(documents[i].bytes)));
 }
 
 TEST(DirectEquivalence, OddDocumentsGiveTheSameToParsersThatHaveSeenNothing)
