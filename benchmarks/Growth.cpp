@@ -204,6 +204,9 @@ void AddCollidingFamilies(std::vector<Family>& families)
     add("elements", entity + "]><a>", "<", "/>", "</a>");
     add("elements before a wrong last byte", "<a>", "<", "/>", "</b>");
     add("attributes of a tag", entity + "]><a", " ", "=''", "/>");
+    add("attributes of a tag that references hide", entity + "<!ENTITY f \"&#60;b", " ", "=''",
+        "/>\">]><a/>");
+    add("names of a content model", entity + "<!ELEMENT a (b", "|", "", ")*>]><a/>");
     add("declared elements", entity, "<!ELEMENT ", " ANY>", "]><a/>");
     add("declared attributes", entity, "<!ATTLIST a ", " CDATA #IMPLIED>", "]><a/>");
     add("entities", entity, "<!ENTITY ", " ''>", "]><a/>");

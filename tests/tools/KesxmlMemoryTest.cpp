@@ -1,7 +1,10 @@
 #include "support/KesxmlProcess.h"
 
 #include <cstddef>
+#include <string>
+#include <vector>
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -18,19 +21,31 @@ struct Checked
     std::size_t peakBytes;
 };
 
-Checked CheckQuietly(const QString& file)
+/// What the command says goes nowhere.
+Checked RunAndMeasure(std::vector<std::string> words)
 {
-    const std::string path = file.toStdString();
-    const char* const arguments[] = {KESXML_PATH, "check", "--quiet", path.c_str(), nullptr};
+    words.insert(words.begin(), KESXML_PATH);
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t nowhere;
+    posix_spawn_file_actions_init(&nowhere);
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
+        posix_spawn_file_actions_addopen(&nowhere, stream, "/dev/null", O_WRONLY, 0);
     pid_t process = 0;
-    EXPECT_EQ(posix_spawn(&process, KESXML_PATH, nullptr, nullptr,
-                          const_cast<char* const*>(arguments), environ),
-              0);
+    EXPECT_EQ(posix_spawn(&process, KESXML_PATH, &nowhere, nullptr, arguments.data(), environ), 0);
+    posix_spawn_file_actions_destroy(&nowhere);
     int status = 0;
     rusage usage{};
     EXPECT_EQ(wait4(process, &status, 0, &usage), process);
     EXPECT_TRUE(WIFEXITED(status));
     return {WEXITSTATUS(status), static_cast<std::size_t>(usage.ru_maxrss) * 1024};
+}
+
+Checked CheckQuietly(const QString& file)
+{
+    return RunAndMeasure({"check", "--quiet", file.toStdString()});
 }
 
 } // namespace
@@ -49,4 +64,40 @@ TEST_F(KesxmlMemory, OfACheckHoldsATreeOnlyToNameTheElementOfAnError)
     const std::size_t limit = (100U << 20) + 3 * static_cast<std::size_t>(elements.size());
     EXPECT_LT(fine.peakBytes, limit);
     EXPECT_GT(wrong.peakBytes, limit);
+}
+
+TEST_F(KesxmlMemory, IsWhatIsStated)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers hold memory of their own";
+#endif
+    struct Figures
+    {
+        std::vector<std::string> words;
+        const char* end;
+        int documents;
+        /// For each byte of them.
+        std::size_t bytes;
+    };
+    const Figures all[] = {
+        {{"check"}, "</s>", 1, 28},        {{"stats"}, "</r>", 1, 28},
+        {{"query", "//b"}, "</r>", 1, 28}, {{"query", "//a"}, "</r>", 1, 60},
+        {{"diff"}, "</r>", 2, 62},
+    };
+    constexpr std::size_t c_fewer = 200'000;
+    constexpr std::size_t c_more = 600'000;
+    for (const Figures& figures : all) {
+        SCOPED_TRACE(figures.words.front());
+        const auto measure = [&](std::size_t elements) {
+            const QByteArray text =
+                "<r>" + QByteArray("<a/>").repeated(static_cast<int>(elements)) + figures.end;
+            std::vector<std::string> words = figures.words;
+            for (int i = 0; i < figures.documents; ++i)
+                words.push_back(Write("list" + QString::number(i) + ".xml", text).toStdString());
+            return RunAndMeasure(words).peakBytes;
+        };
+        const std::size_t bytes =
+            (c_more - c_fewer) * 4 * static_cast<std::size_t>(figures.documents);
+        EXPECT_LE(measure(c_more) - measure(c_fewer), figures.bytes * bytes);
+    }
 }

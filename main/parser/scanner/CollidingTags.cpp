@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -118,13 +119,14 @@ private:
     std::size_t m_at;
 };
 
+/// The shortest attribute is " a=''".
+constexpr std::uint64_t c_shortest = 5;
+
 /// Where a tag begins that has more than `maximum` colliding names, or npos. Such a tag is long,
 /// and no well-formed one has a "<" inside: what is no such tag need not be gone through.
 std::size_t FindTag(const Bytes& bytes, std::uint64_t maximum, bool hasNamespaces,
                     std::size_t& reach)
 {
-    // The shortest attribute is " a=''".
-    constexpr std::uint64_t c_shortest = 5;
     constexpr std::uint64_t c_longestStep = 0x10000;
     const auto step = static_cast<std::size_t>(
         std::clamp(maximum, std::uint64_t{16}, c_longestStep) * c_shortest);
@@ -161,4 +163,13 @@ std::optional<ScanPosition> CollidingTags::FindFirst(const XercesInputSource& do
     if (at == c_npos)
         return std::nullopt;
     return Utf8Faults::LocateEnd(bytes.substr(0, at));
+}
+
+bool CollidingTags::HasAny(std::u16string_view text, std::uint64_t maximum, bool hasNamespaces,
+                           std::size_t& reach)
+{
+    if (text.size() / c_shortest <= maximum)
+        return false;
+    const std::string bytes = TString(text).toStdString();
+    return FindTag(Bytes(bytes), maximum, hasNamespaces, reach) != c_npos;
 }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 class XercesInputSource;
 
@@ -22,5 +23,10 @@ namespace CollidingTags {
 /// Takes little time for a document whose tags are short: it looks at a few bytes in a thousand.
 std::optional<ScanPosition> FindFirst(const XercesInputSource& document, std::uint64_t maximum,
                                       bool hasNamespaces, std::size_t& reach);
+
+/// Whether there is one in the text of an entity, in which character references stand for what they
+/// mean. All else is as above; most texts of entities cost hardly anything.
+bool HasAny(std::u16string_view text, std::uint64_t maximum, bool hasNamespaces,
+            std::size_t& reach);
 
 } // namespace CollidingTags

@@ -44,6 +44,8 @@ public:
     /// As Add, for an attribute. With `hasNamespaces`, the scanner hashes what stands behind the
     /// prefix.
     std::size_t AddAttribute(std::u16string_view name, bool hasNamespaces);
+    /// So many different names were added.
+    std::size_t GetCount() const noexcept { return m_hashes.size(); }
     /// So many buckets the table may have now.
     std::size_t GetReach() const noexcept { return m_tables.back().size(); }
 

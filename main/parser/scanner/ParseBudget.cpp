@@ -2,6 +2,7 @@
 
 #include "base/StackGuard.h"
 #include "bytes/XercesText.h"
+#include "scanner/CollidingTags.h"
 
 #include <kesplatform/TFormatString.h>
 
@@ -11,16 +12,26 @@
 
 namespace {
 
-/// The scanner sets up a large buffer for each entity that is open, and compares names with them.
-constexpr std::uint64_t c_unitsAnOpenEntity = 64;
+/// The scanner sets up a large buffer for each entity that it opens.
+constexpr std::uint64_t c_unitsAnEntity = 512;
 /// The scanner's table of the elements that no schema declares; it does not grow. Elements of one
 /// name in different namespaces share a bucket.
 constexpr NameBuckets::Shape c_validatedElements = NameBuckets::Fixed(29);
-/// A look-up goes through all of the bucket, and hardly anything of it is in the caches: it takes
-/// that many times as long for each as for a level.
-constexpr std::uint64_t c_lookUpsAnElement = 32;
+/// A look-up goes through all of the bucket, and takes that many times as long for each element
+/// there as for a level.
+constexpr std::uint64_t c_lookUpsAnElement = 8;
+/// So many elements lie in the caches. Of more, hardly any does that a look-up meets in its bucket:
+/// for each that is too many, wherever it lies, a look-up takes that many times as long as for a
+/// level, and if all of them lie in its bucket, so much longer.
+constexpr std::uint64_t c_elementsInCaches = 4096;
+constexpr std::uint64_t c_lookUpsAnElementTooMany = 3;
+constexpr std::uint64_t c_lookUpsAnElementTooManyInBucket = 16;
+/// A namespace declaration takes that much less time than a level.
+constexpr std::uint64_t c_namespacesALevel = 4;
 /// Look-ups take little time each.
-constexpr std::uint64_t c_lookUpsAUnit = 8;
+constexpr std::uint64_t c_lookUpsAUnit = 4;
+/// Names of an attribute's type are compared in less time than those of a model are looked up.
+constexpr std::uint64_t c_namesComparedAUnit = 4;
 
 /// How the scanner's table of the names of a kind begins.
 constexpr NameBuckets::Shape GetShape(NameKind kind) noexcept
@@ -90,6 +101,9 @@ struct ModelSize
     std::uint64_t names = 0;
     /// The names, and what says how often something occurs.
     std::uint64_t particles = 0;
+    /// How many states the scanner's automaton may have unless they multiply, which memory shows:
+    /// in a sequence or where something is repeated, what may follow differs from name to name.
+    std::uint64_t states = 0;
 };
 
 /// Calls `forName` with each name, and `forRepetition` for what says how often something occurs.
@@ -115,17 +129,19 @@ ModelSize MeasureModel(std::u16string_view model)
     ModelSize size;
     WalkModel(
         model, [&](std::u16string_view) { ++size.names; }, [&] { ++size.particles; });
+    const auto commas = static_cast<std::uint64_t>(std::count(model.begin(), model.end(), u','));
+    size.states = std::min(size.names, 1 + commas + size.particles);
     size.particles += size.names;
     return size;
 }
 
-/// In look-ups, for the scanner's automaton: it has up to a state for each name, made of sets of
-/// names, of which a machine word holds 64.
+/// In look-ups, for the scanner's automaton: each state is made of sets of names, of which a
+/// machine word holds 64.
 std::uint64_t EstimateModelWork(const ModelSize& size) noexcept
 {
     const std::uint64_t square = MultiplySaturating(size.names, size.names);
     std::uint64_t work = MultiplySaturating(size.names, size.particles);
-    Add(work, MultiplySaturating(square, size.names) / 64);
+    Add(work, MultiplySaturating(square, size.states) / 64);
     return work;
 }
 
@@ -171,7 +187,7 @@ TString ParseBudget::DescribeMessageLimit() const
 
 void ParseBudget::AddExpansion(std::uint64_t units, std::size_t depth)
 {
-    AddScannerWork(units + depth * c_unitsAnOpenEntity);
+    AddScannerWork(units + c_unitsAnEntity + depth);
 }
 
 void ParseBudget::BeginMemory(bool countsSteps) noexcept
@@ -202,7 +218,6 @@ void ParseBudget::SettleMemory() noexcept
 
 void ParseBudget::DeclareElement(std::u16string_view name, std::u16string_view model)
 {
-    m_modelNodes = 0;
     MeetName(NameKind::DeclaredElement, name);
     if (model.starts_with(u'('))
         WalkModel(
@@ -231,7 +246,7 @@ void ParseBudget::DeclareAttribute(std::u16string_view elementName, std::u16stri
     // Which may be a list of names; the scanner compares each with all others.
     if (m_isValidating) {
         const std::uint64_t names = MeasureModel(type).names;
-        AddDeclarationWork(MultiplySaturating(names, names));
+        AddDeclarationWork(MultiplySaturating(names, names) / c_namesComparedAUnit);
     }
 }
 
@@ -242,6 +257,13 @@ void ParseBudget::DeclareEntity(std::u16string_view name)
         MeetName(NameKind::ParameterEntity, name.substr(1));
     else
         MeetName(NameKind::Entity, name);
+}
+
+void ParseBudget::CheckTagsOfEntity(std::u16string_view text)
+{
+    if (CollidingTags::HasAny(text, m_limits.GetNameCollisionLimit(), m_isValidating,
+                              m_tables.tagReach))
+        FailCollision(u"attributes of a tag");
 }
 
 void ParseBudget::OpenNamespaceScope(std::u16string_view prefix, std::u16string_view uri)
@@ -317,7 +339,7 @@ void ParseBudget::AddScannerWork(std::uint64_t amount)
 }
 
 void ParseBudget::AddValidationWork(std::u16string_view name, const XMLCh* uri,
-                                    const XMLCh* localName, std::uint64_t attributes)
+                                    const XMLCh* localName, std::uint64_t prefixedAttributes)
 {
     const std::uint64_t maximumDepth = m_limits.GetValidationDepthLimit();
     if (m_depth > maximumDepth) {
@@ -328,14 +350,14 @@ void ParseBudget::AddValidationWork(std::u16string_view name, const XMLCh* uri,
     SettleMemory();
     if (m_depth == 1 && !m_countsMemory)
         BeginMemory(false);
-    Add(m_lookUps, MultiplySaturating(1 + attributes, m_depth + m_namespacesInScope));
+    Add(m_lookUps, MultiplySaturating(1 + prefixedAttributes,
+                                      m_depth + m_namespacesInScope / c_namespacesALevel));
     if (m_elementTable == ElementTable::NoDocumentType)
         MeetUndeclaredElement(name);
     if (m_elementTable == ElementTable::NoSchema)
-        Add(m_lookUps,
-            MultiplySaturating(c_lookUpsAnElement, CountElementsInBucket(uri, localName)));
+        Add(m_lookUps, CountElementLookUps(uri, localName));
     if (m_lookUps > m_lookUpLimit) {
-        Fail(TFormatString(u"validation takes more look-ups of names than 8 times %1 units and %2 "
+        Fail(TFormatString(u"validation takes more look-ups of names than 4 times %1 units and %2 "
                            u"times the bytes of the document (validation work limit, "
                            u"SetValidationWorkLimit)")
                  .Format(m_limits.GetValidationWorkLimit().threshold,
@@ -373,11 +395,17 @@ void ParseBudget::FailMemory()
              .Format(DescribeGrowth(m_limits.GetValidationWorkLimit())));
 }
 
-std::uint64_t ParseBudget::CountElementsInBucket(const XMLCh* uri, const XMLCh* localName)
+std::uint64_t ParseBudget::CountElementLookUps(const XMLCh* uri, const XMLCh* localName)
 {
     if (!m_validatedElements)
         m_validatedElements.emplace(c_validatedElements);
-    return m_validatedElements->Add(ViewXMLCh(localName), ViewXMLCh(uri));
+    const auto countTooMany = [](std::uint64_t elements) {
+        return elements - std::min(elements, c_elementsInCaches);
+    };
+    const std::uint64_t inBucket = m_validatedElements->Add(ViewXMLCh(localName), ViewXMLCh(uri));
+    return c_lookUpsAnElement * inBucket +
+           c_lookUpsAnElementTooManyInBucket * countTooMany(inBucket) +
+           c_lookUpsAnElementTooMany * countTooMany(m_validatedElements->GetCount());
 }
 
 void ParseBudget::FailAmplification()

@@ -122,13 +122,15 @@ public:
         if (m_output > m_outputLimit) [[unlikely]]
             FailAmplification();
     }
-    /// `name` is the qualified name, and `known` what the budget noted down for it.
+    /// `name` is the qualified name, and `known` what the budget noted down for it. Declarations
+    /// of namespaces do not count for `prefixedAttributes`, which are heeded while validating.
     void StartElement(std::u16string_view name, ParsedNames::DeclaredAttributes& known,
-                      const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes)
+                      const XMLCh* uri, const XMLCh* localName, std::uint64_t attributes,
+                      std::uint64_t prefixedAttributes)
     {
         ++m_depth;
         if (m_isValidating) [[unlikely]]
-            AddValidationWork(name, uri, localName, attributes);
+            AddValidationWork(name, uri, localName, prefixedAttributes);
         if (known.parse != m_number) [[unlikely]]
             MeetElement(name, known);
         if (known.count != 0) [[unlikely]]
@@ -178,10 +180,14 @@ public:
     /// The scanner is about to make a node of a content model.
     void AddModelNode()
     {
-        if (m_isInDocumentType)
-            AddScannerWork(++m_modelNodes / c_modelNodesAUnit);
         if (m_countsMemory && m_countsSteps) [[unlikely]]
             AddToStep(++m_modelNodesInStep / 2);
+    }
+    /// The scanner has looked up a name of a content model, of which it tells only at its end.
+    void MeetModelName(std::u16string_view name)
+    {
+        if (m_isInDocumentType)
+            MeetName(NameKind::DeclaredElement, name);
     }
     /// The document type declares an element with that content model.
     void DeclareElement(std::u16string_view name, std::u16string_view model);
@@ -197,6 +203,8 @@ public:
     void EndElement() noexcept { --m_depth; }
     /// Parameter entities have names that begin with "%".
     void DeclareEntity(std::u16string_view name);
+    /// The text of an entity, in which character references stand for what they mean.
+    void CheckTagsOfEntity(std::u16string_view text);
     void OpenNamespaceScope(std::u16string_view prefix, std::u16string_view uri);
     void CloseNamespaceScope() noexcept { --m_namespacesInScope; }
 
@@ -214,9 +222,6 @@ private:
     /// each tag. A smaller table takes no longer than the tag.
     static constexpr std::size_t c_smallTagTable = 4096;
     static constexpr std::size_t c_bucketsAUnit = 32;
-    /// How many names a look-up takes at worst that counts one: a model has two nodes for each.
-    static constexpr std::uint64_t c_modelNodesAUnit = 8;
-
     NameBuckets& GetNames(NameKind kind);
     std::size_t& GetReach(NameKind kind) noexcept
     {
@@ -229,13 +234,14 @@ private:
     void CheckManyAttributeNames(std::span<const char16_t* const> names);
     void AddScannerWork(std::uint64_t amount);
     void AddValidationWork(std::u16string_view name, const XMLCh* uri, const XMLCh* localName,
-                           std::uint64_t attributes);
+                           std::uint64_t prefixedAttributes);
     void AddDeclarationWork(std::uint64_t amount);
     void BeginMemory(bool countsSteps) noexcept;
     void AddToStep(std::uint64_t amount);
     void RequireStack(std::size_t bytes);
     [[noreturn]] void FailMemory();
-    std::uint64_t CountElementsInBucket(const XMLCh* uri, const XMLCh* localName);
+    /// For an element that no schema declares.
+    std::uint64_t CountElementLookUps(const XMLCh* uri, const XMLCh* localName);
     [[noreturn]] void FailAmplification();
     [[noreturn]] void FailCollision(const char16_t* kind);
     [[noreturn]] void Fail(const TString& message);
@@ -255,9 +261,6 @@ private:
     bool m_countsAttributes = false;
     bool m_isInEntity = false;
     bool m_isInDocumentType = false;
-    /// Of the declaration. The scanner looks each name of a model up before it tells of the
-    /// declaration: in the worst case among all others of it.
-    std::uint64_t m_modelNodes = 0;
     std::uint64_t m_defaultAttributes = 0;
     ElementTable m_elementTable = ElementTable::NoDocumentType;
 

@@ -1,5 +1,7 @@
 #include "scanner/ScannerMemory.h"
 
+#include "bytes/XercesText.h"
+
 #include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/util/BinMemInputStream.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
@@ -10,8 +12,11 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <string>
+#include <string_view>
 
 using xercesc::BinMemInputStream;
+using xercesc::ContentSpecNode;
 using xercesc::XMLPlatformUtils;
 
 // For each entity, internal or not, in content, in an attribute's value, in a default value or
@@ -52,7 +57,7 @@ XMLSize_t GetBlockSize() noexcept
 
 bool IsOfModelNode(XMLSize_t size) noexcept
 {
-    return size == GetBlockSize<xercesc::ContentSpecNode>();
+    return size == GetBlockSize<ContentSpecNode>();
 }
 
 /// The address of a polymorphic object's type information, which objects begin with.
@@ -69,9 +74,16 @@ const void* GetStreamType()
     return ReadType(&sample);
 }
 
+const void* GetModelNodeType()
+{
+    const ContentSpecNode sample;
+    return ReadType(&sample);
+}
+
 } // namespace
 
-ScannerMemory::ScannerMemory(ParseBudget& budget) : m_budget(budget), m_streamType(GetStreamType())
+ScannerMemory::ScannerMemory(ParseBudget& budget)
+    : m_budget(budget), m_streamType(GetStreamType()), m_modelNodeType(GetModelNodeType())
 {
 }
 
@@ -117,6 +129,8 @@ void* ScannerMemory::allocate(XMLSize_t size)
     m_latest = block;
     m_latestSize = size;
     m_latestIsStack = isStack;
+    if (IsOfModelNode(size))
+        m_latestModelNode = static_cast<const std::byte*>(block) + GetHeaderSize();
     return block;
 }
 
@@ -139,7 +153,13 @@ void ScannerMemory::AddToBudget(XMLSize_t size)
 
 void ScannerMemory::ReserveForModelNode()
 {
-    m_budget.AddModelNode();
+    try {
+        MeetNameOfModelNode();
+        m_budget.AddModelNode();
+    } catch (...) {
+        m_hasRefused = true;
+        throw;
+    }
     try {
         m_reserve.Require(c_reserveForModel + (m_modelNodes + 1) * c_reserveForModelNode);
     } catch (const std::bad_alloc&) {
@@ -147,12 +167,31 @@ void ScannerMemory::ReserveForModelNode()
     }
 }
 
+void ScannerMemory::MeetNameOfModelNode()
+{
+    // Where the scanner makes a node for another one at once, either may be allocated first; until
+    // it is made, it is zeros. Nodes without a name have no element.
+    if (m_latestModelNode == nullptr || ReadType(m_latestModelNode) != m_modelNodeType)
+        return;
+    const auto* const node = static_cast<const ContentSpecNode*>(m_latestModelNode);
+    const xercesc::QName* const element = node->getElement();
+    if (element == nullptr)
+        return;
+    const std::u16string_view prefix = ViewXMLCh(element->getPrefix());
+    const std::u16string_view local = ViewXMLCh(element->getLocalPart());
+    if (prefix.empty())
+        m_budget.MeetModelName(local);
+    else
+        m_budget.MeetModelName(std::u16string(prefix).append(u":").append(local));
+}
+
 void* ScannerMemory::AllocateBlock(XMLSize_t size, bool isCounted)
 {
     try {
         void* const block = AllocateLinked(size, isCounted);
         // Readers are large, come once for each entity, and initialise themselves.
-        if (m_hasSchemas && size != GetBlockSize<xercesc::XMLReader>())
+        const bool isReader = size == GetBlockSize<xercesc::XMLReader>();
+        if ((m_hasSchemas && !isReader) || IsOfModelNode(size))
             std::memset(block, 0, size);
         return block;
     } catch (const xercesc::OutOfMemoryException&) {
@@ -207,6 +246,8 @@ void ScannerMemory::deallocate(void* block)
         m_latest = nullptr;
     if (block == m_refusedStream)
         m_refusedStream = nullptr;
+    if (m_latestModelNode == static_cast<const std::byte*>(block) + GetHeaderSize())
+        m_latestModelNode = nullptr;
     if (block == m_topReader) [[unlikely]] {
         m_readers.pop_back();
         m_topReader = m_readers.empty() ? nullptr : m_readers.back();

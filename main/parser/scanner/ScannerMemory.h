@@ -63,6 +63,8 @@ private:
     void FreeLinked(void* block) noexcept;
     void AddToBudget(XMLSize_t size);
     void ReserveForModelNode();
+    /// Looks at the node before, which is complete by now, if it is still there.
+    void MeetNameOfModelNode();
     /// Tells the scanner that there is no memory.
     [[noreturn]] void FailMemory();
     /// Whether a block of that size is for the stack of a destructor.
@@ -77,10 +79,14 @@ private:
     std::size_t m_held = 0;
     /// What an object of the type of an entity's stream begins with.
     const void* m_streamType;
+    /// The same of a node of a content model.
+    const void* m_modelNodeType;
     /// The block allocated last, unless it is gone.
     void* m_latest = nullptr;
     XMLSize_t m_latestSize = 0;
     bool m_latestIsStack = false;
+    /// The node of a content model that was allocated last, unless it is gone.
+    const void* m_latestModelNode = nullptr;
     std::vector<void*> m_readers;
     /// The last of m_readers, or null.
     void* m_topReader = nullptr;

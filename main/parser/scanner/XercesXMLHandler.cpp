@@ -40,6 +40,18 @@ std::size_t CountUnits(const xercesc::Attributes& attributes)
     return units;
 }
 
+/// The attributes whose prefixes the scanner looks up.
+std::uint64_t CountPrefixed(const xercesc::Attributes& attributes)
+{
+    std::uint64_t count = 0;
+    for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
+        const std::u16string_view name = ViewXMLCh(attributes.getQName(i));
+        const bool isPrefixed = name.find(u':') != std::u16string_view::npos;
+        count += isPrefixed && !name.starts_with(u"xmlns:") ? 1U : 0U;
+    }
+    return count;
+}
+
 /// The text that a schema compiler shall read, as UTF-8 whatever encoding it declares.
 std::unique_ptr<xercesc::InputSource> MakeSchemaSource(const TString& text, const TString& path)
 {
@@ -118,7 +130,8 @@ void XercesXMLHandler::startElement(const XMLCh* uri, const XMLCh* localName, co
     m_names.ForgetIfLarge();
     ParsedNames::Entry& name = m_names.FindElement(reinterpret_cast<const char16_t*>(qName));
     const XMLSize_t count = attributes.getLength();
-    m_budget.StartElement(name.name.view(), name.declaredAttributes, uri, localName, count);
+    m_budget.StartElement(name.name.view(), name.declaredAttributes, uri, localName, count,
+                          m_budget.IsValidating() ? CountPrefixed(attributes) : 0);
     if (m_budget.CountsAttributes())
         m_budget.AddAttributes(count, CountUnits(attributes));
     m_attributeNames.resize(count);
@@ -199,8 +212,10 @@ void XercesXMLHandler::internalEntityDecl(const XMLCh* name, const XMLCh* value)
 {
     const std::u16string_view text = ViewXMLCh(name);
     m_budget.DeclareEntity(text);
-    if (!text.starts_with(u'%'))
-        m_declaredEntities.try_emplace(TString(text), ViewXMLCh(value));
+    if (text.starts_with(u'%'))
+        return;
+    m_budget.CheckTagsOfEntity(ViewXMLCh(value));
+    m_declaredEntities.try_emplace(TString(text), ViewXMLCh(value));
 }
 
 void XercesXMLHandler::attributeDecl(const XMLCh* elementName, const XMLCh* name, const XMLCh* type,

@@ -241,6 +241,50 @@ TEST(NameCollisions, OfNamesInContentModelsAreThoseOfDeclaredElements)
     EXPECT_TRUE(parse(21));
 }
 
+TEST(NameCollisions, OfNamesInAContentModelAreFoundBeforeItsEnd)
+{
+    // It would take time in the square of their number to get there.
+    for (const char* const begin : {"(#PCDATA|", "(x,(y|z)*,(", "((("}) {
+        for (const bool isPrefixed : {false, true}) {
+            SCOPED_TRACE(begin);
+            std::string names;
+            for (const std::string& name : MakeCollidingNames(22))
+                names += (isPrefixed ? "p:" : "") + name + "|";
+            DOMParser parser;
+            parser.SetNameCollisionLimit(20);
+            std::vector<std::string> errors;
+            for (const TString& error :
+                 parser.ParseXmlString("<!DOCTYPE a [<!ELEMENT a " + (begin + names), u"id")
+                     ->GetErrors())
+                errors.push_back(error.toStdString());
+            EXPECT_THAT(errors, IsCollision("declared elements"));
+        }
+    }
+}
+
+TEST(NameCollisions, OfATagThatCharacterReferencesHideAreFoundWhereItsEntityIsDeclared)
+{
+    const auto parse = [](const std::string& opening, unsigned count) {
+        const std::string tag = opening + "b" +
+                                RepeatFor(MakeCollidingNames(count),
+                                          [](const std::string& n) { return " " + n + "=''"; }) +
+                                "/>";
+        DOMParser parser;
+        parser.SetNameCollisionLimit(20);
+        std::vector<std::string> errors;
+        for (const TString& error :
+             parser.ParseXmlString(WithEntity("<!ENTITY f \"" + tag + "\">", "<a/>"), u"id")
+                 ->GetErrors())
+            errors.push_back(error.toStdString());
+        return errors;
+    };
+    EXPECT_THAT(parse("&#60;", 20), IsEmpty());
+    EXPECT_THAT(parse("&#60;", 21), IsCollision("attributes of a tag"));
+    EXPECT_THAT(parse("&#x3C;", 21), IsCollision("attributes of a tag"));
+    // In content, this one begins no tag.
+    EXPECT_THAT(parse("&#38;#60;", 21), IsEmpty());
+}
+
 TEST(NameCollisions, OfElementsAreNotHiddenByDeclaredOnesWhichLieElsewhere)
 {
     std::string declarations;
@@ -262,9 +306,9 @@ TEST(NameCollisions, OfOneDocumentDoNotCountForTheNext)
 {
     DOMParser parser;
     const Place elements = MakePlaces().front();
-    const std::vector<std::string> names = MakeCollidingNames(1600);
-    const std::vector<std::string> first(names.begin(), names.begin() + 800);
-    const std::vector<std::string> second(names.begin() + 800, names.end());
+    const std::vector<std::string> names = MakeCollidingNames(6000);
+    const std::vector<std::string> first(names.begin(), names.begin() + 3000);
+    const std::vector<std::string> second(names.begin() + 3000, names.end());
     EXPECT_FALSE(parser.ParseXmlString(elements.make(first), u"id")->HasErrors());
     EXPECT_FALSE(parser.ParseXmlString(elements.make(second), u"id")->HasErrors());
 }
@@ -273,7 +317,7 @@ TEST(NameCollisions, LeaveWhatCameBeforeInTheTree)
 {
     DOMParser parser;
     const auto document =
-        parser.ParseXmlString(MakePlaces().front().make(MakeCollidingNames(2000)), u"id");
+        parser.ParseXmlString(MakePlaces().front().make(MakeCollidingNames(c_limit + 900)), u"id");
     ASSERT_NE(document->GetDocumentRoot(), nullptr);
     EXPECT_EQ(document->GetDocumentRoot()->GetChildren().size(), c_limit);
 }
@@ -281,15 +325,16 @@ TEST(NameCollisions, LeaveWhatCameBeforeInTheTree)
 TEST(NameCollisions, OfATagAreFoundBeforeTheScannerMeetsThem)
 {
     const std::string head = "<a>text\n<b/>";
-    const std::string attributes = RepeatFor(
-        MakeCollidingNames(2000), [](const std::string& n) { return "\t" + n + " = \"x>y\""; });
+    const std::string attributes =
+        RepeatFor(MakeCollidingNames(c_limit + 900),
+                  [](const std::string& n) { return "\t" + n + " = \"x>y\""; });
     const std::string document = head + "<c" + attributes + "></c></b>";
     DOMParser parser;
     const auto broken = parser.ParseXmlString(document, u"id");
     EXPECT_EQ(broken->GetDocumentRoot(), nullptr);
     ASSERT_EQ(broken->GetErrors().size(), 1U);
     EXPECT_THAT(broken->GetErrors().front().toStdString(),
-                testing::StartsWith("Fatal Error(2,5): more than 1024 attributes of a tag "));
+                testing::StartsWith("Fatal Error(2,5): more than 4096 attributes of a tag "));
     // In other encodings, too.
     for (const auto& [unitSize, isLittle] :
          {std::pair(2U, true), std::pair(2U, false), std::pair(4U, true), std::pair(4U, false)}) {
@@ -297,7 +342,7 @@ TEST(NameCollisions, OfATagAreFoundBeforeTheScannerMeetsThem)
         const auto errors = parser.ParseXmlBytes(Widen(document, unitSize, isLittle))->GetErrors();
         ASSERT_EQ(errors.size(), 1U);
         EXPECT_THAT(errors.front().toStdString(),
-                    testing::StartsWith("Fatal Error(2,5): more than 1024 attributes of a tag "));
+                    testing::StartsWith("Fatal Error(2,5): more than 4096 attributes of a tag "));
     }
 }
 
@@ -306,7 +351,7 @@ TEST(NameCollisions, OfATagAreFoundBetweenBlanksOfVersion11)
     // U+0085 and U+2028.
     for (const char* const blank : {"\xC2\x85", "\xE2\x80\xA8"}) {
         const std::string tag =
-            "<c" + RepeatFor(MakeCollidingNames(2000), [&](const std::string& n) {
+            "<c" + RepeatFor(MakeCollidingNames(c_limit + 900), [&](const std::string& n) {
                 return blank + n + blank + "=" + blank + "''";
             });
         DOMParser parser;
@@ -316,7 +361,7 @@ TEST(NameCollisions, OfATagAreFoundBetweenBlanksOfVersion11)
         ASSERT_EQ(document->GetErrors().size(), 1U);
         EXPECT_THAT(document->GetErrors().front().toStdString(), HasSubstr("hashes collide"));
         // Without them, they are blanks for the scanner, too.
-        parser.SetNameCollisionLimit(3000);
+        parser.SetNameCollisionLimit(c_limit + 900);
         EXPECT_FALSE(
             parser.ParseXmlString("<?xml version='1.1'?><a>" + tag + blank + "/></a>", u"id")
                 ->HasErrors());
@@ -431,7 +476,7 @@ TEST(NameCollisions, OfTheDirectScannerDoNotExist)
     for (const char* const rest : {"", "<a>", "x"}) {
         const std::string document =
             "<a>" +
-            RepeatFor(MakeCollidingNames(2000),
+            RepeatFor(MakeCollidingNames(c_limit + 900),
                       [](const std::string& n) { return "<" + n + " " + n + "=''/>"; }) +
             "</a>" + rest;
         const auto errors = DOMParser().ParseXmlString(document, u"id")->GetErrors();

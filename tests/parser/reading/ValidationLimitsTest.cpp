@@ -1,3 +1,4 @@
+#include "support/CollidingNames.h"
 #include "support/LimitedParse.h"
 #include "support/Repeat.h"
 #include "support/SmallStack.h"
@@ -58,14 +59,14 @@ TEST(ParseLimits, DepthIsThatOfOpenElements)
     EXPECT_THAT(session.Parse(), IsEmpty());
 }
 
-TEST(ParseLimits, TenThousandLevelsCanBeValidated)
+TEST(ParseLimits, FortyThousandLevelsCanBeValidated)
 {
     RunOnSmallStack([] {
-        Session most(Nest(10000), c_openSchema);
+        Session most(Nest(40000), c_openSchema);
         EXPECT_THAT(most.Parse(), IsEmpty());
-        Session more(Nest(10001), c_openSchema);
+        Session more(Nest(40001), c_openSchema);
         EXPECT_THAT(more.Parse(), c_isDepthError);
-        EXPECT_EQ(more.sink->elements, 10000U);
+        EXPECT_EQ(more.sink->elements, 40000U);
         Session many(Nest(1000000), c_openSchema);
         EXPECT_THAT(many.Parse(), c_isDepthError);
     });
@@ -77,21 +78,25 @@ TEST(ParseLimits, ValidationWorkCountsDepthNamespacesAndElementsOfABucket)
         // The depth, and nothing for an element that the schema declares.
         {"<a/>", 1},
         {"<a><a/><a><a/></a></a>", 1 + 2 + 2 + 3},
-        {"<a b='' c=''/>", 3 * 1},
-        // A declaration is an attribute, too, and is in scope until its element ends.
-        {"<a xmlns:p='u'><a/></a>", 2 * (1 + 1) + (2 + 1)},
-        {"<a><a xmlns:p='u'/><a/></a>", 1 + 2 * (2 + 1) + 2},
-        {"<a><b/><b/></a>", 1 + 2 * (2 + 32)},
-        {"<a><b xmlns='u'/><b xmlns='v'/><b xmlns='v'/></a>",
-         1 + (2 * (2 + 1) + 32) + 2 * (2 * (2 + 1) + 64)},
+        // Attributes with a prefix are looked up, too, but for declarations.
+        {"<a b='' c=''/>", 1},
+        {"<a xml:b='' c=''/>", 2 * 1},
+        // Of which four count one, until their element ends.
+        {"<a xmlns:p='u' xmlns:q='u' xmlns:r='u' xmlns:s='u'><a/></a>", (1 + 1) + (2 + 1)},
+        {"<a xmlns:p='u' xmlns:q='u' xmlns:r='u' xmlns:s='u' xmlns:t='u'><a/></a>",
+         (1 + 1) + (2 + 1)},
+        {"<a><a xmlns:p='u' xmlns:q='u' xmlns:r='u' xmlns:s='u' r:b=''/><a/></a>",
+         1 + 2 * (2 + 1) + 2},
+        {"<a><b/><b/></a>", 1 + 2 * (2 + 8)},
+        {"<a><b xmlns='u'/><b xmlns='v'/><b xmlns='v'/></a>", 1 + (2 + 8) + 2 * (2 + 16)},
         // The hashes of letters are 29 apart.
-        {"<a><b/><E/></a>", 1 + (2 + 32) + (2 + 64)},
-        {"<a><b/><F/></a>", 1 + (2 + 32) + (2 + 32)},
+        {"<a><b/><E/></a>", 1 + (2 + 8) + (2 + 16)},
+        {"<a><b/><F/></a>", 1 + (2 + 8) + (2 + 8)},
     };
     for (const auto& [document, work] : documents) {
         SCOPED_TRACE(document);
         Session session(document, c_openSchema);
-        const std::uint64_t threshold = (work + 7) / 8;
+        const std::uint64_t threshold = (work + 3) / 4;
         session.parser->SetValidationWorkLimit(0, threshold);
         EXPECT_THAT(session.Parse(), IsEmpty());
         session.parser->SetValidationWorkLimit(0, threshold - 1);
@@ -110,7 +115,7 @@ TEST(ParseLimits, ElementsThatASchemaDeclaresAreLookedUpForNothing)
         Concatenate(290, [](const std::string& i) { return "<b" + i + "/>"; });
     Session session("<a>" + Repeat(children, 20) + "</a>", schema.c_str());
     // The depth of each, and hardly more.
-    session.parser->SetValidationWorkLimit(0, 290 * 20 * 2 / 8 + 8);
+    session.parser->SetValidationWorkLimit(0, 290 * 20 * 2 / 4 + 4);
     EXPECT_THAT(session.Parse(), IsEmpty());
 }
 
@@ -119,15 +124,28 @@ TEST(ParseLimits, ManyElementsThatNoSchemaKnowsEnd)
     const auto parse = [](const std::string& content) {
         Session session("<a>" + content + "</a>", c_openSchema);
         // An eighth of the limit, for it is the square that counts.
-        session.parser->SetValidationWorkLimit(1, 8U << 20);
+        session.parser->SetValidationWorkLimit(1, 32U << 20);
         return session.Parse();
     };
-    EXPECT_THAT(parse(Concatenate(10000, [](const std::string& i) { return "<b" + i + "/>"; })),
-                IsEmpty());
     EXPECT_THAT(parse(Concatenate(11500, [](const std::string& i) { return "<b" + i + "/>"; })),
+                IsEmpty());
+    EXPECT_THAT(parse(Concatenate(13500, [](const std::string& i) { return "<b" + i + "/>"; })),
                 c_isValidationWorkError);
+    // Those that share a bucket take more time.
+    const auto shareABucket = [](unsigned count) {
+        std::string text;
+        for (const std::string& name : MakeCollidingNames(count))
+            text += "<" + name + "/>";
+        return text;
+    };
+    EXPECT_THAT(parse(shareABucket(5200)), IsEmpty());
+    EXPECT_THAT(parse(shareABucket(5600)), c_isValidationWorkError);
+    // Those that the caches hold take less time.
     EXPECT_THAT(
-        parse(Concatenate(3000, [](const std::string& i) { return "<b xmlns='u" + i + "'/>"; })),
+        parse(Repeat(Concatenate(4000, [](const std::string& i) { return "<b" + i + "/>"; }), 20)),
+        IsEmpty());
+    EXPECT_THAT(
+        parse(Concatenate(6000, [](const std::string& i) { return "<b xmlns='u" + i + "'/>"; })),
         c_isValidationWorkError);
 }
 
@@ -136,15 +154,17 @@ TEST(ParseLimits, ManyNamespaceDeclarationsEnd)
     const std::string declarations =
         Concatenate(40000, [](const std::string& i) { return " xmlns:p" + i + "='u'"; });
     Session session("<a" + declarations + ">" + Repeat("<a/>", 40000) + "</a>", c_openSchema);
+    session.parser->SetValidationWorkLimit(100, 32U << 20);
     EXPECT_THAT(session.Parse(), c_isValidationWorkError);
 }
 
 TEST(ParseLimits, ValidationWorkCountsTheModelsThatADocumentTypeDeclares)
 {
-    // The names times the particles, and a 64th of the cube of the names.
+    // The names times the particles, and for each state a 64th of the square of the names.
     const auto list = [](int names, const char* suffix) {
         return Concatenate(names - 1, [&](const std::string& i) { return ",b" + i + suffix; });
     };
+    const std::string choice = Concatenate(31, [](const std::string& i) { return "|b" + i; });
     const std::pair<std::string, std::uint64_t> declarations[] = {
         {"<!ELEMENT x (b)>", 1},
         {"<!ELEMENT x (b?)>", 2},
@@ -152,10 +172,15 @@ TEST(ParseLimits, ValidationWorkCountsTheModelsThatADocumentTypeDeclares)
         {"<!ELEMENT x (#PCDATA | b | c)*>", 3 * 4},
         {"<!ELEMENT x (b" + list(32, "") + ")>", 32 * 32 + 32 * 32 * 32 / 64},
         {"<!ELEMENT x (b?" + list(32, "?") + ")>", 32 * 64 + 32 * 32 * 32 / 64},
+        // There is no sequence, and one repetition, or one for each name.
+        {"<!ELEMENT x (b" + choice + ")>", 32 * 32 + 32 * 32 * 1 / 64},
+        {"<!ELEMENT x (b" + choice + ")*>", 32 * 33 + 32 * 32 * 2 / 64},
+        {"<!ELEMENT x (b*" + Concatenate(31, [](const std::string& i) { return "|b" + i + "*"; }) +
+             ")>",
+         32 * 64 + 32 * 32 * 32 / 64},
         {"<!ELEMENT x (b)><!ELEMENT y (b)>", 1 + 1},
-        {"<!ATTLIST x y (b | c | d) 'b'>", 3 * 3},
-        {"<!NOTATION b SYSTEM 'b'><!ATTLIST x y NOTATION (b) #IMPLIED>", 2 * 2},
-        {"<!ATTLIST x y CDATA #IMPLIED>", 1},
+        {"<!ATTLIST x y (b | c | d | e | f) 'b'>", 5 * 5 / 4},
+        {"<!NOTATION b SYSTEM 'b'><!ATTLIST x y NOTATION (b) #IMPLIED>", 2 * 2 / 4},
     };
     for (const auto& [declaration, work] : declarations) {
         SCOPED_TRACE(declaration);
@@ -170,13 +195,14 @@ TEST(ParseLimits, ValidationWorkCountsTheModelsThatADocumentTypeDeclares)
 
 TEST(ParseLimits, ManyNamesInADeclarationEnd)
 {
-    const std::string names = Concatenate(10000, [](const std::string& i) { return "|e" + i; });
+    const std::string names = Concatenate(20000, [](const std::string& i) { return "|e" + i; });
     const std::string optional =
         Concatenate(3000, [](const std::string& i) { return ",e" + i + "?"; });
     for (const std::string& declaration :
          {"<!ELEMENT a (#PCDATA" + names + ")*>", "<!ELEMENT a (b" + names + ")*>",
           "<!ELEMENT a (b" + optional + ")>", "<!ATTLIST a b (c" + names + ") #IMPLIED>"}) {
         Session session(WithDoctype(declaration, "<a/>"), c_targetSchema);
+        session.parser->SetValidationWorkLimit(100, 64U << 20);
         EXPECT_THAT(session.Parse(), Contains(HasSubstr("(validation work limit, ")));
         EXPECT_EQ(session.sink->elements, 0U);
         // Nothing of it is work where nothing is validated.
@@ -213,6 +239,7 @@ TEST(ParseLimits, AModelThatTakesExponentialMemoryEnds)
                                         Repeat(",(b|c)", levels) + ")>",
                                     "<a>" + Repeat("<b/>", levels + 1) + "</a>"),
                         c_targetSchema);
+        session.parser->SetValidationWorkLimit(100, 64U << 20);
         return session.Parse();
     };
     EXPECT_THAT(parse(8), IsEmpty());
@@ -238,6 +265,7 @@ TEST(ParseLimits, ManySmallModelsOfExponentialSizeEnd)
                                         }) +
                             "</a>"),
             c_targetSchema);
+        session.parser->SetValidationWorkLimit(100, 64U << 20);
         return session.Parse();
     };
     EXPECT_THAT(parse(10), IsEmpty());
