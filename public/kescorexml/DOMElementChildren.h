@@ -84,7 +84,9 @@ private:
 };
 
 /// The same view of an element that must not change, what GetChildren() of a const element gives:
-/// copies of it stay const, too. It serves wherever a const DOMElementChildren is wanted.
+/// copies of it stay const, too. It serves wherever a const DOMElementChildren is wanted. What is
+/// const is the list and its owning pointers: like any std::unique_ptr, these still give elements
+/// that can be changed.
 ///
 /// Const operations may run side by side.
 class ConstDOMElementChildren : public DOMElementChildren

@@ -2,6 +2,7 @@
 
 #include "sinks/ParsedNames.h"
 #include "slabs/AttributeBlock.h"
+#include "slabs/ListPieces.h"
 #include "slabs/ParseArena.h"
 #include "tree/ParsedElements.h"
 
@@ -27,6 +28,7 @@ struct DOMBuilder::State
 
     bool keepWhitespaceText;
     ParseArena arena;
+    ListPieces pieces{arena};
     ParsedNames names;
 };
 
@@ -41,7 +43,7 @@ bool HasNull(const DOMElement::AttributeMap& attributes) noexcept
 }
 
 /// What is packed is only read, so that whoever made the map can use it again.
-AttributeStorage Pack(ParseArena& arena, ParsedNames& names, const TString& element,
+AttributeStorage Pack(ParseArena& arena, ParsedNames& names, ParsedNames::Entry& element,
                       DOMElement::AttributeMap&& attributes)
 {
     AttributeStorage storage;
@@ -56,12 +58,10 @@ AttributeStorage Pack(ParseArena& arena, ParsedNames& names, const TString& elem
             texts[i] = name.utf16();
             values[i++] = value.view();
         }
-        names.ForgetIfLarge();
-        ParsedNames::Entry& entry = names.Find(element.view());
         const std::span<const char16_t* const> list(texts.data(), count);
-        AttributeNames* known = ParsedNames::FindAttributeNames(entry, list);
+        AttributeNames* known = ParsedNames::FindAttributeNames(element, list);
         if (known == nullptr)
-            known = names.MakeAttributeNames(entry, list);
+            known = names.MakeAttributeNames(element, list);
         if (AttributeBlock* block =
                 AttributeBlock::Create(arena, *known, std::span(values.data(), count))) {
             storage.Adopt(block);
@@ -83,9 +83,12 @@ DOMBuilder::~DOMBuilder() = default;
 
 void DOMBuilder::StartElement(TString&& name, std::unordered_map<TString, TString>&& attributes)
 {
-    AttributeStorage packed = Pack(m_state->arena, m_state->names, name, std::move(attributes));
+    ParseArena& arena = m_state->arena;
+    m_state->names.ForgetIfLarge();
+    ParsedNames::Entry& entry = m_state->names.FindElement(name);
+    AttributeStorage packed = Pack(arena, m_state->names, entry, std::move(attributes));
     std::unique_ptr<DOMElement> element =
-        ParsedElements::New(m_state->arena, std::move(name), std::move(packed));
+        ParsedElements::New(arena, ParsedNames::GetNameIn(arena, entry), std::move(packed));
     if (m_location != nullptr) {
         int line = 0;
         int column = 0;
@@ -95,7 +98,8 @@ void DOMBuilder::StartElement(TString&& name, std::unordered_map<TString, TStrin
     // Nothing must fail between the insertion and the note that the element is open.
     if (m_stack.size() == m_stack.capacity())
         m_stack.reserve(2 * m_stack.size());
-    m_stack.push_back(m_stack.back()->AppendChild(std::move(element)));
+    m_stack.push_back(
+        ParsedElements::AppendNew(m_state->pieces, *m_stack.back(), std::move(element)));
 }
 
 void DOMBuilder::EndElement()

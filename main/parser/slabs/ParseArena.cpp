@@ -10,9 +10,6 @@
 
 namespace {
 
-/// The least that anything handed out takes of a slab.
-constexpr std::size_t c_smallestObject = alignof(void*);
-
 /// How many arenas there were.
 std::atomic<std::uint64_t> s_arenas{0};
 

@@ -115,7 +115,11 @@ public:
     /// may be, for it takes no room.
     TString ShareText(const std::byte* slot) noexcept
     {
-        m_slab->RetainUnshared(1);
+        // What is larger than the smallest object has left references over.
+        if (m_references > static_cast<std::size_t>(m_end - m_next) / c_smallestObject)
+            --m_references;
+        else
+            m_slab->Retain();
         return TStringBlock::AdoptSlot(slot);
     }
 
@@ -139,6 +143,8 @@ public:
 
 private:
     static constexpr std::size_t c_firstSlabBytes = 1024;
+    /// The least that anything handed out takes of a slab.
+    static constexpr std::size_t c_smallestObject = alignof(void*);
 
     void OpenSlab(std::size_t bytes);
     std::size_t GetNextSlabBytes() const noexcept;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "slabs/ListPieces.h"
 #include "slabs/ParseArena.h"
 
 #include <kescorexml/detail/SlabList.h>
@@ -57,18 +58,47 @@ std::size_t SlabList<Item>::Capacity() const noexcept
 }
 
 template <class Item>
-void SlabList<Item>::Reallocate(std::size_t capacity)
+typename SlabList<Item>::Header* SlabList<Item>::NewOnHeap(std::size_t capacity)
 {
     if (capacity > c_maxCapacity)
         throw std::length_error("An element cannot have so many children");
     static_assert(alignof(Item) <= sizeof(Header));
-    void* const memory = ::operator new(sizeof(Header) + capacity * sizeof(Item));
-    auto* const header = new (memory)
-        Header{static_cast<std::uint32_t>(size()), static_cast<std::uint32_t>(capacity)};
-    std::uninitialized_move_n(begin(), size(), reinterpret_cast<Item*>(header + 1));
-    std::destroy_n(begin(), size());
-    FreeMemory();
-    m_header = header;
+    void* const memory = ::operator new(BytesFor(capacity));
+    return new (memory) Header{0, static_cast<std::uint32_t>(capacity)};
+}
+
+template <class Item>
+typename SlabList<Item>::Header* SlabList<Item>::NewInSlab(std::byte* memory, const ParseSlab& slab,
+                                                           std::size_t capacity)
+{
+    static_assert(ParseSlab::c_maxBytes < 1U << c_slabOffsetBits);
+    const auto items = static_cast<std::uint32_t>(capacity);
+    return new (memory) Header{0, c_slabFlag | items << c_slabOffsetBits | slab.OffsetOf(memory)};
+}
+
+template <class Item>
+void SlabList<Item>::MoveInto(SlabList& grown) noexcept
+{
+    Item* const to = grown.First();
+    const std::size_t count = size();
+    // One after the other, which lets a compiler make a copy of it.
+    for (std::size_t i = 0; i < count; ++i) {
+        Item& item = First()[i];
+        new (to + i) Item(std::move(item));
+        std::destroy_at(&item);
+    }
+    Swap(grown);
+    m_header->size = static_cast<std::uint32_t>(count);
+    if (grown.m_header != nullptr)
+        grown.m_header->size = 0;
+}
+
+template <class Item>
+void SlabList<Item>::Reallocate(std::size_t capacity)
+{
+    SlabList grown;
+    grown.m_header = NewOnHeap(capacity);
+    MoveInto(grown);
 }
 
 template <class Item>
@@ -89,9 +119,33 @@ void SlabList<Item>::ReserveExactly(std::size_t count)
 }
 
 template <class Item>
+void SlabList<Item>::ReserveNext(ListPieces& pieces)
+{
+    const std::size_t capacity = Capacity();
+    const std::size_t needed = size() + 1;
+    if (needed <= capacity)
+        return;
+    SlabList grown;
+    const std::size_t bytes = BytesFor(needed);
+    if (bytes <= ListPieces::c_maxBytes) {
+        ParseSlab* slab = nullptr;
+        std::byte* const memory = pieces.Take(bytes, slab);
+        grown.m_header = NewInSlab(memory, *slab, needed);
+    } else {
+        grown.m_header = NewOnHeap(std::max(needed, capacity + capacity / 8));
+    }
+    MoveInto(grown);
+    if (BytesFor(capacity) > ListPieces::c_maxBytes)
+        return;
+    auto* const outgrown = reinterpret_cast<std::byte*>(grown.m_header);
+    if (ParseSlab* const slab = grown.TakeSlab())
+        pieces.GiveBack(outgrown, BytesFor(capacity), *slab);
+}
+
+template <class Item>
 void SlabList<Item>::FillIn(ParseArena& arena, Item* items, std::size_t count)
 {
-    const std::size_t bytes = sizeof(Header) + count * sizeof(Item);
+    const std::size_t bytes = BytesFor(count);
     if (m_header != nullptr || bytes > ParseArena::c_maxObjectBytes) {
         ReserveExactly(count);
         Insert(size(), items, count);
@@ -99,10 +153,8 @@ void SlabList<Item>::FillIn(ParseArena& arena, Item* items, std::size_t count)
     }
     ParseSlab* slab = nullptr;
     std::byte* const memory = arena.Allocate(bytes, slab);
-    static_assert(ParseSlab::c_maxBytes < 1U << c_slabOffsetBits);
-    const auto size = static_cast<std::uint32_t>(count);
-    m_header =
-        new (memory) Header{size, c_slabFlag | size << c_slabOffsetBits | slab->OffsetOf(memory)};
+    m_header = NewInSlab(memory, *slab, count);
+    m_header->size = static_cast<std::uint32_t>(count);
     std::uninitialized_move_n(items, count, First());
 }
 

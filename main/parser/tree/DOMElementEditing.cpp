@@ -3,6 +3,7 @@
 #include <kescorexml/DOMElement.h>
 
 #include "tree/ElementLife.h"
+#include "tree/ParsedElements.h"
 #include "tree/StaleLinks.h"
 #include "tree/TreeAssertions.h"
 
@@ -123,6 +124,17 @@ DOMElement* DOMElement::InsertChild(std::unique_ptr<DOMElement>&& child, const D
 DOMElement* DOMElement::AppendChild(std::unique_ptr<DOMElement>&& child)
 {
     return InsertChild(std::move(child), nullptr);
+}
+
+DOMElement* ParsedElements::AppendNew(ListPieces& pieces, DOMElement& parent,
+                                      std::unique_ptr<DOMElement> element)
+{
+    parent.m_children.ReserveNext(pieces);
+    // Nothing leads up to it, and it has no messages that could move.
+    element->m_dom = parent.m_dom;
+    DOMElement* const appended = element.get();
+    ElementInsertion::PutIn(parent, parent.m_children.size(), &element, 1);
+    return appended;
 }
 
 DOMElement* DOMElement::AddNewChild(const TString& name, const DOMElement* before)

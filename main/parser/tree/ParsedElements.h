@@ -1,6 +1,7 @@
 #pragma once
 
 #include "slabs/ArenaText.h"
+#include "slabs/ListPieces.h"
 #include "slabs/ParseArena.h"
 #include "slabs/SlabReferences.h"
 
@@ -25,6 +26,10 @@ public:
     /// REQUIRES: they and their descendants are attached to the document of `parent`.
     static void AttachChildren(ParseArena& arena, DOMElement& parent,
                                std::span<std::unique_ptr<DOMElement>> children);
+    /// What AppendChild does, in a list that grows with the parse. REQUIRES: an element that New
+    /// has just made.
+    static DOMElement* AppendNew(ListPieces& pieces, DOMElement& parent,
+                                 std::unique_ptr<DOMElement> element);
     /// Puts a run of text at the end of the element's and ends it.
     static void AppendText(DOMElement& element, ArenaText& text);
     /// Destroys an element without children, or null, and leaves to `references` what it referred

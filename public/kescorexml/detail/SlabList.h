@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+class ListPieces;
 class ParseArena;
 class ParseSlab;
 
@@ -40,6 +41,9 @@ public:
     void ReserveMore(std::size_t count);
     /// As ReserveMore, without the slack that lets a list grow step by step.
     void ReserveExactly(std::size_t count);
+    /// As ReserveMore(1) for a list that grows during a parse: with little slack and, while it is
+    /// short, with none, in memory of that parse.
+    void ReserveNext(ListPieces& pieces);
     /// Moves `count` items in order to the end, into memory of a parse where that will do. When
     /// this throws, they are where they were.
     void FillIn(ParseArena& arena, Item* items, std::size_t count);
@@ -82,6 +86,14 @@ private:
 
     Item* First() const noexcept { return reinterpret_cast<Item*>(m_header + 1); }
     std::size_t Capacity() const noexcept;
+    static constexpr std::size_t BytesFor(std::size_t capacity) noexcept
+    {
+        return sizeof(Header) + capacity * sizeof(Item);
+    }
+    static Header* NewOnHeap(std::size_t capacity);
+    static Header* NewInSlab(std::byte* memory, const ParseSlab& slab, std::size_t capacity);
+    /// Moves the items into the memory of an empty list, which gets the memory that they had.
+    void MoveInto(SlabList& grown) noexcept;
     void Reallocate(std::size_t capacity);
     void FreeMemory() noexcept;
 

@@ -11,6 +11,7 @@
 #include <memory>
 #include <new>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -24,6 +25,31 @@ public:
     }
     int calls = 0;
 };
+
+/// A list of items of which some lose, get or give away children while they are open, and some are
+/// moved.
+template <typename Start, typename End>
+void GrowAndEdit(DOMElement& other, const Start& start, const End& end)
+{
+    DOMElement* const list = start(u"list");
+    for (int i = 0; i < 100; ++i) {
+        DOMElement* const item = start(u"item");
+        for (int child = 0; child < i % 20; ++child) {
+            start(TString::number(child));
+            end();
+            if (child % 5 == 3)
+                item->RemoveChild(item->GetChildren()[1]);
+            if (child % 5 == 4)
+                item->AddNewChild(u"added", &item->GetChildren()[0]);
+            if (child == 10)
+                other.AdoptChildren(*item, nullptr);
+        }
+        end();
+        if (i % 3 == 0)
+            list->GetChildren().back().MoveToFront();
+    }
+    end();
+}
 
 } // namespace
 
@@ -183,6 +209,70 @@ TEST(DOMBuilder, LetsPartsOfTheTreeBeTakenOutMeanwhile)
     }
     EXPECT_EQ(taken->GetText(), u"text of 999");
     EXPECT_EQ(taken->GetAttribute(u"number"), u"999");
+}
+
+TEST(DOMBuilder, LetsTheTreeBeEditedMeanwhile)
+{
+    DOM dom;
+    DOMBuilder builder(dom, false);
+    DOMElement other(u"other");
+    GrowAndEdit(
+        other,
+        [&builder](const TString& name) {
+            builder.StartElement(TString(name), {});
+            return builder.PeekStack();
+        },
+        [&builder] { builder.EndElement(); });
+
+    DOM expected;
+    DOMElement expectedOther(u"other");
+    DOMElement* open = expected.GetRoot();
+    GrowAndEdit(
+        expectedOther, [&open](const TString& name) { return open = open->AddNewChild(name); },
+        [&open] { open = open->GetParent(); });
+    EXPECT_EQ(*dom.GetDocumentRoot(), *expected.GetDocumentRoot());
+    EXPECT_EQ(other, expectedOther);
+    EXPECT_EQ(dom.GetDocumentRoot()->GetChildren().size(), 100U);
+}
+
+TEST(DOMBuilder, LeavesChildrenWhereTheyAreUntilOneIsAdded)
+{
+    DOM dom;
+    DOMBuilder builder(dom, false);
+    builder.StartElement(u"list", {});
+    DOMElement& list = *builder.PeekStack();
+    for (int i = 0; i < 100; ++i) {
+        builder.StartElement(u"item", {});
+        const auto* const place = &*list.GetChildren().begin();
+        builder.StartElement(u"below", {});
+        builder.EndElement();
+        builder.EndElement();
+        EXPECT_EQ(&*list.GetChildren().begin(), place);
+    }
+    const auto* const place = &*list.GetChildren().begin();
+    builder.EndElement();
+    EXPECT_EQ(&*list.GetChildren().begin(), place);
+}
+
+TEST(DOMBuilder, LetsOtherThreadsEndElementsMeanwhile)
+{
+    DOM dom;
+    DOMBuilder builder(dom, false);
+    builder.StartElement(u"list", {});
+    DOMElement& list = *builder.PeekStack();
+    std::vector<std::thread> others;
+    for (int i = 0; i < 50; ++i) {
+        for (int child = 0; child < 100; ++child) {
+            builder.StartElement(u"item", {});
+            builder.StartElement(u"below", {});
+            builder.EndElement();
+            builder.EndElement();
+        }
+        others.emplace_back([taken = list.RemoveChildren()]() mutable { taken.clear(); });
+    }
+    for (std::thread& other : others)
+        other.join();
+    EXPECT_FALSE(list.HasChildren());
 }
 
 TEST(DOMBuilder, LetsOtherThreadsShareTextsMeanwhile)
