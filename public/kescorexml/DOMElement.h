@@ -37,6 +37,9 @@ struct ElementIdentity;
 /// Const operations may run side by side. A tree is changed by one thread at a time; recording and
 /// reading diagnostics is safe from several threads as long as the tree does not change.
 ///
+/// Nothing derives from it: a parse makes elements side by side in memory of their own size, and
+/// whoever owns one destroys it without a virtual call.
+///
 /// @code
 /// DOMElement list(u"list");
 /// DOMElement* const item = list.AddNewChild(u"item");
