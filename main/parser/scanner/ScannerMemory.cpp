@@ -120,7 +120,7 @@ void* ScannerMemory::allocate(XMLSize_t size)
     const bool isStack = IsDestructionStack(size);
     const bool isCounted = !isReader && !isStack;
     if (isCounted)
-        AddToBudget(size);
+        AskBudget([&] { m_budget.AddMemory(size); });
     if (IsOfModelNode(size))
         ReserveForModelNode();
     void* const block = AllocateBlock(size, isCounted);
@@ -141,10 +141,13 @@ bool ScannerMemory::IsDestructionStack(XMLSize_t size) const noexcept
            (m_latestIsStack && m_latest != nullptr && size == GrowStack(m_latestSize));
 }
 
-void ScannerMemory::AddToBudget(XMLSize_t size)
+template <typename Add>
+void ScannerMemory::AskBudget(Add&& add)
 {
     try {
-        m_budget.AddMemory(size);
+        add();
+    } catch (const std::bad_alloc&) {
+        FailMemory();
     } catch (...) {
         m_hasRefused = true;
         throw;
@@ -153,13 +156,10 @@ void ScannerMemory::AddToBudget(XMLSize_t size)
 
 void ScannerMemory::ReserveForModelNode()
 {
-    try {
+    AskBudget([this] {
         MeetNameOfModelNode();
         m_budget.AddModelNode();
-    } catch (...) {
-        m_hasRefused = true;
-        throw;
-    }
+    });
     try {
         m_reserve.Require(c_reserveForModel + (m_modelNodes + 1) * c_reserveForModelNode);
     } catch (const std::bad_alloc&) {
@@ -246,7 +246,8 @@ void ScannerMemory::deallocate(void* block)
         m_latest = nullptr;
     if (block == m_refusedStream)
         m_refusedStream = nullptr;
-    if (m_latestModelNode == static_cast<const std::byte*>(block) + GetHeaderSize())
+    const void* const object = static_cast<const std::byte*>(block) + GetHeaderSize();
+    if (object == m_latestModelNode)
         m_latestModelNode = nullptr;
     if (block == m_topReader) [[unlikely]] {
         m_readers.pop_back();

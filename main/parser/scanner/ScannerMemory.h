@@ -61,7 +61,9 @@ private:
     void* AllocateBlock(XMLSize_t size, bool isCounted);
     void* AllocateLinked(XMLSize_t size, bool isCounted);
     void FreeLinked(void* block) noexcept;
-    void AddToBudget(XMLSize_t size);
+    /// Calls `add`, which puts something on the account of the parse.
+    template <typename Add>
+    void AskBudget(Add&& add);
     void ReserveForModelNode();
     /// Looks at the node before, which is complete by now, if it is still there.
     void MeetNameOfModelNode();
