@@ -128,10 +128,14 @@ void RequireSameByFile(const std::string& text, unsigned int most)
         return;
     const DOMParser parser;
     const Seen seen = See(parser.ParseXmlString(text, path));
-    // The byte-order mark is no part of a file's text.
-    const std::string unmarked = text.starts_with("\xEF\xBB\xBF") ? text.substr(3) : text;
-    RequireEqual(See(parser.ParseXmlFile(path)), See(parser.ParseXmlString(unmarked, path)),
-                 "a file gives the document of its text");
+    // The byte-order mark is no part of a file's text; a second one is, but would be taken for the
+    // first if the text began with it.
+    const std::string mark = "\xEF\xBB\xBF";
+    if (!text.starts_with(mark + mark)) {
+        const std::string unmarked = text.starts_with(mark) ? text.substr(mark.size()) : text;
+        RequireEqual(See(parser.ParseXmlFile(path)), See(parser.ParseXmlString(unmarked, path)),
+                     "a file gives the document of its text");
+    }
     RequireEqual(See(parser.ParseXmlString(TString::fromStdString(text), path)), seen,
                  "a string gives the document of its UTF-8");
 }

@@ -182,7 +182,7 @@ std::unique_ptr<DOM> DocumentReader::ReadTree(InputSource& source)
     return m_options.allowEntities && dom->HasErrors() ? Build(source).dom : std::move(dom);
 }
 
-// This takes more time and memory than the parser of trees.
+// This takes more time than the parser of trees.
 ReadDocument DocumentReader::Build(InputSource& source)
 {
     ReadDocument document;

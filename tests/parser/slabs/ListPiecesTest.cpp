@@ -65,6 +65,25 @@ TEST(ListPieces, AreHandedOutAgainForListsOfTheSameSize)
     EXPECT_TRUE(first.CountsUp() && second.CountsUp() && third.CountsUp());
 }
 
+TEST(ListPieces, TakeOverThoseOfAnotherArenaWhichMayBeGone)
+{
+    Elements first;
+    Elements second;
+    ParseArena arena;
+    ListPieces pieces(arena);
+    {
+        ParseArena other;
+        ListPieces others(other);
+        first.Add(others);
+    }
+    const void* const ofOne = first.Place();
+    first.Add(pieces);
+    second.Add(pieces);
+    EXPECT_EQ(second.Place(), ofOne);
+    second.Add(pieces);
+    EXPECT_TRUE(first.CountsUp() && second.CountsUp());
+}
+
 TEST(ListPieces, HoldListsOfAnyLength)
 {
     ParseArena arena;
