@@ -11,7 +11,7 @@
 #include <kesplatform/LanguageUtils.h>
 #include <kesplatform/LogicException.h>
 #include <kesplatform/TLocale.h>
-#include <kesplatform/TReadWriteLock.h>
+#include <kesplatform/TRecursiveMutex.h>
 
 #include <QThread>
 #include <QTranslator>

@@ -1,16 +1,34 @@
 #include <kesplatform/TReadWriteLock.h>
 
+#include <cerrno>
+
+namespace {
+
+/// An address that no other living thread has.
+const void* ThisThread() noexcept
+{
+    static thread_local const char s_place = 0;
+    return &s_place;
+}
+
+} // namespace
+
+TReadWriteLock::~TReadWriteLock()
+{
+    pthread_rwlock_destroy(&m_lock);
+}
+
 bool TReadWriteLock::IsHeldByThisThread() const noexcept
 {
-    // Only this thread can have stored its own id, so an unordered load cannot mislead.
-    return m_writer.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    // Only this thread can have stored its own address, so an unordered load cannot mislead.
+    return m_writer.load(std::memory_order_relaxed) == ThisThread();
 }
 
 void TReadWriteLock::LockExclusive()
 {
     if (!IsHeldByThisThread()) {
-        m_mutex.lock();
-        m_writer.store(std::this_thread::get_id(), std::memory_order_relaxed);
+        pthread_rwlock_wrlock(&m_lock);
+        m_writer.store(ThisThread(), std::memory_order_relaxed);
     }
     ++m_depth;
 }
@@ -19,18 +37,20 @@ void TReadWriteLock::UnlockExclusive() noexcept
 {
     if (--m_depth > 0)
         return;
-    m_writer.store(std::thread::id(), std::memory_order_relaxed);
-    m_mutex.unlock();
+    m_writer.store(nullptr, std::memory_order_relaxed);
+    pthread_rwlock_unlock(&m_lock);
 }
 
 void TReadWriteLock::LockShared()
 {
-    // Nested shared locks of one thread rely on std::shared_mutex letting readers in while a
-    // writer waits, which is what the platform's pthread_rwlock_t does by default.
-    if (IsHeldByThisThread())
+    if (IsHeldByThisThread()) {
         ++m_depth;
-    else
-        m_mutex.lock_shared();
+        return;
+    }
+    // Nested shared locks of one thread rely on a lock that lets readers in while a writer waits,
+    // as this one does by default. It refuses only when there are too many readers at the moment.
+    while (pthread_rwlock_rdlock(&m_lock) == EAGAIN) {
+    }
 }
 
 void TReadWriteLock::UnlockShared() noexcept
@@ -38,5 +58,5 @@ void TReadWriteLock::UnlockShared() noexcept
     if (IsHeldByThisThread())
         UnlockExclusive();
     else
-        m_mutex.unlock_shared();
+        pthread_rwlock_unlock(&m_lock);
 }

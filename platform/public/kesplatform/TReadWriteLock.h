@@ -4,9 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
-#include <shared_mutex>
-#include <thread>
+#include <pthread.h>
 
 /// A lock held by one writer or by any number of readers, re-entrant for the thread that holds it:
 /// write in write, read in write and read in read. A reader cannot become a writer (deadlock).
@@ -16,6 +14,7 @@ class KESPLATFORM_EXPORT TReadWriteLock
 {
 public:
     TReadWriteLock() = default;
+    ~TReadWriteLock();
     TReadWriteLock(const TReadWriteLock&) = delete;
     TReadWriteLock& operator=(const TReadWriteLock&) = delete;
 
@@ -31,9 +30,11 @@ public:
 private:
     bool IsHeldByThisThread() const noexcept;
 
-    std::shared_mutex m_mutex;
-    /// The writer, or no thread.
-    std::atomic<std::thread::id> m_writer;
+    /// That of POSIX, since the headers of std::shared_mutex would make up a tenth of the time that
+    /// programs which use documents take to compile.
+    pthread_rwlock_t m_lock = PTHREAD_RWLOCK_INITIALIZER;
+    /// What only the writer's thread has an address of, or null.
+    std::atomic<const void*> m_writer = nullptr;
     /// How often the writer holds the lock, in either way; touched by the writer only.
     std::uint32_t m_depth = 0;
 };
@@ -67,6 +68,3 @@ public:
 private:
     TReadWriteLock& m_lock;
 };
-
-/// A lock that the thread which holds it may take again. Safe to use from several threads.
-using TRecursiveMutex = std::recursive_mutex;

@@ -2,7 +2,6 @@
 
 #include <kescorexml/detail/ElementIdentity.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <unordered_map>
 #include <utility>
@@ -30,8 +29,13 @@ public:
     template <typename Predicate>
     bool AnyOf(Predicate&& predicate) const
     {
-        return std::any_of(m_prefixed.begin(), m_prefixed.end(), predicate) ||
-               std::any_of(m_pushed.begin(), m_pushed.end(), predicate);
+        for (const auto* messages : {&m_prefixed, &m_pushed}) {
+            for (const Message& message : *messages) {
+                if (predicate(message))
+                    return true;
+            }
+        }
+        return false;
     }
 
 private:
