@@ -222,6 +222,7 @@ private:
     /// each tag. A smaller table takes no longer than the tag.
     static constexpr std::size_t c_smallTagTable = 4096;
     static constexpr std::size_t c_bucketsAUnit = 32;
+
     NameBuckets& GetNames(NameKind kind);
     std::size_t& GetReach(NameKind kind) noexcept
     {

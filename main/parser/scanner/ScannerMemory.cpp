@@ -129,8 +129,10 @@ void* ScannerMemory::allocate(XMLSize_t size)
     m_latest = block;
     m_latestSize = size;
     m_latestIsStack = isStack;
+    // What the reserve gives is not zeros, and nobody asks for names any more.
     if (IsOfModelNode(size))
-        m_latestModelNode = static_cast<const std::byte*>(block) + GetHeaderSize();
+        m_latestModelNode =
+            m_hasFailed ? nullptr : static_cast<const std::byte*>(block) + GetHeaderSize();
     return block;
 }
 
@@ -237,18 +239,21 @@ void ScannerMemory::FreeLinked(void* block) noexcept
 
 void ScannerMemory::deallocate(void* block)
 {
-    if (block == nullptr || m_reserve.Deallocate(block))
+    if (block == nullptr)
+        return;
+    // Those of the reserve, too.
+    if (block == m_latest)
+        m_latest = nullptr;
+    const void* const object = static_cast<const std::byte*>(block) + GetHeaderSize();
+    if (object == m_latestModelNode)
+        m_latestModelNode = nullptr;
+    if (m_reserve.Deallocate(block))
         return;
     Link& link = *(static_cast<Link*>(block) - 1);
     if (link.isReturned) [[unlikely]]
         return;
-    if (block == m_latest)
-        m_latest = nullptr;
     if (block == m_refusedStream)
         m_refusedStream = nullptr;
-    const void* const object = static_cast<const std::byte*>(block) + GetHeaderSize();
-    if (object == m_latestModelNode)
-        m_latestModelNode = nullptr;
     if (block == m_topReader) [[unlikely]] {
         m_readers.pop_back();
         m_topReader = m_readers.empty() ? nullptr : m_readers.back();
