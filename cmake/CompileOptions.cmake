@@ -35,7 +35,7 @@ if(KESCOREXML_SANITIZE)
 endif()
 
 # Sources that are compiled together are not the main file, which this warning of GCC's goes by.
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(kescorexml_compile_options INTERFACE -Wno-subobject-linkage)
 endif()
 

@@ -43,4 +43,7 @@ function(kescorexml_unite_apart target)
     UNITY_BUILD_UNIQUE_ID KESCOREXML_SOURCE
     UNITY_BUILD_CODE_BEFORE_INCLUDE "namespace KESCOREXML_SOURCE {"
     UNITY_BUILD_CODE_AFTER_INCLUDE "}")
+  # They are not the main file, which this warning of GCC's goes by.
+  target_compile_options(${target} PRIVATE
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 endfunction()

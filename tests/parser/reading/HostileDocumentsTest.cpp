@@ -91,11 +91,11 @@ std::vector<std::string> MakeHostileDocuments()
                     "<a>" + Repeat("<b/>", 40) + "</a>"),
         WithDoctype("<!ELEMENT a " + Repeat("(", 100'000) + "b" + Repeat(")", 100'000) + ">",
                     "<a/>"),
-        WithDoctype("<!ATTLIST b" + defaults + ">", "<a>" + Repeat("<b/>", 4'000) + "</a>"),
+        WithDoctype("<!ATTLIST b" + defaults + ">", "<a>" + Repeat("<b/>", 20'000) + "</a>"),
         WithDoctype(CollidingEntities(20'000), "<a/>"),
         "<a>" + CollidingElements(30'000) + "</a>",
         // Not well-formed, so that the other scanner reads them, too.
-        "<a>" + CollidingElements(8'000),
+        "<a>" + CollidingElements(30'000),
         CollidingAttributes(30'000),
         CollidingAttributes(30'000) + "</b>",
         Repeat("<a>", 330'000),
