@@ -5,6 +5,9 @@
 #include <cstddef>
 #include <limits>
 
+/// How much of a text or of an attribute value is shown where one line tells of an element.
+inline constexpr std::size_t c_shownUnits = 60;
+
 /// Whether it is a control character, or embeds or overrides a direction of writing.
 bool IsUnsafeUnit(char16_t unit);
 

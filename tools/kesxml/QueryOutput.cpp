@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr std::size_t c_textUnits = 60;
-
 /// One line: where the start tag begins, the path, the attributes and the start of the text.
 TString Describe(const DOMElement& element, TextPosition position, ElementPaths& paths)
 {
@@ -19,7 +17,7 @@ TString Describe(const DOMElement& element, TextPosition position, ElementPaths&
     for (const auto* attribute : SortByName(element.GetAttributes()))
         line += u" " + attribute->first + u"='" + ToAttributeText(attribute->second) + u"'";
     if (element.HasText())
-        line += u" \"" + ToOneLine(element.GetText(), c_textUnits) + u"\"";
+        line += u" \"" + ToOneLine(element.GetText(), c_shownUnits) + u"\"";
     return line;
 }
 

@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr std::size_t c_textUnits = 60;
-
 /// How many pairs of children of two elements are looked at.
 constexpr std::size_t c_maxPairs = 4'000'000;
 
@@ -122,8 +120,8 @@ private:
         const TString before = TextOf(*pair.first);
         const TString after = TextOf(*pair.second);
         if (!(before == after))
-            Add(pair, u"text \"" + ToOneLine(before, c_textUnits) + u"\" | \"" +
-                          ToOneLine(after, c_textUnits) + u"\"");
+            Add(pair, u"text \"" + ToOneLine(before, c_shownUnits) + u"\" | \"" +
+                          ToOneLine(after, c_shownUnits) + u"\"");
         AddPairs(ChildrenOf(*pair.first), ChildrenOf(*pair.second));
     }
 

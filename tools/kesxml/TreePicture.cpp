@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr std::size_t c_textUnits = 60;
-
 constexpr const char16_t* c_between = u"\u2502  ";
 constexpr const char16_t* c_none = u"   ";
 constexpr const char16_t* c_branch = u"\u251C\u2500 ";
@@ -44,7 +42,7 @@ void TreePicture::DrawNext(std::vector<Level>& levels)
     const bool isLast = level.next == level.nodes.size();
     const TString lead = Colour(c_faint, m_indent + (isLast ? c_lastBranch : c_branch));
     if (node.element == nullptr) {
-        const TString text = u"\"" + ToOneLine(*node.text, c_textUnits) + u"\"";
+        const TString text = u"\"" + ToOneLine(*node.text, c_shownUnits) + u"\"";
         Print(lead + Colour(c_green, text) + u"\n");
         return;
     }
@@ -109,7 +107,7 @@ TString TreePicture::Describe(const StandaloneDOMElement& element) const
 {
     TString line = Colour(c_bold, element.GetName());
     for (const auto* attribute : SortByName(element.GetAttributes())) {
-        const TString value = u"='" + ToAttributeText(attribute->second, c_textUnits) + u"'";
+        const TString value = u"='" + ToAttributeText(attribute->second, c_shownUnits) + u"'";
         line += u" " + Colour(c_cyan, attribute->first) + value;
     }
     return line;
