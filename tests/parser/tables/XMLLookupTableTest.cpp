@@ -82,7 +82,8 @@ TEST(XMLLookupTable, NeverThrowsForDamagedText)
         std::string damaged = packed;
         for (int i = 0; i < 2; ++i)
             damaged[random() % damaged.size()] = static_cast<char>(random() % 256);
-        EXPECT_NO_THROW(XmlUtils::UnpackStringLookupTableFromXML(TString::fromStdString(damaged)))
+        EXPECT_NO_THROW(static_cast<void>(
+            XmlUtils::UnpackStringLookupTableFromXML(TString::fromStdString(damaged))))
             << damaged;
     }
 }

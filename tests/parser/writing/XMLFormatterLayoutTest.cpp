@@ -69,7 +69,7 @@ TEST(XMLFormatter, KeepsTheOrderOfItsVirtualOperations)
 std::vector<const void*> TableOf(const XMLFormatter& formatter)
 {
     const void* const* table = nullptr;
-    std::memcpy(&table, &formatter, sizeof(table));
+    std::memcpy(&table, static_cast<const void*>(&formatter), sizeof(table));
     return std::vector<const void*>(table, table + 21);
 }
 
