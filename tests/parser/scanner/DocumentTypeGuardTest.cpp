@@ -52,6 +52,7 @@ TEST(DocumentTypeGuard, TakesPairsAndNoIdentifierAtAll)
 {
     EnsureXercesIsInitialised();
     EXPECT_EQ(FindRefusal(nullptr, u"b.dtd \xD83D\xDE00"), std::nullopt);
+    EXPECT_EQ(FindRefusal(nullptr, u"\xD83D\xDE00"), std::nullopt);
     EXPECT_EQ(FindRefusal(nullptr, u""), std::nullopt);
     EXPECT_EQ(FindRefusal(nullptr, nullptr), std::nullopt);
 }

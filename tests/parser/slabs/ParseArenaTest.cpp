@@ -142,6 +142,19 @@ TEST(ParseArena, TextsAreSharedMoreOftenThanTheirSlabHasRoomForObjects)
     EXPECT_EQ(shared[0], u"name");
 }
 
+TEST(ParseArena, HoldsNoSlabWhenItIsClosedHoweverReferencesAreCounted)
+{
+    for (const bool isShared : {false, true}) {
+        ParseArena arena;
+        const TString text = arena.MakeText(u"text");
+        ParseSlab* const slab = arena.GetSlab();
+        if (isShared)
+            arena.ShareBeforeClosing();
+        arena.Close();
+        EXPECT_TRUE(slab->IsExclusive()) << isShared;
+    }
+}
+
 TEST(ParseArena, ElementsOutliveTheArena)
 {
     DOM dom;

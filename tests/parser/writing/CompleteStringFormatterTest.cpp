@@ -1,0 +1,20 @@
+#include "writing/CompleteStringFormatter.h"
+
+#include "support/FailingAllocations.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+
+TEST(CompleteStringFormatter, GivesNoTextThatLacksACloseTag)
+{
+    CompleteStringFormatter formatter(TString(), false);
+    const TString name(std::u16string(100'000, u'n'));
+    formatter.OutputOpenTag(name, {});
+    {
+        const FailingAllocations failing(0);
+        EXPECT_THROW(formatter.OutputCloseTag(name), std::bad_alloc);
+    }
+    EXPECT_THROW(static_cast<void>(formatter.GetOutput()), std::bad_alloc);
+}
