@@ -271,6 +271,9 @@ TEST(LocatingReader, TellsRefusedEntitiesFromThoseThatAreTooMany)
     };
     for (const char* const content : {"<a>&e;</a>", "<a b='&e;'/>", "<a>&f;</a>", "<a>&e;&e;"})
         EXPECT_TRUE(read(declared + content, false).IsEntityRefused()) << content;
+    const XMLDiagnostic refused = read(declared + "\n<a>text &e;</a>", false);
+    EXPECT_EQ(refused.GetLine(), 2U);
+    EXPECT_GT(refused.GetColumn(), 8U);
     EXPECT_FALSE(read(declared + "<a>&g;</a>", false).IsEntityRefused());
     EXPECT_FALSE(read(declared + "<a>", false).IsEntityRefused());
     EXPECT_FALSE(read(many, true).IsEntityRefused());

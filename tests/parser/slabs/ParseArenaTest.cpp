@@ -125,6 +125,17 @@ TEST(ParseArena, TextsOutliveTheArenaAndMayGrow)
     }
 }
 
+TEST(ParseArena, TextsAreInASlabUnlessTheyAreEmptyOrLarge)
+{
+    ParseArena arena;
+    EXPECT_FALSE(ParseArena::IsTextForSlab(u""));
+    EXPECT_TRUE(ParseArena::IsTextForSlab(u"x"));
+    const std::u16string large(ParseArena::c_maxObjectBytes, u'x');
+    EXPECT_FALSE(ParseArena::IsTextForSlab(large));
+    EXPECT_EQ(arena.MakeText(large).view(), large);
+    EXPECT_EQ(arena.GetSlab(), nullptr) << "none was needed";
+}
+
 TEST(ParseArena, TextsAreSharedMoreOftenThanTheirSlabHasRoomForObjects)
 {
     ParseArena arena;

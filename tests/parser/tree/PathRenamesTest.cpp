@@ -168,14 +168,6 @@ TEST(PathRenames, ALaterFileIsHeldAgainstTheRenameThatItsDirectoryHasNow)
     EXPECT_TRUE(renames.GetPathMap().empty());
 }
 
-TEST(PathRenames, AFileWithoutDirectorySendsNothingAnywhere)
-{
-    PathRenames renames;
-    renames.SetCRC(u"x", u"b/x", 7);
-    EXPECT_TRUE(renames.GetPathMap().empty());
-    EXPECT_TRUE(renames.RenamePath(TPath()).IsEmpty());
-}
-
 TEST(PathRenames, ATargetWithoutDirectorySendsTheDirectoryToTheEmptyPath)
 {
     PathRenames renames;
