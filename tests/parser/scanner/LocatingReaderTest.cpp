@@ -255,6 +255,21 @@ TEST(LocatingReader, KnowsWhereADeclarationCannotBeDecodedWhoseMessageHasNoPosit
     EXPECT_TRUE(error.IsInvalidUtf8());
 }
 
+TEST(LocatingReader, LocatesAUnitInTheDeclarationThatIsNoCharacter)
+{
+    std::vector<unsigned char> bytes{0xFF, 0xFE};
+    for (const char16_t unit : std::u16string_view(u"<?xml version='1.0' \xD800?><a/>")) {
+        bytes.push_back(static_cast<unsigned char>(unit & 0xFF));
+        bytes.push_back(static_cast<unsigned char>(unit >> 8));
+    }
+    const auto document = DOMParser().ParseXmlBytes(bytes);
+    const std::vector<XMLDiagnostic> errors = document->GetErrorDiagnostics();
+    ASSERT_EQ(errors.size(), 1U);
+    EXPECT_EQ(errors.front().GetText(), u"bytes that are no character in 'UTF-16LE' encoding");
+    EXPECT_EQ(errors.front().GetLine(), 1U);
+    EXPECT_EQ(errors.front().GetColumn(), 21U);
+}
+
 TEST(LocatingReader, TellsRefusedEntitiesFromThoseThatAreTooMany)
 {
     const std::string declared = "<!DOCTYPE a [<!ENTITY e 'x'><!ENTITY f '&e;'>]>";
