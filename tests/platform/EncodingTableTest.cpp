@@ -23,6 +23,17 @@ std::string Encode(const EncodingTable::Scheme& scheme, QStringView text, bool w
 
 } // namespace
 
+TEST(EncodingTable, ReadsEveryAsciiCharacterAndNothingElseAsSuch)
+{
+    for (const EncodingTable::Scheme& scheme : EncodingTable::c_schemes) {
+        for (char16_t unit = 1; unit < 0x100; ++unit) {
+            const std::string bytes = Encode(scheme, QStringView(&unit, 1), false);
+            const char expected = unit < 0x80 ? static_cast<char>(unit) : '\0';
+            EXPECT_EQ(scheme.ReadAscii(bytes, 0), expected) << scheme.name << " " << int{unit};
+        }
+    }
+}
+
 TEST(EncodingTable, HoldsWhatQtWrites)
 {
     for (const EncodingTable::Scheme& scheme : EncodingTable::c_schemes) {

@@ -315,6 +315,16 @@ TEST_F(TextDecoding, ReadsEveryByteAsTheCLibraryDoes)
     }
 }
 
+TEST_F(TextDecoding, ReadsNoByteThatACodePageLeavesUndefinedAsAControlCharacter)
+{
+    // A former one, without the euro sign.
+    constexpr const char16_t* name = u"ibm-1252_P100-2000";
+    for (const char* const undefined : {"\x80", "\x81", "\x9E"})
+        EXPECT_THAT(Failure(DeclaredBytes(name) + undefined),
+                    testing::HasSubstr(" is not valid in "));
+    EXPECT_EQ(Declared(name) + u"\u00A0", Load(DeclaredBytes(name) + "\xA0"));
+}
+
 TEST_F(TextDecoding, KnowsIso885916ByItsNames)
 {
     for (const char16_t* name :
@@ -379,6 +389,8 @@ TEST_F(TextDecoding, ReadsShiftsThatAreComplete)
         {u"UTF-7", "+-", u"+"},
         {u"UTF-7", "+AGEAYgBj-", u"abc"},
         {u"UTF-7", "+2D3eAA-", u"\U0001F600"},
+        {u"UTF-7", "+AGE{", u"a{"},
+        {u"CESU-8", "\xED\xAF\xBF\xED\xBF\xBD", u"\U0010FFFD"},
         {u"ISO-2022-JP", "\x1B$B$\"\x1B(Bz", u"\u3042z"},
         // A shift that nothing follows means no character.
         {u"ISO-2022-JP", "a\x1B$B", u"a"},

@@ -60,6 +60,16 @@ TEST(Unicode, TouchesNothingBehindTheText)
     EXPECT_EQ('\r', text[3]);
 }
 
+TEST(Unicode, LooksAtNothingBehindTheText)
+{
+    const std::u16string_view text = u"abcdefghijklmnopqrstuvwxyz";
+    for (std::size_t length = 0; length < text.size(); ++length) {
+        const std::string utf8 = Unicode::toUtf8KeepingHalves(text.substr(0, length));
+        EXPECT_EQ(utf8.size(), length);
+        EXPECT_STREQ(utf8.c_str(), std::string("abcdefghijklmnopqrstuvwxyz", length).c_str());
+    }
+}
+
 TEST(Unicode, FindsTheFirstByteThatIsNoUtf8)
 {
     EXPECT_EQ(Unicode::findInvalidUtf8(""), 0U);

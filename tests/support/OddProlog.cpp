@@ -116,6 +116,7 @@ void AddPlainDocumentTypes(Collection& collection)
          "<!DOCTYPE a SYSTEM 'a.dtd'><a/>",
          "<!DOCTYPE a SYSTEM \"a.dtd\" ><a>x</a>",
          "<!DOCTYPE a PUBLIC 'p' 's'><a/>",
+         "<!DOCTYPE a PUBLIC 'azAZ09 -()+,./:=?;!*#@$_%' 's'><a/>",
          "<!DOCTYPE html PUBLIC \"-//W3C//DTD XHTML 1.0 Strict//EN\" "
          "\"http://www.w3.org/TR/xhtml1/DTD/xhtml1-strict.dtd\"><html/>",
          "<?xml version='1.0'?><!DOCTYPE a><a/>",
@@ -127,7 +128,10 @@ void AddPlainDocumentTypes(Collection& collection)
          "<!DOCTYPE a [<!ELEMENT a ANY>]><a/>",
          "<!DOCTYPE a [<!ELEMENT a (#PCDATA)>]><a>x</a>",
          "<!DOCTYPE a [<!ELEMENT a (b,c?)*><!ELEMENT b EMPTY>]><a><b/></a>",
+         "<!DOCTYPE a [<!ELEMENT a (#PCDATA)*>]><a>x</a>",
+         "<!DOCTYPE a [<!ELEMENT a (#PCDATA|b)*><!ELEMENT b (c|d)+>]><a>x</a>",
          "<!DOCTYPE a [<!ATTLIST a b CDATA #IMPLIED>]><a/>",
+         "<!DOCTYPE a [<!ATTLIST a b CDATA #REQUIRED>]><a b='1'/>",
          "<!DOCTYPE a [<!ATTLIST a b CDATA 'd'>]><a/>",
          "<!DOCTYPE a [<!ATTLIST a b CDATA 'd'>]><a b='1'/>",
          "<!DOCTYPE a [<!ATTLIST a b CDATA #FIXED 'd'>]><a><a/><b/></a>",

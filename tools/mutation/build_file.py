@@ -1,6 +1,6 @@
 """Writes the build.ninja by which planted sources are compiled and linked with the tests.
 
-What no fault touches is taken as the build for releases has compiled it, and so are tests that include
+What no fault touches is taken as the build for releases compiles it, and so are tests that include
 private headers without faults only. Objects with faults come first in the link, so that of inline
 functions of public headers, which all tests have too, theirs are used.
 """
@@ -13,6 +13,7 @@ from release_build import LIBRARIES, PROGRAMS
 LIBRARY_FLAGS = "-lgmock_main -lgmock -lgtest -lxerces-c -lexpat -lQt6Core -lpthread"
 # What is planted is neither warned about nor debugged, and built quickly.
 COMPILE_FLAGS = "-w -O1 -g0"
+TEST_FLAGS = "-w -g0"
 RULES = """\
 rule cxx
   command = c++ $flags -MD -MF $out.d -c $in -o $out
@@ -23,33 +24,40 @@ rule share
 rule link
   command = c++ @$out.rsp -o $out
   rspfile = $out.rsp
-  rspfile_content = $in $libraries
+  rspfile_content = $flags $in $libraries
 """
 
 
-def build_text(release, planted, folder, recorder, touched, externals):
-    """The text of the file. `externals` are the headers of other projects, a file for each library."""
+def build_text(release, planted, folder, recorder, touched, headers):
+    """The text of the file. `headers` are to be compiled once: of each library, a file of those of other
+    projects; of each program, a file of those that its tests include.
+    """
     lines = [RULES]
     built = {}
-    for library in LIBRARIES:
-        sources = [name for name in touched if release.library_of.get(name) == library]
-        if not sources:
-            continue
-        header = externals[library]
-        flags = _quoted(release.flags(sources[0], planted))
-        lines += [f"build {header}.gch: cxx {header}",
-                  f"  flags = {flags} {COMPILE_FLAGS} -x c++-header"]
-        for name in sources:
+
+    def compile_with(header, sources, options):
+        """Sources by name, with a header that is compiled once."""
+        if sources:
+            flags = _quoted(release.flags(next(iter(sources)), planted))
+            lines.extend([f"build {header}.gch: cxx {header}", f"  flags = {flags} {options} -x c++-header"])
+        for name, path in sources.items():
             built[name] = f"objects/{name}.o"
             flags = _quoted(release.flags(name, planted))
-            lines += [f"build {built[name]}: cxx {planted}/{name} | {header}.gch",
-                      f"  flags = -include {header} {flags} {COMPILE_FLAGS}"]
-    root = release.root
+            lines.extend([f"build {built[name]}: cxx {path} | {header}.gch",
+                          f"  flags = -include {header} {flags} {options}"])
+
+    for library in LIBRARIES:
+        compile_with(headers[library], {name: f"{planted}/{name}" for name in touched
+                                        if release.library_of.get(name) == library}, COMPILE_FLAGS)
+    for program in PROGRAMS:
+        compile_with(headers[program], {name: f"{release.home}/{name}" for name in touched
+                                        if name in release.united and name in release.objects[program]},
+                     TEST_FLAGS)
     for name in touched:
         if name.startswith("tests/"):
             built[name] = f"objects/{name}.o"
-            lines += [f"build {built[name]}: cxx {root}/{name}",
-                      f"  flags = {_quoted(release.flags(name, planted))} -w -g0"]
+            lines += [f"build {built[name]}: cxx {release.root}/{name}",
+                      f"  flags = {_quoted(release.flags(name, planted))} {TEST_FLAGS}"]
     lines += [f"build objects/TestRecorder.o: cxx {recorder}", "  flags = -std=c++20 -O1"]
     platform, library = ([built.get(name, kept) for name, kept in release.objects[target].items()]
                          for target in LIBRARIES)
@@ -60,8 +68,9 @@ def build_text(release, planted, folder, recorder, touched, externals):
               f"build libraries: phony {' '.join(libraries)}"]
     for program in PROGRAMS:
         tests = [built.get(name, kept) for name, kept in release.objects[program].items()]
-        objects = " ".join(libraries + tests)
+        objects = " ".join(libraries + sorted(tests, key=os.path.isabs))
         lines += [f"build {program}: link {objects}",
+                  f"  flags = {release.link_flags(program)}",
                   f"  libraries = -Wl,-rpath,{folder} {LIBRARY_FLAGS}"]
     lines.append(f"build all: phony {' '.join(PROGRAMS)}")
     return "\n".join(lines) + "\n"

@@ -171,8 +171,9 @@ class Trials:
         self.table.select(number)
         seconds = sum(test.seconds for test in batch)
         program = self.workshop.path(batch[0].program)
-        # What is busy for that much longer goes round for ever; what is idle waits for ever.
-        return run_tests(program, self.table, self.tests_file, 30 + 10 * seconds,
+        # What is busy for that much longer goes round for ever; what is idle waits for ever, unless
+        # other programs keep the cores busy.
+        return run_tests(program, self.table, self.tests_file, 60 + 40 * seconds,
                          0.8 + 5 * seconds)
 
 

@@ -7,7 +7,7 @@ import subprocess
 
 from build_file import build_text
 from planter import plant
-from release_build import LIBRARIES, ReleaseBuild
+from release_build import LIBRARIES, PROGRAMS, ReleaseBuild
 
 TOOLS = "tools/mutation"
 OWN_HEADERS = ("kescorexml/", "kesplatform/")
@@ -21,9 +21,10 @@ class Workshop:
         self.planted = os.path.join(self.folder, "planted")
         os.makedirs(self.folder, exist_ok=True)
         self.scope = self.list_files("main/parser", "platform")
-        if not release_folder:
+        self.makes_release = not release_folder
+        if self.makes_release:
             release_folder = os.path.join(root, "build", "release")
-            ReleaseBuild.bring_up_to_date(root, jobs, self.path("release.log"))
+            ReleaseBuild.configure(root)
         self.release = ReleaseBuild(root, release_folder)
 
     def path(self, name):
@@ -47,13 +48,23 @@ class Workshop:
             if name.startswith("platform/public/") or (
                     name.startswith("platform/") == (library == "kesplatform")):
                 headers.update(self.includes(name, "<"))
-        lines = [f"#include <{h}>\n" for h in sorted(headers) if not h.startswith(OWN_HEADERS)]
+        # Some are included only where the standard library has them.
+        lines = [f"#if __has_include(<{h}>)\n#include <{h}>\n#endif\n"
+                 for h in sorted(headers) if not h.startswith(OWN_HEADERS)]
         path = self.path(f"externals.{library}.h")
         write_changed(path, "".join(lines))
         return path
 
+    def tests_header(self, program):
+        """A header of what the tests of a program include, to be compiled with the planted headers."""
+        path = self.path(f"tests.{program}.h")
+        write_changed(path, f'#include "{self.release.tests_header(program)}"\n')
+        return path
+
     def plant(self, faults):
-        """Writes the sources with all of `faults`; leaves alone those that stay as they are."""
+        """Writes the sources with all of `faults`; leaves alone those that stay as they are. Then what
+        is not touched is made.
+        """
         by_file = collections.defaultdict(list)
         for fault in faults:
             by_file[fault.file].append(fault)
@@ -64,10 +75,16 @@ class Workshop:
             if name in by_file:
                 text = plant(text, by_file[name], switch_header)
             write_changed(os.path.join(self.planted, name), text)
+        touched = self.touched(set(by_file))
         write_changed(self.path("build.ninja"), build_text(
             self.release, self.planted, self.folder,
-            os.path.join(self.root, TOOLS, "TestRecorder.cpp"), self.touched(set(by_file)),
-            {library: self.externals(library) for library in LIBRARIES}))
+            os.path.join(self.root, TOOLS, "TestRecorder.cpp"), touched,
+            {library: self.externals(library) for library in LIBRARIES}
+            | {program: self.tests_header(program) for program in PROGRAMS}))
+        if self.makes_release:
+            untouched = {path for objects in self.release.objects.values()
+                         for name, path in objects.items() if name not in touched}
+            self.release.make(sorted(untouched), self.jobs, self.path("release.log"))
 
     def touched(self, files):
         """What is to be compiled anew: the sources that hold a fault, and those that include a header
@@ -81,6 +98,8 @@ class Workshop:
         platform_tests = self.includers(files, self.list_files("tests/platform") + headers)
 
         def is_touched(name):
+            if name in self.release.united:
+                return any(map(is_touched, self.release.united[name]))
             if name.startswith("tests/platform/"):
                 return os.path.basename(name) in platform_tests
             return os.path.basename(name) in (tests if name.startswith("tests/") else libraries)

@@ -66,14 +66,14 @@ Result DocumentDecoding::Decode(std::string_view bytes)
     if (const auto failure = TextDecoding::FindEncoding(bytes, encoding)) {
         const bool isUnknown = !failure->unknownName.empty();
         if (isUnknown && IsBehindWhitespace(bytes))
-            return result;
+            return {};
         result.refusal =
             Refusal{LocateBehindDeclaration(bytes),
                     isUnknown ? DescribeUnknown(failure->unknownName) : failure->reason};
         return result;
     }
     if (TextDecoding::IsUtf8AsItIs(bytes, encoding))
-        return result;
+        return {};
     std::string& utf8 = result.utf8.emplace();
     if (encoding.byteOrderMarkLength > 0)
         utf8 = EncodingTable::c_utf8.byteOrderMark;

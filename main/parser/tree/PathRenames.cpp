@@ -20,11 +20,11 @@ void PathRenames::SetCRC(const TPath& path, const TPath& target, int crc)
         return;
     if (m_directories.insert(directory).second) {
         SetRename(directory, targetDirectory);
-        return;
+    } else {
+        const auto rename = m_paths.find(directory);
+        if (rename != m_paths.end() && rename->second != targetDirectory)
+            m_paths.erase(rename);
     }
-    const auto rename = m_paths.find(directory);
-    if (rename != m_paths.end() && rename->second != targetDirectory)
-        m_paths.erase(rename);
 }
 
 TPath PathRenames::RenamePath(const TPath& path) const

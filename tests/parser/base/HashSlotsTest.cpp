@@ -4,6 +4,8 @@
 
 #include <deque>
 
+#include <malloc.h>
+
 namespace {
 
 struct Numbered
@@ -34,6 +36,22 @@ TEST(HashSlots, FindsWhatWasAddedAndNothingElse)
         EXPECT_EQ(FindNumber(slots, object.hash + 64, object.number), nullptr);
     }
     EXPECT_EQ(FindNumber(slots, 0, 1000), nullptr);
+}
+
+TEST(HashSlots, GiveBackWhatManyHaveMadeThemTake)
+{
+    const auto heap = [] {
+        // With sanitizers, which have a heap of their own, it is always empty.
+        const struct mallinfo2 info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    HashSlots<Numbered> slots;
+    std::size_t const before = heap();
+    slots.Reserve(64);
+    for (std::size_t count = 128; count <= 65536; count *= 2)
+        slots.Reserve(count);
+    slots.Clear();
+    EXPECT_LE(heap(), before + 4096);
 }
 
 TEST(HashSlots, ForgetsAllWhetherTheyWereFewOrMany)

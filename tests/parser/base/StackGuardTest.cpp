@@ -1,5 +1,7 @@
 #include "base/StackGuard.h"
 
+#include "support/SmallStack.h"
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -49,6 +51,17 @@ TEST(StackGuard, KnowsHowMuchIsLeftOfTheStack)
     EXPECT_TRUE(StackGuard::HasRoom());
     EXPECT_TRUE(StackGuard::HasRoom(64 * 1024));
     EXPECT_FALSE(StackGuard::HasRoom(c_moreThanAnyStack));
+}
+
+TEST(StackGuard, KeepsAQuarterOfASmallStackInReserve)
+{
+    constexpr std::size_t c_kibibyte = 1024;
+    RunOnSmallStack(
+        [] {
+            EXPECT_TRUE(StackGuard::HasRoom(100 * c_kibibyte));
+            EXPECT_FALSE(StackGuard::HasRoom(150 * c_kibibyte));
+        },
+        200 * c_kibibyte);
 }
 
 TEST(StackGuard, EndsARecursionBeforeTheStackEnds)

@@ -79,11 +79,13 @@ TEST(Utf8Faults, AreCutWhereTheScannerWaitsForMoreBytesThanThereAre)
         {"\xF5</a>", true},
         {"\xF7</a> ", false},
         {"\xF8</a", true},
+        {"\xF8</a>", false},
         {"\xFB</a>", false},
         {"\xFC</a>", true},
         {"\xFF</a>", true},
         {"\xFF</a> ", false},
         {"\x80", false},
+        {"\xBF", false},
         {"\xC3\xA9", false},
         {"\xF0\x9F\x98\x80", false},
     };

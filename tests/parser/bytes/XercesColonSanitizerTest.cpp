@@ -46,6 +46,8 @@ TEST(XercesColonSanitizer, DeclaresThePrefixBehindTheRootName)
     EXPECT_EQ(Encode("\n<?xml version='1.0'?><!-- <x> --><!DOCTYPE r><p:r\n><s :a='1'></s></p:r>"),
               "\n<?xml version='1.0'?><!-- <x> --><!DOCTYPE r><p:r" + c_declaration +
                   "\n><s IllegalColon:a='1'></s></p:r>");
+    EXPECT_EQ(Encode("<!DOCTYPE r SYSTEM ''><r :a='1'/>"),
+              "<!DOCTYPE r SYSTEM ''><r" + c_declaration + " IllegalColon:a='1'/>");
     EXPECT_EQ(Encode("< r :a='1'/>"), "< r" + c_declaration + " IllegalColon:a='1'/>");
     EXPECT_EQ(Encode("<\xC3\xA4r :a='1'/>"),
               "<\xC3\xA4r" + c_declaration + " IllegalColon:a='1'/>");

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
 
 namespace {
 
@@ -142,6 +143,25 @@ TEST(DirectAcceptance, SwitchedOffNothingIsAccepted)
     Utf8InputSource source(std::string("<a/>"), u"id", false);
     DOMParser().ParseXmlInputSource(source, false);
     EXPECT_EQ(LastVerdict(), "disabled");
+}
+
+TEST(DirectAcceptance, ASwitchEndsWithItsScope)
+{
+    const DirectScanning::Switch outer(true);
+    {
+        const DirectScanning::Switch inner(false);
+        EXPECT_FALSE(DirectScanning::IsEnabled());
+    }
+    EXPECT_TRUE(DirectScanning::IsEnabled());
+}
+
+TEST(DirectAcceptance, EachVerdictHasANameOfItsOwn)
+{
+    std::set<std::string> names;
+    for (int i = 0; i <= static_cast<int>(Verdict::Markup); ++i)
+        names.insert(DirectScanning::GetName(static_cast<Verdict>(i)));
+    EXPECT_EQ(names.size(), static_cast<std::size_t>(Verdict::Markup) + 1);
+    EXPECT_EQ(names.count(""), 0U);
 }
 
 TEST(DirectAcceptance, ValidatingParsersAndLowLimitsLeaveDocumentsToXerces)

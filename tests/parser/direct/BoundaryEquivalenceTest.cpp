@@ -202,4 +202,10 @@ TEST(DirectEquivalence, CharactersAtTheEndsOfWhatIsCheckedAheadAreTheSame)
             ASSERT_TRUE(ExpectSame(both.CompareEvents(broken)));
         }
     }
+    // More than twice what is checked lies behind these.
+    for (const std::size_t before : {1U, 100U, 5000U, 0x8000U, 0x20000U}) {
+        const std::string broken = "<a><b/>" + std::string(before, 'x') + "\xFF" +
+                                   std::string(4 * c_checked, 'x') + "</a>";
+        ASSERT_TRUE(ExpectSame(both.CompareEvents(broken)));
+    }
 }

@@ -1,8 +1,12 @@
 #include "markup/StartTagWalker.h"
 
+#include "support/GuardedString.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <string_view>
 
 using XmlUtils::StringRange;
 
@@ -16,6 +20,16 @@ TEST(StartTagWalker, PassesTheInternalSubsetOfADocumentType)
     EXPECT_EQ(walker.GetStartTagAround(tag + 3), (StringRange{tag, 9}));
     EXPECT_EQ(walker.GetStartTagAround(tag + 6), StringRange());
     EXPECT_EQ(walker.GetRootTag(), (StringRange{tag, 9}));
+}
+
+TEST(StartTagWalker, ReadsNothingBehindTheText)
+{
+    constexpr std::string_view c_text = "<a/><";
+    const GuardedBytes xml(c_text.size(), GuardedBytes::Place::End);
+    std::copy(c_text.begin(), c_text.end(), xml.Get());
+    StartTagWalker walker({xml.Get(), c_text.size()});
+    EXPECT_EQ(walker.GetStartTagAround(1), (StringRange{0, 4}));
+    EXPECT_EQ(walker.GetStartTagAround(4), StringRange());
 }
 
 TEST(StartTagWalker, TakesTheDashesThatOpenACommentForNoEndOfIt)

@@ -236,6 +236,7 @@ TEST(XMLUtils, FindsNoBraceForWhatIsNotClosed)
          {"", "<", "<a", "<>", "<a b=\">", "<!-- -- >", "<![CDATA[]>", "<?xml >", "<!DOCTYPE"})
         EXPECT_EQ(XmlUtils::AdvanceFromOpenToCloseBrace(text, 0), c_npos) << text;
     EXPECT_EQ(XmlUtils::AdvanceFromOpenToCloseBrace("<a>", 1), c_npos);
+    EXPECT_EQ(XmlUtils::AdvanceFromOpenToCloseBrace("ab", 0), c_npos);
     EXPECT_EQ(XmlUtils::AdvanceFromOpenToCloseBrace("<a>", c_npos), c_npos);
 }
 

@@ -346,6 +346,19 @@ TEST(NameCollisions, OfATagAreFoundBeforeTheScannerMeetsThem)
     }
 }
 
+TEST(NameCollisions, AreNoneInWhatLooksLikeATagButIsNone)
+{
+    const std::string attributes = RepeatFor(MakeCollidingNames(c_limit + 900),
+                                             [](const std::string& n) { return " " + n + "='x'"; });
+    // The scanner of all documents reads those that are wrong.
+    for (const std::string& construct : {"<?p" + attributes + "?>", "<!--" + attributes + "-->"}) {
+        const auto errors =
+            DOMParser().ParseXmlString("<a>" + construct + "</b>", u"id")->GetErrors();
+        ASSERT_EQ(errors.size(), 1U);
+        EXPECT_THAT(errors.front().toStdString(), testing::HasSubstr("expected end of tag 'a'"));
+    }
+}
+
 TEST(NameCollisions, OfATagAreFoundBetweenBlanksOfVersion11)
 {
     // U+0085 and U+2028.

@@ -1,4 +1,6 @@
 #include "scanner/DocumentTypeGuard.h"
+
+#include "bytes/XercesText.h"
 #include "scanner/XercesXMLParserImpl.h"
 
 #include <gtest/gtest.h>
@@ -48,10 +50,36 @@ TEST(DocumentTypeGuard, RefusesWhatIsNoCharacterWhetherOrNotThereIsALocator)
     EXPECT_EQ(FindRefusal(nullptr, u"\xDE00\xD83D"), Position(0, 0));
 }
 
+TEST(DocumentTypeGuard, NamesTheUnitThatIsNoCharacter)
+{
+    EnsureXercesIsInitialised();
+    ParseBudget budget;
+    DocumentTypeGuard guard(budget);
+    try {
+        guard.startDTD(u"a", nullptr, u"b\xFFFE");
+        FAIL();
+    } catch (const xercesc::SAXParseException& exception) {
+        EXPECT_EQ(GetTStringFromXMLChPtr(exception.getMessage(), -1),
+                  u"invalid character 0xFFFE in system identifier");
+    }
+}
+
+TEST(DocumentTypeGuard, KnowsWhetherTheDocumentHasADocumentType)
+{
+    ParseBudget budget;
+    DocumentTypeGuard guard(budget);
+    EXPECT_FALSE(guard.HasBegun());
+    guard.startDTD(u"a", nullptr, nullptr);
+    EXPECT_TRUE(guard.HasBegun());
+    guard.Reset();
+    EXPECT_FALSE(guard.HasBegun());
+}
+
 TEST(DocumentTypeGuard, TakesPairsAndNoIdentifierAtAll)
 {
     EnsureXercesIsInitialised();
     EXPECT_EQ(FindRefusal(nullptr, u"b.dtd \xD83D\xDE00"), std::nullopt);
+    EXPECT_EQ(FindRefusal(nullptr, u"\xD83D\xDE00"), std::nullopt);
     EXPECT_EQ(FindRefusal(nullptr, u""), std::nullopt);
     EXPECT_EQ(FindRefusal(nullptr, nullptr), std::nullopt);
 }

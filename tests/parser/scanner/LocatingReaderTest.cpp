@@ -255,6 +255,21 @@ TEST(LocatingReader, KnowsWhereADeclarationCannotBeDecodedWhoseMessageHasNoPosit
     EXPECT_TRUE(error.IsInvalidUtf8());
 }
 
+TEST(LocatingReader, LocatesAUnitInTheDeclarationThatIsNoCharacter)
+{
+    std::vector<unsigned char> bytes{0xFF, 0xFE};
+    for (const char16_t unit : std::u16string_view(u"<?xml version='1.0' \xD800?><a/>")) {
+        bytes.push_back(static_cast<unsigned char>(unit & 0xFF));
+        bytes.push_back(static_cast<unsigned char>(unit >> 8));
+    }
+    const auto document = DOMParser().ParseXmlBytes(bytes);
+    const std::vector<XMLDiagnostic> errors = document->GetErrorDiagnostics();
+    ASSERT_EQ(errors.size(), 1U);
+    EXPECT_EQ(errors.front().GetText(), u"bytes that are no character in 'UTF-16LE' encoding");
+    EXPECT_EQ(errors.front().GetLine(), 1U);
+    EXPECT_EQ(errors.front().GetColumn(), 21U);
+}
+
 TEST(LocatingReader, TellsRefusedEntitiesFromThoseThatAreTooMany)
 {
     const std::string declared = "<!DOCTYPE a [<!ENTITY e 'x'><!ENTITY f '&e;'>]>";
@@ -271,6 +286,9 @@ TEST(LocatingReader, TellsRefusedEntitiesFromThoseThatAreTooMany)
     };
     for (const char* const content : {"<a>&e;</a>", "<a b='&e;'/>", "<a>&f;</a>", "<a>&e;&e;"})
         EXPECT_TRUE(read(declared + content, false).IsEntityRefused()) << content;
+    const XMLDiagnostic refused = read(declared + "\n<a>text &e;</a>", false);
+    EXPECT_EQ(refused.GetLine(), 2U);
+    EXPECT_GT(refused.GetColumn(), 8U);
     EXPECT_FALSE(read(declared + "<a>&g;</a>", false).IsEntityRefused());
     EXPECT_FALSE(read(declared + "<a>", false).IsEntityRefused());
     EXPECT_FALSE(read(many, true).IsEntityRefused());

@@ -78,6 +78,15 @@ TEST_F(NameBucketsTest, GrowLikeTheTablesOfElementsAndEntities)
     }
 }
 
+TEST_F(NameBucketsTest, CountAnAttributeOnceWhateverItsPrefix)
+{
+    NameBuckets buckets(NameBuckets::c_tag);
+    EXPECT_EQ(buckets.AddAttribute(u"p:a", true), 1U);
+    EXPECT_EQ(buckets.AddAttribute(u"p:a", true), 1U);
+    EXPECT_EQ(buckets.AddAttribute(u"q:a", true), 2U);
+    EXPECT_EQ(buckets.AddAttribute(u"a", true), 3U);
+}
+
 TEST_F(NameBucketsTest, CountWhatATableOfTheScannerCostsThatStaysLarge)
 {
     xercesc::RefHashTableOf<int, CountingHasher> table(29, false);

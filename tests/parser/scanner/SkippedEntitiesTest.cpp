@@ -78,6 +78,13 @@ TEST(SkippedEntities, AreNoneOfThoseThatAreRead)
                 ElementsAre(testing::Field(&SkippedEntity::name, u"f")));
 }
 
+TEST(SkippedEntities, AreFoundBehindWhatHoldsNothing)
+{
+    for (const char* const empty : {"<!---->", "<![CDATA[]]>", "<?p?>"})
+        EXPECT_THAT(Find(c_type + "<p>" + empty + "&nbsp;</p>"), SizeIs(1)) << empty;
+    EXPECT_THAT(Find("<!DOCTYPE p PUBLIC '' ''><p>&nbsp;</p>"), SizeIs(1));
+}
+
 TEST(SkippedEntities, AreNotDeclared)
 {
     const std::string bytes = "<!DOCTYPE a SYSTEM 's' [<!ENTITY e 'text'>]><a b='&e;'>&e;&f;</a>";

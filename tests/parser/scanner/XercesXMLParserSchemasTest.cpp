@@ -254,7 +254,22 @@ TEST(XercesXMLParserSchemas, ThatCannotBeLoadedAgainAreReportedInsteadOfForgotte
         EXPECT_TRUE(outcome.fatal);
         EXPECT_THAT(outcome.errors, Contains(HasSubstr("the schema cannot be loaded as before")));
     }
+    EXPECT_THAT(session.Load(SchemaOf("<xs:element name='b'/>")).errors,
+                Contains(HasSubstr("the schema cannot be loaded as before")));
     sink->resolve = [&](const TString&) { return path; };
+    EXPECT_THAT(session.Parse().errors, IsEmpty());
+}
+
+TEST(XercesXMLParserSchemas, ANamespaceDeclarationCostsNothingBehindItsElement)
+{
+    ParserSession session("<a>" + Repeat("<b xmlns:p='urn:p'/>", 20'000) + "</a>");
+    ASSERT_THAT(session
+                    .Load(SchemaOf("<xs:element name='a'><xs:complexType><xs:sequence>"
+                                   "<xs:element name='b' maxOccurs='unbounded'/>"
+                                   "</xs:sequence></xs:complexType></xs:element>"))
+                    .errors,
+                IsEmpty());
+    session.parser->SetValidationWorkLimit(0, 1'000'000);
     EXPECT_THAT(session.Parse().errors, IsEmpty());
 }
 

@@ -144,6 +144,8 @@ TEST_F(AttributeMapsTest, AreNotKeptForWhatIsRare)
     EXPECT_EQ(Fill(u"e", {}), nullptr);
     EXPECT_EQ(Fill(u"e", {{u"a", std::u16string(10000, u'x')}}), nullptr);
     EXPECT_EQ(Fill(u"e", {{std::u16string(10000, u'x').c_str(), u"1"}}), nullptr);
+    const std::u16string longName(10000, u'x');
+    EXPECT_EQ(Fill(u"e", {{u"a", u"1"}, {longName.c_str(), u"2"}}), nullptr);
     EXPECT_EQ(Fill(u"e", {{u"a", u"1"}, {u"a", u"2"}}), nullptr);
     EXPECT_EQ(Fill(u"e", {{u"IllegalColon:a", u"1"}}), nullptr);
 }

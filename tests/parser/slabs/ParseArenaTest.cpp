@@ -125,6 +125,17 @@ TEST(ParseArena, TextsOutliveTheArenaAndMayGrow)
     }
 }
 
+TEST(ParseArena, TextsAreInASlabUnlessTheyAreEmptyOrLarge)
+{
+    ParseArena arena;
+    EXPECT_FALSE(ParseArena::IsTextForSlab(u""));
+    EXPECT_TRUE(ParseArena::IsTextForSlab(u"x"));
+    const std::u16string large(ParseArena::c_maxObjectBytes, u'x');
+    EXPECT_FALSE(ParseArena::IsTextForSlab(large));
+    EXPECT_EQ(arena.MakeText(large).view(), large);
+    EXPECT_EQ(arena.GetSlab(), nullptr) << "none was needed";
+}
+
 TEST(ParseArena, TextsAreSharedMoreOftenThanTheirSlabHasRoomForObjects)
 {
     ParseArena arena;
@@ -140,6 +151,19 @@ TEST(ParseArena, TextsAreSharedMoreOftenThanTheirSlabHasRoomForObjects)
     arena.Close();
     EXPECT_TRUE(slab->IsExclusive()) << "only the text that is left holds it";
     EXPECT_EQ(shared[0], u"name");
+}
+
+TEST(ParseArena, HoldsNoSlabWhenItIsClosedHoweverReferencesAreCounted)
+{
+    for (const bool isShared : {false, true}) {
+        ParseArena arena;
+        const TString text = arena.MakeText(u"text");
+        ParseSlab* const slab = arena.GetSlab();
+        if (isShared)
+            arena.ShareBeforeClosing();
+        arena.Close();
+        EXPECT_TRUE(slab->IsExclusive()) << isShared;
+    }
 }
 
 TEST(ParseArena, ElementsOutliveTheArena)

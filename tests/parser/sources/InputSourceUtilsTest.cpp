@@ -49,6 +49,20 @@ TEST(InputSourceUtils, DecodesByByteOrderMarkAndDeclaration)
               "<a>\xC3\xA9</a>");
 }
 
+TEST(InputSourceUtils, TakesOneByteOrderMarkOffUnlessAnotherFollows)
+{
+    const TemporaryFolder folder;
+    const std::string mark = "\xEF\xBB\xBF";
+    for (const bool skipsWhitespace : {false, true}) {
+        const auto read = [&](const std::string& bytes) {
+            return ReadAll(*InputSourceFromFileName(folder.Write("m.xml", bytes), skipsWhitespace));
+        };
+        EXPECT_EQ(read(mark), "");
+        EXPECT_EQ(read(mark + "<a/>"), "<a/>");
+        EXPECT_EQ(read(mark + mark + "<a/>"), mark + mark + "<a/>");
+    }
+}
+
 TEST(InputSourceUtils, TakesAGibibyteForTooLargeAndAByteLessNot)
 {
     static_assert(FitsInMemory(0) && FitsInMemory(1073741823));

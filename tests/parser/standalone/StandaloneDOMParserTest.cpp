@@ -149,6 +149,16 @@ TEST(StandaloneDOMParser, DropsTextOfWhiteSpaceAloneAndKeepsOtherTextWhole)
               Describe(parser.ParseXmlString(xml, u"id")));
 }
 
+TEST(StandaloneDOMParser, DropsTextOfWhiteSpaceAloneWhateverStandsBeforeTheDocument)
+{
+    const std::string utf8 = " <a> <b/>\n</a>";
+    const StandaloneDOMParser parser;
+    EXPECT_EQ(Describe(parser.ParseXmlString(utf8, u"id")), "Document(a(b()))");
+    EXPECT_EQ(Describe(parser.ParseXmlString(utf8.c_str(), u"id")), "Document(a(b()))");
+    EXPECT_EQ(Describe(parser.ParseXmlString(TString::fromStdString(utf8), u"id")),
+              "Document(a(b()))");
+}
+
 TEST(StandaloneDOMParser, KeepsTextOfWhiteSpaceAloneWhenAskedTo)
 {
     EXPECT_EQ(Describe(ParseKeeping(u"<a> <b>\n</b> </a>")), "Document(a([ ]b([\n])[ ]))");
