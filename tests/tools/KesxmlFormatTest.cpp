@@ -255,6 +255,32 @@ TEST_F(KesxmlFormat, KeepsWhatIsThereWhenItCannotBeReplaced)
     EXPECT_EQ(RunKesxml({"format", "-o", m_directory.filePath("no/a.xml"), file}).status, 2);
 }
 
+TEST_F(KesxmlFormat, KeepsWhatIsThereWhenTheDiskFails)
+{
+    const QString file = Write("a.xml", "<a><b/></a>");
+    const QString output = Write("b.xml", "<b/>");
+    const QString page = Write("page.html", "<!DOCTYPE html>");
+    const auto run = [](const QString& words) {
+        return RunProgram("/bin/sh",
+                          {"-c", "LD_PRELOAD='" FAILING_DISK_PATH "' '" KESXML_PATH "' " + words});
+    };
+    const QString writes[] = {"format -i '" + file + "'",
+                              "format -o '" + output + "' '" + file + "'",
+                              "edit -i --remove //b '" + file + "'"};
+    for (const QString& words : writes) {
+        const KesxmlOutcome outcome = run(words);
+        EXPECT_EQ(outcome.status, 2) << words.toStdString();
+        EXPECT_THAT(outcome.err, EndsWith(".xml: it cannot be written: Input/output error\n"));
+    }
+    const KesxmlOutcome report = run("check --html '" + page + "' '" + file + "'");
+    EXPECT_EQ(report.status, 2);
+    EXPECT_THAT(report.err, EndsWith("page.html': Input/output error\n"));
+    EXPECT_EQ(Read(file), "<a><b/></a>");
+    EXPECT_EQ(Read(output), "<b/>");
+    EXPECT_EQ(Read(page), "<!DOCTYPE html>");
+    EXPECT_EQ(QDir(m_directory.path()).entryList(QDir::Files).size(), 3);
+}
+
 TEST_F(KesxmlFormat, SaysWhichOptionsDoNotGoTogether)
 {
     const QString file = Write("a.xml", "<a/>");
