@@ -94,6 +94,23 @@ const std::vector<Forms>& Samples(bool isLatin1)
     return isLatin1 ? s_latin1 : s_all;
 }
 
+/// Whether both ways of adding one to the end of a string compile, and whether either does.
+template <typename T>
+concept IsAppended = requires(TString text, T value)
+{
+    text += value;
+    text.append(value);
+};
+template <typename T>
+concept IsAppendedInSomeWay = requires(TString text, T value)
+{
+    text += value;
+}
+|| requires(TString text, T value)
+{
+    text.append(value);
+};
+
 TString Take(const TString& text)
 {
     return text;
@@ -244,6 +261,32 @@ TEST(OtherText, NothingElseBecomesAString)
     static_assert(!std::is_convertible_v<std::any, TString>);
     static_assert(!OtherText::Any<TString>);
     static_assert(!OtherText::Any<TPath>);
+}
+
+TEST(OtherText, OnlyAUnitIsAddedAsOne)
+{
+    enum Unscoped
+    {
+        Value
+    };
+    static_assert(IsAppended<char16_t>);
+    static_assert(!IsAppendedInSomeWay<char>);
+    static_assert(!IsAppendedInSomeWay<signed char>);
+    static_assert(!IsAppendedInSomeWay<unsigned char>);
+    static_assert(!IsAppendedInSomeWay<char8_t>);
+    static_assert(!IsAppendedInSomeWay<char32_t>);
+    static_assert(!IsAppendedInSomeWay<wchar_t>);
+    static_assert(!IsAppendedInSomeWay<bool>);
+    static_assert(!IsAppendedInSomeWay<short>);
+    static_assert(!IsAppendedInSomeWay<int>);
+    static_assert(!IsAppendedInSomeWay<unsigned long>);
+    static_assert(!IsAppendedInSomeWay<double>);
+    static_assert(!IsAppendedInSomeWay<Unscoped>);
+    TString text(u"t");
+    const char16_t unit = u'\u00E9';
+    text += unit;
+    text.append(u'!');
+    EXPECT_EQ(text, u"t\u00E9!");
 }
 
 TEST(OtherText, ViewsHoldZerosAndNoMoreThanTheyShow)

@@ -4,10 +4,12 @@
 
 #include <kesplatform/TFile.h>
 
+#include <dlfcn.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -77,7 +79,20 @@ private:
     void (*m_handler)(int);
 };
 
+/// While set, this is how synchronising fails for this thread.
+thread_local int t_syncError = 0;
+
 } // namespace
+
+/// Stands before the system's own in the order of symbol look-up.
+extern "C" [[gnu::visibility("default")]] int fsync(int descriptor)
+{
+    static const auto original = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"));
+    if (t_syncError == 0)
+        return original(descriptor);
+    errno = t_syncError;
+    return -1;
+}
 
 TEST(TSaveFile, WritesANewFile)
 {
@@ -148,6 +163,30 @@ TEST(TSaveFile, AFullDiskLosesNothing)
     const FullDisk full(1'000);
     Save(path, std::string(1'000, 'x'));
     EXPECT_EQ(BytesOf(path).size(), 1'000U);
+}
+
+TEST(TSaveFile, ADiskThatFailsLosesNothing)
+{
+    const TemporaryFolder folder;
+    const TString path = folder.Write("a", "old");
+    t_syncError = EIO;
+    const std::string reason = ReasonOf([&] { Save(path, "new"); });
+    t_syncError = 0;
+    EXPECT_EQ(reason, path.toStdString() + ": Input/output error");
+    EXPECT_EQ(BytesOf(path), "old");
+    EXPECT_EQ(CountFiles(folder), 1U);
+}
+
+TEST(TSaveFile, AFileSystemThatCannotSynchroniseWillDo)
+{
+    const TemporaryFolder folder;
+    const TString path = folder.Write("a", "old");
+    for (const int error : {EINVAL, ENOSYS, ENOTSUP}) {
+        t_syncError = error;
+        Save(path, std::to_string(error));
+        t_syncError = 0;
+        EXPECT_EQ(BytesOf(path), std::to_string(error));
+    }
 }
 
 TEST(TSaveFile, ASymbolicLinkStaysAndWhatItLeadsToIsReplaced)

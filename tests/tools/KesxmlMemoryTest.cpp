@@ -74,30 +74,40 @@ TEST_F(KesxmlMemory, IsWhatIsStated)
     struct Figures
     {
         std::vector<std::string> words;
+        /// What the documents repeat, and their end.
+        const char* part;
         const char* end;
         int documents;
         /// For each byte of them.
         std::size_t bytes;
     };
+    constexpr const char* c_open = "<a>";
+    constexpr const char* c_openWithAttributes = "<a A=''><a B=''><a C=''><a D=''><a E=''><a F=''>";
     const Figures all[] = {
-        {{"check"}, "</s>", 1, 28},        {{"stats"}, "</r>", 1, 28},
-        {{"query", "//b"}, "</r>", 1, 28}, {{"query", "//a"}, "</r>", 1, 60},
-        {{"diff"}, "</r>", 2, 62},
+        {{"check"}, "<a/>", "</s>", 1, 28},
+        {{"stats"}, "<a/>", "</r>", 1, 28},
+        {{"query", "//b"}, "<a/>", "</r>", 1, 28},
+        {{"query", "//a"}, "<a/>", "</r>", 1, 60},
+        {{"diff"}, "<a/>", "</r>", 2, 62},
+        {{"check"}, c_open, "", 1, 220},
+        {{"stats"}, c_open, "", 1, 220},
+        {{"query", "//b"}, c_open, "", 1, 220},
+        {{"check"}, c_openWithAttributes, "", 1, 115},
     };
-    constexpr std::size_t c_fewer = 200'000;
-    constexpr std::size_t c_more = 600'000;
+    constexpr std::size_t c_fewer = 600'000;
+    constexpr std::size_t c_more = 1'800'000;
     for (const Figures& figures : all) {
-        SCOPED_TRACE(figures.words.front());
-        const auto measure = [&](std::size_t elements) {
+        SCOPED_TRACE(figures.words.front() + " " + figures.part);
+        const auto measure = [&](std::size_t bytes) {
+            const QByteArray part = figures.part;
             const QByteArray text =
-                "<r>" + QByteArray("<a/>").repeated(static_cast<int>(elements)) + figures.end;
+                "<r>" + part.repeated(static_cast<qsizetype>(bytes) / part.size()) + figures.end;
             std::vector<std::string> words = figures.words;
             for (int i = 0; i < figures.documents; ++i)
                 words.push_back(Write("list" + QString::number(i) + ".xml", text).toStdString());
             return RunAndMeasure(words).peakBytes;
         };
-        const std::size_t bytes =
-            (c_more - c_fewer) * 4 * static_cast<std::size_t>(figures.documents);
+        const std::size_t bytes = (c_more - c_fewer) * static_cast<std::size_t>(figures.documents);
         EXPECT_LE(measure(c_more) - measure(c_fewer), figures.bytes * bytes);
     }
 }

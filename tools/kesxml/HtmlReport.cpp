@@ -129,11 +129,14 @@ QString DrawOmission(std::size_t withoutCharts)
 
 } // namespace
 
-HtmlReport::HtmlReport(const QString& file) : m_file(file), m_diagnosticsLeft(c_inAll)
+HtmlReport::HtmlReport(const QString& file) : m_name(file), m_diagnosticsLeft(c_inAll)
 {
     CheckReplaceable(file);
-    if (!m_file.open(QIODevice::WriteOnly))
-        Fail(file, m_file.errorString());
+    try {
+        m_file.emplace(file);
+    } catch (const TIO::Exception& e) {
+        Fail(file, ReasonOf(e));
+    }
 }
 
 void HtmlReport::AddTo(Group& group, const QString& file, const QString& kind,
@@ -310,6 +313,10 @@ void HtmlReport::Write()
          "units.</footer>\n</body>\n</html>\n")
             .toUtf8();
     const QByteArray page = (DrawHead() + "<main>\n").toUtf8() + DrawFound() + DrawFine() + foot;
-    if (!WriteAndCommit(m_file, {page.data(), static_cast<std::size_t>(page.size())}))
-        Fail(m_file.fileName(), m_file.errorString());
+    try {
+        m_file->Write(page.data(), static_cast<std::size_t>(page.size()));
+        m_file->Commit();
+    } catch (const TIO::Exception& e) {
+        Fail(m_name, ReasonOf(e));
+    }
 }

@@ -4,13 +4,14 @@
 
 #include <kescorexml/DOM.h>
 #include <kescorexml/InputSource.h>
+#include <kesplatform/TSaveFile.h>
 
 #include <QByteArray>
-#include <QSaveFile>
 #include <QString>
 #include <QStringList>
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 /// A page about a check, in one file that refers to nothing else and is well-formed XML too. What
@@ -76,7 +77,9 @@ private:
     QByteArray DrawFound() const;
     QByteArray DrawFine() const;
 
-    QSaveFile m_file;
+    QString m_name;
+    /// Open from the start: that no report can be written there is said before all is checked.
+    std::optional<TSaveFile> m_file;
     QStringList m_schemas;
     Group m_bad;
     Group m_doubtful;

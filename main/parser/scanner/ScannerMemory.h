@@ -28,7 +28,8 @@ public:
     void Reset() noexcept;
 
     /// Call it before the first schema: where memory fails while it compiles one, the scanner
-    /// destroys what it has not initialised. From now on memory begins as zeros.
+    /// destroys what it has not initialised. From now on memory begins as zeros,
+    /// but for what the reserve gives once it has run out, and for readers.
     void PrepareForSchemas() noexcept { m_hasSchemas = true; }
 
     /// Whether the scanner did not get a block since the last Reset, because there was no memory or

@@ -1,10 +1,13 @@
 #include <kesplatform/TReadWriteLock.h>
 
+#include <cassert>
 #include <cerrno>
 
 namespace {
 
-/// An address that no other living thread has.
+/// An address that no other living thread has. Each copy of the library in a process has addresses
+/// of its own, so that every call for a lock has to go to the same copy, as it does where the
+/// library is shared.
 const void* ThisThread() noexcept
 {
     static thread_local const char s_place = 0;
@@ -27,7 +30,9 @@ bool TReadWriteLock::IsHeldByThisThread() const noexcept
 void TReadWriteLock::LockExclusive()
 {
     if (!IsHeldByThisThread()) {
-        pthread_rwlock_wrlock(&m_lock);
+        // It can only refuse a thread that is the writer already.
+        [[maybe_unused]] const int error = pthread_rwlock_wrlock(&m_lock);
+        assert(error == 0);
         m_writer.store(ThisThread(), std::memory_order_relaxed);
     }
     ++m_depth;

@@ -62,7 +62,11 @@ template <typename T>
 concept Utf8 = ZeroTerminated<T, char> || ZeroTerminated<T, char8_t> || Standard<T, char> ||
     Standard<T, char8_t>;
 
-/// All of them.
+/// What the language would turn into a char16_t, whatever it means: bytes, numbers, truth values.
+template <typename T>
+concept NoUnit = (std::is_arithmetic_v<T> || std::is_enum_v<T>)&&!std::same_as<T, char16_t>;
+
+/// All kinds of text.
 template <typename T>
 concept Any = Utf16<T> || Utf8<T> || QtLatin1<T> || FilePath<T>;
 

@@ -129,6 +129,9 @@ public:
     TString& append(std::u16string_view text);
     TString& append(std::string_view utf8);
     TString& append(char16_t unit);
+    /// Neither bytes nor numbers are units.
+    template <OtherText::NoUnit T>
+    TString& append(T number) = delete;
     template <OtherText::Any T>
     TString& append(const T& text)
     {
@@ -137,6 +140,8 @@ public:
     /// The same as append.
     TString& operator+=(const TString& text) { return append(text); }
     TString& operator+=(char16_t unit) { return append(unit); }
+    template <OtherText::NoUnit T>
+    TString& operator+=(T number) = delete;
     template <OtherText::Any T>
     TString& operator+=(const T& text)
     {

@@ -81,6 +81,20 @@ std::string DistinctNames(std::string_view end)
     return text;
 }
 
+/// Start tags whose attributes take turns with a few names, all as short as they can be.
+std::string NamesInTurn(std::string_view end)
+{
+    constexpr std::string_view c_letters = "ABCDEF";
+    std::string text = "<a>";
+    for (std::size_t i = 0; text.size() < c_bytes; ++i) {
+        text += "<a ";
+        text += c_letters[i % c_letters.size()];
+        text += "=''";
+        text += end;
+    }
+    return text;
+}
+
 /// Tags of which no two near each other have the same name, all as short as they can be.
 std::string DistinctElements(std::string_view end)
 {
@@ -128,6 +142,8 @@ TEST(HeapFigures, AreThoseThatAreStated)
         {"elements with names of their own", DistinctNames("/>"), 33, 33, 28.6},
         {"elements that do not end", Repeat("<a>", c_bytes / 3), 33, 33, 19},
         {"such elements with names of their own", DistinctNames(">"), 37, 37, 33},
+        {"elements with names in turn", NamesInTurn("/>"), 36, 36, 32},
+        {"such elements with names in turn", NamesInTurn(">"), 42, 42, 37},
     };
     for (const Figures& figures : all) {
         const auto expect = [&](const char* parser, double stated, double measured) {
